@@ -1,0 +1,36 @@
+# `cmake --install`: libraries, headers, and what find_package(tessel CONFIG) and `pkg-config tessel` read.
+
+include(CMakePackageConfigHelpers)
+
+set(tessel_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tessel)
+set(tessel_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set_target_properties(tessel PROPERTIES INSTALL_RPATH "$ORIGIN/tessel")
+install(TARGETS tessel EXPORT tesselTargets DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/tessel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(TESSEL_UTIL_ROOT)
+  set_target_properties(tessel PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
+  set(tessel_util_pc_library "${TESSEL_UTIL_LIBRARY}")
+  get_filename_component(tessel_util_pc_dir "${TESSEL_UTIL_LIBRARY}" DIRECTORY)
+  set(tessel_util_pc_cflags "-I${TESSEL_UTIL_INCLUDE_DIR}")
+else()
+  install(TARGETS tessel_util EXPORT tesselTargets DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel)
+  install(DIRECTORY platform/include/util DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  # By its full name: -lutil would take the C library's place.
+  set(tessel_util_pc_library "\${libdir}/tessel/$<TARGET_FILE_NAME:tessel_util>")
+  set(tessel_util_pc_dir "\${libdir}/tessel")
+  set(tessel_util_pc_cflags "")
+endif()
+
+install(EXPORT tesselTargets NAMESPACE tessel:: DESTINATION ${tessel_cmake_dir})
+configure_package_config_file(cmake/tesselConfig.cmake.in ${PROJECT_BINARY_DIR}/tesselConfig.cmake
+  INSTALL_DESTINATION ${tessel_cmake_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/tesselConfig.cmake ${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake
+  DESTINATION ${tessel_cmake_dir})
+
+# Paths relative to the file itself, so that an installed prefix can be moved.
+file(RELATIVE_PATH tessel_pc_prefix /${tessel_pkgconfig_dir} /)
+configure_file(cmake/tessel.pc.in ${PROJECT_BINARY_DIR}/tessel.pc.configured @ONLY)
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/tessel.pc INPUT ${PROJECT_BINARY_DIR}/tessel.pc.configured)
+install(FILES ${PROJECT_BINARY_DIR}/tessel.pc DESTINATION ${tessel_pkgconfig_dir})

@@ -1,0 +1,48 @@
+# What every target of the project has in common.
+
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+  if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo)
+  endif()
+endif()
+
+# Compile settings of the project's own targets; nothing here reaches a consumer.
+function(tessel_configure target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  if(PROJECT_IS_TOP_LEVEL)
+    # Clang counts a change of sign as a -Wconversion, GCC does not: both ask for the same here.
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+                           -Woverloaded-virtual -Wcast-qual -Wconversion -Wno-sign-conversion -Werror)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+      # GCC 12 sees overlaps in the standard library's own string code that are not there.
+      target_compile_options(${target} PRIVATE -Wno-restrict)
+    endif()
+  endif()
+  if(TESSEL_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${TESSEL_SANITIZE} -fno-sanitize-recover=all
+                           -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${TESSEL_SANITIZE})
+  endif()
+endfunction()
+
+# Settings of the shipped libraries alone: no symbol left undefined, and the platform's hardening.
+function(tessel_configure_library target)
+  tessel_configure(${target})
+  if(NOT TESSEL_SANITIZE)
+    target_link_options(${target} PRIVATE LINKER:--no-undefined)
+    target_compile_options(${target} PRIVATE -fstack-protector-strong
+                           $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+    if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+      # The C library's old start-up functions, empty and unmarked, are left out: what runs at load is in arrays.
+      target_compile_options(${target} PRIVATE -fcf-protection)
+      target_link_options(${target} PRIVATE LINKER:-z,ibt,-z,shstk,-init=none,-fini=none)
+    endif()
+  endif()
+  target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now,-z,noexecstack)
+endfunction()

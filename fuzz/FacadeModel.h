@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "StoreModel.h"
+
+namespace fuzz {
+
+constexpr std::uint32_t kNoCall = 0xFFFFFFFF;
+constexpr std::uint32_t kDefaultGroup = 0xFFFFFFFF;
+
+/// What one facade must answer. The call's store is handed to it by its owner, who counts references.
+class FacadeModel {
+ public:
+  std::uint32_t CallId() const { return m_callId; }
+  StoreModel* Store() const { return m_store; }
+  /// Whether SetCallId(callId) binds; the owner then calls Bind.
+  bool CanBind(std::uint32_t callId) const { return m_callId == kNoCall && callId != kNoCall; }
+  /// Makes what was recorded; throws what the first callback threw.
+  void BindTo(std::uint32_t callId, StoreModel& store);
+  /// Removes everything from the store.
+  void Clean();
+
+  std::int32_t SetSessionType(std::int32_t sessionType);
+  std::int32_t SetDefaultGroup(std::uint32_t group);
+  int SessionType() const { return SessionTypeOf(m_defaultGroup); }
+
+  /// What stands in the way of an operation on values; 0 when nothing does, with `group` resolved.
+  std::int32_t Refusal(const Text& name, std::uint32_t& group) const;
+  bool Resolve(std::uint32_t& group) const;
+
+  std::uint64_t Subscribe(std::uint32_t group, const Text& name, const std::optional<Callback>& callback,
+                          bool isBinding);
+  std::int32_t Unsubscribe(std::uint64_t id);
+  std::int32_t Unsubscribe(const Text& name, std::uint32_t group);
+
+  /// Whether a callback was registered through this facade.
+  bool Owns(int tag) const { return m_tags.contains(tag); }
+
+ private:
+  using Key = std::pair<std::uint32_t, std::string>;
+  struct Record {
+    std::uint64_t id;
+    bool isBinding;
+    Callback callback;
+  };
+
+  std::uint64_t makeRecord(const Key& key, Record record);
+
+  std::uint32_t m_callId = kNoCall;
+  std::uint32_t m_defaultGroup = kDefaultGroup;
+  StoreModel* m_store = nullptr;
+  std::map<Key, Record> m_records;
+  std::set<int> m_tags;
+};
+
+}  // namespace fuzz

@@ -1,0 +1,79 @@
+#include "SettingsModel.h"
+
+#include <algorithm>
+
+#include "tessel/json.h"
+
+namespace fuzz {
+
+const std::array<std::string, kGroups> kGroupNames = {
+    "Common",      "Feature",   "Metrics", "Audio",        "AudioSlide", "Video",   "VideoSlide",
+    "Application", "Gamestate", "AudioSi", "Transmission", "TAOnly",     "UnitTest"};
+
+namespace {
+
+std::string quoted(const std::string& text) {
+  std::string out = "\"";
+  for (const char c : text.substr(0, text.find('\0'))) {
+    constexpr const char kEscaped[] = "\"\\\b\f\n\r\t";
+    constexpr const char kLetters[] = "\"\\bfnrt";
+    const std::string::size_type at = std::string(kEscaped).find(c);
+    if (at != std::string::npos) {
+      out += {'\\', kLetters[at]};
+    } else if (static_cast<unsigned char>(c) < 0x20) {
+      out += {'\\', 'u', '0', '0', c < 0x10 ? '0' : '1', "0123456789abcdef"[c % 16]};
+    } else {
+      out += c;
+    }
+  }
+  return out + '"';
+}
+
+std::optional<std::string> textOf(const json::Value& entry, const char* key) {
+  if (entry.GetType() != json::ObjectVal || !entry.HasKey(key)) return std::nullopt;
+  if (entry[key].GetType() != json::StringVal) return std::nullopt;
+  return entry[key].ToString();
+}
+
+}  // namespace
+
+std::optional<std::vector<SettingsEntry>> EntriesOf(const std::string& document) {
+  const json::Value value = json::Deserialize(document);
+  if (value.GetType() != json::ObjectVal) return std::nullopt;
+  std::vector<SettingsEntry> entries;
+  for (const auto& [groupName, list] : value.ToObject()) {
+    const auto group = std::find(kGroupNames.begin(), kGroupNames.end(), groupName);
+    if (group == kGroupNames.end() || list.GetType() != json::ArrayVal) continue;
+    for (const json::Value& element : list.ToArray()) {
+      const auto name = textOf(element, "key");
+      const auto text = textOf(element, "value");
+      if (!name || !text) continue;
+      // A store takes names as C strings, and none that is empty.
+      const std::string cut = name->c_str();
+      if (!cut.empty())
+        entries.push_back({static_cast<std::uint32_t>(group - kGroupNames.begin()), cut, *text});
+    }
+  }
+  return entries;
+}
+
+std::string DocumentOf(const SettingsValues& values, std::uint32_t mask) {
+  std::map<std::string, std::string> groups;
+  for (std::uint32_t group = 0; group < kGroups; ++group) {
+    if ((mask >> group & 1) == 0) continue;
+    std::string list;
+    for (const auto& [name, value] : values[group]) {
+      list += list.empty() ? "" : ",";
+      list += "{\"key\":" + quoted(name) + ",\"value\":" + quoted(value) + "}";
+    }
+    groups[kGroupNames[group]] = "[" + list + "]";
+  }
+  std::string document;
+  for (const auto& [name, list] : groups) {
+    document += document.empty() ? "" : ",";
+    document += quoted(name) + ":" + list;
+  }
+  return "{" + document + "}";
+}
+
+}  // namespace fuzz

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "tessel/IKalConfig.h"
+#include "tessel/KalConfigRegistry.h"
+
+namespace kalStore {
+
+/// The store of a call, held for a scope: made, or shared with whoever holds it, and given back at the end.
+///
+/// Threads: the handle has one owner, who may be any thread; the store is for all. Lifetime: what is used
+/// with the store, subscriptions too, ends before the handle. Not to be used after DestroyKalConfig().
+///
+/// @code
+/// {
+///   const CallStore call(7, CallStore::kEndsCall);
+///   call->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 15, false, false);
+///   const CallStore shared(7);
+///   assert(&*shared == &*call);
+/// }
+/// assert(GetKalConfigSizeForUT() == 0);
+/// @endcode
+class CallStore {
+ public:
+  /// What the end of the scope means for the call.
+  enum Role {
+    kSharesCall,  ///< nothing: the store lives until the call ends
+    kEndsCall,    ///< the call ends: the store goes with its last holder
+  };
+
+  /// Throws what making the store throws.
+  explicit CallStore(std::uint32_t callId, Role role = kSharesCall) : m_callId(callId), m_role(role) {
+    CreateKalConfig(callId, &m_store);
+  }
+
+  /// The source then holds nothing, and may only be assigned to or destroyed.
+  CallStore(CallStore&& other) noexcept
+      : m_callId(other.m_callId), m_role(other.m_role), m_store(std::exchange(other.m_store, nullptr)) {}
+  CallStore& operator=(CallStore&& other) noexcept {
+    if (this != &other) {
+      release();
+      m_callId = other.m_callId;
+      m_role = other.m_role;
+      m_store = std::exchange(other.m_store, nullptr);
+    }
+    return *this;
+  }
+
+  ~CallStore() { release(); }
+
+  IKalConfig& operator*() const { return *m_store; }
+  IKalConfig* operator->() const { return m_store; }
+  std::uint32_t CallId() const { return m_callId; }
+
+ private:
+  void release() {
+    if (m_store == nullptr) return;
+    // First the call, while its store is still this one.
+    if (m_role == kEndsCall) CleanUpKalConfig(m_callId);
+    ReleaseKalConfig(m_store);
+  }
+
+  std::uint32_t m_callId;
+  Role m_role;
+  IKalConfig* m_store = nullptr;
+};
+
+}  // namespace kalStore

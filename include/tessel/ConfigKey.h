@@ -1,0 +1,131 @@
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "tessel/ConfigRef.h"
+#include "tessel/Subscription.h"
+#include "tessel/TypedValue.h"
+
+namespace kalStore {
+
+/// A setting as its key reads it.
+template <ConfigType T>
+struct ConfigReading {
+  T value;            ///< what is stored, or the key's default
+  ConfigData stored;  ///< what is stored, as it is; empty when nothing is, or the store cannot be read
+  bool fromStore;     ///< whether `value` is what is stored
+
+  /// Whether something is stored that is not wholly a T.
+  bool IsRefused() const { return stored.IsValid() && !fromStore; }
+};
+
+namespace detail {
+
+template <class T>
+using ConfigDefault = std::conditional_t<std::same_as<T, std::string>, const char*, T>;
+
+template <class T>
+concept ConfigInteger = ConfigType<T> && std::integral<T> && !std::same_as<T, bool>;
+
+// Never defined: what the compiler names when a key is refused.
+void TheKeyNeedsAGroupANameAndADefaultWithinRange();
+
+template <class From, class T>
+concept ConfigDefaultFor = std::same_as<From, ConfigDefault<T>> ||(ConfigInteger<From>&& ConfigInteger<T>);
+
+// Of its own type alone, so that nothing is narrowed on the way; a text may be a C text as well.
+template <class From, class T>
+concept SettableAs = std::same_as<From, T> ||
+    (std::same_as<T, std::string> && (std::same_as<From, const char*> || std::same_as<From, char*>));
+
+}  // namespace detail
+
+/// A setting's place, type and default: declare it once, and use it wherever the setting is read or written.
+///
+/// A stored text that is not wholly a T is refused, not narrowed: reading gives the default, and Read()
+/// tells. Writing takes a T alone: neither a wider number nor, for a number, a text compiles.
+///
+/// Threads: a constant, for any thread; its operations are those of the store or facade it is used with.
+///
+/// @code
+/// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
+///
+/// KalConfigHelper settings(7);
+/// assert(kMaxFps.Get(settings) == 30);  // nobody has set it
+/// kMaxFps.Set(settings, 15);
+/// assert(kMaxFps.Get(settings) == 15);
+///
+/// int fps = 0;
+/// const auto subscription = kMaxFps.Subscribe(
+///     settings, [&](const ConfigReading<int>& reading) { fps = reading.value; });
+/// assert(fps == 15);  // told of what is stored at once
+/// settings.SetKalConfig("MaxFps", "fast", KAL_CONFIG_GROUP_VIDEO);
+/// assert(fps == 30);
+/// assert(kMaxFps.Read(settings).IsRefused());
+/// @endcode
+template <ConfigType T>
+class ConfigKey {
+ public:
+  /// All three are constants: a group, or KAL_CONFIG_GROUP_DEFAULT for a facade's default group; a name that
+  /// is not empty; a default within the range of T, which for a std::string is a C text.
+  template <detail::ConfigDefaultFor<T> Default>
+  consteval ConfigKey(KalConfigGroup group, const char* name, Default defaultValue)
+      : m_group(group), m_name(name), m_default(static_cast<detail::ConfigDefault<T>>(defaultValue)) {
+    bool fits = (IsConfigGroup(group) || group == KAL_CONFIG_GROUP_DEFAULT) && name && *name != '\0';
+    if constexpr (detail::ConfigInteger<T>) fits = fits && std::in_range<T>(defaultValue);
+    if constexpr (std::same_as<T, std::string>) fits = fits && defaultValue;
+    if (!fits) detail::TheKeyNeedsAGroupANameAndADefaultWithinRange();
+  }
+
+  constexpr KalConfigGroup Group() const { return m_group; }
+  constexpr const char* Name() const { return m_name; }
+  T Default() const { return m_default; }
+
+  /// What is stored; the default when nothing is, when it is refused, and when the store cannot be read.
+  T Get(ConfigRef store) const { return Read(store).value; }
+
+  /// The same, and what it comes from.
+  ConfigReading<T> Read(ConfigRef store) const {
+    ConfigData stored;
+    store.Get(m_group, m_name, stored);
+    return reading(std::move(stored));
+  }
+
+  /// Stores the value; results as IKalConfig::SetKalConfig(), see IsStored().
+  template <detail::SettableAs<T> Value>
+  std::int32_t Set(ConfigRef store, Value value, bool bForceNotify = false) const {
+    return store.Set(m_group, m_name, ConfigData(std::move(value)), bForceNotify);
+  }
+
+  /// Removes what is stored, and tells nobody: the default holds again.
+  std::int32_t Remove(ConfigRef store) const { return store.Remove(m_group, m_name); }
+
+  /// Has `fn` told of every change, and at once of what is stored if anything is; empty when refused. `fn`
+  /// takes a const ConfigReading<T>&.
+  template <std::invocable<const ConfigReading<T>&> Fn>
+  Subscription Subscribe(ConfigRef store, Fn fn, ACmThread* pRunThread = nullptr, bool bAsync = false) const {
+    return Subscription(
+        store, m_group, m_name,
+        [key = *this, fn = std::move(fn)](const KalConfigEvent& event) mutable {
+          fn(key.reading(event.m_newValue));
+        },
+        pRunThread, bAsync);
+  }
+
+ private:
+  ConfigReading<T> reading(ConfigData stored) const {
+    std::optional<T> value = ReadAs<T>(stored);
+    const bool fromStore = value.has_value();
+    return {fromStore ? *std::move(value) : Default(), std::move(stored), fromStore};
+  }
+
+  KalConfigGroup m_group;
+  const char* m_name;
+  detail::ConfigDefault<T> m_default;
+};
+
+}  // namespace kalStore

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tessel/KalConfigEvent.h"
+#include "tessel/KalConfigGroup.h"
+#include "tessel/ResultCode.h"
+#include "tessel/export.h"
+#include "util/ACmThread.h"
+
+namespace kalStore {
+
+/// The settings of one call: named values in thirteen groups, with subscriptions to their changes and
+/// bindings that compute a value when it is read.
+///
+/// Threads: any operation, from any thread. Groups never wait for each other, and no lock of the store is
+/// held while a callback runs: a callback may read, set, subscribe, remove, import and export on the same
+/// store. Lifetime: obtained from CreateKalConfig() and valid until given back with ReleaseKalConfig(). Names
+/// are NUL-terminated texts of any bytes and must not be empty. Groups above 12 are refused. No operation
+/// throws for bad input.
+///
+/// A failed allocation leaves the operation as std::bad_alloc, and the store usable: a subscription or
+/// binding was not made, an export keeps the last text, a set or import stored whole values or none, and may
+/// have stored one without telling every subscriber. Removals allocate nothing.
+class TESSEL_API IKalConfig {
+ public:
+  /// Has `fn` told of every change of the name, and at once of its current value if there is one.
+  ///
+  /// Where `fn` runs:
+  ///   pRunThread null           on the setter's thread, before the set returns
+  ///   pRunThread, bAsync false  on pRunThread; the setter waits until it has run. When the setter is on
+  ///                             pRunThread already, at once
+  ///   pRunThread, bAsync true   on pRunThread, later, in the order of the sets; posted even from pRunThread
+  /// A run thread without an event queue drops the event. The initial delivery takes the same way, with the
+  /// subscriber in the setter's place, before SubscribeConfig returns.
+  ///
+  /// Deliveries of sets made at once by several threads may overlap and arrive in either order. A callback
+  /// that sets the value it watches is called again, recursively. Handing over deadlocks when pRunThread
+  /// itself waits for the setter: choose bAsync there.
+  ///
+  /// What `fn` throws: called directly, the other subscribers are told first, then the first such exception
+  /// leaves the set. From the initial delivery it leaves SubscribeConfig(), and the subscription is removed
+  /// again. Posted or handed over, it is caught by the run thread's queue, traced, and does not reach the
+  /// setter.
+  ///
+  /// pRunThread is not owned and must outlive the subscription.
+  /// Returns the subscription's id; 0 for a group above 12, a null or empty name, or an empty `fn`.
+  virtual SubscribeId_t SubscribeConfig(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
+                                        ACmThread* pRunThread, bool bAsync) = 0;
+
+  /// Has `fn` compute the name's value whenever it is read with GetDynamicConfig(), on the reader's thread.
+  /// What `fn` throws leaves that read. Returns the binding's id; 0 for bad arguments as in
+  /// SubscribeConfig(), and when the name is bound already.
+  virtual SubscribeId_t BindConfig(KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn) = 0;
+
+  /// Removes a subscription or binding. Changes made after the call are not told to it.
+  ///
+  /// Waits for deliveries in progress, at most 3000 ms. After a wait that ended in time, the callback does
+  /// not run any more and what it captured is released; except a posted one: what was posted before may still
+  /// run on its thread, with a copy of the callback. A wait that gave up leaves the callback in place until
+  /// the delivery ends. Inside the subscription's own callback, or that of another subscriber which the same
+  /// change is told to before it, called directly or handed over, the wait can only give up: remove from
+  /// elsewhere, or subscribe with bAsync. Returns 0; 0x46004001 when the id is not registered.
+  virtual std::int32_t UnsubscribeConfig(SubscribeId_t id) = 0;
+
+  /// Stores a value and tells the name's subscribers; an equal value is told only with `bForceNotify`.
+  /// `bTransient` announces the value without storing it, and removes what was stored.
+  /// Returns 0 when a subscriber was told, 0x4600400a when there was none, 0x46004009 when the value did not
+  /// change (all three: stored); 0x46004003 for a bad argument or an invalid value (nothing stored).
+  virtual std::int32_t SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,
+                                    bool bForceNotify, bool bTransient) = 0;
+
+  /// Copies the stored value to `value`: 0. Without one: 0x46004001, `value` made invalid. 0x46004003 for a
+  /// bad argument, `value` untouched.
+  virtual std::int32_t GetKalConfig(KalConfigGroup group, const char* name, ConfigData& value) = 0;
+
+  /// Asks the name's binding, handing it `defaultValue`: 0. Without a binding: 0x4600400a, `value` untouched.
+  /// Stored values are not consulted. 0x46004003 for a bad argument.
+  virtual std::int32_t GetDynamicConfig(KalConfigGroup group, const char* name, ConfigData& value,
+                                        ConfigData defaultValue) = 0;
+
+  /// Removes a stored value and tells nobody. 0, also when there was none; 0x46004003 for a bad argument.
+  virtual std::int32_t RemoveKalConfig(KalConfigGroup group, const char* name) = 0;
+
+  /// Removes all values of the group and tells nobody; subscriptions and bindings stay. 0, or 0x46004003.
+  virtual std::int32_t RemoveKalConfigByGroup(KalConfigGroup group) = 0;
+
+  /// The stored values of the groups as a settings document. The text lives in the store until its next
+  /// DumpKalConfigs(), from whatever thread, or its end; do not free it. Consistent within each group.
+  virtual const char* DumpKalConfigs(ConfigMultGroup_t groups) = 0;
+
+  /// Sets every entry of a settings document, in group name order and then in document order, as
+  /// SetKalConfig() without force would. Unknown groups, entries without a text "key" and "value" and refused
+  /// values are skipped. 0; 0x46004001 when the text is null or no JSON object, with nothing stored. What a
+  /// callback throws leaves the import; the entries after it are not set.
+  ///
+  /// A document is an object of group names, each an array of objects with "key" and "value", both strings:
+  /// {"Audio":[{"key":"Bitrate","value":"32000"}]}
+  virtual std::int32_t ApplyKalConfigs(const char* szJsonConfig) = 0;
+
+  virtual ~IKalConfig() = default;
+};
+
+}  // namespace kalStore

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+#include "tessel/ConfigEventHandler.h"
+#include "tessel/IKalConfig.h"
+#include "tessel/KalConfigObserverMgr.h"
+#include "tessel/atomMap.h"
+
+namespace kalStore {
+
+/// The store of one call. Obtain it with CreateKalConfig() and use it through IKalConfig.
+class TESSEL_API KalConfig : public IKalConfig {
+ public:
+  explicit KalConfig(std::uint32_t callId);
+  KalConfig(const KalConfig&) = delete;
+  KalConfig& operator=(const KalConfig&) = delete;
+
+  SubscribeId_t SubscribeConfig(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
+                                ACmThread* pRunThread, bool bAsync) override;
+  SubscribeId_t BindConfig(KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn) override;
+  std::int32_t UnsubscribeConfig(SubscribeId_t id) override;
+  std::int32_t SetKalConfig(KalConfigGroup group, const char* name, ConfigData value, bool bForceNotify,
+                            bool bTransient) override;
+  std::int32_t GetKalConfig(KalConfigGroup group, const char* name, ConfigData& value) override;
+  std::int32_t GetDynamicConfig(KalConfigGroup group, const char* name, ConfigData& value,
+                                ConfigData defaultValue) override;
+  std::int32_t RemoveKalConfig(KalConfigGroup group, const char* name) override;
+  std::int32_t RemoveKalConfigByGroup(KalConfigGroup group) override;
+  const char* DumpKalConfigs(ConfigMultGroup_t groups) override;
+  std::int32_t ApplyKalConfigs(const char* szJsonConfig) override;
+
+  ~KalConfig() override;
+
+  /// Sets the cleaned-up flag; false when it was set already. The registry calls it under its own lock, so
+  /// that it drops its reference once.
+  bool MarkCleanedUp();
+
+ private:
+  using ObserverMgr = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
+  using ConfigMap = atomMap<std::string, ConfigData>;
+
+  // REQUIRES: IsConfigGroup(group).
+  ConfigMap& configsOf(KalConfigGroup group) { return m_configs[static_cast<std::size_t>(group)]; }
+  ObserverMgr& observersOf(KalConfigGroup group) { return m_observerMgrs[static_cast<std::size_t>(group)]; }
+
+  // Registration (KalConfigSubscriptions.cpp).
+  SubscribeId_t subscribeConfig(KalConfigGroup group, const char* name, ConfigEventHandler::Ptr handlerPtr,
+                                ACmThread* pRunThread, bool bAsync);
+  SubscribeId_t bindConfig(KalConfigGroup group, const char* name, ConfigEventHandler::Ptr handlerPtr);
+  void registerId(const ConfigEventHandler::Ptr& handlerPtr, int assertionLine);
+  void withdraw(const ConfigEventHandler::Ptr& handlerPtr);
+  std::int32_t unsubscribeConfig(KalConfigGroup group, const char* name, ConfigEventHandler::Ptr handlerPtr);
+
+  // Delivery (KalConfigDelivery.cpp).
+  std::int32_t fireEvents(ObserverMgr& observers, const char* name, ConfigValue oldValue,
+                          ConfigValue newValue, KalConfigGroup group, bool bForceNotify);
+  std::int32_t invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
+                           const ConfigValue& defaultValue, KalConfigGroup group);
+
+  const std::uint32_t m_callId;
+  std::string m_dumpText;  // Protected by m_dumpLock.
+  atomMap<SubscribeId_t, ConfigEventHandler::Ptr> m_mapIDs;
+  std::array<ObserverMgr, KAL_CONFIG_GROUP_LAST> m_observerMgrs;
+  std::array<ConfigMap, KAL_CONFIG_GROUP_LAST> m_configs;
+  bool m_bCleanedUp = false;  // Protected by the registry's lock.
+  std::atomic<std::uint64_t> m_nSubscribeSeq{0};
+  std::atomic<std::uint32_t> m_TotalObservers{0};
+  std::mutex m_dumpLock;
+};
+
+}  // namespace kalStore

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kal {
+
+/// What a media component works on; decides which group of settings is its own. 6 to 13 have no group.
+enum KalSessionType : std::int32_t {
+  KAL_SESSION_AUDIO = 0,        ///< group "Audio"
+  KAL_SESSION_VIDEO = 1,        ///< group "Video"
+  KAL_SESSION_VIDEO_SLIDE = 2,  ///< group "VideoSlide"
+  KAL_SESSION_AUDIO_SLIDE = 3,  ///< group "AudioSlide"
+  KAL_SESSION_APPLICATION = 4,  ///< group "Application"
+  KAL_SESSION_GAMESTATE = 5,    ///< group "Gamestate"
+  KAL_SESSION_AUDIO_SI = 14,    ///< group "AudioSi"
+  KAL_SESSION_NONE = 15,        ///< no session type: the group belongs to none
+};
+
+}  // namespace kal

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tessel/export.h"
+
+namespace kal {
+
+/// The video codecs of an encoder; named after the codec code that the blocks carry for them.
+enum KalVideoCodecType : std::int32_t {
+  KAL_VIDEO_CODEC_CODE_100 = 0,
+  KAL_VIDEO_CODEC_CODE_101 = 1,
+  KAL_VIDEO_CODEC_CODE_NONE = 2,
+  KAL_VIDEO_CODEC_CODE_104 = 3,
+};
+
+/// How an encoder scales its pictures down; stored as given. The engine's own values are all allowed.
+enum KalVideoResDownType : std::int32_t {
+  KAL_VIDEO_RES_DOWN_NONE = 0,
+};
+
+}  // namespace kal
+
+namespace kalStore {
+
+/// The RTP payload types that stand for an audio codec. Every other value stands for none.
+enum KAL_AUDIO_PAYLOAD_TYPE : std::int32_t {
+  KAL_AUDIO_PAYLOAD_PCMU = 0,           ///< codec code 1
+  KAL_AUDIO_PAYLOAD_PCMA = 8,           ///< codec code 2
+  KAL_AUDIO_PAYLOAD_G722 = 9,           ///< codec code 5
+  KAL_AUDIO_PAYLOAD_G729 = 18,          ///< codec code 7
+  KAL_AUDIO_PAYLOAD_DYNAMIC_101 = 101,  ///< codec code 4
+  KAL_AUDIO_PAYLOAD_DYNAMIC_102 = 102,  ///< codec code 3
+  KAL_AUDIO_PAYLOAD_DYNAMIC_103 = 103,  ///< codec code 8
+  KAL_AUDIO_PAYLOAD_DYNAMIC_104 = 104,  ///< codec code 9
+  KAL_AUDIO_PAYLOAD_DYNAMIC_105 = 105,  ///< codec code 10
+  KAL_AUDIO_PAYLOAD_DYNAMIC_106 = 106,  ///< codec code 11
+  KAL_AUDIO_PAYLOAD_DYNAMIC_107 = 107,  ///< codec code 12
+};
+
+/// The code of a video codec in the blocks: 100, 101, 0 and 104 for types 0 to 3; 0 for every other value.
+TESSEL_API std::uint32_t mapToKALCodec(kal::KalVideoCodecType codec);
+
+}  // namespace kalStore
+
+using kalStore::mapToKALCodec;

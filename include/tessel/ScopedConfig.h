@@ -1,0 +1,75 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "tessel/ConfigKey.h"
+#include "tessel/ConfigRef.h"
+
+namespace kalStore {
+
+/// Puts a value in place for a scope, for tests: at its end what stood before stands again, and a name that
+/// had no value is removed. Scopes of one name end in the reverse order of their beginning.
+///
+/// Subscribers are told of both sets, but not of a removal. What a callback throws leaves the constructor,
+/// with what stood before in place again; at the end of the scope it is dropped.
+///
+/// Threads: begins and ends like two sets, from any threads; what others set to the name meanwhile is lost.
+/// Lifetime: the store or facade must outlive it.
+///
+/// @code
+/// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
+/// KalConfigHelper settings(7);
+/// {
+///   const ScopedConfig slow(settings, kMaxFps, 5);
+///   assert(kMaxFps.Get(settings) == 5);
+/// }
+/// assert(!settings.HaveKalConfig("MaxFps", KAL_CONFIG_GROUP_VIDEO));
+/// @endcode
+class ScopedConfig {
+ public:
+  [[nodiscard]] ScopedConfig(ConfigRef store, KalConfigGroup group, const char* name, ConfigData value)
+      : m_store(store), m_group(group), m_name(name ? name : "") {
+    m_store.Get(m_group, name, m_previous);
+    try {
+      m_isInPlace = IsStored(m_store.Set(m_group, name, std::move(value)));
+    } catch (...) {
+      restore();
+      throw;
+    }
+  }
+  /// The same with a key; `value` is of its type, as for ConfigKey::Set().
+  template <ConfigType T, detail::SettableAs<T> Value>
+  [[nodiscard]] ScopedConfig(ConfigRef store, const ConfigKey<T>& key, Value value)
+      : ScopedConfig(store, key.Group(), key.Name(), ConfigData(std::move(value))) {}
+  ScopedConfig(const ScopedConfig&) = delete;
+  ScopedConfig& operator=(const ScopedConfig&) = delete;
+
+  ~ScopedConfig() {
+    if (m_isInPlace) restore();
+  }
+
+  /// Whether the value was stored; otherwise the scope does nothing.
+  bool IsInPlace() const { return m_isInPlace; }
+
+ private:
+  void restore() noexcept {
+    try {
+      if (m_previous.IsValid()) {
+        m_store.Set(m_group, m_name.c_str(), std::move(m_previous));
+      } else {
+        m_store.Remove(m_group, m_name.c_str());
+      }
+    } catch (...) {
+      // A callback's exception; the value is in place.
+    }
+  }
+
+  const ConfigRef m_store;
+  const KalConfigGroup m_group;
+  const std::string m_name;
+  ConfigData m_previous;
+  bool m_isInPlace = false;
+};
+
+}  // namespace kalStore

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <charconv>
+#include <concepts>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "util/ConfigData.h"
+
+namespace kalStore {
+
+/// The types that a setting can have: those that a ConfigData is made from.
+template <class T>
+concept ConfigType =
+    std::same_as<T, bool> || std::same_as<T, int> || std::same_as<T, unsigned int> || std::same_as<T, long> ||
+    std::same_as<T, unsigned long> || std::same_as<T, double> || std::same_as<T, std::string>;
+
+/// The value as a T; nothing when it is empty, or its text is not wholly a T within range: no blanks around
+/// it, no fraction for an integer, no sign for an unsigned one. A flag is read as ConfigData::ToBool() does:
+/// "true", "false" and numbers. Every text is a std::string. The same in every locale.
+template <ConfigType T>
+std::optional<T> ReadAs(const ConfigData& value) {
+  if (!value.IsValid()) return std::nullopt;
+  const std::string& text = value.ToString();
+  if constexpr (std::same_as<T, std::string>) {
+    return text;
+  } else if constexpr (std::same_as<T, bool>) {
+    const bool flag = value.ToBool(false);
+    return flag == value.ToBool(true) ? std::optional(flag) : std::nullopt;
+  } else {
+    T number{};
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, number);
+    return result.ptr == end && result.ec == std::errc() ? std::optional(number) : std::nullopt;
+  }
+}
+
+}  // namespace kalStore

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "tessel/export.h"
+#include "tessel/json_array.h"
+#include "tessel/json_object.h"
+#include "tessel/json_value.h"
+
+namespace json {
+
+/// Where a text stopped being JSON.
+struct ParseError {
+  std::size_t offset = 0;        ///< Bytes before the fault; the text's size when it ends too early.
+  std::size_t line = 0;          ///< From 1.
+  std::size_t column = 0;        ///< From 1, in bytes.
+  const char* reason = nullptr;  ///< What is wrong, for ever valid; null when nothing is.
+};
+
+/// The white space between tokens, whatever the locale: blank, \t, \n, \v, \f and \r.
+constexpr bool json_isspace(int c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// The compact text of an object or array, members in key order; "" for any other value.
+///
+/// Integers are written in decimal and float and double with six decimals, the same in every locale. What has
+/// no JSON text is written so that the whole stays readable: an infinity as 1e999 or -1e999, which reads back
+/// as one, and not-a-number as null. Strings and keys may hold any bytes and read back to the same.
+TESSEL_API std::string Serialize(const Value& document);
+
+/// The text of one value of any kind, or of an array, as it stands inside a document.
+TESSEL_API std::string SerializeValue(const Value& value);
+TESSEL_API std::string SerializeArray(const Array& array);
+
+/// The value of a JSON text; null when the text is malformed.
+///
+/// More than RFC 8259 is read: literals in any letter case, any raw byte inside strings, the white space of
+/// json_isspace(); \uXXXX gives one byte, its low 8 bits. The last of two equal keys stands. Nesting deeper
+/// than 1000 levels is malformed.
+///
+/// A number with a point or exponent is a double. Any other is, by its value, an int, else an unsigned int,
+/// else a 64-bit int, else a double; beyond 2^53 it has the precision of a double. Too large a number is an
+/// infinity, too small a one zero. The same in every locale.
+TESSEL_API Value Deserialize(const std::string& text);
+
+/// The same, and tells of the first fault; `error.reason` is null when the text is well-formed.
+TESSEL_API Value Deserialize(const std::string& text, ParseError& error);
+
+}  // namespace json

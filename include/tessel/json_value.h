@@ -1,0 +1,151 @@
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tessel/export.h"
+#include "tessel/json_owned.h"
+
+namespace json {
+
+class Array;
+class Object;
+class Reader;
+
+/// What a value is. The numbers are fixed.
+enum ValueType : int {
+  NullVal = 0,
+  StringVal = 1,
+  IntVal = 2,
+  Int64Val = 3,
+  FloatVal = 4,
+  DoubleVal = 5,
+  ObjectVal = 6,
+  ArrayVal = 7,
+  BoolVal = 8,
+  UnsignedIntVal = 9,
+};
+
+/// One JSON value: null, a string of any bytes, a number of one of five kinds, a bool, an Object or an Array.
+///
+/// Copies are deep; moves are cheap, do not throw and leave a null or empty source. A value may be assigned
+/// from a part of itself. Threads: none of its own. Any number of threads may read one value while nobody
+/// writes it.
+///
+/// Using a value as the wrong kind is a programming error: it prints the failed condition to standard error
+/// and aborts, in every build. Ask GetType() or HasKey() first, or read with jsonHelper, which never fails.
+class TESSEL_API Value {
+ public:
+  Value() noexcept = default;
+  Value(std::nullptr_t) noexcept {}
+  Value(int value) noexcept : mValueType(IntVal), mIntVal(value) {}
+  Value(unsigned int value) noexcept : mValueType(UnsignedIntVal), mUnsignedIntVal(value) {}
+  Value(long value) noexcept : mValueType(Int64Val), mInt64Val(value) {}
+  Value(long long value) noexcept : mValueType(Int64Val), mInt64Val(value) {}
+  Value(float value) noexcept : mValueType(FloatVal), mFloatVal(value) {}
+  Value(double value) noexcept : mValueType(DoubleVal), mDoubleVal(value) {}
+  Value(bool value) noexcept : mValueType(BoolVal), mBoolVal(value) {}
+  /// A string; null for a null pointer.
+  Value(const char* value);
+  Value(std::string value) noexcept : mValueType(StringVal), mStringVal(std::move(value)) {}
+  Value(const Object& value);
+  Value(Object&& value);
+  Value(const Array& value);
+  Value(Array&& value);
+  /// Pointers are not bools.
+  Value(const void*) = delete;
+
+  Value(const Value& other) = default;
+  Value(Value&& other) noexcept = default;
+  Value& operator=(const Value& other);
+  Value& operator=(Value&& other) noexcept;
+  ~Value() = default;
+
+  ValueType GetType() const { return mValueType; }
+
+  /// The representation of that kind; zero or false when the value has none. A number that was parsed has all
+  /// numeric ones, at the nearest limit where it does not fit; one that was built has only its own.
+  int ToInt() const { return mIntVal; }
+  unsigned int ToUnsignedInt() const { return mUnsignedIntVal; }
+  std::int64_t ToInt64() const { return mInt64Val; }
+  float ToFloat() const { return mFloatVal; }
+  double ToDouble() const { return mDoubleVal; }
+  bool ToBool() const { return mBoolVal; }
+
+  /// What the value holds, in place: valid until the value is assigned, moved or destroyed.
+  /// REQUIRES: the value is of that kind.
+  std::string& ToString();
+  const std::string& ToString() const;
+  Object& ToObject();
+  const Object& ToObject() const;
+  Array& ToArray();
+  const Array& ToArray() const;
+
+  /// REQUIRES: an array, and index < size().
+  Value& operator[](std::size_t index);
+  const Value& operator[](std::size_t index) const;
+  template <std::integral Index>
+  Value& operator[](Index index) {
+    return (*this)[static_cast<std::size_t>(index)];
+  }
+  template <std::integral Index>
+  const Value& operator[](Index index) const {
+    return (*this)[static_cast<std::size_t>(index)];
+  }
+
+  /// The member of that key; when missing, inserts null and returns it.
+  /// REQUIRES: an object, and a key that is not null.
+  Value& operator[](const char* key);
+  Value& operator[](const std::string& key);
+  /// REQUIRES: an object, and HasKey(key).
+  const Value& operator[](const char* key) const;
+  const Value& operator[](const std::string& key) const;
+
+  /// REQUIRES: an object.
+  bool HasKey(const std::string& key) const;
+  /// -1 when the object has every key, otherwise the index of the first one missing.
+  /// REQUIRES: an object; `keys` has `count` texts, none null.
+  int HasKeys(const std::vector<std::string>& keys) const;
+  int HasKeys(const char** keys, int count) const;
+
+  /// Members of an object, elements of an array, 1 for any other kind.
+  std::size_t size() const;
+
+  /// Makes the value null.
+  void Clear() { *this = Value(); }
+
+  /// Takes `other` over into this value, which must be of the same kind and not null: false, and nothing
+  /// changes, otherwise. Objects merge key by key, recursively: a member that is missing, null or of the same
+  /// kind takes the other's value; one of another kind stays and makes the result false, and the rest is
+  /// merged. Everything else is assigned. Merging a value into itself changes nothing: true.
+  bool MergeValue(const Value& other);
+
+  /// Numbers of any two kinds compare by value: two integers exactly; with a float or double involved they
+  /// are equal when they differ by less than 1e-9 (in float, unless a double is involved). Values of two
+  /// other kinds are unequal, with a deliberate exception that is not symmetric: null, "", an empty object,
+  /// an empty array and false on the left equal any number on the right.
+  TESSEL_API friend bool operator==(const Value& left, const Value& right);
+
+ private:
+  friend class Reader;
+
+  bool isNumber() const;
+  bool mergeInto(const Value& other, std::vector<Value>& replaced);
+
+  ValueType mValueType = NullVal;
+  int mIntVal = 0;
+  float mFloatVal = 0;
+  double mDoubleVal = 0;
+  std::string mStringVal;
+  Owned<Object> mObjectVal;
+  Owned<Array> mArrayVal;
+  bool mBoolVal = false;
+  unsigned int mUnsignedIntVal = 0;
+  std::int64_t mInt64Val = 0;
+};
+
+}  // namespace json

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tessel/export.h"
+
+namespace kalStore {
+
+/// What can be wrong with a settings document, see IKalConfig::ApplyKalConfigs().
+enum class SettingsProblem : std::int32_t {
+  // The document is refused whole: SettingsEffect::kRefused.
+  kNoJson,    ///< the text is malformed
+  kNoObject,  ///< a JSON text, but no object
+  kZeroByte,  ///< a zero byte inside a string: import reads a C text, which ends there
+
+  // The part is skipped: SettingsEffect::kSkipped.
+  kUnknownGroup,   ///< no group has that name
+  kNoArray,        ///< the group is no array
+  kNoEntry,        ///< the entry is no object
+  kNoMember,       ///< the entry has no "key", or no "value"
+  kNoText,         ///< the "key" or "value" is no string
+  kEmptyName,      ///< the "key" is empty, or begins with a zero byte
+  kRepeatedGroup,  ///< the group stands again below, and only the last one is read
+
+  // The part is imported, but most likely not what was meant: SettingsEffect::kImported.
+  kRepeatedName,    ///< the name stands again below in its group, and that value stays
+  kRepeatedMember,  ///< the entry's "key" or "value" stands again, and the last one counts
+  kUnknownToggle,   ///< no feature toggle has the name that stands in "Feature"
+};
+
+/// What import does because of a problem.
+enum class SettingsEffect : std::int32_t { kRefused, kSkipped, kImported };
+
+constexpr SettingsEffect EffectOf(SettingsProblem problem) {
+  if (problem <= SettingsProblem::kZeroByte) return SettingsEffect::kRefused;
+  return problem <= SettingsProblem::kRepeatedGroup ? SettingsEffect::kSkipped : SettingsEffect::kImported;
+}
+
+/// One problem of a settings document, and where it is.
+struct SettingsFinding {
+  SettingsProblem problem = SettingsProblem::kNoJson;
+  std::string path;     ///< for example Audio[3].value, as the document names it; "" for the whole document
+  std::string name;     ///< the group's or entry's name where the problem lies in it; any bytes
+  std::string nearest;  ///< the known name that `name` is most likely meant to be; "" when none is near
+  std::string reason;   ///< in words, on one line, with `nearest`; has no bytes of the document
+  std::size_t offset = 0;  ///< bytes before the place
+  std::size_t line = 0;    ///< of the place, from 1
+  std::size_t column = 0;  ///< of the place, from 1, in bytes
+};
+
+/// Everything in a settings document that import would refuse or skip, or that is most likely a mistake, in
+/// the order of the text; empty for a document that is fine. A document that is refused has that one finding.
+/// The check needs no store and changes nothing.
+///
+/// Threads: any. Throws nothing but what a failed allocation throws.
+///
+/// @code
+/// const auto findings = CheckSettings(R"({"Audoi":[]})");
+/// assert(findings.size() == 1 && findings[0].nearest == "Audio" && findings[0].column == 2);
+/// assert(EffectOf(findings[0].problem) == SettingsEffect::kSkipped);
+/// @endcode
+TESSEL_API std::vector<SettingsFinding> CheckSettings(const std::string& text);
+
+/// The group name that `name` is most likely meant to be, letter case aside; "" when none is near.
+TESSEL_API std::string NearestGroupName(const std::string& name);
+
+}  // namespace kalStore

@@ -1,0 +1,65 @@
+#include "NumberText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <system_error>
+
+namespace json {
+
+namespace {
+
+template <class Number, class... Format>
+void append(std::string& out, Number number, Format... format) {
+  char text[500];  // the largest double has 317 characters
+  const std::to_chars_result result = std::to_chars(text, text + sizeof text, number, format...);
+  out.append(text, result.ptr);
+}
+
+// The power of ten of the first digit that is not zero, for a number that no double can hold.
+std::int64_t magnitudeOf(std::string_view token) {
+  const std::size_t exponentAt = std::min(token.find_first_of("eE"), token.size());
+  const std::string_view digits = token.substr(0, exponentAt);
+  const std::size_t point = std::min(digits.find('.'), digits.size());
+  const std::size_t first = std::min(digits.find_first_of("123456789"), digits.size());
+
+  std::int64_t exponent = 0;
+  if (exponentAt < token.size()) {
+    std::string_view text = token.substr(exponentAt + 1);
+    if (text.front() == '+') text.remove_prefix(1);
+    if (std::from_chars(text.data(), text.data() + text.size(), exponent).ec != std::errc()) {
+      constexpr std::int64_t kBeyondAnyText = std::numeric_limits<std::int64_t>::max() / 2;
+      exponent = text.front() == '-' ? -kBeyondAnyText : kBeyondAnyText;
+    }
+  }
+  return exponent + static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
+}
+
+}  // namespace
+
+void AppendNumber(std::string& out, std::int64_t number) {
+  append(out, number);
+}
+
+void AppendNumber(std::string& out, double number) {
+  if (std::isnan(number)) {
+    out += "null";
+  } else if (std::isinf(number)) {
+    out += number < 0 ? "-1e999" : "1e999";
+  } else {
+    append(out, number, std::chars_format::fixed, 6);
+  }
+}
+
+double ParseReal(std::string_view token) {
+  double number = 0;
+  const auto result = std::from_chars(token.data(), token.data() + token.size(), number);
+  if (result.ec == std::errc::result_out_of_range) {
+    number = magnitudeOf(token) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    if (token.front() == '-') number = -number;
+  }
+  return number;
+}
+
+}  // namespace json

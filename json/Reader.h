@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tessel/json_text.h"
+
+namespace json {
+
+/// The value of a JSON text that stays where it is: as Deserialize(), without a std::string. `error` may be
+/// null.
+Value ParseDocument(std::string_view text, ParseError* error = nullptr);
+
+/// One object or array whose end has not been read yet. Exactly one of the two is set.
+struct StackDepthType {
+  Object* object;
+  Array* array;
+  bool empty = true;
+};
+
+/// Reads one document in a single pass, each value straight into its final place. Its own stack, not the
+/// thread's, holds what is open: no text overflows it.
+class Reader {
+ public:
+  explicit Reader(std::string_view text);
+
+  /// False at the first fault; `document` then holds what was read before it.
+  bool Read(Value& document);
+
+  /// After Read() returned false: the fault.
+  ParseError Fault() const;
+
+ private:
+  bool readNext();
+  bool readKey(std::string& key);
+  bool readValue(Value& place);
+  bool readNumber(Value& place);
+  bool readString(std::string& out);
+  bool readEscape(std::string& out);
+  bool readLiteral(std::string_view word);
+  bool readDigits();
+  bool open(StackDepthType record);
+
+  void skipSpace();
+  bool at(char c) const { return m_at != m_end && *m_at == c; }
+  bool atDigit() const { return m_at != m_end && *m_at >= '0' && *m_at <= '9'; }
+  bool take(char c);
+  bool fail(const char* reason);
+
+  static void setNumber(Value& place, double number, ValueType type);
+  static void setInteger(Value& place, double number);
+
+  const char* const m_begin;
+  const char* const m_end;
+  const char* m_at;
+  const char* m_reason = nullptr;
+  std::vector<StackDepthType> m_open;
+};
+
+}  // namespace json

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+namespace json {
+
+/// A place in a text, moved over it from the beginning.
+struct TextPlace {
+  std::size_t line = 1;
+  std::size_t column = 1;  ///< in bytes
+
+  /// Moves behind `passed`, the text that follows the place.
+  void Advance(std::string_view passed) {
+    const std::size_t lineEnd = passed.rfind('\n');
+    if (lineEnd == std::string_view::npos) {
+      column += passed.size();
+    } else {
+      line += static_cast<std::size_t>(std::count(passed.begin(), passed.end(), '\n'));
+      column = passed.size() - lineEnd;
+    }
+  }
+};
+
+}  // namespace json

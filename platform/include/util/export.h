@@ -1,0 +1,4 @@
+#pragma once
+
+// Marks what libutil.so exports; everything else stays hidden.
+#define UTIL_API __attribute__((visibility("default")))

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "util/ICmEvent.h"
+
+namespace cm {
+
+/// Events in the order in which they are to fire: by priority, smaller numbers first, and first in, first out
+/// within one priority. Events of one priority form a run, whose first event knows its last: an insertion
+/// takes one step for each run before its own, so in practice it is one step. Threads: one owner. Does not
+/// own the events.
+class EventList {
+ public:
+  bool IsEmpty() const { return m_first == nullptr; }
+  /// REQUIRES: not empty.
+  unsigned int FirstPriority() const { return m_first->m_priority; }
+  void Insert(ICmEvent* event);
+  /// Removes the first event and returns it. REQUIRES: not empty.
+  ICmEvent* Pop();
+
+ private:
+  ICmEvent* m_first = nullptr;
+};
+
+}  // namespace cm

@@ -1,0 +1,153 @@
+#include "EventQueue.h"
+
+#include <cerrno>
+#include <exception>
+
+#include "Completion.h"
+#include "util/ACmThread.h"
+#include "util/CCmTextFormator.h"
+#include "util/util_trace.h"
+
+namespace cm {
+namespace {
+
+int refuse(ICmEvent* event, int code) {
+  event->OnDestorySelf();
+  return code;
+}
+
+void reportException(const ICmEvent& event, const char* what) {
+  if (get_external_trace_mask() < 0) return;
+  char buffer[1024];
+  CCmTextFormator line(buffer, sizeof buffer);
+  line << "ACmThread, OnEventFire threw, eventId=" << event.GetEventId() << ", what=" << what;
+  util_adapter_trace(0, "UTIL", line, line.tell());
+}
+
+/// Fires and ends the event; 0, or ECANCELED when it threw.
+int fire(ICmEvent* event) {
+  int result = 0;
+  try {
+    event->OnEventFire();
+  } catch (const std::exception& error) {
+    reportException(*event, error.what());
+    result = ECANCELED;
+  } catch (...) {
+    reportException(*event, "not a std::exception");
+    result = ECANCELED;
+  }
+  event->OnDestorySelf();
+  return result;
+}
+
+ICmEvent* eventIn(std::uintptr_t inbox, std::uintptr_t flags) {
+  return reinterpret_cast<ICmEvent*>(inbox & ~flags);  // NOLINT(performance-no-int-to-ptr)
+}
+
+}  // namespace
+
+int EventQueue::PostEvent(ICmEvent* event, unsigned int priority, unsigned int) {
+  if (event == nullptr) return EINVAL;
+  return push(event, priority, nullptr) ? 0 : refuse(event, ESHUTDOWN);
+}
+
+int EventQueue::SendEvent(ICmEvent* event, unsigned int) {
+  if (event == nullptr) return EINVAL;
+  if (ThreadId() == GetThreadSelfId()) return fire(event);
+  Completion completion;
+  return push(event, kDefaultPriority, &completion) ? completion.Wait() : refuse(event, ESHUTDOWN);
+}
+
+void EventQueue::Open() {
+  m_threadId.store(GetThreadSelfId(), std::memory_order_relaxed);
+  m_inbox.store(0, std::memory_order_release);
+}
+
+void EventQueue::Run() {
+  while (ICmEvent* event = next()) {
+    Completion* sender = event->m_sender;
+    const int result = fire(event);
+    if (sender != nullptr) sender->Complete(result);
+  }
+  m_threadId.store(0, std::memory_order_relaxed);
+}
+
+void EventQueue::Close() {
+  if ((m_inbox.fetch_or(kClosed, std::memory_order_relaxed) & kSleeping) != 0) wake();
+}
+
+bool EventQueue::IsOpen() const {
+  return (m_inbox.load(std::memory_order_acquire) & kClosed) == 0;
+}
+
+bool EventQueue::push(ICmEvent* event, unsigned int priority, Completion* sender) {
+  event->m_priority = priority;
+  event->m_sender = sender;
+  std::uintptr_t inbox = m_inbox.load(std::memory_order_relaxed);
+  do {
+    if ((inbox & kClosed) != 0) return false;
+    event->m_next = eventIn(inbox, kFlags);
+    // Release: the loop that takes the event sees what was written to it. Acquire: see announce().
+  } while (!m_inbox.compare_exchange_weak(inbox, reinterpret_cast<std::uintptr_t>(event),
+                                          std::memory_order_acq_rel, std::memory_order_relaxed));
+  announce(priority);
+  if ((inbox & kSleeping) != 0) wake();
+  return true;
+}
+
+void EventQueue::announce(unsigned int priority) {
+  // After the push, whose acquire pairs with the release in takeArrivals(): an event pushed after a taking
+  // finds the value reset. One pushed before it at worst makes the loop look in vain.
+  unsigned int best = m_bestArrival.load(std::memory_order_relaxed);
+  while (priority < best && !m_bestArrival.compare_exchange_weak(best, priority, std::memory_order_relaxed)) {
+  }
+}
+
+ICmEvent* EventQueue::next() {
+  for (;;) {
+    if (!m_ready.IsEmpty()) {
+      // Arrivals wait until all that is ready has fired, except those that go before it.
+      if (m_bestArrival.load(std::memory_order_relaxed) < m_ready.FirstPriority()) takeArrivals();
+      return m_ready.Pop();
+    }
+    const std::uintptr_t inbox = m_inbox.load(std::memory_order_relaxed);
+    if (eventIn(inbox, kFlags) != nullptr) {
+      takeArrivals();
+      continue;
+    }
+    if ((inbox & kClosed) != 0) return nullptr;
+    sleep();
+  }
+}
+
+void EventQueue::takeArrivals() {
+  m_bestArrival.store(kNoArrival, std::memory_order_relaxed);
+  ICmEvent* latest = eventIn(m_inbox.fetch_and(kClosed, std::memory_order_acq_rel), kFlags);
+  ICmEvent* earliest = nullptr;
+  while (latest != nullptr) {
+    ICmEvent* before = latest->m_next;
+    latest->m_next = earliest;
+    earliest = latest;
+    latest = before;
+  }
+  while (earliest != nullptr) {
+    ICmEvent* after = earliest->m_next;
+    m_ready.Insert(earliest);
+    earliest = after;
+  }
+}
+
+void EventQueue::sleep() {
+  std::unique_lock lock(m_sleepMutex);
+  std::uintptr_t empty = 0;
+  if (!m_inbox.compare_exchange_strong(empty, kSleeping, std::memory_order_relaxed)) return;
+  m_wake.wait(lock, [this] { return m_inbox.load(std::memory_order_relaxed) != kSleeping; });
+}
+
+void EventQueue::wake() {
+  // Under the lock the loop either has yet to look at the inbox, or waits already.
+  std::lock_guard lock(m_sleepMutex);
+  m_wake.notify_one();
+}
+
+}  // namespace cm

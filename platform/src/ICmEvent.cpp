@@ -1,0 +1,9 @@
+#include "util/ICmEvent.h"
+
+ICmEvent::ICmEvent(unsigned long id) : m_id(id) {}
+
+ICmEvent::~ICmEvent() = default;
+
+void ICmEvent::OnDestorySelf() {
+  delete this;
+}

@@ -1,0 +1,138 @@
+#include "util/util_trace.h"
+
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <charconv>
+#include <condition_variable>
+#include <cstring>
+#include <iterator>
+#include <mutex>
+
+#include "util/bounded_copy.h"
+
+namespace {
+
+std::atomic<int> g_mask{0};
+std::atomic<unsigned long> g_assertionReports{0};
+
+thread_local unsigned int t_callsInSink = 0;  // More than 1 when a sink traces.
+thread_local unsigned int t_jobId = 0;
+thread_local bool t_jobNamed = false;
+thread_local char t_jobName[64] = "";
+
+/// Writes "[module level] text" to standard error, with one system call so that lines stay whole.
+void writeToStandardError(void*, int level, const char* module, const char* text, unsigned int length) {
+  char digits[12];
+  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, level);
+  const auto part = [](const char* from, std::size_t size) { return iovec{const_cast<char*>(from), size}; };
+  const iovec line[] = {part("[", 1),  part(module, std::strlen(module)),
+                        part(" ", 1),  part(digits, static_cast<std::size_t>(end.ptr - digits)),
+                        part("] ", 2), part(text, length),
+                        part("\n", 1)};
+  [[maybe_unused]] const ssize_t written = ::writev(STDERR_FILENO, line, std::size(line));
+}
+
+/// Who receives the lines, and which calls to a receiver are under way.
+class Receiver {
+ public:
+  void Set(util_trace_sink sink, void* context) {
+    std::unique_lock lock(m_mutex);
+    m_sink = sink == nullptr ? &writeToStandardError : sink;
+    m_context = context;
+    const unsigned long since = ++m_generation;
+    // A sink cannot wait for its own call to end, and two sinks must not wait for each other.
+    if (t_callsInSink == 0) m_callEnded.wait(lock, [&] { return !hasCallsBefore(since); });
+  }
+
+  void Trace(int level, const char* module, const char* text, unsigned int length) {
+    std::unique_lock lock(m_mutex);
+    Call call{m_generation, nullptr, m_calls};
+    if (m_calls != nullptr) m_calls->previous = &call;
+    m_calls = &call;
+    const util_trace_sink sink = m_sink;
+    void* const context = m_context;
+    lock.unlock();
+
+    ++t_callsInSink;
+    sink(context, level, module, text, length);
+    --t_callsInSink;
+
+    lock.lock();
+    (call.previous == nullptr ? m_calls : call.previous->next) = call.next;
+    if (call.next != nullptr) call.next->previous = call.previous;
+    if (call.generation != m_generation) m_callEnded.notify_all();
+  }
+
+ private:
+  struct Call {  // On the stack of the thread that traces.
+    unsigned long generation;
+    Call* previous;
+    Call* next;
+  };
+
+  bool hasCallsBefore(unsigned long generation) const {
+    for (const Call* call = m_calls; call != nullptr; call = call->next) {
+      if (call->generation < generation) return true;
+    }
+    return false;
+  }
+
+  std::mutex m_mutex;  // Protects everything below. Never held while a sink runs.
+  std::condition_variable m_callEnded;
+  util_trace_sink m_sink = &writeToStandardError;
+  void* m_context = nullptr;
+  unsigned long m_generation = 0;  // Counts the calls of Set().
+  Call* m_calls = nullptr;         // Latest first.
+};
+
+/// Never destroyed: static objects may trace while the process ends.
+Receiver& receiver() {
+  static Receiver& instance = *new Receiver;
+  return instance;
+}
+
+}  // namespace
+
+int get_external_trace_mask() {
+  return g_mask.load(std::memory_order_relaxed);
+}
+
+void set_external_trace_mask(int mask) {
+  g_mask.store(mask, std::memory_order_relaxed);
+}
+
+void set_util_trace_sink(util_trace_sink sink, void* context) {
+  receiver().Set(sink, context);
+}
+
+void util_adapter_trace(int level, const char* module, const char* text, unsigned int length) {
+  const bool hasText = text != nullptr;
+  receiver().Trace(level, module == nullptr ? "" : module, hasText ? text : "", hasText ? length : 0);
+}
+
+unsigned int cm_get_current_threadpool_job_id() {
+  return t_jobId;
+}
+
+const char* cm_get_current_threadpool_job_name() {
+  return t_jobNamed ? t_jobName : nullptr;
+}
+
+void cm_set_current_threadpool_job(unsigned int id, const char* name) {
+  t_jobId = id;
+  t_jobNamed = name != nullptr;
+  if (name == nullptr) return;
+  const std::size_t length = strnlen_s(name, sizeof t_jobName - 1);
+  std::memmove(t_jobName, name, length);  // A job may be given the name of the one before.
+  t_jobName[length] = '\0';
+}
+
+void cm_assertion_report() {
+  g_assertionReports.fetch_add(1, std::memory_order_relaxed);
+}
+
+unsigned long cm_assertion_report_count() {
+  return g_assertionReports.load(std::memory_order_relaxed);
+}

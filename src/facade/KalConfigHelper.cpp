@@ -1,0 +1,105 @@
+#include "tessel/KalConfigHelper.h"
+
+#include "Assertion.h"
+#include "KalConfigObserverHelper.h"
+#include "SessionGroup.h"
+#include "TraceLine.h"
+#include "tessel/KalConfigRegistry.h"
+
+namespace kalStore {
+
+KalConfigHelper::KalConfigHelper()
+    : m_pConfigLock(std::make_unique<std::recursive_mutex>()),
+      m_pObserverHelper(std::make_unique<KalConfigObserverHelper>()) {}
+
+// What throws here finds a constructed object, so that the destructor gives the store back.
+KalConfigHelper::KalConfigHelper(std::uint32_t callId) : KalConfigHelper() {
+  if (callId != kNoCallId) createKalConfig(callId);
+}
+
+KalConfigHelper::~KalConfigHelper() {
+  // Callbacks that run to their end meanwhile still find the store here.
+  IKalConfig* const pStore = m_pIKalConfig;
+  try {
+    if (pStore != nullptr) m_pObserverHelper->ForgetStore();
+  } catch (...) {
+    // The rest is given back all the same.
+  }
+  m_pObserverHelper.reset();
+  try {
+    if (pStore != nullptr) ReleaseKalConfig(pStore);
+  } catch (...) {
+    // Without the registry's lock, the reference cannot be given back.
+  }
+}
+
+std::int32_t KalConfigHelper::InitKalConfig(std::uint32_t callId, kal::KalSessionType sessionType) {
+  const std::int32_t callResult = SetCallId(callId);
+  const std::int32_t sessionResult = SetKalSessionType(sessionType);
+  return callResult == kResultOk && sessionResult == kResultOk ? kResultOk : kResultNotFound;
+}
+
+std::int32_t KalConfigHelper::SetCallId(std::uint32_t callId) {
+  KAL_ASSERT_AT("KalConfig", 1246, m_pConfigLock != nullptr);
+  if (m_pConfigLock == nullptr) return kResultNotFound;
+  const std::lock_guard lock(*m_pConfigLock);
+  if (m_callId == kNoCallId && callId != kNoCallId) return createKalConfig(callId);
+  if (m_callId == callId && m_pIKalConfig != nullptr) return kResultOk;
+  TESSEL_TRACE(0, ", m_callId=" << m_callId.load() << ", callId=" << callId << This{this});
+  return kResultNotFound;
+}
+
+std::uint32_t KalConfigHelper::GetCallId() const {
+  return m_callId;
+}
+
+// Nothing changes unless there is a store: a call id alone would keep the facade from ever being bound.
+std::int32_t KalConfigHelper::createKalConfig(std::uint32_t callId) {
+  KAL_ASSERT_AT("KalConfig", 1549, m_pConfigLock != nullptr);
+  if (m_pConfigLock == nullptr) return kResultNotFound;
+  const std::lock_guard lock(*m_pConfigLock);
+  if (m_pIKalConfig != nullptr || callId == kNoCallId) return kResultNotFound;
+  IKalConfig* pStore = nullptr;
+  if (CreateKalConfig(callId, &pStore) != kResultOk) return kResultNotFound;
+  m_callId = callId;
+  m_pIKalConfig = pStore;
+  m_pObserverHelper->SetStore(*pStore);
+  return kResultOk;
+}
+
+std::int32_t KalConfigHelper::SetKalSessionType(kal::KalSessionType sessionType) {
+  const KalConfigGroup group = GroupOfSessionType(sessionType);
+  KalConfigGroup current = KAL_CONFIG_GROUP_DEFAULT;
+  if (group != KAL_CONFIG_GROUP_DEFAULT &&
+      (m_defaultGroup.compare_exchange_strong(current, group) || current == group)) {
+    return kResultOk;
+  }
+  TESSEL_TRACE(0, ", " << KalConfigGroup2GroupName(m_defaultGroup)
+                       << ", sessionType=" << static_cast<int>(sessionType) << This{this});
+  return kResultNotFound;
+}
+
+kal::KalSessionType KalConfigHelper::GetKalSessionType() const {
+  return SessionTypeOfGroup(m_defaultGroup);
+}
+
+std::int32_t KalConfigHelper::SetDefaultGroup(KalConfigGroup group) {
+  KalConfigGroup current = KAL_CONFIG_GROUP_DEFAULT;
+  const bool isSet = IsConfigGroup(group) && m_defaultGroup.compare_exchange_strong(current, group);
+  return isSet ? kResultOk : kResultNotFound;
+}
+
+// Puts the default group in its own value's place; without one, traces for the calling operation.
+bool KalConfigHelper::resolveGroup(KalConfigGroup& group, const char* prettyFunction,
+                                   const char* failure) const {
+  if (group == KAL_CONFIG_GROUP_DEFAULT) group = m_defaultGroup;
+  if (group != KAL_CONFIG_GROUP_DEFAULT) return true;
+  if (IsTraced(0)) {
+    TraceLine line(0, prettyFunction);
+    line.Text() << failure << Cid{m_callId} << This{this};
+    line.Emit();
+  }
+  return false;
+}
+
+}  // namespace kalStore

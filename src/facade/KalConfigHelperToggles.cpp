@@ -1,0 +1,41 @@
+#include <utility>
+
+#include "FeatureToggleKeys.h"
+#include "KalConfigObserverHelper.h"
+#include "tessel/KalConfigHelper.h"
+
+namespace kalStore {
+
+std::int32_t KalConfigHelper::SetFeatureToggle(KalFeatureToggleID id, ConfigData value) {
+  return SetKalConfig(FeatureToggleKey(id), std::move(value), KAL_CONFIG_GROUP_FEATURE, false, false);
+}
+
+ConfigData KalConfigHelper::GetFeatureToggle(KalFeatureToggleID id) {
+  return GetKalConfig(FeatureToggleKey(id), KAL_CONFIG_GROUP_FEATURE);
+}
+
+bool KalConfigHelper::HaveFeatureToggle(KalFeatureToggleID id) {
+  return HaveKalConfig(FeatureToggleKey(id), KAL_CONFIG_GROUP_FEATURE);
+}
+
+std::int32_t KalConfigHelper::RemoveFeatureToggle(KalFeatureToggleID id) {
+  return RemoveKalConfig(FeatureToggleKey(id), KAL_CONFIG_GROUP_FEATURE);
+}
+
+SubscribeId_t KalConfigHelper::SubscribeFeatureToggle(KalFeatureToggleID id, fnConfigChangedCallBack cb,
+                                                      ACmThread* thread, bool async) {
+  return SubscribeConfig(FeatureToggleKey(id), std::move(cb), KAL_CONFIG_GROUP_FEATURE, thread, async);
+}
+
+std::int32_t KalConfigHelper::UnsubscribeFeatureToggle(KalFeatureToggleID id) {
+  return UnsubscribeConfig(FeatureToggleKey(id), KAL_CONFIG_GROUP_FEATURE);
+}
+
+bool KalConfigHelper::IsFeatureToggleDefaultOn(KalFeatureToggleID id) {
+  // One read, not two: a toggle that another thread removes in between is unset, not off.
+  ConfigData value;
+  const bool isSet = GetKalConfig(FeatureToggleKey(id), value, KAL_CONFIG_GROUP_FEATURE) == kResultOk;
+  return !isSet || value;
+}
+
+}  // namespace kalStore

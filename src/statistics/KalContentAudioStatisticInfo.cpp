@@ -1,0 +1,3 @@
+#include "tessel/KalContentAudioStatisticInfo.h"
+
+KalContentAudioStatisticInfo::~KalContentAudioStatisticInfo() = default;

@@ -1,0 +1,3 @@
+#include "tessel/KalContentVideoStatisticInfo.h"
+
+KalContentVideoStatisticInfo::~KalContentVideoStatisticInfo() = default;

@@ -1,0 +1,75 @@
+#include <exception>
+#include <utility>
+
+#include "DeliverySnapshot.h"
+#include "SessionGroup.h"
+#include "TraceLine.h"
+#include "tessel/KalConfig.h"
+
+namespace kalStore {
+
+std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, ConfigValue oldValue,
+                                   ConfigValue newValue, KalConfigGroup group, bool bForceNotify) {
+  if (!IsConfigGroup(group) || name == nullptr) {
+    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    return kResultBadArgument;
+  }
+  if (!bForceNotify && oldValue == newValue) return kResultUnchanged;
+  TESSEL_TRACE(2, ", " << name << ", " << oldValue.ToCstr() << " -> " << newValue.ToCstr()
+                       << ", bForceNotify=" << bForceNotify << Cid{m_callId} << This{this});
+  if (*name == '\0') return kResultNobody;
+
+  DeliverySnapshot snapshot;
+  snapshot.Announce(
+      observers, name, [](const ConfigEventHandler& handler) { return handler.m_fnNotify != nullptr; },
+      [this] { TESSEL_TRACE(1, ", fireEvents Multiple notification" << Cid{m_callId} << This{this}); });
+  if (snapshot.IsEmpty()) return kResultNobody;
+
+  const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
+                             group, SessionTypeOfGroup(group)};
+  unsigned int told = 0;
+  // One subscriber's exception must not keep the change from the others.
+  std::exception_ptr firstError;
+  while (snapshot.HasNext()) {
+    try {
+      snapshot.DeliverNext([&](ConfigEventHandler& handler) { told += handler.Notify(event) ? 1 : 0; });
+    } catch (...) {
+      if (!firstError) firstError = std::current_exception();
+    }
+  }
+  if (firstError) std::rethrow_exception(firstError);
+  if (told == 0) return kResultNobody;
+  TESSEL_TRACE(2, ", nObservers=" << told << Cid{m_callId} << This{this});
+  return kResultOk;
+}
+
+std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
+                                    const ConfigValue& defaultValue, KalConfigGroup group) {
+  if (!IsConfigGroup(group) || name == nullptr) {
+    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    return kResultBadArgument;
+  }
+  TESSEL_TRACE(2, ", " << name << ", " << defaultValue.ToCstr() << Cid{m_callId} << This{this});
+  if (*name == '\0') return kResultNobody;
+
+  DeliverySnapshot snapshot;
+  snapshot.Announce(
+      observers, name, [](const ConfigEventHandler& handler) { return handler.m_fnInvoke != nullptr; },
+      [this] { TESSEL_TRACE(1, ", invokeEvent Multiple notification" << Cid{m_callId} << This{this}); });
+  if (snapshot.IsEmpty()) return kResultNobody;
+
+  const KalConfigEvent event{name, {}, {}, defaultValue, group, SessionTypeOfGroup(group)};
+  unsigned int callees = 0;
+  while (snapshot.HasNext()) {
+    snapshot.DeliverNext([&](ConfigEventHandler& handler) {
+      if (callees++ == 0) value = handler.Invoke(event);
+    });
+  }
+  if (callees > 1) {
+    TESSEL_TRACE(0, ", Bind too much, "
+                        << "nCallees=" << callees << Cid{m_callId} << This{this});
+  }
+  return kResultOk;
+}
+
+}  // namespace kalStore

@@ -1,0 +1,201 @@
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <utility>
+
+#include "Assertion.h"
+#include "DeliverySnapshot.h"
+#include "Milliseconds.h"
+#include "SessionGroup.h"
+#include "TraceLine.h"
+#include "tessel/KalConfig.h"
+
+namespace kalStore {
+namespace {
+
+constexpr long kRemovalReportMs = 500;
+constexpr long kRemovalCeilingMs = 3000;
+
+void SleepOneMs() {
+  timespec left{.tv_sec = 0, .tv_nsec = 1000000};
+  while (nanosleep(&left, &left) == -1 && errno == EINTR) {
+  }
+}
+
+}  // namespace
+
+SubscribeId_t KalConfig::SubscribeConfig(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
+                                         ACmThread* pRunThread, bool bAsync) {
+  auto handlerPtr = std::make_shared<ConfigEventHandler>();
+  handlerPtr->m_fnNotify = std::move(fn);
+  return subscribeConfig(group, name, std::move(handlerPtr), pRunThread, bAsync);
+}
+
+SubscribeId_t KalConfig::BindConfig(KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn) {
+  auto handlerPtr = std::make_shared<ConfigEventHandler>();
+  handlerPtr->m_fnInvoke = std::move(fn);
+  return bindConfig(group, name, std::move(handlerPtr));
+}
+
+std::int32_t KalConfig::UnsubscribeConfig(SubscribeId_t id) {
+  ConfigEventHandler::Ptr handlerPtr;
+  {
+    decltype(m_mapIDs)::Locked ids(m_mapIDs);
+    if (auto node = ids->extract(id)) handlerPtr = std::move(node.mapped());
+  }
+  if (handlerPtr == nullptr) {
+    TESSEL_TRACE(0, ", " << id << "Failed" << Cid{m_callId} << This{this});
+    return kResultNotFound;
+  }
+  return unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr);
+}
+
+SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
+                                         ConfigEventHandler::Ptr handlerPtr, ACmThread* pRunThread,
+                                         bool bAsync) {
+  if (!IsConfigGroup(group) || name == nullptr || handlerPtr == nullptr || !handlerPtr->m_fnNotify ||
+      handlerPtr->m_SubscribeId != 0) {
+    TESSEL_TRACE(0, "Error parameters 0" << Cid{m_callId} << This{this});
+    return 0;
+  }
+  if (*name == '\0') {
+    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    return 0;
+  }
+
+  const unsigned long threadId = GetThreadSelfId();
+  handlerPtr->m_SubscribeId = m_nSubscribeSeq.fetch_add(1, std::memory_order_relaxed) + 1;
+  handlerPtr->m_group = group;
+  handlerPtr->m_strName = name;
+  handlerPtr->m_pRunThread = pRunThread;
+  handlerPtr->m_bAsync = bAsync;
+  const SubscribeId_t id = handlerPtr->m_SubscribeId;
+  TESSEL_TRACE(2, ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id
+                       << ", m_TotalObservers=" << m_TotalObservers.load()
+                       << ", pRunThread=" << static_cast<void*>(pRunThread) << ", bAsync=" << bAsync
+                       << Cid{m_callId} << This{this});
+
+  // The initial delivery is announced before anyone else can find the handler: a removal waits for it.
+  const int result =
+      observersOf(group).Subscribe(name, handlerPtr, [&](const ConfigEventHandler::Ptr& added) {
+        m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
+        AnnounceDelivery(*added, threadId);
+      });
+  if (result != kResultOk) return 0;
+
+  try {
+    registerId(handlerPtr, 557);
+    KalConfigEvent event{name, {}, {}, {}, group, SessionTypeOfGroup(group)};
+    if (KalConfig::GetKalConfig(group, name, event.m_newValue) == kResultOk) handlerPtr->Notify(event);
+  } catch (...) {
+    // The caller will never learn the id: the subscription must not stay behind.
+    FinishDelivery(*handlerPtr, threadId);
+    withdraw(handlerPtr);
+    throw;
+  }
+  FinishDelivery(*handlerPtr, threadId);
+  return id;
+}
+
+SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
+                                    ConfigEventHandler::Ptr handlerPtr) {
+  if (!IsConfigGroup(group) || name == nullptr || handlerPtr == nullptr || !handlerPtr->m_fnInvoke ||
+      handlerPtr->m_SubscribeId != 0) {
+    TESSEL_TRACE(0, "Error parameters 0" << Cid{m_callId} << This{this});
+    return 0;
+  }
+  if (*name == '\0') {
+    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    return 0;
+  }
+
+  const SubscribeId_t id = m_nSubscribeSeq.fetch_add(1, std::memory_order_relaxed) + 1;
+  handlerPtr->m_SubscribeId = id;
+  handlerPtr->m_group = group;
+  handlerPtr->m_strName = name;
+  TESSEL_TRACE(2, ", " << name << ", " << id << ", m_TotalObservers=" << m_TotalObservers.load()
+                       << Cid{m_callId} << This{this});
+
+  {
+    ObserverMgr::Locked names(observersOf(group));
+    auto& handlers = names->try_emplace(handlerPtr->m_strName).first->second;
+    const bool isRefused =
+        std::any_of(handlers.begin(), handlers.end(), [&](const ConfigEventHandler::Ptr& other) {
+          return other == handlerPtr || other->m_fnInvoke != nullptr;
+        });
+    if (isRefused) {
+      handlerPtr->m_SubscribeId = 0;
+      return 0;
+    }
+    handlers.push_back(handlerPtr);
+    m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
+  }
+  try {
+    registerId(handlerPtr, 612);
+  } catch (...) {
+    withdraw(handlerPtr);
+    throw;
+  }
+  return id;
+}
+
+void KalConfig::registerId(const ConfigEventHandler::Ptr& handlerPtr, int assertionLine) {
+  decltype(m_mapIDs)::Locked ids(m_mapIDs);
+  KAL_ASSERT_AT("KalConfig", assertionLine, !m_mapIDs.Find(handlerPtr->m_SubscribeId));
+  ids->insert_or_assign(handlerPtr->m_SubscribeId, handlerPtr);
+}
+
+// Takes a registration back whose caller is told that it failed: waits, as a removal does, for the deliveries
+// that other threads have begun.
+void KalConfig::withdraw(const ConfigEventHandler::Ptr& handlerPtr) {
+  decltype(m_mapIDs)::Locked(m_mapIDs)->erase(handlerPtr->m_SubscribeId);
+  unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr);
+}
+
+std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name,
+                                          ConfigEventHandler::Ptr handlerPtr) {
+  if (handlerPtr == nullptr) return kResultBadArgument;
+  if (!IsConfigGroup(group) || name == nullptr) {
+    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    return kResultBadArgument;
+  }
+  if (*name == '\0') return kResultBadArgument;
+  const SubscribeId_t id = handlerPtr->m_SubscribeId;
+  TESSEL_TRACE(2, ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id
+                       << ", m_TotalObservers=" << m_TotalObservers.load() << Cid{m_callId} << This{this});
+
+  const int result = observersOf(group).Unsubscribe(name, handlerPtr, [&] {
+    m_TotalObservers.fetch_sub(1, std::memory_order_relaxed);
+    const unsigned long deliveringId = DeliveringThread(*handlerPtr);
+    if (deliveringId == 0) return;
+    const unsigned long threadId = GetThreadSelfId();
+    if (deliveringId == threadId) {
+      TESSEL_TRACE(0, ", Same thread remove itself when notification"
+                          << ", " << name << ", " << deliveringId << ", " << id << Cid{m_callId}
+                          << This{this});
+    } else {
+      TESSEL_TRACE(0, ", Other thread remove itself when notification"
+                          << ", " << name << ", " << deliveringId << ", " << id << ", " << threadId
+                          << Cid{m_callId} << This{this});
+    }
+  });
+  if (result != kResultOk) return result;
+
+  const long startMs = NowMs();
+  long reportMs = startMs;
+  // Pairs with FinishDelivery(): what the last callback did happens before the callbacks are emptied here.
+  while (handlerPtr->m_nPendingNotify.load(std::memory_order_acquire) >= 1) {
+    SleepOneMs();
+    const long nowMs = NowMs();
+    if (nowMs - reportMs > kRemovalReportMs) {
+      TESSEL_TRACE(1, ", " << name << " Waiting for long time..." << Cid{m_callId} << This{this});
+      reportMs = nowMs;
+    }
+    if (nowMs - startMs > kRemovalCeilingMs) return kResultOk;
+  }
+  handlerPtr->m_fnNotify = nullptr;
+  handlerPtr->m_fnInvoke = nullptr;
+  return kResultOk;
+}
+
+}  // namespace kalStore

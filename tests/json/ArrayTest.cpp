@@ -1,0 +1,85 @@
+#include <gtest/gtest.h>
+
+#include "tessel/json.h"
+
+namespace {
+
+json::Array sample() {
+  json::Array array;
+  array.push_back(1);
+  array.push_back("two");
+  return array;
+}
+
+TEST(Array, StartsEmpty) {
+  const json::Array array;
+  EXPECT_TRUE(array.empty());
+  EXPECT_EQ(array.size(), 0u);
+  EXPECT_EQ(array.begin(), array.end());
+}
+
+TEST(Array, AppendsCopiesAndMovedValues) {
+  json::Array array = sample();
+  const json::Value copied = 3;
+  array.push_back(copied);
+  array.push_back(json::Value(array));
+  array.emplace_back(true);
+  EXPECT_EQ(json::SerializeArray(array), R"([1,"two",3,[1,"two",3],true])");
+}
+
+TEST(Array, AppendsItsOwnElement) {
+  json::Array array = sample();
+  for (int i = 0; i < 20; ++i) array.push_back(array[1]);
+  for (std::size_t i = 1; i < array.size(); ++i) EXPECT_EQ(array[i].ToString(), "two");
+}
+
+TEST(Array, InsertsBeforeTheIndex) {
+  json::Array array = sample();
+  EXPECT_EQ(array.insert(0, "first")->ToString(), "first");
+  array.insert(2, nullptr);
+  EXPECT_EQ(json::SerializeArray(array), R"(["first",1,null,"two"])");
+}
+
+TEST(Array, InsertAtOrPastTheEndAppends) {
+  json::Array array = sample();
+  array.insert(2, 3);
+  array.insert(100, 4);
+  array.insert(static_cast<std::size_t>(-1), 5);
+  EXPECT_EQ(json::SerializeArray(array), R"([1,"two",3,4,5])");
+}
+
+TEST(Array, ClearLeavesNothing) {
+  json::Array array = sample();
+  array.Clear();
+  EXPECT_TRUE(array.empty());
+}
+
+TEST(Array, FindsTheFirstEqualElement) {
+  json::Array array = sample();
+  array.push_back(1.0);
+  EXPECT_EQ(array.find(1), array.begin());
+  EXPECT_EQ(array.find("two"), array.begin() + 1);
+  EXPECT_EQ(array.find("three"), array.end());
+  EXPECT_TRUE(array.HasValue(1u));
+  EXPECT_TRUE(std::as_const(array).HasValue("two"));
+  EXPECT_FALSE(array.HasValue(false));
+}
+
+TEST(Array, FindComparesWithTheElementOnTheLeft) {
+  json::Array nulls;
+  nulls.push_back(nullptr);
+  EXPECT_TRUE(nulls.HasValue(7));
+
+  json::Array numbers;
+  numbers.push_back(7);
+  EXPECT_FALSE(numbers.HasValue(nullptr));
+}
+
+TEST(Array, CopiesAreIndependent) {
+  json::Array array = sample();
+  json::Array copy = array;
+  copy[0] = 5;
+  EXPECT_EQ(array[0].ToInt(), 1);
+}
+
+}  // namespace

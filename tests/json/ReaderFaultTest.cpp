@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+
+#include "tessel/json.h"
+
+namespace {
+
+json::ParseError faultOf(const std::string& text) {
+  json::ParseError error;
+  json::Deserialize(text, error);
+  return error;
+}
+
+TEST(ReaderFault, IsNoneForAWellFormedText) {
+  json::ParseError error{1, 2, 3, "left from before"};
+  EXPECT_EQ(json::Deserialize("[1]", error).size(), 1u);
+  EXPECT_EQ(error.reason, nullptr);
+  EXPECT_EQ(error.offset, 0u);
+}
+
+TEST(ReaderFault, StandsAtTheFirstByteThatDoesNotFit) {
+  struct {
+    const char* text;
+    std::size_t offset;
+    const char* reason;
+  } const cases[] = {
+      {"[1,]", 3, "expected a value"},
+      {"[1 2]", 3, "expected ',' or ']'"},
+      {"{\"a\":1 2}", 7, "expected ',' or '}'"},
+      {"{\"a\":1,}", 7, "expected a key in double quotes"},
+      {"{1:2}", 1, "expected a key in double quotes"},
+      {"{\"a\" 1}", 5, "expected ':'"},
+      {"[] x", 3, "nothing but white space may follow the document"},
+      {"[nulx]", 4, "expected true, false or null"},
+      {"[-x]", 2, "expected a digit"},
+      {"[1.x]", 3, "expected a digit"},
+      {"[1e+x]", 4, "expected a digit"},
+      {"[01]", 2, "expected ',' or ']'"},
+      {"[\"a\\x\"]", 4, "unknown escape in a string"},
+      {"[\"\\u00g0\"]", 6, "expected four hexadecimal digits after \\u"},
+      // the first of two faults, though the string is not closed either
+      {"[\"a\\x", 4, "unknown escape in a string"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(faultOf(test.text).offset, test.offset) << test.text;
+    EXPECT_STREQ(faultOf(test.text).reason, test.reason) << test.text;
+  }
+}
+
+TEST(ReaderFault, OfATextThatEndsEarlyStandsAtItsEnd) {
+  for (const std::string text : {"", "  ", "[", "[1", "[1,", "{", "{\"a", "{\"a\"", "{\"a\":", "{\"a\":1",
+                                 "\"a", "\"a\\", "\"\\u", "\"\\u00", "tr", "-", "1.", "1e", "1e-"}) {
+    EXPECT_EQ(faultOf(text).offset, text.size()) << text;
+    EXPECT_NE(faultOf(text).reason, nullptr) << text;
+  }
+}
+
+TEST(ReaderFault, LinesAndColumnsCountFromOneAndInBytes) {
+  EXPECT_EQ(faultOf("x").line, 1u);
+  EXPECT_EQ(faultOf("x").column, 1u);
+  EXPECT_EQ(faultOf("").column, 1u);
+
+  const json::ParseError error = faultOf("{\n  \"\xc3\xa9\": 1,\n  \"b\" 2\n}");
+  EXPECT_EQ(error.line, 3u);
+  EXPECT_EQ(error.column, 7u);
+  EXPECT_EQ(faultOf("[\"\xc3\xa9\" 1]").column, 7u);
+  EXPECT_EQ(faultOf("[\n").line, 2u);
+  EXPECT_EQ(faultOf("[\n").column, 1u);
+}
+
+TEST(ReaderFault, OfNestingStandsAtTheLevelThatIsTooDeep) {
+  const json::ParseError error = faultOf(std::string(2000, '['));
+  EXPECT_EQ(error.offset, 1000u);
+  EXPECT_STREQ(error.reason, "nested deeper than 1000 levels");
+}
+
+}  // namespace

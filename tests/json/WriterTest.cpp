@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <limits>
+
+#include "tessel/json.h"
+
+namespace {
+
+using json::SerializeValue;
+using json::Value;
+
+template <class Number>
+std::string printed(const char* format, Number number) {
+  char text[500];
+  std::snprintf(text, sizeof text, format, number);
+  return text;
+}
+
+TEST(Writer, WritesOnlyObjectsAndArraysAsDocuments) {
+  for (const Value& scalar :
+       {Value(), Value("text"), Value(1), Value(1L), Value(1.5F), Value(1.5), Value(true), Value(1U)}) {
+    EXPECT_EQ(json::Serialize(scalar), "") << scalar.GetType();
+  }
+  EXPECT_EQ(json::Serialize(json::Object()), "{}");
+  EXPECT_EQ(json::Serialize(json::Array()), "[]");
+}
+
+TEST(Writer, WritesMembersInKeyOrderWithoutBlanks) {
+  Value object = json::Object();
+  object["b"] = 2;
+  object["c"] = json::Array();
+  object["a"] = "one";
+  EXPECT_EQ(json::Serialize(object), R"({"a":"one","b":2,"c":[]})");
+}
+
+TEST(Writer, WritesElementsInOrderAndNested) {
+  json::Array inner;
+  inner.push_back(nullptr);
+  inner.push_back(json::Object());
+  json::Array outer;
+  outer.push_back(inner);
+  outer.push_back(2);
+  EXPECT_EQ(json::SerializeArray(inner), "[null,{}]");
+  EXPECT_EQ(json::SerializeArray(outer), "[[null,{}],2]");
+  EXPECT_EQ(json::Serialize(outer), "[[null,{}],2]");
+}
+
+TEST(Writer, WritesScalars) {
+  EXPECT_EQ(SerializeValue(Value()), "null");
+  EXPECT_EQ(SerializeValue(true), "true");
+  EXPECT_EQ(SerializeValue(false), "false");
+  EXPECT_EQ(SerializeValue("text"), R"("text")");
+  EXPECT_EQ(SerializeValue(1.5F), "1.500000");
+}
+
+TEST(Writer, WritesNumbersAsPrintfDoes) {
+  for (const int n : {0, -1, 7, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+    EXPECT_EQ(SerializeValue(n), printed("%d", n));
+  }
+  for (const long n :
+       {0L, -5000000000L, std::numeric_limits<long>::min(), std::numeric_limits<long>::max()}) {
+    EXPECT_EQ(SerializeValue(n), printed("%ld", n));
+  }
+  for (const unsigned int n : {0U, 4294967295U}) EXPECT_EQ(SerializeValue(n), printed("%u", n));
+  for (const float n : {0.1F, -0.0F, 16777216.0F, std::numeric_limits<float>::max(), 1e-30F}) {
+    EXPECT_EQ(SerializeValue(n), printed("%f", static_cast<double>(n)));
+  }
+  for (const double n : {0.1, -0.0, 1e-7, 5e-7, 2.5, 0.0000005, 1e15, 1e22, -1e300, 123456789.987654321,
+                         std::numeric_limits<double>::max(), -std::numeric_limits<double>::denorm_min()}) {
+    EXPECT_EQ(SerializeValue(n), printed("%f", n));
+  }
+}
+
+TEST(Writer, WritesAnInfinitySoThatItReadsBack) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(SerializeValue(infinity), "1e999");
+  EXPECT_EQ(SerializeValue(-std::numeric_limits<float>::infinity()), "-1e999");
+  EXPECT_EQ(json::Deserialize(SerializeValue(infinity)).ToDouble(), infinity);
+  EXPECT_EQ(json::Deserialize(SerializeValue(-infinity)).ToDouble(), -infinity);
+}
+
+TEST(Writer, WritesNotANumberAsNull) {
+  EXPECT_EQ(SerializeValue(std::numeric_limits<double>::quiet_NaN()), "null");
+  EXPECT_EQ(SerializeValue(std::numeric_limits<float>::quiet_NaN()), "null");
+}
+
+TEST(Writer, EscapesQuotesBackslashesAndControlCharacters) {
+  EXPECT_EQ(SerializeValue(R"(a"b\c)"), R"("a\"b\\c")");
+  EXPECT_EQ(SerializeValue("\b\f\n\r\t"), R"("\b\f\n\r\t")");
+  EXPECT_EQ(SerializeValue(std::string("\0\x01\x1f\x0b", 4)), R"("\u0000\u0001\u001f\u000b")");
+}
+
+TEST(Writer, LeavesEveryOtherByteAsItIs) {
+  for (int byte = 0x20; byte <= 0xff; ++byte) {
+    if (byte == '"' || byte == '\\') continue;
+    const std::string text(1, static_cast<char>(byte));
+    EXPECT_EQ(SerializeValue(text), '"' + text + '"');
+  }
+}
+
+TEST(Writer, EscapesWhereverTheByteStands) {
+  for (std::size_t at = 0; at < 20; ++at) {
+    std::string text(20, 'x');
+    text[at] = '\n';
+    EXPECT_EQ(SerializeValue(text), '"' + std::string(at, 'x') + "\\n" + std::string(19 - at, 'x') + '"');
+  }
+}
+
+TEST(Writer, EscapesKeys) {
+  Value object = json::Object();
+  object["a\"\n"] = 1;
+  EXPECT_EQ(json::Serialize(object), R"({"a\"\n":1})");
+}
+
+}  // namespace

@@ -1,0 +1,143 @@
+#include "util/CCmTextFormator.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <locale>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Writer = std::function<void(CCmTextFormator&)>;
+
+std::string textOf(const Writer& write) {
+  char buffer[1024];
+  CCmTextFormator formator(buffer, sizeof buffer);
+  write(formator);
+  EXPECT_EQ(formator.tell(), std::strlen(formator));
+  return static_cast<char*>(formator);
+}
+
+template <class Value>
+std::string hexadecimal(Value value) {
+  return textOf([=](CCmTextFormator& f) { f << CM_ORDIX_HEX << value; });
+}
+
+template <class Value>
+std::string decimal(Value value) {
+  return textOf([=](CCmTextFormator& f) { f << value; });
+}
+
+}  // namespace
+
+TEST(TextFormator, StartsEmpty) {
+  char buffer[8] = "garbage";
+  CCmTextFormator formator(buffer, sizeof buffer);
+  EXPECT_EQ(static_cast<char*>(formator), buffer);
+  EXPECT_STREQ(formator, "");
+  EXPECT_EQ(formator.tell(), 0u);
+}
+
+TEST(TextFormator, JoinsTextsAndNumbers) {
+  EXPECT_EQ(textOf([](CCmTextFormator& f) { f << "a=" << 3 << ", b=" << CCmString("x") << ", c=" << -4L; }),
+            "a=3, b=x, c=-4");
+}
+
+TEST(TextFormator, WritesNothingForANullText) {
+  EXPECT_EQ(textOf([](CCmTextFormator& f) { f << "a" << static_cast<const char*>(nullptr) << "b"; }), "ab");
+}
+
+TEST(TextFormator, EndsAStringAtItsFirstNul) {
+  EXPECT_EQ(textOf([](CCmTextFormator& f) { f << CCmString("ab\0cd", 5) << "."; }), "ab.");
+}
+
+TEST(TextFormator, WritesTheBoundsOfEachType) {
+  EXPECT_EQ(decimal(0), "0");
+  EXPECT_EQ(decimal(std::numeric_limits<int>::min()), "-2147483648");
+  EXPECT_EQ(decimal(std::numeric_limits<int>::max()), "2147483647");
+  EXPECT_EQ(decimal(std::numeric_limits<unsigned int>::max()), "4294967295");
+  EXPECT_EQ(decimal(std::numeric_limits<long>::min()), "-9223372036854775808");
+  EXPECT_EQ(decimal(std::numeric_limits<long>::max()), "9223372036854775807");
+  EXPECT_EQ(decimal(std::numeric_limits<unsigned long>::max()), "18446744073709551615");
+  EXPECT_EQ(hexadecimal(0), "0");
+  EXPECT_EQ(hexadecimal(-1), "ffffffff");
+  EXPECT_EQ(hexadecimal(-1L), "ffffffffffffffff");
+  EXPECT_EQ(hexadecimal(255u), "ff");
+  EXPECT_EQ(hexadecimal(std::numeric_limits<unsigned long>::max()), "ffffffffffffffff");
+}
+
+TEST(TextFormator, KeepsTheRadixUntilToldOtherwise) {
+  EXPECT_EQ(textOf([](CCmTextFormator& f) {
+              f << 16 << " " << CM_ORDIX_HEX << 16 << " " << 17 << " " << CM_ORDIX_DEC << 16;
+            }),
+            "16 10 11 16");
+}
+
+TEST(TextFormator, WritesPointersInHexadecimalWhateverTheRadix) {
+  void* pointer = reinterpret_cast<void*>(static_cast<std::uintptr_t>(0xabcdef0123));
+  EXPECT_EQ(decimal(pointer), "0xabcdef0123");
+  EXPECT_EQ(hexadecimal(pointer), "0xabcdef0123");
+  EXPECT_EQ(decimal(static_cast<void*>(nullptr)), "0x0");
+  EXPECT_EQ(textOf([=](CCmTextFormator& f) { f << pointer << " " << 16; }), "0xabcdef0123 16");
+}
+
+TEST(TextFormator, CutsOffAtEveryBufferSize) {
+  const std::vector<Writer> writers{
+      [](CCmTextFormator& f) {
+        f << "hello"
+          << " world";
+      },
+      [](CCmTextFormator& f) { f << CCmString("hello"); },
+      [](CCmTextFormator& f) {
+        f << std::numeric_limits<long>::min() << std::numeric_limits<unsigned long>::max();
+      },
+      [](CCmTextFormator& f) { f << -17 << CM_ORDIX_HEX << -1 << CM_ORDIX_DEC << 5u; },
+      [](CCmTextFormator& f) { f << reinterpret_cast<void*>(static_cast<std::uintptr_t>(0x123456)); },
+      [](CCmTextFormator&) {},
+  };
+  for (const Writer& write : writers) {
+    const std::string whole = textOf(write);
+    for (unsigned int size = 0; size <= whole.size() + 2; ++size) {
+      std::vector<char> bytes(size + 16u, '#');
+      CCmTextFormator formator(bytes.data() + 8, size);
+      write(formator);
+      const std::string expected = size == 0 ? "" : whole.substr(0, size - 1);
+      EXPECT_EQ(std::string(static_cast<char*>(formator)), expected) << size;
+      EXPECT_EQ(formator.tell(), expected.size()) << size;
+      for (std::size_t i = 0; i < 8; ++i) {
+        EXPECT_EQ(bytes[i], '#') << "before, size " << size;
+        EXPECT_EQ(bytes[8 + size + i], '#') << "behind, size " << size;
+      }
+    }
+  }
+}
+
+TEST(TextFormator, WritesNothingOnceFull) {
+  char buffer[4];
+  CCmTextFormator formator(buffer, sizeof buffer);
+  for (int i = 0; i < 100; ++i) formator << "ab" << 7;
+  EXPECT_STREQ(formator, "ab7");
+  EXPECT_EQ(formator.tell(), 3u);
+}
+
+TEST(TextFormator, ToleratesHavingNoBuffer) {
+  CCmTextFormator formator(nullptr, 100);
+  formator << "text" << 5;
+  EXPECT_STREQ(formator, "");
+  EXPECT_EQ(formator.tell(), 0u);
+}
+
+TEST(TextFormator, IgnoresTheLocale) {
+  struct Grouping : std::numpunct<char> {
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  const std::locale previous = std::locale::global(std::locale(std::locale::classic(), new Grouping));
+  EXPECT_EQ(decimal(1234567), "1234567");
+  std::locale::global(previous);
+}

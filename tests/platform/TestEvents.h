@@ -1,0 +1,54 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <future>
+#include <utility>
+
+#include "util/util.h"
+
+/// What became of a group of events.
+struct EventCounts {
+  std::atomic<int> fired{0};
+  std::atomic<int> ended{0};
+};
+
+/// Runs a function when it fires, and counts.
+class CountedEvent : public ICmEvent {
+ public:
+  explicit CountedEvent(EventCounts& counts, std::function<void()> work = nullptr, unsigned long id = 0)
+      : ICmEvent(id), m_counts(counts), m_work(std::move(work)) {}
+
+  int OnEventFire() override {
+    ++m_counts.fired;
+    if (m_work) m_work();
+    return 0;
+  }
+
+ protected:
+  ~CountedEvent() override { ++m_counts.ended; }
+
+ private:
+  EventCounts& m_counts;
+  std::function<void()> m_work;
+};
+
+/// Keeps a queue's thread inside an event until opened. Constructed: the thread is in there.
+class Gate {
+ public:
+  explicit Gate(ICmEventQueue& queue) {
+    std::promise<void> entered;
+    queue.PostEvent(new CountedEvent(m_counts,
+                                     [&entered, open = m_open.get_future().share()] {
+                                       entered.set_value();
+                                       open.wait();
+                                     }),
+                    0, 0);
+    entered.get_future().wait();
+  }
+  void Open() { m_open.set_value(); }
+
+ private:
+  EventCounts m_counts;
+  std::promise<void> m_open;
+};

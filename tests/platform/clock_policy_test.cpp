@@ -1,0 +1,75 @@
+#include "util/clock_policy.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+template <class Policy>
+class Clock : public testing::Test {};
+using AllClocks = testing::Types<timer_policy, tick_policy, low_tick_policy>;
+TYPED_TEST_SUITE(Clock, AllClocks);
+
+}  // namespace
+
+TYPED_TEST(Clock, NeverGoesBack) {
+  long last = TypeParam::now();
+  for (int i = 0; i < 10000; ++i) {
+    const long now = TypeParam::now();
+    ASSERT_GE(now, last);
+    last = now;
+  }
+}
+
+TYPED_TEST(Clock, CountsMicroseconds) {
+  const long before = TypeParam::now();
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  const long passed = TypeParam::now() - before;
+  EXPECT_GE(passed, 35'000);  // The coarse clock is some milliseconds late.
+  EXPECT_LT(passed, 5'000'000);
+}
+
+TYPED_TEST(Clock, StaysFarBelowItsLargestValue) {
+  EXPECT_GT(TypeParam::now(), 0);
+  EXPECT_LT(TypeParam::now(), TypeParam::max_time_value() / 2);
+}
+
+TEST(TickClock, StepsWholeMilliseconds) {
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(tick_policy::now() % 1000, 0);
+}
+
+TEST(Clocks, AgreeWithinTheirSteps) {
+  const long coarse = low_tick_policy::now();
+  const long tick = tick_policy::now();
+  const long fine = timer_policy::now();
+  EXPECT_GE(fine, tick);
+  EXPECT_GE(fine, coarse);
+  EXPECT_LT(fine - coarse, 1'000'000);
+  EXPECT_LT(fine - tick, 1'000'000);
+}
+
+TEST(MockTime, IsOffAtFirstAndAgainWithAllBitsSet) {
+  EXPECT_EQ(get_mock_time(), -1);
+  set_mock_time(5000);
+  EXPECT_EQ(get_mock_time(), 5000);
+  set_mock_time(0);
+  EXPECT_EQ(get_mock_time(), 0);
+  set_mock_time(~0ul);
+  EXPECT_EQ(get_mock_time(), -1);
+}
+
+TEST(MockTime, LeavesTheClocksThemselvesRunning) {
+  const long before = timer_policy::now();
+  set_mock_time(1);
+  EXPECT_GE(timer_policy::now(), before);
+  set_mock_time(~0ul);
+}
+
+TEST(MockTime, IsTheSameForAllThreads) {
+  std::thread([] { set_mock_time(77); }).join();
+  EXPECT_EQ(get_mock_time(), 77);
+  set_mock_time(~0ul);
+}

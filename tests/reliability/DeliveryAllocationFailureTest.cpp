@@ -1,0 +1,172 @@
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include "FailEachAllocation.h"
+#include "StoreProbe.h"
+#include "Watchdog.h"
+
+using namespace kalStore;
+
+namespace {
+
+constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_VIDEO;
+
+enum class Way { kDirect, kPosted, kHandedOver };
+
+std::string NameOf(const testing::TestParamInfo<Way>& way) {
+  if (way.param == Way::kDirect) return "Direct";
+  return way.param == Way::kPosted ? "Posted" : "HandedOver";
+}
+
+// A store whose subscriber is told in one of the ways, and one that is always told directly, after it.
+struct Stage {
+  ACmThread thread{"delivery"};
+  KalConfig store{7};
+  std::atomic<int> told{0};
+  int toldDirectly = 0;
+  SubscribeId_t id = 0;
+
+  explicit Stage(Way way) {
+    EXPECT_EQ(thread.Start(), 0);
+    id = store.SubscribeConfig(
+        kGroup, kLongName.c_str(), [this](const KalConfigEvent&) { ++told; },
+        way == Way::kDirect ? nullptr : &thread, way == Way::kPosted);
+    store.SubscribeConfig(
+        kGroup, kLongName.c_str(), [this](const KalConfigEvent&) { ++toldDirectly; }, nullptr, false);
+  }
+};
+
+class DeliveryAllocationFailure : public testing::TestWithParam<Way> {
+ private:
+  const Watchdog m_watchdog{std::chrono::seconds(60)};
+};
+
+TEST_P(DeliveryAllocationFailure, EndsTheDeliveryAndTellsTheOthers) {
+  const std::size_t failed = FailEachAllocation(
+      [] { return std::make_unique<Stage>(GetParam()); },
+      [](auto& stage) {
+        stage->store.SetKalConfig(kGroup, kLongName.c_str(), kNewText.c_str(), false, false);
+      },
+      [](auto& stage, bool done) {
+        stage->thread.Stop();
+        EXPECT_TRUE(stage->told == 1 || (!done && stage->told == 0));
+        EXPECT_TRUE(stage->toldDirectly == 1 || (!done && stage->told == 0));
+        UseFromAnotherThread(stage->store);
+
+        // Nothing is pending: a removal need not wait, and the next change is told.
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(stage->store.UnsubscribeConfig(stage->id), kResultOk);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+        stage->toldDirectly = 0;
+        EXPECT_EQ(stage->store.SetKalConfig(kGroup, kLongName.c_str(), 1, false, false), kResultOk);
+        EXPECT_EQ(stage->toldDirectly, 1);
+      });
+  EXPECT_GT(failed, 2U);
+}
+
+TEST_P(DeliveryAllocationFailure, AFailedInitialDeliveryUndoesTheSubscription) {
+  const std::size_t failed = FailEachAllocation(
+      [] {
+        auto stage = std::make_unique<Stage>(GetParam());
+        stage->store.UnsubscribeConfig(stage->id);
+        stage->store.SetKalConfig(kGroup, kLongName.c_str(), kOldText.c_str(), false, false);
+        stage->id = 0;
+        return stage;
+      },
+      [](auto& stage) {
+        stage->id = stage->store.SubscribeConfig(
+            kGroup, kLongName.c_str(), [told = &stage->told](const KalConfigEvent&) { ++*told; },
+            GetParam() == Way::kDirect ? nullptr : &stage->thread, GetParam() == Way::kPosted);
+      },
+      [](auto& stage, bool done) {
+        stage->thread.Stop();
+        EXPECT_EQ(stage->told, done ? 1 : 0);
+        EXPECT_EQ(TotalObservers(stage->store), done ? 2U : 1U);
+        UseFromAnotherThread(stage->store);
+      });
+  EXPECT_GT(failed, 5U);
+}
+
+TEST_P(DeliveryAllocationFailure, WhatFailsInsideACallbackLeavesEverythingUsable) {
+  Stage stage(GetParam());
+  stage.store.SubscribeConfig(
+      kGroup, "throws",
+      [](const KalConfigEvent&) {
+        const FailAllocation first(1);
+        const std::string text(kLongName);
+      },
+      GetParam() == Way::kDirect ? nullptr : &stage.thread, GetParam() == Way::kPosted);
+  bool threw = false;
+  {
+    const QuietTrace quiet;
+    try {
+      stage.store.SetKalConfig(kGroup, "throws", 1, false, false);
+    } catch (const std::bad_alloc&) {
+      threw = true;
+    }
+    stage.thread.Stop();
+  }
+  EXPECT_EQ(threw, GetParam() == Way::kDirect);
+  EXPECT_EQ(StoredText(stage.store, kGroup, "throws"), "1");
+  EXPECT_EQ(stage.thread.Start(), 0);
+  EXPECT_EQ(stage.store.SetKalConfig(kGroup, kLongName.c_str(), 1, false, false), kResultOk);
+  stage.thread.Stop();
+  EXPECT_EQ(stage.told, 1);
+  UseFromAnotherThread(stage.store);
+}
+
+// The subscriber is told by another thread's set when its own initial delivery fails: SubscribeConfig() may
+// give up only when that thread has left the callback, since the caller takes what it captured with it.
+TEST(DeliveryAllocationFailureAtOnce, AFailedSubscriptionIsNotRunningAnyMore) {
+  const Watchdog watchdog(std::chrono::seconds(60));
+  KalConfig store(7);
+  store.SetKalConfig(kGroup, "name", 1, false, false);
+  std::atomic<int> running{0};
+  std::atomic<bool> isTold{false};
+  std::thread setter;
+  const auto thisThread = std::this_thread::get_id();
+  const auto tell = [&](const KalConfigEvent&) {
+    if (std::this_thread::get_id() == thisThread) {
+      setter = std::thread([&] { store.SetKalConfig(kGroup, "name", 2, false, false); });
+      while (!isTold) std::this_thread::yield();
+      throw std::bad_alloc();
+    }
+    ++running;
+    isTold = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    --running;
+  };
+  EXPECT_THROW(store.SubscribeConfig(kGroup, "name", tell, nullptr, false), std::bad_alloc);
+  EXPECT_EQ(running, 0);
+  setter.join();
+  EXPECT_EQ(store.SetKalConfig(kGroup, "name", 3, false, false), kResultNobody);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, DeliveryAllocationFailure,
+                         testing::Values(Way::kDirect, Way::kPosted, Way::kHandedOver), &NameOf);
+
+TEST(ThreadAllocationFailure, AThreadThatCouldNotBeStartedCanBeStartedLater) {
+  const Watchdog watchdog(std::chrono::seconds(60));
+  const std::size_t failed = FailEachAllocation([] { return std::make_unique<ACmThread>("late"); },
+                                                [](auto& thread) { thread->Start(); },
+                                                [](auto& thread, bool done) {
+                                                  EXPECT_EQ(thread->GetEventQueue() != nullptr, done);
+                                                  EXPECT_EQ(thread->GetThreadId() != 0, done);
+                                                  EXPECT_EQ(thread->Start() == 0, !done);
+                                                  EXPECT_NE(thread->GetEventQueue(), nullptr);
+                                                  EXPECT_EQ(thread->Stop(), 0);
+                                                });
+  EXPECT_EQ(failed, 1U);
+}
+
+TEST(ThreadAllocationFailure, AThreadIsMadeWholeOrNotAtAll) {
+  const std::size_t failed = FailEachAllocation(
+      [] { return std::unique_ptr<ACmThread>(); },
+      [](auto& thread) { thread = std::make_unique<ACmThread>("a name longer than fifteen characters"); },
+      [](auto& thread, bool done) { EXPECT_EQ(thread != nullptr, done); });
+  EXPECT_GT(failed, 1U);
+}
+
+}  // namespace

@@ -1,0 +1,99 @@
+#include <array>
+
+#include "StoreFixture.h"
+#include "support/AllocationCount.h"
+
+namespace kalStore {
+namespace {
+
+// Texts of up to 15 characters need no memory of their own; the names and values here are shorter.
+class StoreAllocations : public StoreTest {
+ protected:
+  template <class Operation>
+  static std::size_t AllocationsOf(Operation operation) {
+    const AllocationCount allocations;
+    operation();
+    return allocations.Count();
+  }
+};
+
+TEST_F(StoreAllocations, OfASetAreTheEntryOnceAndNoneAfterwards) {
+  EXPECT_EQ(1U, AllocationsOf([&] { Set("name", "1"); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { Set("name", "2"); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { Set("name", "2"); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { Set("name", 3, true); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { Set("other", "1", false, true); }));
+}
+
+TEST_F(StoreAllocations, OfASetOfALongTextAreTheArgumentAndWhatIsStored) {
+  const std::string name(100, 'n');
+  Set(name.c_str(), "1");
+  EXPECT_EQ(2U, AllocationsOf([&] { Set(name.c_str(), std::string(100, 'x')); }));
+}
+
+TEST_F(StoreAllocations, OfAReadAreNone) {
+  Set("name", "1");
+  const std::string longName(100, 'n');
+  Set(longName.c_str(), "1");
+  ConfigData value;
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.GetKalConfig(kAudio, "name", value); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.GetKalConfig(kAudio, longName.c_str(), value); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.GetKalConfig(kAudio, "missing", value); }));
+}
+
+TEST_F(StoreAllocations, OfARemovalAreNone) {
+  Set("name", "1");
+  const SubscribeId_t id = Subscribe("name", [](const KalConfigEvent&) {});
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.UnsubscribeConfig(id); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.RemoveKalConfig(kAudio, "name"); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.RemoveKalConfigByGroup(kAudio); }));
+}
+
+TEST_F(StoreAllocations, OfASetToldDirectlyAreAtMostOneWhateverTheSubscribers) {
+  Set("name", "0");
+  std::size_t told = 0;
+  for (int subscribers = 1; subscribers <= 100; ++subscribers) {
+    Subscribe("name", [&told](const KalConfigEvent&) { ++told; });
+    told = 0;
+    const std::size_t count = AllocationsOf([&] { Set("name", subscribers); });
+    EXPECT_LE(count, subscribers <= 8 ? 0U : 1U) << subscribers << " subscribers";
+    EXPECT_EQ(static_cast<std::size_t>(subscribers), told);
+  }
+}
+
+TEST_F(StoreAllocations, OfADynamicReadAreNone) {
+  Bind("name", [](const KalConfigEvent&) { return ConfigValue("1"); });
+  ConfigData value;
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.GetDynamicConfig(kAudio, "name", value, 7); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.GetDynamicConfig(kAudio, "other", value, 7); }));
+}
+
+TEST_F(StoreAllocations, OfAPostOrAHandOverAreTheEventAndTheCallbacksCopy) {
+  ACmThread thread;
+  ASSERT_EQ(0, thread.Start());
+  const std::array<long, 8> large{};
+  for (const bool async : {false, true}) {
+    m_store.RemoveKalConfigByGroup(kAudio);
+    Set("small", "0");
+    Set("large", "0");
+    Subscribe(
+        "small", [this](const KalConfigEvent&) { (void)this; }, &thread, async);
+    Subscribe(
+        "large", [large](const KalConfigEvent&) { (void)large; }, &thread, async);
+  }
+  EXPECT_EQ(2U, AllocationsOf([&] { Set("small", 1); }));  // Two subscribers, one event each.
+  EXPECT_EQ(4U, AllocationsOf([&] { Set("large", 1); }));  // What the callback captured is copied with it.
+}
+
+TEST_F(StoreAllocations, OfTracedOperationsAreNoneForTheirLines) {
+  set_util_trace_sink([](void*, int, const char*, const char*, unsigned int) {}, nullptr);
+  set_external_trace_mask(2);
+  Set("name", "1");
+  EXPECT_EQ(0U, AllocationsOf([&] { Set("name", "2"); }));
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.UnsubscribeConfig(9); }));
+  set_external_trace_mask(0);
+  set_util_trace_sink(nullptr, nullptr);
+}
+
+}  // namespace
+}  // namespace kalStore

@@ -1,0 +1,348 @@
+#include "tessel/settings_check.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/AllocationCount.h"
+#include "tessel/KalConfigGroup.h"
+#include "tessel/KalConfigRegistry.h"
+#include "tessel/KalFeatureToggleID.h"
+
+using namespace std::string_literals;
+using kalStore::CheckSettings;
+using kalStore::SettingsFinding;
+using Problem = kalStore::SettingsProblem;
+using Effect = kalStore::SettingsEffect;
+
+namespace {
+
+// What tests compare: a finding on one line.
+std::string Line(const SettingsFinding& finding) {
+  return std::to_string(finding.line) + ":" + std::to_string(finding.column) + " " + finding.path + ": " +
+         finding.reason;
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  for (const SettingsFinding& finding : CheckSettings(text)) lines.push_back(Line(finding));
+  return lines;
+}
+
+std::vector<Problem> Problems(const std::string& text) {
+  std::vector<Problem> problems;
+  for (const SettingsFinding& finding : CheckSettings(text)) problems.push_back(finding.problem);
+  return problems;
+}
+
+using Expected = std::vector<std::string>;
+
+}  // namespace
+
+TEST(SettingsCheck, FindsNothingInADocumentThatIsFine) {
+  EXPECT_EQ(Lines("{}"), Expected());
+  EXPECT_EQ(Lines(" {\"Audio\":[]}\n"), Expected());
+  EXPECT_EQ(Lines(R"({"Audio":[{"key":"A","value":"1","note":[1,{"key":2}]},{"value":"","key":"B"}],
+                      "Video":[{"key":"A","value":"1"}],
+                      "Feature":[{"key":"EnableMusicDetection","value":"0"}]})"),
+            Expected());
+}
+
+TEST(SettingsCheck, FindsWhereATextIsNoJson) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"", "1:1 : expected a value"},
+      {"  \n ", "2:2 : expected a value"},
+      {"{\"Audio\":[]", "1:12 : expected ',' or '}'"},
+      {"{\n  \"Audio\": [\n    {\"key\": \"X\" \"value\": \"1\"}\n  ]\n}", "3:17 : expected ',' or '}'"},
+      {"{}\0"s, "1:3 : nothing but white space may follow the document"},
+      {std::string(1001, '['), "1:1001 : nested deeper than 1000 levels"},
+  };
+  for (const auto& [text, line] : rows) {
+    EXPECT_EQ(Lines(text), Expected{line}) << text;
+    EXPECT_EQ(Problems(text), std::vector{Problem::kNoJson}) << text;
+  }
+}
+
+TEST(SettingsCheck, FindsThatADocumentIsNoObject) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"[1]", "1:1 : expected an object of groups, found an array"},
+      {"\n  \"x\"\n", "2:3 : expected an object of groups, found a string"},
+      {"null", "1:1 : expected an object of groups, found null"},
+      {"TRUE", "1:1 : expected an object of groups, found true or false"},
+      {"false", "1:1 : expected an object of groups, found true or false"},
+      {"-1.5", "1:1 : expected an object of groups, found a number"},
+  };
+  for (const auto& [text, line] : rows) {
+    EXPECT_EQ(Lines(text), Expected{line}) << text;
+    EXPECT_EQ(Problems(text), std::vector{Problem::kNoObject}) << text;
+  }
+}
+
+TEST(SettingsCheck, FindsAZeroByteThatImportWouldStopAt) {
+  const std::string text = "{\"Audio\":\n[\"a\0b\", 1]}"s;
+  EXPECT_EQ(Lines(text), Expected{"2:4 : a zero byte ends the document inside a string"});
+  EXPECT_EQ(Problems(text), std::vector{Problem::kZeroByte});
+}
+
+TEST(SettingsCheck, FindsEveryPartThatImportSkips) {
+  const std::string text = R"({
+  "Audoi": [{"key":"A","value":"1"}],
+  "LastGroup": [],
+  "video": [],
+  "Video": {"key":"A","value":"1"},
+  "Common": [
+    1,
+    {"value":"1"},
+    {"key":"A"},
+    {"key": 7,"value":"1"},
+    {"key":"A", "value": null},
+    {"key":"","value":"1"},
+    {"key":"\u0000A","value":"1"},
+    {"key":"Good","value":"1"},
+    [],
+    {}
+  ]
+})";
+  EXPECT_EQ(Lines(text), (Expected{
+                             "2:3 Audoi: unknown group (did you mean \"Audio\"?)",
+                             "3:3 LastGroup: unknown group",
+                             "4:3 video: unknown group (did you mean \"Video\"?)",
+                             "5:12 Video: expected an array of entries, found an object",
+                             "7:5 Common[0]: expected an object with \"key\" and \"value\", found a number",
+                             "8:5 Common[1]: \"key\" is missing",
+                             "9:5 Common[2]: \"value\" is missing",
+                             "10:13 Common[3].key: expected a string, found a number",
+                             "11:26 Common[4].value: expected a string, found null",
+                             "12:12 Common[5].key: the name is empty",
+                             "13:12 Common[6].key: the name is empty",
+                             "15:5 Common[8]: expected an object with \"key\" and \"value\", found an array",
+                             "16:5 Common[9]: \"key\" is missing",
+                         }));
+  for (const SettingsFinding& finding : CheckSettings(text)) {
+    EXPECT_EQ(kalStore::EffectOf(finding.problem), Effect::kSkipped);
+  }
+}
+
+TEST(SettingsCheck, TellsOffsetsInBytes) {
+  const std::string text = "{\"caf\xc3\xa9\":[],\"Audoi\":[]}";
+  const auto findings = CheckSettings(text);
+  ASSERT_EQ(findings.size(), 2U);
+  EXPECT_EQ(findings[0].name, "caf\xc3\xa9");
+  EXPECT_EQ(findings[0].nearest, "");
+  EXPECT_EQ(findings[1].offset, text.find("\"Audoi"));
+  EXPECT_EQ(findings[1].column, findings[1].offset + 1);
+  EXPECT_EQ(findings[1].name, "Audoi");
+  EXPECT_EQ(findings[1].nearest, "Audio");
+}
+
+TEST(SettingsCheck, FindsTheEarlierOfTwoEqualNames) {
+  const std::string text = R"({"Audio":[
+{"key":"A","value":"1"},
+{"key":"B","value":"1"},
+{"key":"\u0041\u0000x","value":"2"},
+{"key":"A","value":3},
+{"key":"A","value":"4"}],
+"Video":[{"key":"A","value":"1"}]})";
+  EXPECT_EQ(Lines(text), (Expected{
+                             "2:8 Audio[0].key: the name stands again in Audio[2]; the last value stays",
+                             "4:8 Audio[2].key: the name stands again in Audio[4]; the last value stays",
+                             "5:20 Audio[3].value: expected a string, found a number",
+                         }));
+  EXPECT_EQ(CheckSettings(text)[0].name, "A");
+  EXPECT_EQ(CheckSettings(text)[0].problem, Problem::kRepeatedName);
+}
+
+TEST(SettingsCheck, FindsTheEarlierOfTwoEqualGroups) {
+  const std::string text = R"({"Audio":[7],
+"Video":[],
+"Aud\u0069o":[{"key":"A","value":"2"}],
+"Other":[], "Other":[]})";
+  EXPECT_EQ(Lines(text), (Expected{
+                             "1:2 Audio: the group stands again below; only the last one is read",
+                             "4:1 Other: unknown group",
+                             "4:13 Other: unknown group",
+                         }));
+  EXPECT_EQ(Problems(text)[0], Problem::kRepeatedGroup);
+}
+
+TEST(SettingsCheck, FindsTheEarlierOfTwoEqualMembers) {
+  const std::string text = R"({"Audio":[{"key":7,"value":"1","\u006bey":"A","value":"2","x":1,"x":2}]})";
+  EXPECT_EQ(Lines(text), (Expected{
+                             "1:12 Audio[0].key: \"key\" stands again in the entry; the last one counts",
+                             "1:20 Audio[0].value: \"value\" stands again in the entry; the last one counts",
+                         }));
+  EXPECT_EQ(Problems(text), (std::vector{Problem::kRepeatedMember, Problem::kRepeatedMember}));
+}
+
+TEST(SettingsCheck, FindsNamesThatAreNoToggle) {
+  const std::string text = R"({"Feature":[
+{"key":"EnableMusicDetecton","value":"1"},
+{"key":"enablemusicdetection","value":"1"},
+{"key":"Something else","value":"1"},
+{"key":"KAL_FT_Unknow","value":"1"}],
+"Audio":[{"key":"EnableMusicDetecton","value":"1"}]})";
+  EXPECT_EQ(
+      Lines(text),
+      (Expected{
+          "2:8 Feature[0].key: no feature toggle has this name (did you mean \"EnableMusicDetection\"?)",
+          "3:8 Feature[1].key: no feature toggle has this name (did you mean \"EnableMusicDetection\"?)",
+          "4:8 Feature[2].key: no feature toggle has this name",
+          "5:8 Feature[3].key: no feature toggle has this name",
+      }));
+  EXPECT_EQ(CheckSettings(text)[0].name, "EnableMusicDetecton");
+  EXPECT_EQ(CheckSettings(text)[0].nearest, "EnableMusicDetection");
+}
+
+TEST(SettingsCheck, KnowsEveryToggle) {
+  std::string text = "{\"Feature\":[";
+#define KAL_FT(id, name, key, kind, meaning) \
+  if (id != kalStore::KAL_FT_Unknow) text += "{\"key\":\"" key "\",\"value\":\"1\"},";
+#include "tessel/KalFeatureToggles.def"
+#undef KAL_FT
+  text.back() = ']';
+  EXPECT_EQ(Lines(text + "}"), Expected());
+}
+
+TEST(SettingsCheck, GivesEveryProblemItsEffect) {
+  const std::pair<Problem, Effect> rows[] = {
+      {Problem::kNoJson, Effect::kRefused},         {Problem::kNoObject, Effect::kRefused},
+      {Problem::kZeroByte, Effect::kRefused},       {Problem::kUnknownGroup, Effect::kSkipped},
+      {Problem::kNoArray, Effect::kSkipped},        {Problem::kNoEntry, Effect::kSkipped},
+      {Problem::kNoMember, Effect::kSkipped},       {Problem::kNoText, Effect::kSkipped},
+      {Problem::kEmptyName, Effect::kSkipped},      {Problem::kRepeatedGroup, Effect::kSkipped},
+      {Problem::kRepeatedName, Effect::kImported},  {Problem::kRepeatedMember, Effect::kImported},
+      {Problem::kUnknownToggle, Effect::kImported},
+  };
+  for (const auto& [problem, effect] : rows) EXPECT_EQ(kalStore::EffectOf(problem), effect);
+}
+
+TEST(SettingsCheck, ChecksAHugeDocumentQuickly) {
+  std::string text = "{\"Feature\":[";
+  for (int i = 0; i < 5000; ++i) text += "{\"key\":\"Enable" + std::to_string(i) + "\",\"value\":\"1\"},\n";
+  text += "0]}";
+  const auto findings = CheckSettings(text);
+  ASSERT_EQ(findings.size(), 5001U);
+  EXPECT_EQ(findings.back().line, 5001U);
+}
+
+// Every text one byte away from a document, and every beginning of it; the sanitizers see a read past its
+// end.
+TEST(SettingsCheck, StaysWithinTheTextWhateverItIs) {
+  const std::string text =
+      " {\"Audio\" : [{\"key\":\"\\u0041\\\\\",\"value\":\"\\\"\"} , null, [1.5e3,{}]],\n\"Feature\":[{}]} ";
+  const auto check = [](const std::string& changed) {
+    for (const SettingsFinding& finding : CheckSettings(changed)) {
+      EXPECT_LE(finding.offset, changed.size()) << changed;
+      const auto before = changed.begin() + static_cast<std::ptrdiff_t>(finding.offset);
+      EXPECT_EQ(finding.line, 1 + static_cast<std::size_t>(std::count(changed.begin(), before, '\n')));
+    }
+  };
+  for (std::size_t at = 0; at <= text.size(); ++at) {
+    check(text.substr(0, at));
+    for (const char byte : "\"\\{}[],:0 \nk\xff") {
+      std::string changed = text;
+      if (at < text.size()) changed[at] = byte;
+      check(changed);
+      check(text.substr(0, at) + byte + text.substr(at));
+    }
+  }
+}
+
+TEST(SettingsCheck, LeavesNothingBehindWhenAnAllocationFails) {
+  const std::string text =
+      R"({"Audoi":[],"Audio":[],"Audio":[{"key":"A","value":"1"},{"key":"A","value":"1"}],"Feature":[{"key":"EnableMusicDetecton","value":"1"}]})";
+  const std::vector<std::string> expected = Lines(text);
+  const long before = LiveAllocations();
+  for (std::size_t n = 1;; ++n) {
+    FailAllocation nth(n);
+    try {
+      (void)CheckSettings(text);
+    } catch (const std::bad_alloc&) {
+    }
+    if (!nth.Fired()) break;
+    EXPECT_EQ(LiveAllocations(), before);
+  }
+  EXPECT_EQ(Lines(text), expected);
+}
+
+TEST(NearestGroupName, CountsLettersMoreThanTheirCase) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"Audio", "Audio"},
+      {"AUDIO", "Audio"},
+      {"Vdeo", "Video"},
+      {"Vidoe", "Video"},
+      {"Videos", "Video"},
+      {"Transmision", "Transmission"},
+      {"", ""},
+      {"Hardware", ""},
+      {"LastGroup", ""},
+      {"videoslide", "VideoSlide"},
+  };
+  for (const auto& [name, nearest] : rows) EXPECT_EQ(kalStore::NearestGroupName(name), nearest) << name;
+}
+
+namespace {
+
+// How often import told of a value when it read the document into an empty store.
+std::size_t Imported(const std::string& text) {
+  kalStore::IKalConfig* store = nullptr;
+  kalStore::CreateKalConfig(1, &store);
+  std::size_t told = 0;
+  for (const auto group : {kalStore::KAL_CONFIG_GROUP_AUDIO, kalStore::KAL_CONFIG_GROUP_VIDEO}) {
+    for (const char* name : {"A", "B", "C", "D", "E"}) {
+      store->SubscribeConfig(
+          group, name, [&](const kalStore::KalConfigEvent&) { ++told; }, nullptr, false);
+    }
+  }
+  EXPECT_EQ(store->ApplyKalConfigs(text.c_str()), kalStore::kResultOk);
+  kalStore::ReleaseKalConfig(store);
+  kalStore::CleanUpKalConfig(1);
+  return told;
+}
+
+}  // namespace
+
+// Every document of two groups with two entries each, all of these forms: what is not found to be skipped is
+// imported, and nothing else. A form gives a name always the same value, so repeated ones are told once.
+TEST(SettingsCheck, AgreesWithImport) {
+  const std::string forms[] = {
+      R"({"key":"A","value":"1"})",
+      R"({"value":"2","key":"B"})",
+      R"({"key":"A","value":2})",
+      R"({"key":"","value":"1"})",
+      R"({"key":"A"})",
+      R"({"key":"\u0000","value":"1"})",
+      R"(["key"])",
+      R"({"key":"C","value":"[{\"}","x":{"a":[]}})",
+      R"(null)",
+      R"({"key":1,"key":"D","value":"1"})",
+      R"("}")",
+      R"({"key":"E\u0000","value":"\\"})",
+  };
+  const std::pair<std::string, std::string> groupPairs[] = {
+      {"Audio", "Video"}, {"Video", "audio"}, {"Audio", "Audio"}};
+  const auto check = [](const std::string& text) {
+    std::size_t expected = 4;
+    for (const SettingsFinding& finding : CheckSettings(text)) {
+      const bool isImported = kalStore::EffectOf(finding.problem) == Effect::kImported;
+      if (isImported && finding.problem != Problem::kRepeatedName) continue;
+      const bool isGroup = finding.path.find('[') == std::string::npos;
+      expected -= isGroup ? 2U : 1U;
+    }
+    EXPECT_EQ(Imported(text), expected) << text;
+  };
+  for (const auto& [first, second] : groupPairs) {
+    for (const std::string& a : forms) {
+      for (const std::string& b : forms) {
+        for (const std::string& c : forms) {
+          check("{\"" + first + "\" : [" + a + "," + b + " ] , \"" + second + "\":\n[" + c + "," + a + "]}");
+        }
+      }
+    }
+  }
+}

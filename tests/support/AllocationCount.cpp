@@ -1,0 +1,118 @@
+#include "support/AllocationCount.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local std::size_t t_count = 0;
+thread_local std::size_t t_untilFailure = 0;  // 0: none wanted, or done.
+
+std::atomic<long> g_live{0};
+
+void countAllocation() {
+  ++t_count;
+  if (t_untilFailure != 0 && --t_untilFailure == 0) throw std::bad_alloc();
+}
+
+void* counted(void* memory) {
+  if (memory == nullptr) throw std::bad_alloc();
+  g_live.fetch_add(1, std::memory_order_relaxed);
+  return memory;
+}
+
+void* allocate(std::size_t size) {
+  countAllocation();
+  return counted(std::malloc(size == 0 ? 1 : size));
+}
+
+void* allocateAligned(std::size_t size, std::align_val_t alignment) {
+  countAllocation();
+  const auto step = static_cast<std::size_t>(alignment);
+  return counted(std::aligned_alloc(step, (size + step - 1) / step * step));
+}
+
+void release(void* memory) {
+  if (memory == nullptr) return;
+  g_live.fetch_sub(1, std::memory_order_relaxed);
+  std::free(memory);
+}
+
+}  // namespace
+
+AllocationCount::AllocationCount() : m_start(t_count) {}
+
+std::size_t AllocationCount::Count() const {
+  return t_count - m_start;
+}
+
+long LiveAllocations() {
+  return g_live.load(std::memory_order_relaxed);
+}
+
+FailAllocation::FailAllocation(std::size_t n) {
+  t_untilFailure = n;
+}
+
+FailAllocation::~FailAllocation() {
+  t_untilFailure = 0;
+}
+
+bool FailAllocation::Fired() const {
+  return t_untilFailure == 0;
+}
+
+void* operator new(std::size_t size) {
+  return allocate(size);
+}
+void* operator new[](std::size_t size) {
+  return allocate(size);
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  return allocateAligned(size, alignment);
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+  return allocateAligned(size, alignment);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept try {
+  return allocate(size);
+} catch (const std::bad_alloc&) {
+  return nullptr;
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept try {
+  return allocate(size);
+} catch (const std::bad_alloc&) {
+  return nullptr;
+}
+
+void operator delete(void* memory) noexcept {
+  release(memory);
+}
+void operator delete[](void* memory) noexcept {
+  release(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  release(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  release(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+  release(memory);
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+  release(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+  release(memory);
+}
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
+  release(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+  release(memory);
+}
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
+  release(memory);
+}

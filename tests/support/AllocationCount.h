@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+
+/// Counts what the calling thread allocates with operator new, in whatever library, while it lives. Works
+/// with the sanitizers too. A program that names anything here gets its operator new and delete replaced.
+class AllocationCount {
+ public:
+  AllocationCount();
+  AllocationCount(const AllocationCount&) = delete;
+  AllocationCount& operator=(const AllocationCount&) = delete;
+
+  /// Allocations of the calling thread since construction. REQUIRES: the thread that constructed.
+  std::size_t Count() const;
+
+ private:
+  const std::size_t m_start;
+};
+
+/// Allocations of the process by operator new that are not deleted yet, be it on whatever thread.
+long LiveAllocations();
+
+/// Makes the n-th allocation of the calling thread from now on, counted from 1, fail with std::bad_alloc; the
+/// ones after it succeed again. One at a time in each thread.
+///
+///   for (std::size_t n = 1;; ++n) {
+///     FailAllocation nth(n);
+///     ...
+///     if (!nth.Fired()) break;  // nothing left to fail
+///   }
+class FailAllocation {
+ public:
+  explicit FailAllocation(std::size_t n);
+  ~FailAllocation();
+  FailAllocation(const FailAllocation&) = delete;
+  FailAllocation& operator=(const FailAllocation&) = delete;
+
+  bool Fired() const;
+};

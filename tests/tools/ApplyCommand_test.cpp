@@ -1,0 +1,230 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <tuple>
+
+#include "Program.h"
+
+namespace {
+
+constexpr const char* kBase =
+    R"({"Video":[{"key":"MaxFps","value":"30"}],"Audio":[{"key":"Bitrate","value":"32000"},{"key":"Dtx","value":"1"}]})";
+constexpr const char* kLow =
+    R"({"Audio":[{"key":"Bitrate","value":"16000"},{"key":"Dtx","value":"1"},{"key":"FrameMs","value":"60"}]})";
+
+std::string Line(const std::string& key, const std::string& value) {
+  return R"({"key":")" + key + R"(","value":")" + value + "\"}";
+}
+
+}  // namespace
+
+TEST(Apply, PrintsTheValuesOfAFirstDocumentAsNew) {
+  const Finished run = Program().File("base.json", kBase).Run({"apply", "base.json"});
+  EXPECT_EQ(run.out,
+            "base.json\n"
+            "  new      Audio/Bitrate: \"32000\"\n"
+            "  new      Audio/Dtx: \"1\"\n"
+            "  new      Video/MaxFps: \"30\"\n"
+            "  3 new\n");
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(Apply, TellsNewChangedAndUnchangedValuesOfALaterDocumentApart) {
+  const Finished run =
+      Program().File("base.json", kBase).File("low.json", kLow).Run({"apply", "base.json", "low.json"});
+  EXPECT_EQ(run.out.substr(run.out.find("low.json")),
+            "low.json\n"
+            "  changed  Audio/Bitrate: \"32000\" -> \"16000\"\n"
+            "  new      Audio/FrameMs: \"60\"\n"
+            "  1 new, 1 changed, 1 unchanged\n");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(Apply, AppliesTheDocumentsInTheirOrder) {
+  Program program;
+  program.File("base.json", kBase).File("low.json", kLow);
+  EXPECT_NE(
+      program.Run({"apply", "low.json", "base.json", "--dump", "0x8"}).out.find(Line("Bitrate", "32000")),
+      std::string::npos);
+  EXPECT_NE(
+      program.Run({"apply", "base.json", "low.json", "--dump", "0x8"}).out.find(Line("Bitrate", "16000")),
+      std::string::npos);
+}
+
+TEST(Apply, ReportsANameThatADocumentSetsTwiceOnceWithWhatStays) {
+  const Finished run = Program()
+                           .File("a.json", "{\"Audio\":[" + Line("X", "1") + "," + Line("X", "2") + "]}")
+                           .File("b.json", "{\"Audio\":[" + Line("X", "3") + "," + Line("X", "2") + "]}")
+                           .Run({"apply", "a.json", "b.json"});
+  EXPECT_EQ(run.out,
+            "a.json\n"
+            "  new      Audio/X: \"2\"\n"
+            "  1 new\n"
+            "b.json\n"
+            "  1 unchanged\n");
+}
+
+TEST(Apply, KeepsEqualNamesOfTwoGroupsApart) {
+  const Finished run =
+      Program()
+          .File("a.json", "{\"Audio\":[" + Line("X", "1") + "],\"Video\":[" + Line("X", "2") + "]}")
+          .Run({"apply", "a.json"});
+  EXPECT_EQ(run.out,
+            "a.json\n"
+            "  new      Audio/X: \"1\"\n"
+            "  new      Video/X: \"2\"\n"
+            "  2 new\n");
+}
+
+TEST(Apply, SaysThatAnEmptyDocumentHasNoEntries) {
+  const Finished run = Program().File("a.json", " {} \n").Run({"apply", "a.json"});
+  EXPECT_EQ(run.out, "a.json\n  no entries\n");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(Apply, SetsTheGivenValuesAfterTheDocuments) {
+  const Finished run = Program()
+                           .File("base.json", kBase)
+                           .Run({"apply", "--set", "Video/MaxFps=15", "base.json", "--set", "Audio/a/b=c=d",
+                                 "--set", "Common/Empty=", "--set", "Video/MaxFps=20"});
+  EXPECT_EQ(run.out.substr(run.out.find("--set")),
+            "--set\n"
+            "  changed  Video/MaxFps: \"30\" -> \"20\"\n"
+            "  new      Audio/a/b: \"c=d\"\n"
+            "  new      Common/Empty: \"\"\n"
+            "  2 new, 1 changed\n");
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(Apply, TakesValuesOfAnyFormFromTheCommandLine) {
+  const Finished run =
+      Program().Input("{}").Run({"apply", "-", "--set", "Audio/List=[1,2]", "--set", "Audio/Quoted=\"a b\"",
+                                 "--set", "Audio/Set={}", "--set=Audio/N=-1"});
+  EXPECT_EQ(run.out,
+            "<stdin>\n"
+            "  no entries\n"
+            "--set\n"
+            "  new      Audio/List: \"[1,2]\"\n"
+            "  new      Audio/Quoted: \"\\\"a b\\\"\"\n"
+            "  new      Audio/Set: \"{}\"\n"
+            "  new      Audio/N: \"-1\"\n"
+            "  4 new\n");
+}
+
+TEST(Apply, DumpsTheStoreLastOnOneLine) {
+  const Finished run = Program()
+                           .File("base.json", kBase)
+                           .Run({"apply", "base.json", "--dump", "all", "--set", "UnitTest/A=1"});
+  const std::string dump =
+      R"({"Application":[],"Audio":[{"key":"Bitrate","value":"32000"},{"key":"Dtx","value":"1"}],"AudioSi":[],)"
+      R"("AudioSlide":[],"Common":[],"Feature":[],"Gamestate":[],"Metrics":[],"TAOnly":[],"Transmission":[],)"
+      R"("UnitTest":[{"key":"A","value":"1"}],"Video":[{"key":"MaxFps","value":"30"}],"VideoSlide":[]})";
+  EXPECT_TRUE(run.out.ends_with("  1 new\n" + dump + "\n")) << run.out;
+}
+
+TEST(Apply, PrintsNothingButTheDumpWhenQuiet) {
+  const Finished run = Program().File("base.json", kBase).Run({"apply", "-q", "base.json", "--dump", "0x20"});
+  EXPECT_EQ(run.out, "{\"Video\":[{\"key\":\"MaxFps\",\"value\":\"30\"}]}\n");
+  EXPECT_EQ(run.err, "");
+}
+
+TEST(Apply, ReadsDumpMasks) {
+  const std::tuple<const char*, const char*> masks[] = {
+      {"0", "{}\n"},
+      {"1", "{\"Common\":[]}\n"},
+      {"5", "{\"Common\":[],\"Metrics\":[]}\n"},
+      {"0x1000", "{\"UnitTest\":[]}\n"},
+      {"0X2", "{\"Feature\":[]}\n"},
+      {"0xFFFFE001", "{\"Common\":[]}\n"},
+      {"4294959105", "{\"Common\":[]}\n"},
+  };
+  for (const auto& [mask, dump] : masks) {
+    const Finished run = Program().Input("{}").Run({"apply", "-", "--quiet", "--dump", mask});
+    EXPECT_EQ(run.out, dump) << mask;
+    EXPECT_EQ(run.status, 0) << mask;
+  }
+}
+
+TEST(Apply, RefusesWhatIsNoDumpMask) {
+  for (const std::string mask :
+       {"", "x", "0x", "08a", "1 ", " 1", "+1", "-1", "ALL", "Audio", "0x1ffffffff", "4294967296"}) {
+    const Finished run = Program().Input("{}").Run({"apply", "-", "--dump=" + mask});
+    EXPECT_EQ(run.out, "") << mask;
+    EXPECT_EQ(run.status, 2) << mask;
+    if (mask.empty()) continue;  // The option parser has words of its own for it.
+    EXPECT_EQ(run.err, "tessel: --dump \"" + mask +
+                           "\": expected \"all\" or a 32-bit mask, decimal or 0x and hexadecimal\n");
+  }
+}
+
+TEST(Apply, ChangesNothingWithItsOwnDump) {
+  Program program;
+  program.File("base.json", kBase).File("low.json", kLow);
+  const std::string dump = program.Run({"apply", "base.json", "low.json", "-q", "--dump", "all"}).out;
+  const Finished run = program.Input(dump).Run({"apply", "base.json", "low.json", "-"});
+  EXPECT_TRUE(run.out.ends_with("<stdin>\n  4 unchanged\n")) << run.out;
+  EXPECT_EQ(program.Run({"apply", "-", "-q", "--dump", "all"}).out, dump);
+}
+
+TEST(Apply, RefusesUnusablePathsBeforeItReadsADocument) {
+  const std::tuple<std::string, std::string, std::string> refusals[] = {
+      {"--set", "Vidoe/MaxFps=1", "\"Vidoe/MaxFps\": unknown group \"Vidoe\" (did you mean \"Video\"?)"},
+      {"--set", "audio/X=1", "\"audio/X\": unknown group \"audio\" (did you mean \"Audio\"?)"},
+      {"--set", "Transmision/X=1",
+       "\"Transmision/X\": unknown group \"Transmision\" (did you mean \"Transmission\"?)"},
+      {"--set", "Hardware/X=1", "\"Hardware/X\": unknown group \"Hardware\""},
+      {"--set", "LastGroup/X=1", "\"LastGroup/X\": unknown group \"LastGroup\""},
+      {"--set", "/X=1", "\"/X\": unknown group \"\""},
+      {"--set", "Audio/X", "\"Audio/X\": expected GROUP/NAME=VALUE"},
+      {"--set", "Audio=1", "\"Audio\": expected GROUP/NAME"},
+      {"--set", "Audio/=1", "\"Audio/\": the name is empty"},
+      {"--set", "A\n\xff/X=1", "\"A\\n\\u00ff/X\": unknown group \"A\\n\\u00ff\""},
+      {"--watch", "Video", "\"Video\": expected GROUP/NAME"},
+      {"--watch", "Video/", "\"Video/\": the name is empty"},
+      {"--watch", "Vdeo/*", "\"Vdeo/*\": unknown group \"Vdeo\" (did you mean \"Video\"?)"},
+  };
+  for (const auto& [option, text, reason] : refusals) {
+    const Finished run = Program().Run({"apply", "no such file", option, text});
+    EXPECT_EQ(run.err, "tessel: " + option + " " + reason + "\n");
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.status, 2);
+  }
+}
+
+TEST(Apply, DoesNothingWhenALaterDocumentIsBroken) {
+  const Finished run = Program()
+                           .File("base.json", kBase)
+                           .File("odd.json", R"({"Nowhere":[]})")
+                           .File("broken.json", "{\n  \"Audio\": [,]\n}")
+                           .Run({"apply", "base.json", "odd.json", "broken.json", "--dump", "all"});
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "broken.json:2:13: expected a value\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(Apply, TracesTheLibraryOnRequest) {
+  Program program;
+  program.File("base.json", kBase);
+  EXPECT_EQ(program.Run({"apply", "base.json", "--trace", "0"}).err, "");
+  const Finished run = program.Run({"apply", "base.json", "--trace", "2"});
+  EXPECT_NE(run.err.find("[UTIL 2] kalStore::CreateKalConfig [cid=1]\n"), std::string::npos) << run.err;
+  EXPECT_EQ(run.out, program.Run({"apply", "base.json"}).out);
+}
+
+TEST(Apply, AppliesAHugeDocument) {
+  constexpr int kEntries = 20000;
+  std::string text = "{\"Metrics\":[";
+  for (int number = 0; number < kEntries; ++number) {
+    text += (number == 0 ? "" : ",") + Line("Name" + std::to_string(number), std::to_string(number));
+  }
+  text += "]}";
+  Program program;
+  program.File("huge.json", text);
+  const Finished first = program.Run({"apply", "huge.json", "--watch", "Metrics/Name19999"});
+  EXPECT_TRUE(first.out.ends_with("  new      Metrics/Name19999: \"19999\"\n  20000 new\n"));
+  const Finished dumped = program.Run({"apply", "huge.json", "--quiet", "--dump", "4"});
+  EXPECT_EQ(dumped.out.size(), text.size() + 1);
+  EXPECT_EQ(program.Input(dumped.out).Run({"apply", "-", "-q", "--dump", "4"}).out, dumped.out);
+}

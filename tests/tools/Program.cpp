@@ -1,0 +1,146 @@
+#include "Program.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace {
+
+// A file descriptor that closes itself.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : m_number(number) {
+    if (number == -1) throw std::runtime_error("a descriptor of the test cannot be opened");
+  }
+  Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+  Descriptor& operator=(Descriptor&&) = delete;
+  ~Descriptor() { Close(); }
+
+  int Number() const { return m_number; }
+  void Close() {
+    if (m_number != -1) ::close(std::exchange(m_number, -1));
+  }
+
+ private:
+  int m_number;
+};
+
+Descriptor OpenNew(const std::string& file) {
+  return Descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+}
+
+std::string Contents(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// What the program wrote to a terminal that nobody else writes to any more.
+std::string ReadTerminal(int terminal) {
+  std::string text;
+  char chunk[4096];
+  for (ssize_t count; (count = ::read(terminal, chunk, sizeof chunk)) > 0;) {
+    text.append(chunk, static_cast<std::size_t>(count));
+  }
+  return text;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+}  // namespace
+
+Program::Program(Terminal terminal)
+    : m_environment{terminal == Terminal::kDumb ? "TERM=dumb" : "TERM=xterm"} {
+  std::string folder = (std::filesystem::temp_directory_path() / "tessel_test_XXXXXX").string();
+  if (::mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no folder for the test");
+  m_folder = folder;
+}
+
+Program::~Program() {
+  std::error_code ignored;
+  std::filesystem::remove_all(m_folder, ignored);
+}
+
+Program& Program::File(const std::string& name, const std::string& text) {
+  std::ofstream(path(name), std::ios::binary) << text;
+  return *this;
+}
+
+Program& Program::Input(std::string text) {
+  m_input = std::move(text);
+  return *this;
+}
+
+Program& Program::To(Output output) {
+  m_output = output;
+  return *this;
+}
+
+Program& Program::Environment(std::string variable) {
+  m_environment.push_back(std::move(variable));
+  return *this;
+}
+
+Finished Program::Run(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), "tessel");
+  const std::vector<char*> argv = Pointers(arguments);
+  const std::vector<char*> environment = Pointers(m_environment);
+
+  const std::string inName = path(".in");
+  const std::string outName = path(".out");
+  const std::string errName = path(".err");
+  std::ofstream(inName, std::ios::binary) << m_input;
+  const Descriptor in(::open(inName.c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor err = OpenNew(errName);
+
+  // The ends of standard output: what the program gets, and for a terminal the one that is read here.
+  Descriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  Descriptor out = [&] {
+    switch (m_output) {
+      case Output::kTerminal:
+        ::grantpt(terminal.Number());
+        ::unlockpt(terminal.Number());
+        return Descriptor(::open(::ptsname(terminal.Number()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+      case Output::kFullDevice:
+        return Descriptor(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+      case Output::kNoReader: {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) == -1) throw std::runtime_error("no pipe for the test");
+        ::close(ends[0]);
+        return Descriptor(ends[1]);
+      }
+      default:
+        return OpenNew(outName);
+    }
+  }();
+
+  const pid_t child = ::fork();
+  if (child == -1) throw std::runtime_error("the program cannot be started");
+  if (child == 0) {
+    ::dup2(in.Number(), STDIN_FILENO);
+    ::dup2(out.Number(), STDOUT_FILENO);
+    ::dup2(err.Number(), STDERR_FILENO);
+    if (m_output == Output::kClosed) ::close(STDOUT_FILENO);
+    if (::chdir(m_folder.c_str()) == 0) ::execve(TESSEL_PROGRAM, argv.data(), environment.data());
+    ::_exit(127);
+  }
+  out.Close();
+  Finished finished;
+  if (m_output == Output::kTerminal) finished.out = ReadTerminal(terminal.Number());
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  finished.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  if (m_output == Output::kFile) finished.out = Contents(outName);
+  finished.err = Contents(errName);
+  return finished;
+}

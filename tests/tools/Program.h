@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+/// What a run of the program left.
+struct Finished {
+  int status = 0;  ///< The exit status; a signal that ended it counts as minus its number.
+  std::string out;
+  std::string err;
+};
+
+/// Runs the built `tessel`. Files given by name are made in a folder that goes with the object, and in which
+/// the program runs.
+class Program {
+ public:
+  /// Where standard output leads. kTerminal is a terminal; the others but kFile leave `out` empty.
+  enum class Output { kFile, kTerminal, kClosed, kNoReader, kFullDevice };
+
+  /// What TERM says.
+  enum class Terminal { kColour, kDumb };
+
+  explicit Program(Terminal terminal = Terminal::kColour);
+  ~Program();
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  /// Makes a file for the program to read.
+  Program& File(const std::string& name, const std::string& text);
+  /// What standard input holds; nothing by default.
+  Program& Input(std::string text);
+  Program& To(Output output);
+  /// Sets a variable, "NAME=value", in an environment that has only TERM otherwise.
+  Program& Environment(std::string variable);
+
+  Finished Run(std::vector<std::string> arguments);
+
+ private:
+  std::string path(const std::string& name) const { return m_folder + "/" + name; }
+
+  std::string m_folder;
+  std::string m_input;
+  Output m_output = Output::kFile;
+  std::vector<std::string> m_environment;
+};

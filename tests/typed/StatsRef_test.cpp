@@ -1,0 +1,66 @@
+#include "tessel/StatsRef.h"
+
+#include <type_traits>
+#include <utility>
+
+#include "TypedTest.h"
+
+namespace {
+
+constexpr std::uint32_t kCall = 7;
+
+bool Exists(KalTesselEntityType type) {
+  return kalTesselInstant.isTesselEntityExisted(type, kCall);
+}
+
+template <class Media>
+class Stats : public testing::Test {};
+
+using AllMedia = testing::Types<Audio, Video, ContentAudio, ContentVideo>;
+TYPED_TEST_SUITE(Stats, AllMedia);
+
+}  // namespace
+
+TYPED_TEST(Stats, LiveAsLongAsTheirHolders) {
+  constexpr KalTesselEntityType type = TypeParam::kType;
+  EXPECT_FALSE(Exists(type));
+  {
+    const StatsRef<TypeParam> first(kCall);
+    {
+      const StatsRef<TypeParam> second(kCall);
+      EXPECT_EQ(&*first, &*second);
+    }
+    EXPECT_TRUE(Exists(type));
+    EXPECT_EQ(first->GetCallId(), kCall);
+    EXPECT_EQ(first.CallId(), kCall);
+  }
+  EXPECT_FALSE(Exists(type));
+}
+
+TYPED_TEST(Stats, MoveWithTheirReference) {
+  StatsRef<TypeParam> first(kCall);
+  const auto* const info = &*first;
+  StatsRef<TypeParam> second = std::move(first);
+  EXPECT_EQ(&*second, info);
+  {
+    StatsRef<TypeParam> third(kCall + 1);
+    third = std::move(second);
+    EXPECT_FALSE(kalTesselInstant.isTesselEntityExisted(TypeParam::kType, kCall + 1));
+    EXPECT_EQ(&*third, info);
+    EXPECT_EQ(third.CallId(), kCall);
+    StatsRef<TypeParam>& itself = third;
+    third = std::move(itself);
+    EXPECT_EQ(&*third, info);
+  }
+  EXPECT_FALSE(Exists(TypeParam::kType));
+}
+
+TEST(StatsKinds, AreApart) {
+  const StatsRef<Audio> audio(kCall);
+  const StatsRef<ContentAudio> content(kCall);
+  EXPECT_NE(&*audio, &*content);
+  static_assert(std::is_same_v<StatsRef<Audio>::Interface, IKalAudioInfo>);
+  static_assert(std::is_same_v<StatsRef<Video>::Interface, IKalVideoInfo>);
+  static_assert(std::is_same_v<StatsRef<ContentAudio>::Interface, IKalAudioInfo>);
+  static_assert(std::is_same_v<StatsRef<ContentVideo>::Interface, IKalVideoInfo>);
+}

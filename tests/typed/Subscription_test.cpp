@@ -1,0 +1,307 @@
+#include "tessel/Subscription.h"
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "TypedTest.h"
+#include "support/AllocationCount.h"
+#include "support/TraceLog.h"
+
+namespace {
+
+class Subscriptions : public TypedTest {
+ protected:
+  void Set(int value) { m_facade.SetKalConfig("A", value, KAL_CONFIG_GROUP_AUDIO); }
+
+  template <class Store>
+  Subscription Counting(Store& store) {
+    return Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", [this](const KalConfigEvent&) { ++m_told; });
+  }
+
+  CallStore m_call{kCall};
+  KalConfigHelper m_facade{kCall};
+  std::atomic<int> m_told{0};
+};
+
+}  // namespace
+
+TEST_F(Subscriptions, TellUntilTheirEnd) {
+  {
+    const Subscription direct = Counting(*m_call);
+    const Subscription viaFacade = Counting(m_facade);
+    EXPECT_TRUE(direct);
+    EXPECT_TRUE(viaFacade);
+    Set(1);
+    EXPECT_EQ(m_told, 2);
+  }
+  Set(2);
+  EXPECT_EQ(m_told, 2);
+}
+
+TEST_F(Subscriptions, ReleaseWhatTheirCallbackCaptured) {
+  const auto captured = std::make_shared<int>(0);
+  {
+    const Subscription subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, "A",
+                                    [captured](const KalConfigEvent&) {});
+    EXPECT_EQ(captured.use_count(), 2);
+  }
+  EXPECT_EQ(captured.use_count(), 1);
+}
+
+TEST_F(Subscriptions, AreEmptyWhenRefused) {
+  const TraceLog silent;
+  const fnConfigChangedCallBack fn = [](const KalConfigEvent&) {};
+  EXPECT_FALSE(Subscription());
+  EXPECT_FALSE(Subscription(*m_call, KAL_CONFIG_GROUP_LAST, "A", fn));
+  EXPECT_FALSE(Subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, "", fn));
+  EXPECT_FALSE(Subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, nullptr, fn));
+  EXPECT_FALSE(Subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, "A", nullptr));
+  EXPECT_FALSE(Subscription(m_facade, KAL_CONFIG_GROUP_DEFAULT, "A", fn));
+
+  const Subscription first = Counting(m_facade);
+  {
+    const Subscription second = Counting(m_facade);  // One per name and facade.
+    EXPECT_TRUE(first);
+    EXPECT_FALSE(second);
+  }
+  Set(1);
+  EXPECT_EQ(m_told, 1);
+}
+
+TEST_F(Subscriptions, MoveWithoutBeingRemoved) {
+  Subscription first = Counting(*m_call);
+  Subscription second = std::move(first);
+  EXPECT_FALSE(first);  // NOLINT(bugprone-use-after-move): empty, as documented
+  EXPECT_TRUE(second);
+  Set(1);
+  EXPECT_EQ(m_told, 1);
+  first = std::move(second);
+  Set(2);
+  EXPECT_EQ(m_told, 2);
+}
+
+TEST_F(Subscriptions, RemoveWhatAnAssignmentReplaces) {
+  Subscription subscription = Counting(*m_call);
+  int other = 0;
+  subscription = Subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) { ++other; });
+  Set(1);
+  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(other, 1);
+
+  Subscription& itself = subscription;
+  subscription = std::move(itself);
+  Set(2);
+  EXPECT_EQ(other, 2);
+
+  subscription = {};
+  Set(3);
+  EXPECT_EQ(other, 2);
+}
+
+TEST_F(Subscriptions, CanBeRemovedEarlyAndTwice) {
+  Subscription subscription = Counting(m_facade);
+  subscription.Remove();
+  EXPECT_FALSE(subscription);
+  subscription.Remove();
+  Set(1);
+  EXPECT_EQ(m_told, 0);
+
+  subscription = Counting(m_facade);  // The name is free again: what is stored is told at once.
+  EXPECT_EQ(m_told, 1);
+}
+
+TEST_F(Subscriptions, DropWhatTheyAreToldWhilePaused) {
+  Subscription subscription = Counting(*m_call);
+  EXPECT_FALSE(subscription.IsPaused());
+  subscription.Pause();
+  EXPECT_TRUE(subscription);
+  EXPECT_TRUE(subscription.IsPaused());
+  Set(1);
+  subscription.Resume();
+  EXPECT_FALSE(subscription.IsPaused());
+  EXPECT_EQ(m_told, 0);
+  Set(2);
+  EXPECT_EQ(m_told, 1);
+
+  Subscription empty;
+  empty.Pause();
+  empty.Resume();
+  EXPECT_FALSE(empty.IsPaused());
+}
+
+TEST_F(Subscriptions, CanPauseInsideTheirCallback) {
+  Subscription subscription;
+  subscription = Subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) {
+    ++m_told;
+    subscription.Pause();
+  });
+  Set(1);
+  Set(2);
+  EXPECT_EQ(m_told, 1);
+}
+
+TEST_F(Subscriptions, AreNotMadeWhenTheInitialDeliveryThrows) {
+  Set(1);
+  const fnConfigChangedCallBack fn = [](const KalConfigEvent&) { throw std::runtime_error("no"); };
+  EXPECT_THROW(const Subscription made(*m_call, KAL_CONFIG_GROUP_AUDIO, "A", fn), std::runtime_error);
+  EXPECT_NO_THROW(Set(2));
+}
+
+TEST_F(Subscriptions, AreMadeWhollyOrNotAtAllWhenAnAllocationFails) {
+  for (std::size_t n = 1;; ++n) {
+    FailAllocation nth(n);
+    try {
+      const Subscription subscription = Counting(m_facade);
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(m_facade.SetKalConfig("A", static_cast<int>(n), KAL_CONFIG_GROUP_AUDIO), kResultNobody);
+    }
+    if (!nth.Fired()) break;
+  }
+  m_told = 0;
+  const Subscription subscription = Counting(m_facade);
+  EXPECT_TRUE(subscription);
+  EXPECT_EQ(m_told, 1);
+}
+
+TEST_F(Subscriptions, WaitForAFacadeToBeBound) {
+  KalConfigHelper late;
+  {
+    const Subscription subscription = Counting(late);
+    EXPECT_TRUE(subscription);
+    late.SetCallId(kCall);
+    Set(1);
+    EXPECT_EQ(m_told, 1);
+  }
+  Set(2);
+  EXPECT_EQ(m_told, 1);
+  const Subscription again = Counting(late);  // The name is free again.
+  EXPECT_TRUE(again);
+}
+
+TEST_F(Subscriptions, NeverRunWhenRemovedBeforeTheFacadeIsBound) {
+  KalConfigHelper late;
+  Counting(late).Remove();
+  late.SetCallId(kCall);
+  Set(1);
+  EXPECT_EQ(m_told, 0);
+}
+
+TEST_F(Subscriptions, AreReplacedByALaterOneOfAFacadeThatIsNotBound) {
+  KalConfigHelper late;
+  int earlierTold = 0;
+  {
+    const Subscription earlier(late, KAL_CONFIG_GROUP_AUDIO, "A",
+                               [&](const KalConfigEvent&) { ++earlierTold; });
+    const Subscription later = Counting(late);
+    EXPECT_TRUE(later);
+    EXPECT_FALSE(Subscription(late, KAL_CONFIG_GROUP_AUDIO, nullptr, [](const KalConfigEvent&) {}));
+    late.SetCallId(kCall);
+    Set(1);
+    EXPECT_EQ(m_told, 1);
+  }
+  EXPECT_EQ(earlierTold, 0);
+}
+
+TEST_F(Subscriptions, DropAPostedDeliveryThatHasNotBegun) {
+  ACmThread thread;
+  thread.Start();
+  std::promise<void> blocked;
+  std::promise<void> goOn;
+  Subscription blocker(
+      *m_call, KAL_CONFIG_GROUP_AUDIO, "Block",
+      [&](const KalConfigEvent&) {
+        blocked.set_value();
+        goOn.get_future().wait();
+      },
+      &thread, true);
+  Subscription posted(
+      *m_call, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) { ++m_told; }, &thread, true);
+  m_facade.SetKalConfig("Block", 1, KAL_CONFIG_GROUP_AUDIO);
+  blocked.get_future().wait();
+  Set(1);
+  posted.Remove();
+  goOn.set_value();
+  thread.Stop();
+  EXPECT_EQ(m_told, 0);
+}
+
+TEST_F(Subscriptions, WaitForAPostedDeliveryThatIsRunning) {
+  ACmThread thread;
+  thread.Start();
+  std::promise<void> running;
+  std::atomic<bool> ended{false};
+  Subscription posted(
+      *m_call, KAL_CONFIG_GROUP_AUDIO, "A",
+      [&](const KalConfigEvent&) {
+        running.set_value();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ended = true;
+      },
+      &thread, true);
+  Set(1);
+  running.get_future().wait();
+  posted.Remove();
+  EXPECT_TRUE(ended);
+}
+
+TEST_F(Subscriptions, CanBeRemovedInsideAPostedDelivery) {
+  ACmThread thread;
+  thread.Start();
+  Subscription posted;
+  posted = Subscription(
+      *m_call, KAL_CONFIG_GROUP_AUDIO, "A",
+      [&](const KalConfigEvent&) {
+        ++m_told;
+        posted.Remove();
+      },
+      &thread, true);
+  const auto start = std::chrono::steady_clock::now();
+  Set(1);
+  Set(2);
+  thread.Stop();
+  EXPECT_EQ(m_told, 1);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
+TEST_F(Subscriptions, ArePausedAndResumedWhileOthersSet) {
+  Subscription subscription = Counting(*m_call);
+  std::thread setter([&] {
+    for (int value = 0; value < 2000; ++value) Set(value);
+  });
+  for (int i = 0; i < 2000; ++i) {
+    subscription.Pause();
+    subscription.Resume();
+  }
+  setter.join();
+  const int before = m_told;
+  EXPECT_LE(before, 2000);
+  Set(-1);
+  EXPECT_EQ(m_told, before + 1);
+}
+
+TEST_F(Subscriptions, AreSilentOnceRemovedWhileOthersSet) {
+  const TraceLog silent(-1);
+  ACmThread thread;
+  thread.Start();
+  std::atomic<bool> done{false};
+  std::thread setter([&] {
+    for (int value = 0; !done; ++value) Set(value);
+  });
+  for (int i = 0; i < 200; ++i) {
+    // What the callback uses ends with the scope: a late run would be a use after its end.
+    auto told = std::make_unique<std::atomic<int>>(0);
+    const Subscription subscription(
+        *m_call, KAL_CONFIG_GROUP_AUDIO, "A",
+        [told = told.get()](const KalConfigEvent&) { told->fetch_add(1); }, i % 2 == 0 ? &thread : nullptr,
+        i % 4 == 0);
+    std::this_thread::yield();
+  }
+  done = true;
+  setter.join();
+}

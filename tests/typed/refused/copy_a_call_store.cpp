@@ -1,0 +1,9 @@
+#include "Use.h"
+
+void Use() {
+#ifdef REFUSED
+  CallStore other = call;
+#else
+  CallStore other = std::move(call);
+#endif
+}

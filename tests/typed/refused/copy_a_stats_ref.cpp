@@ -1,0 +1,9 @@
+#include "Use.h"
+
+void Use() {
+#ifdef REFUSED
+  StatsRef<Audio> other = audio;
+#else
+  StatsRef<Audio> other = std::move(audio);
+#endif
+}

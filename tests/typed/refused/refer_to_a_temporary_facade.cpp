@@ -1,0 +1,9 @@
+#include "Use.h"
+
+void Use() {
+#ifdef REFUSED
+  kMaxFps.Get(KalConfigHelper(7));
+#else
+  kMaxFps.Get(settings);
+#endif
+}

@@ -1,0 +1,9 @@
+#include "Use.h"
+
+void Use() {
+#ifdef REFUSED
+  kDevice.Set(settings, 1);
+#else
+  kDevice.Set(settings, "1");
+#endif
+}

@@ -1,0 +1,9 @@
+#include "Use.h"
+
+void Use() {
+#ifdef REFUSED
+  kMaxFps.Set(settings, 15.0);
+#else
+  kMaxFps.Set(settings, 15);
+#endif
+}

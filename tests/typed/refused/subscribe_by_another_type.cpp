@@ -1,0 +1,9 @@
+#include "Use.h"
+
+void Use() {
+#ifdef REFUSED
+  const auto s = kMaxFps.Subscribe(settings, [](double) {});
+#else
+  const auto s = kMaxFps.Subscribe(settings, [](const ConfigReading<int>&) {});
+#endif
+}

@@ -1,0 +1,209 @@
+#include "ApplyCommand.h"
+
+#include <charconv>
+#include <cstdint>
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "ChangeReport.h"
+#include "Colour.h"
+#include "CommandError.h"
+#include "ConfigPath.h"
+#include "ExitStatus.h"
+#include "Printable.h"
+#include "SettingsDocument.h"
+#include "Watcher.h"
+#include "tessel/CallStore.h"
+#include "util/util_trace.h"
+
+namespace {
+
+using kalStore::ConfigMultGroup_t;
+using kalStore::IKalConfig;
+
+constexpr std::string_view kAllNames = "*";
+constexpr std::uint32_t kCallId = 1;
+
+// The options as they stand on the command line.
+struct ApplyOptions {
+  std::vector<std::string> files;
+  std::vector<std::string> sets;
+  std::vector<std::string> watches;
+  std::optional<std::string> dump;
+  std::optional<int> traceLevel;
+  bool strict = false;
+  bool async = false;
+  bool quiet = false;
+};
+
+SettingsEntry ParseAssignment(const std::string& text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos) throw UsageError("--set " + Quoted(text) + ": expected GROUP/NAME=VALUE");
+  ConfigPath path = ParseConfigPath("--set", std::string_view(text).substr(0, equals));
+  return {path.group, std::move(path.name), text.substr(equals + 1)};
+}
+
+ConfigMultGroup_t ParseMask(std::string_view text) {
+  if (text == "all") return kalStore::kAllConfigGroups;
+  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  const std::string_view digits = hexadecimal ? text.substr(2) : text;
+  ConfigMultGroup_t mask = 0;
+  const auto [end, error] =
+      std::from_chars(digits.data(), digits.data() + digits.size(), mask, hexadecimal ? 16 : 10);
+  if (error != std::errc() || end != digits.data() + digits.size()) {
+    throw UsageError("--dump " + Quoted(text) +
+                     ": expected \"all\" or a 32-bit mask, decimal or 0x and hexadecimal");
+  }
+  return mask;
+}
+
+// Everything that the command line asks for, read and found usable.
+struct ApplyPlan {
+  explicit ApplyPlan(const ApplyOptions& options) {
+    for (const std::string& text : options.sets) assignments.push_back(ParseAssignment(text));
+    std::vector<ConfigPath> paths;
+    for (const std::string& text : options.watches) paths.push_back(ParseConfigPath("--watch", text));
+    if (options.dump) dumpMask = ParseMask(*options.dump);
+    documents = LoadDocuments(options.files);
+    for (ConfigPath& path : paths) watch(std::move(path));
+  }
+
+  std::vector<SettingsDocument> documents;
+  std::vector<SettingsEntry> assignments;
+  std::set<std::pair<kalStore::KalConfigGroup, std::string>> watched;
+  std::optional<ConfigMultGroup_t> dumpMask;
+
+ private:
+  void watch(ConfigPath path) {
+    if (path.name != kAllNames) {
+      watched.emplace(path.group, std::move(path.name));
+      return;
+    }
+    for (const SettingsDocument& document : documents) watchAll(path.group, document.Entries());
+    watchAll(path.group, assignments);
+  }
+
+  void watchAll(kalStore::KalConfigGroup group, const std::vector<SettingsEntry>& entries) {
+    for (const SettingsEntry& entry : entries) {
+      if (entry.group == group) watched.emplace(group, entry.name);
+    }
+  }
+};
+
+class Applier {
+ public:
+  Applier(IKalConfig& store, Watcher& watcher, bool quiet)
+      : m_store(store), m_watcher(watcher), m_quiet(quiet) {}
+
+  void Apply(const SettingsDocument& document) {
+    document.PrintFindings(std::cerr);
+    step(document.Title(), document.Entries(), document.SkippedCount(),
+         [&] { m_store.ApplyKalConfigs(document.Text().c_str()); });
+  }
+
+  void Apply(const std::vector<SettingsEntry>& assignments) {
+    step("--set", assignments, 0, [&] {
+      for (const SettingsEntry& entry : assignments) {
+        m_store.SetKalConfig(entry.group, entry.name.c_str(), ConfigData(entry.value), false, false);
+      }
+    });
+  }
+
+ private:
+  void step(const std::string& title, const std::vector<SettingsEntry>& entries, std::size_t skipped,
+            const std::function<void()>& change) {
+    if (m_quiet) {
+      change();
+      m_watcher.Drain();
+      return;
+    }
+    std::cout << Coloured(Colour::kBold, title) << '\n';
+    ChangeReport report(m_store, entries);
+    change();
+    m_watcher.Drain();
+    report.Print(std::cout, skipped);
+  }
+
+  IKalConfig& m_store;
+  Watcher& m_watcher;
+  bool m_quiet;
+};
+
+int Apply(const ApplyOptions& options) {
+  const ApplyPlan plan(options);
+  if (options.traceLevel) set_external_trace_mask(*options.traceLevel);
+
+  const kalStore::CallStore store(kCallId, kalStore::CallStore::kEndsCall);
+  bool skipped = false;
+  {
+    Watcher watcher(*store, options.async ? Watcher::Delivery::kPosted : Watcher::Delivery::kDirect);
+    for (const auto& [group, name] : plan.watched) watcher.Watch(group, name);
+
+    Applier applier(*store, watcher, options.quiet);
+    for (const SettingsDocument& document : plan.documents) {
+      applier.Apply(document);
+      skipped = skipped || document.SkippedCount() != 0;
+    }
+    if (!plan.assignments.empty()) applier.Apply(plan.assignments);
+  }
+  if (plan.dumpMask) std::cout << store->DumpKalConfigs(*plan.dumpMask) << '\n';
+  return options.strict && skipped ? kExitFindings : kExitFine;
+}
+
+std::string Footer() {
+  std::string groups;
+  for (const std::string& name : GroupNames()) groups += (groups.empty() ? "" : " ") + name;
+  return "Groups: " + groups +
+         "\n\n"
+         "Exit status: 0 done; 1 done, but entries were skipped and --strict was given;\n"
+         "2 the command line or a document cannot be used, and nothing was applied.\n\n"
+         "Examples:\n"
+         "  tessel apply base.json low-bandwidth.json\n"
+         "      What does the second document change in a call that runs with the first?\n"
+         "  tessel apply base.json --set Video/MaxFps=15 --quiet --dump all > merged.json\n"
+         "      One document of both.\n"
+         "  tessel apply base.json lab.json --watch 'Feature/*' --async --quiet\n"
+         "      What would a component hear that has feature toggles posted to its thread?\n"
+         "  generate-settings | tessel apply - --strict --quiet\n"
+         "      Would import pass over anything?";
+}
+
+}  // namespace
+
+void AddApplyCommand(CLI::App& app, int& exitStatus) {
+  const auto options = std::make_shared<ApplyOptions>();
+  CLI::App* const command =
+      app.add_subcommand("apply", "Apply settings documents to a call's store and show what they change");
+  command
+      ->add_option("FILE", options->files, "Settings documents, applied in this order; - is standard input")
+      ->required();
+  command->add_option("--set", options->sets, "Set a value after the documents; repeatable")
+      ->type_name("GROUP/NAME=VALUE")
+      ->allow_extra_args(false);
+  command
+      ->add_option(
+          "--dump", options->dump,
+          "Then print the store as one line of JSON: all groups, or those of a mask (bit g: group g)")
+      ->type_name("MASK|all");
+  CLI::Option* const watch = command
+                                 ->add_option("--watch", options->watches,
+                                              "Subscribe and print each event; repeatable; * is any name")
+                                 ->type_name("GROUP/NAME")
+                                 ->allow_extra_args(false);
+  command->add_flag("--async", options->async, "Have events posted to a worker thread")->needs(watch);
+  command->add_flag("--strict", options->strict, "Exit with status 1 when import skips an entry");
+  command->add_flag("-q,--quiet", options->quiet, "Print no changes, only events and the dump");
+  command
+      ->add_option("--trace", options->traceLevel,
+                   "Trace the library up to this level on standard error: 0 to 2")
+      ->type_name("LEVEL");
+  command->footer(Footer());
+  command->callback([options, &exitStatus] { exitStatus = Apply(*options); });
+}

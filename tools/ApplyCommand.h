@@ -1,0 +1,7 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+/// Adds `tessel apply`, which applies settings documents to the store of one call and tells what they change.
+/// Running it sets `exitStatus`, or throws CommandError.
+void AddApplyCommand(CLI::App& app, int& exitStatus);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+enum class Colour { kGreen, kYellow, kCyan, kBold };
+
+/// Whether standard output shows colour: it is a terminal, and the environment has neither NO_COLOR nor
+/// TERM=dumb.
+bool WantsColour();
+
+/// The text in the colour, or as it is where colour is not wanted.
+std::string Coloured(Colour colour, std::string_view text);

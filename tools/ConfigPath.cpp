@@ -1,0 +1,42 @@
+#include "ConfigPath.h"
+
+#include <array>
+#include <cstddef>
+
+#include "CommandError.h"
+#include "Printable.h"
+#include "tessel/settings_check.h"
+
+using kalStore::KalConfigGroup;
+
+std::span<const std::string> GroupNames() {
+  static const auto kNames = [] {
+    std::array<std::string, kalStore::KAL_CONFIG_GROUP_LAST> names;
+    for (std::size_t group = 0; group < names.size(); ++group) {
+      names[group] = kalStore::KalConfigGroup2GroupName(static_cast<KalConfigGroup>(group));
+    }
+    return names;
+  }();
+  return kNames;
+}
+
+ConfigPath ParseConfigPath(std::string_view option, std::string_view text) {
+  const auto refuse = [&](const std::string& reason) {
+    return UsageError(std::string(option) + " " + Quoted(text) + ": " + reason);
+  };
+  const std::size_t slash = text.find('/');
+  if (slash == std::string_view::npos) throw refuse("expected GROUP/NAME");
+  const std::string groupName(text.substr(0, slash));
+  const KalConfigGroup group = kalStore::GroupName2KalConfigGroup(groupName);
+  if (!kalStore::IsConfigGroup(group)) {
+    const std::string nearest = kalStore::NearestGroupName(groupName);
+    throw refuse("unknown group " + Quoted(groupName) +
+                 (nearest.empty() ? "" : " (did you mean " + Quoted(nearest) + "?)"));
+  }
+  if (slash + 1 == text.size()) throw refuse("the name is empty");
+  return {group, std::string(text.substr(slash + 1))};
+}
+
+std::string ShownPath(KalConfigGroup group, std::string_view name) {
+  return GroupNames()[static_cast<std::size_t>(group)] + "/" + Printable(name);
+}

@@ -1,0 +1,87 @@
+#include "Printable.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+
+constexpr std::uint32_t kFirstC1 = 0x80;
+constexpr std::uint32_t kLastC1 = 0x9F;
+
+// The length of the well-formed UTF-8 sequence that `text` begins with, 0 when there is none, and 0 for a
+// control character.
+std::size_t ShownLength(std::string_view text) {
+  const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return lead >= 0x20 && lead != 0x7F ? 1 : 0;
+
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
+  std::uint32_t code = lead & (0x7FU >> length);
+  for (std::size_t index = 1; index < length; ++index) {
+    if ((byte(index) & 0xC0) != 0x80) return 0;
+    code = code << 6 | (byte(index) & 0x3FU);
+  }
+  const std::uint32_t smallest = length == 4 ? 0x10000 : length == 3 ? 0x800 : 0x80;
+  const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
+  const bool control = code >= kFirstC1 && code <= kLastC1;
+  return code < smallest || code > 0x10FFFF || surrogate || control ? 0 : length;
+}
+
+void AppendEscape(std::string& out, char byte) {
+  switch (byte) {
+    case '\b':
+      out += "\\b";
+      return;
+    case '\f':
+      out += "\\f";
+      return;
+    case '\n':
+      out += "\\n";
+      return;
+    case '\r':
+      out += "\\r";
+      return;
+    case '\t':
+      out += "\\t";
+      return;
+    default: {
+      constexpr std::string_view kDigits = "0123456789abcdef";
+      const auto value = static_cast<unsigned char>(byte);
+      out += "\\u00";
+      out += kDigits[value >> 4];
+      out += kDigits[value & 0xF];
+    }
+  }
+}
+
+void AppendShown(std::string& out, std::string_view text, bool escapeQuotes) {
+  while (!text.empty()) {
+    const std::size_t length = ShownLength(text);
+    if (length == 0) {
+      AppendEscape(out, text.front());
+    } else {
+      if (text.front() == '\\' || (escapeQuotes && text.front() == '"')) out += '\\';
+      out += text.substr(0, length);
+    }
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
+}
+
+}  // namespace
+
+std::string Printable(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  AppendShown(out, text, false);
+  return out;
+}
+
+std::string Quoted(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + 2);
+  out += '"';
+  AppendShown(out, text, true);
+  out += '"';
+  return out;
+}

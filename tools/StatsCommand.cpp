@@ -1,0 +1,89 @@
+#include "StatsCommand.h"
+
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CommandError.h"
+#include "ExitStatus.h"
+#include "StatisticsMembers.h"
+#include "StatisticsOutput.h"
+#include "TextFile.h"
+
+namespace {
+
+struct Options {
+  std::string file;
+  std::string kind;
+  bool csv = false;
+  bool json = false;
+};
+
+// "2064 bytes (video) or 260 bytes (audio)"
+std::string BlockSizes(const std::vector<const StatisticsKind*>& kinds) {
+  std::string sizes;
+  for (const StatisticsKind* kind : kinds) {
+    if (!sizes.empty()) sizes += " or ";
+    sizes += std::to_string(kind->blockSize) + " bytes (" + kind->name + ")";
+  }
+  return sizes;
+}
+
+// The kind that blocks of `size` bytes in all are of. `kinds` are those that they may be of.
+const StatisticsKind& KindOf(const std::string& title, std::size_t size,
+                             const std::vector<const StatisticsKind*>& kinds) {
+  std::vector<const StatisticsKind*> fitting;
+  for (const StatisticsKind* kind : kinds) {
+    if (size != 0 && size % kind->blockSize == 0) fitting.push_back(kind);
+  }
+  const std::string found = title + ": " + std::to_string(size) + " bytes are ";
+  if (fitting.empty())
+    throw CommandError(found + "no whole number of blocks: a block has " + BlockSizes(kinds));
+  if (fitting.size() > 1) {
+    throw CommandError(found + "whole blocks of " + BlockSizes(fitting) + ": choose with --kind");
+  }
+  return *fitting.front();
+}
+
+void Run(const Options& options) {
+  std::vector<const StatisticsKind*> kinds;
+  for (const StatisticsKind& kind : StatisticsKinds()) {
+    if (options.kind.empty() || options.kind == kind.name) kinds.push_back(&kind);
+  }
+  const std::string blocks = ReadFile(options.file);
+  const StatisticsKind& kind = KindOf(FileTitle(options.file), blocks.size(), kinds);
+  const auto format = options.csv    ? StatisticsFormat::kCsv
+                      : options.json ? StatisticsFormat::kJson
+                                     : StatisticsFormat::kTable;
+  PrintStatistics(std::cout, kind, blocks, format);
+}
+
+}  // namespace
+
+void AddStatsCommand(CLI::App& app, int& exitStatus) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand("stats", "Print raw statistics blocks with names and units");
+  command
+      ->add_option("FILE", options->file,
+                   "Blocks in a row, as the library hands them out; - is standard input")
+      ->required();
+  std::vector<std::string> names;
+  for (const StatisticsKind& kind : StatisticsKinds()) names.emplace_back(kind.name);
+  command
+      ->add_option("--kind", options->kind, "What the blocks are of; told by their size where it is left out")
+      ->check(CLI::IsMember(names));
+  CLI::Option* csv = command->add_flag("--csv", options->csv, "A line of names, then a line per block");
+  command->add_flag("--json", options->json, "A JSON object per block, each on a line")->excludes(csv);
+  command->footer(
+      "A video block has 2064 bytes, an audio block, sent or received, 260. The table names a layer that is "
+      "all\n"
+      "zero bytes and leaves it at that.\n"
+      "Exit status: 0 done, 2 the file cannot be used.\n"
+      "Example:\n"
+      "  tessel stats blocks.bin --csv");
+  command->callback([options, &exitStatus] {
+    Run(*options);
+    exitStatus = kExitFine;
+  });
+}

@@ -1,0 +1,55 @@
+#include "Watcher.h"
+
+#include <cstring>
+#include <iostream>
+#include <stdexcept>
+
+#include "ChangeReport.h"
+#include "Colour.h"
+#include "ConfigPath.h"
+#include "util/ICmEvent.h"
+
+namespace {
+
+void PrintEvent(const kalStore::KalConfigEvent& event, const char* thread) {
+  std::cout << "  " << Coloured(Colour::kCyan, "event") << "    " << ShownPath(event.m_group, event.m_name)
+            << ": " << ShownValue(event.m_oldValue) << " -> " << ShownValue(event.m_newValue) << " (on "
+            << thread << ")\n"
+            << std::flush;
+}
+
+// Comes up in the queue after all that was posted before it.
+class QueueEnd : public ICmEvent {
+ public:
+  int OnEventFire() override { return 0; }
+};
+
+}  // namespace
+
+Watcher::Watcher(kalStore::IKalConfig& store, Delivery delivery) : m_store(store) {
+  if (delivery == Delivery::kDirect) return;
+  m_worker.emplace("worker");
+  if (const int error = m_worker->Start(); error != 0) {
+    throw std::runtime_error(std::string("no worker thread: ") + std::generic_category().message(error));
+  }
+}
+
+Watcher::~Watcher() {
+  for (const kalStore::SubscribeId_t id : m_subscriptions) m_store.UnsubscribeConfig(id);
+  if (m_worker) m_worker->Stop();
+}
+
+void Watcher::Watch(kalStore::KalConfigGroup group, const std::string& name) {
+  ACmThread* const worker = m_worker ? &*m_worker : nullptr;
+  const auto print = [worker](const kalStore::KalConfigEvent& event) {
+    PrintEvent(event, worker != nullptr && worker->GetThreadId() == GetThreadSelfId() ? "worker" : "main");
+  };
+  const kalStore::SubscribeId_t id =
+      m_store.SubscribeConfig(group, name.c_str(), print, worker, worker != nullptr);
+  if (id == 0) throw std::runtime_error("no subscription to " + ShownPath(group, name));
+  m_subscriptions.push_back(id);
+}
+
+void Watcher::Drain() {
+  if (m_worker) m_worker->GetEventQueue()->SendEvent(new QueueEnd, 0);
+}

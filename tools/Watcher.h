@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tessel/IKalConfig.h"
+#include "util/ACmThread.h"
+
+/// Subscriptions of a command, each change written to standard output as it arrives, with the thread that it
+/// arrives on: the setter's, which is the program's main thread, or a worker that changes are posted to.
+///
+/// Between a change and the next Drain(), standard output belongs to the events.
+class Watcher {
+ public:
+  enum class Delivery { kDirect, kPosted };
+
+  /// Starts the worker when changes are to be posted. The store must outlive the watcher.
+  Watcher(kalStore::IKalConfig& store, Delivery delivery);
+  /// Ends the subscriptions, once all events have arrived.
+  ~Watcher();
+  Watcher(const Watcher&) = delete;
+  Watcher& operator=(const Watcher&) = delete;
+
+  void Watch(kalStore::KalConfigGroup group, const std::string& name);
+  /// Returns when every event of the changes made so far has been written.
+  void Drain();
+
+ private:
+  kalStore::IKalConfig& m_store;
+  std::optional<ACmThread> m_worker;
+  std::vector<kalStore::SubscribeId_t> m_subscriptions;
+};

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+
+#include "util/CCmTextFormator.h"
+#include "util/util_trace.h"
+
+/// One trace line under way, composed in a buffer on the stack: allocates nothing. Made by the macros below.
+class TraceLine {
+ public:
+  /// Opens the line with the calling thread's pool job, if it runs one.
+  explicit TraceLine(int level);
+  /// Opens the line with the job and the label of the function.
+  TraceLine(int level, const char* prettyFunction);
+
+  CCmTextFormator& Text() { return m_text; }
+  /// Hands the line to the sink.
+  void Emit();
+
+ private:
+  static constexpr unsigned int kLineSize = 1024;
+
+  int m_level;
+  char m_buffer[kLineSize];
+  CCmTextFormator m_text;
+};
+
+/// Prints " [cid=N]".
+struct Cid {
+  std::uint32_t callId;
+};
+CCmTextFormator& operator<<(CCmTextFormator& text, Cid cid);
+
+/// Prints " [this=0x...]".
+struct This {
+  const void* object;
+};
+CCmTextFormator& operator<<(CCmTextFormator& text, This self);
+
+inline bool IsTraced(int level) {
+  return get_external_trace_mask() >= level;
+}
+
+/// Traces a line: job, label of the enclosing function, then the message, a chain of `<<` operands. Reads the
+/// mask and nothing else when the level is not wanted.
+#define TESSEL_TRACE(level, message)                      \
+  do {                                                    \
+    if (IsTraced(level)) {                                \
+      TraceLine traceLine((level), __PRETTY_FUNCTION__);  \
+      traceLine.Text() << message; /* NOLINT: operands */ \
+      traceLine.Emit();                                   \
+    }                                                     \
+  } while (false)
+
+/// The same without a label: job, then the message.
+#define TESSEL_TRACE_TEXT(level, message)                 \
+  do {                                                    \
+    if (IsTraced(level)) {                                \
+      TraceLine traceLine(level);                         \
+      traceLine.Text() << message; /* NOLINT: operands */ \
+      traceLine.Emit();                                   \
+    }                                                     \
+  } while (false)
