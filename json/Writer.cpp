@@ -1,3 +1,5 @@
+#include "Writer.h"
+
 #include "NumberText.h"
 #include "StringScan.h"
 #include "tessel/json_text.h"
@@ -36,20 +38,6 @@ void appendEscape(std::string& out, char c) {
   }
 }
 
-void appendString(std::string& out, const std::string& text) {
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  out += '"';
-  for (;;) {
-    const char* const special = FindSpecial<true>(at, end);
-    out.append(at, special);
-    if (special == end) break;
-    appendEscape(out, *special);
-    at = special + 1;
-  }
-  out += '"';
-}
-
 void appendArray(std::string& out, const Array& array);
 void appendObject(std::string& out, const Object& object);
 
@@ -59,7 +47,7 @@ void appendValue(std::string& out, const Value& value) {
       out += "null";
       return;
     case StringVal:
-      return appendString(out, value.ToString());
+      return AppendString(out, value.ToString());
     case IntVal:
       return AppendNumber(out, value.ToInt());
     case Int64Val:
@@ -95,7 +83,7 @@ void appendObject(std::string& out, const Object& object) {
   bool first = true;
   for (const auto& [key, value] : object) {
     if (!std::exchange(first, false)) out += ',';
-    appendString(out, key);
+    AppendString(out, key);
     out += ':';
     appendValue(out, value);
   }
@@ -103,6 +91,20 @@ void appendObject(std::string& out, const Object& object) {
 }
 
 }  // namespace
+
+void AppendString(std::string& out, std::string_view text) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  out += '"';
+  for (;;) {
+    const char* const special = FindSpecial<true>(at, end);
+    out.append(at, special);
+    if (special == end) break;
+    appendEscape(out, *special);
+    at = special + 1;
+  }
+  out += '"';
+}
 
 std::string Serialize(const Value& document) {
   const ValueType type = document.GetType();

@@ -16,8 +16,8 @@ namespace kalStore {
 /// -1.
 ///
 /// Setters assign the members named; they cannot fail. A layer index outside 0 to 5 touches no layer, and of
-/// a count above 6 the first six layers are taken; an array that is null touches no layer. The plain numbers
-/// of such a call are stored all the same. Arrays are read during the call alone.
+/// a count above 6 the first six layers are taken; from an array that is null nothing is copied. The plain
+/// numbers of such a call are stored all the same. Arrays are read during the call alone.
 class TESSEL_API IKalVideoInfo : public IKalMediaInfo {
  public:
   /// `encoderBitrate`, `encoderBitrate2` (converted to float), `encoderFps`.

@@ -1,8 +1,11 @@
+#include <algorithm>
+#include <array>
 #include <mutex>
 #include <utility>
 
 #include "Reader.h"
 #include "TraceLine.h"
+#include "Writer.h"
 #include "tessel/KalConfig.h"
 #include "tessel/json.h"
 
@@ -15,6 +18,19 @@ std::string* TextMember(json::Value& entry, const char* key) {
   const auto found = members.find(key);
   if (found == members.end() || found->second.GetType() != json::StringVal) return nullptr;
   return &found->second.ToString();
+}
+
+// The order of a document's members.
+const std::array<KalConfigGroup, KAL_CONFIG_GROUP_LAST>& GroupsByName() {
+  static const auto groups = [] {
+    std::array<KalConfigGroup, KAL_CONFIG_GROUP_LAST> all{};
+    for (int group = 0; group < KAL_CONFIG_GROUP_LAST; ++group) {
+      all[static_cast<std::size_t>(group)] = static_cast<KalConfigGroup>(group);
+    }
+    std::ranges::sort(all, {}, KalConfigGroup2GroupName);
+    return all;
+  }();
+  return groups;
 }
 
 }  // namespace
@@ -39,25 +55,28 @@ std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
   return kResultOk;
 }
 
+// Written straight from the maps: a document in memory would be many times the text.
 const char* KalConfig::DumpKalConfigs(ConfigMultGroup_t groups) {
   TESSEL_TRACE(2, ", groups=" << groups << Cid{m_callId} << This{this});
-  json::Object document;
-  for (std::uint32_t g = 0; g < KAL_CONFIG_GROUP_LAST && groups >> g != 0; ++g) {
-    if ((groups >> g & 1) == 0) continue;
-    json::Array entries;
-    {
-      ConfigMap::Locked values(m_configs[g]);
-      entries.reserve(values->size());
-      for (const auto& [name, value] : *values) {
-        json::Object entry;
-        entry.emplace("key", name);
-        entry.emplace("value", value.ToCstr());
-        entries.push_back(std::move(entry));
-      }
+  std::string text = "{";
+  for (const KalConfigGroup group : GroupsByName()) {
+    if ((groups >> group & 1) == 0) continue;
+    if (text.size() > 1) text += ',';
+    json::AppendString(text, KalConfigGroup2GroupName(group));
+    text += ":[";
+    const char* separator = "";
+    ConfigMap::Locked values(configsOf(group));
+    for (const auto& [name, value] : *values) {
+      text += std::exchange(separator, ",");
+      text += R"({"key":)";
+      json::AppendString(text, name);
+      text += R"(,"value":)";
+      json::AppendString(text, value.ToCstr());
+      text += '}';
     }
-    document.emplace(KalConfigGroup2GroupName(static_cast<KalConfigGroup>(g)), std::move(entries));
+    text += ']';
   }
-  std::string text = json::Serialize(json::Value(std::move(document)));
+  text += '}';
   std::lock_guard lock(m_dumpLock);
   m_dumpText = std::move(text);
   return m_dumpText.c_str();

@@ -271,7 +271,10 @@ TEST_F(StoreRemoval, FromAPostedCallbackDoesNotWait) {
         waited = MillisSince(start);
       },
       &thread, true);
+  Gate go;
+  Post(thread, [&] { go.Wait(); });  // Until the set is over: a removal before that tells of the delivery.
   Set("name", "1");
+  go.Open();
   thread.Stop();
   EXPECT_LT(waited, 500);
   EXPECT_EQ(kResultNobody, Set("name", "2"));

@@ -32,7 +32,7 @@ TEST(Assertion, ThatFailsWritesFileLineAndConditionAndReports) {
   EXPECT_EQ(0, log.Lines()[0].level);
   EXPECT_EQ("UTIL", log.Lines()[0].module);
   EXPECT_EQ(
-      "[KAL_ASSERT] AssertionTest.cpp:" + std::to_string(line) + " Assert failed: (m_pIKalConfig != NULL)",
+      "[KAL_ASSERT] Assertion_test.cpp:" + std::to_string(line) + " Assert failed: (m_pIKalConfig != NULL)",
       log.Lines()[0].text);
   EXPECT_EQ(reports + 1, cm_assertion_report_count());
 }

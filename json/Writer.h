@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace json {
+
+/// Appends a string value or key as it stands in a document, quotes and escapes included.
+void AppendString(std::string& out, std::string_view text);
+
+}  // namespace json
