@@ -34,7 +34,8 @@ endfunction()
 # Settings of the shipped libraries alone: no symbol left undefined, and the platform's hardening.
 function(tessel_configure_library target)
   tessel_configure(${target})
-  if(NOT TESSEL_SANITIZE)
+  # Sanitizers, ours or those that the caller's flags bring, stand in for both.
+  if(NOT TESSEL_SANITIZE AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     target_link_options(${target} PRIVATE LINKER:--no-undefined)
     target_compile_options(${target} PRIVATE -fstack-protector-strong
                            $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
