@@ -7,7 +7,8 @@
 
 namespace kal {
 
-/// Identifies an interface: textual form XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX, the last eight bytes in order.
+/// Identifies an interface. Its textual form is the members in hexadecimal with dashes between them, and one
+/// more dash after the first two of the last eight bytes.
 struct _tagUUID {
   std::uint32_t data1;
   std::uint16_t data2;
