@@ -28,10 +28,11 @@ std::int64_t magnitudeOf(std::string_view token) {
   if (exponentAt < token.size()) {
     std::string_view text = token.substr(exponentAt + 1);
     if (text.front() == '+') text.remove_prefix(1);
-    if (std::from_chars(text.data(), text.data() + text.size(), exponent).ec != std::errc()) {
-      constexpr std::int64_t kBeyondAnyText = std::numeric_limits<std::int64_t>::max() / 2;
-      exponent = text.front() == '-' ? -kBeyondAnyText : kBeyondAnyText;
-    }
+    // Beyond any text's length, yet far enough from the limits that the sum below cannot overflow.
+    constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max() / 2;
+    const std::errc error = std::from_chars(text.data(), text.data() + text.size(), exponent).ec;
+    if (error != std::errc()) exponent = text.front() == '-' ? -kFar : kFar;
+    exponent = std::clamp(exponent, -kFar, kFar);
   }
   return exponent + static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
 }

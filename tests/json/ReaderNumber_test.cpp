@@ -115,6 +115,9 @@ TEST(ReaderNumber, TooLargeIsAnInfinityAndTooSmallIsZero) {
   EXPECT_EQ(Deserialize("1e999").ToInt(), std::numeric_limits<int>::max());
   EXPECT_EQ(Deserialize("1e-999").ToDouble(), 0.0);
   EXPECT_TRUE(std::signbit(Deserialize("-1e-99999999999999999999").ToDouble()));
+  // exponents that just fit 64 bits
+  EXPECT_EQ(Deserialize("12e9223372036854775807").ToDouble(), kInfinity);
+  EXPECT_EQ(Deserialize("0.01e-9223372036854775808").ToDouble(), 0.0);
 }
 
 void expectAsStrtod(const std::string& text) {
