@@ -1,35 +1,47 @@
-// How fast is a settings document read and written, how does that grow with its size, and what memory does
-// the parsed document take?
+// How fast are documents read and written, beside four other libraries, and what memory does a parsed one
+// take?
 //
-//   json_bench --benchmark_min_time=1
+//   json_bench [--corpus DIR] --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
-// One thread, documents of N entries as a store exports them. Bytes per second are bytes of JSON text;
-// bytes_per_entry is what the parsed document keeps on the heap. With nlohmann-json installed, the same for
-// it.
+// settings is a generated settings document of 10,000 entries; from DIR come twitter.json, citm_catalog.json
+// and canada.json, those that are there. Reading includes giving the document back: a settings import does
+// both. bytes_per_entry is what the parsed document keeps on the heap. One thread works.
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
 #include <cstdint>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <string>
+#include <string_view>
 
-#include "tessel/json.h"
-
-#ifdef TESSEL_BENCH_NLOHMANN
-#include <nlohmann/json.hpp>
-#endif
+#include "support/JsonLibraries.h"
+#include "support/Run.h"
+#include "support/Settings.h"
 
 namespace {
 
-std::string settingsDocument(std::int64_t entries) {
-  std::string text = R"({"Common":[)";
-  for (std::int64_t i = 0; i < entries; ++i) {
-    if (i) text += ',';
-    text += R"({"key":"Component.Setting.)" + std::to_string(i) + R"(","value":")" +
-            std::to_string(i * 7919) + "\"}";
+constexpr int kEntries = 10'000;
+
+template <class Library>
+void Parse(benchmark::State& state, const std::string& text) {
+  for (auto _ : state) {
+    auto document = Library::Parse(text);
+    benchmark::DoNotOptimize(document);
   }
-  return text + "]}";
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+}
+
+template <class Library>
+void Write(benchmark::State& state, const std::string& text) {
+  const auto document = Library::Parse(text);
+  for (auto _ : state) {
+    std::string written = Library::Write(document);
+    benchmark::DoNotOptimize(written);
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
 std::size_t heapInUse() {
@@ -37,66 +49,61 @@ std::size_t heapInUse() {
   return info.uordblks + info.hblkhd;
 }
 
-struct Tessel {
-  using Document = json::Value;
-  static Document Read(const std::string& text) { return json::Deserialize(text); }
-  static std::string Write(const Document& document) { return json::Serialize(document); }
-};
-
-#ifdef TESSEL_BENCH_NLOHMANN
-struct Nlohmann {
-  using Document = nlohmann::json;
-  static Document Read(const std::string& text) { return nlohmann::json::parse(text); }
-  static std::string Write(const Document& document) { return document.dump(); }
-};
-#endif
-
-void countText(benchmark::State& state, const std::string& text) {
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-  state.SetComplexityN(state.range(0));
-}
-
-// Reading includes giving the document back: a settings import does both.
 template <class Library>
-void Read(benchmark::State& state) {
-  const std::string text = settingsDocument(state.range(0));
-  for (auto _ : state) benchmark::DoNotOptimize(Library::Read(text));
-  countText(state, text);
-}
-
-template <class Library>
-void Write(benchmark::State& state) {
-  const std::string text = settingsDocument(state.range(0));
-  const auto document = Library::Read(text);
-  for (auto _ : state) benchmark::DoNotOptimize(Library::Write(document));
-  countText(state, text);
-}
-
-template <class Library>
-void Memory(benchmark::State& state) {
-  const std::string text = settingsDocument(state.range(0));
+void Memory(benchmark::State& state, const std::string& text) {
   std::size_t taken = 0;
   for (auto _ : state) {
     const std::size_t before = heapInUse();
-    const std::optional<typename Library::Document> document = Library::Read(text);
+    const auto document = Library::Parse(text);
     taken = heapInUse() - before;
   }
-  state.counters["bytes_per_entry"] = static_cast<double>(taken) / static_cast<double>(state.range(0));
+  state.counters["bytes_per_entry"] = static_cast<double>(taken) / kEntries;
 }
 
-void sizes(benchmark::internal::Benchmark* bench) {
-  bench->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+template <class Library>
+void RegisterDocument(const std::string& name, const std::string& text) {
+  const std::string suffix = std::string("<") + Library::kName + ">/" + name;
+  const auto add = [&](const char* what, auto* run) {
+    return benchmark::RegisterBenchmark((what + suffix).c_str(), run, text)->Unit(benchmark::kMicrosecond);
+  };
+  add("Parse", &Parse<Library>);
+  add("Write", &Write<Library>);
+  if (name == "settings") add("Memory", &Memory<Library>)->Iterations(1);
 }
 
-BENCHMARK(Read<Tessel>)->Apply(sizes)->Complexity(benchmark::oN);
-BENCHMARK(Write<Tessel>)->Apply(sizes)->Complexity(benchmark::oN);
-BENCHMARK(Memory<Tessel>)->Apply(sizes)->Iterations(1);
-
+void RegisterDocument(const std::string& name, const std::string& text) {
+  RegisterDocument<Tessel>(name, text);
 #ifdef TESSEL_BENCH_NLOHMANN
-BENCHMARK(Read<Nlohmann>)->Apply(sizes)->Complexity(benchmark::oN);
-BENCHMARK(Write<Nlohmann>)->Apply(sizes)->Complexity(benchmark::oN);
-BENCHMARK(Memory<Nlohmann>)->Apply(sizes)->Iterations(1);
+  RegisterDocument<Nlohmann>(name, text);
 #endif
+#ifdef TESSEL_BENCH_RAPIDJSON
+  RegisterDocument<RapidJson>(name, text);
+#endif
+#ifdef TESSEL_BENCH_BOOST_JSON
+  RegisterDocument<BoostJson>(name, text);
+#endif
+#ifdef TESSEL_BENCH_JSONCPP
+  RegisterDocument<JsonCpp>(name, text);
+#endif
+}
+
+/// Takes `--corpus DIR` out of the arguments: DIR, or "".
+std::string TakeCorpus(int& argc, char** argv) {
+  if (argc < 3 || std::string_view(argv[1]) != "--corpus") return "";
+  const std::string folder = argv[2];
+  argc -= 2;
+  for (int i = 1; i < argc; ++i) argv[i] = argv[i + 2];
+  return folder;
+}
 
 }  // namespace
+
+int main(int argc, char** argv) {
+  const std::string folder = TakeCorpus(argc, argv);
+  RegisterDocument("settings", SettingsDocument(kEntries));
+  for (const char* name : {"twitter", "citm_catalog", "canada"}) {
+    std::ifstream file(folder + '/' + name + ".json", std::ios::binary);
+    if (!folder.empty() && file) RegisterDocument(name, {std::istreambuf_iterator<char>(file), {}});
+  }
+  return RunBenchmarks(argc, argv);
+}

@@ -1,17 +1,17 @@
 // What does it cost to measure (a setter), to report (a whole block), and to share an object (create and
 // release of a present key)? Each beside the least that the same work could cost:
 //
-//   statistics_bench --benchmark_repetitions=9 --benchmark_report_aggregates_only=true
+//   statistics_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
 //   Setter         a setter, through the interface
-//                  against a virtual call that stores the same word (SetterPlainStore)
-//   WholeBlock     GetTxMediaInfo() without reset, and ResettingRead with it, six layers in use
-//                  against memcpy of 2064 bytes (ReadBlockMemcpy)
-//   CreateRelease  create and release of a present key among N
+//                  against a virtual call that stores the same word (SetterFloor)
+//   ReadBlock      GetTxMediaInfo() without reset and with it, six layers in use
+//                  against memcpy of the 2064 bytes (ReadBlockFloor)
+//   CreateRelease  create and release of a present key among N, in shuffled order
 //                  against two look-ups in a std::map, each under a recursive mutex and with an atomic count
-//                  (CreateReleaseMapLookUp)
+//                  (CreateReleaseFloor)
 //
-// One thread.
+// One thread works.
 
 #include <benchmark/benchmark.h>
 
@@ -19,16 +19,17 @@
 #include <cstdint>
 #include <cstring>
 #include <map>
+#include <mutex>
+#include <numeric>
 #include <utility>
+#include <vector>
 
+#include "support/Rotation.h"
 #include "tessel/CKalTessel.h"
 #include "tessel/IKalVideoInfo.h"
 #include "tessel/StatisticsBlocks.h"
-#include "util/CCmMutexThread.h"
 
 namespace {
-
-using Key = std::pair<kalStore::KalTesselEntityType, std::uint32_t>;
 
 constexpr std::uint32_t kCall = 1;
 
@@ -57,7 +58,7 @@ void Setter(benchmark::State& state) {
 }
 BENCHMARK(Setter);
 
-void SetterPlainStore(benchmark::State& state) {
+void SetterFloor(benchmark::State& state) {
   PlainStore object;
   PlainStore* store = &object;
   benchmark::DoNotOptimize(store);
@@ -67,7 +68,7 @@ void SetterPlainStore(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(SetterPlainStore);
+BENCHMARK(SetterFloor);
 
 void ReadBlock(benchmark::State& state, bool reset) {
   const Video video;
@@ -78,10 +79,10 @@ void ReadBlock(benchmark::State& state, bool reset) {
     benchmark::DoNotOptimize(block);
   }
 }
-BENCHMARK_CAPTURE(ReadBlock, WholeBlock, false);
-BENCHMARK_CAPTURE(ReadBlock, ResettingRead, true);
+BENCHMARK_CAPTURE(ReadBlock, Whole, false);
+BENCHMARK_CAPTURE(ReadBlock, Reset, true);
 
-void ReadBlockMemcpy(benchmark::State& state) {
+void ReadBlockFloor(benchmark::State& state) {
   kalStore::st_KalVideoTxBlock source{};
   kalStore::st_KalVideoTxBlock block;
   for (auto _ : state) {
@@ -90,38 +91,44 @@ void ReadBlockMemcpy(benchmark::State& state) {
     benchmark::DoNotOptimize(block);
   }
 }
-BENCHMARK(ReadBlockMemcpy);
+BENCHMARK(ReadBlockFloor);
+
+using Key = std::pair<kalStore::KalTesselEntityType, std::uint32_t>;
+
+Rotation<std::uint32_t> CallsOf(std::int64_t count) {
+  std::vector<std::uint32_t> calls(static_cast<std::size_t>(count));
+  std::iota(calls.begin(), calls.end(), 0);
+  return Rotation(std::move(calls));
+}
 
 void CreateRelease(benchmark::State& state) {
-  const auto keys = static_cast<std::uint32_t>(state.range(0));
+  Rotation calls = CallsOf(state.range(0));
   void* entity = nullptr;
-  for (std::uint32_t call = 0; call < keys; ++call)
+  for (const std::uint32_t call : calls.Items())
     createTesselEntity(kalStore::KAL_TESSEL_VIDEO, call, &entity);
-  std::uint32_t call = 0;
   for (auto _ : state) {
+    const std::uint32_t call = calls.Next();
     createTesselEntity(kalStore::KAL_TESSEL_VIDEO, call, &entity);
     releaseTesselEntity(kalStore::KAL_TESSEL_VIDEO, call, entity);
-    call = (call + 1) % keys;
   }
-  for (call = 0; call < keys; ++call) releaseTesselEntity(kalStore::KAL_TESSEL_VIDEO, call, entity);
+  for (const std::uint32_t call : calls.Items())
+    releaseTesselEntity(kalStore::KAL_TESSEL_VIDEO, call, entity);
 }
-BENCHMARK(CreateRelease)->Arg(4)->Arg(64);
+BENCHMARK(CreateRelease)->ArgName("live")->Arg(16)->Arg(4096);
 
-void CreateReleaseMapLookUp(benchmark::State& state) {
-  const auto keys = static_cast<std::uint32_t>(state.range(0));
-  CCmMutexThreadRecursive mutex;
+void CreateReleaseFloor(benchmark::State& state) {
+  Rotation calls = CallsOf(state.range(0));
+  std::recursive_mutex mutex;
   std::map<Key, std::atomic<std::int64_t>> counters;
-  for (std::uint32_t call = 0; call < keys; ++call) counters[{kalStore::KAL_TESSEL_VIDEO, call}] = 1;
-  std::uint32_t call = 0;
+  for (const std::uint32_t call : calls.Items()) counters[{kalStore::KAL_TESSEL_VIDEO, call}] = 1;
   for (auto _ : state) {
+    const std::uint32_t call = calls.Next();
     for (const int step : {1, -1}) {
-      mutex.Lock();
+      const std::lock_guard lock(mutex);
       counters.find({kalStore::KAL_TESSEL_VIDEO, call})->second.fetch_add(step);
-      mutex.UnLock();
     }
-    call = (call + 1) % keys;
   }
 }
-BENCHMARK(CreateReleaseMapLookUp)->Arg(4)->Arg(64);
+BENCHMARK(CreateReleaseFloor)->ArgName("live")->Arg(16)->Arg(4096);
 
 }  // namespace

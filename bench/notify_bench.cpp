@@ -1,0 +1,152 @@
+// What does it cost to tell subscribers of a change, to come and go as a subscriber, and to read a bound
+// name, beside the signal libraries and beside the least of them, a vector of std::function?
+//
+//   notify_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
+//
+// Subscribers are told directly, on the setter's thread, and count. Set<N> is the whole set, look-up and
+// overwrite included; less Set<0> it is the telling. Names of 16 characters, 100 in the group.
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/Settings.h"
+
+#ifdef TESSEL_BENCH_BOOST
+#include <boost/signals2/signal.hpp>
+#endif
+#ifdef TESSEL_BENCH_SIGCPP
+#include <sigc++/sigc++.h>
+#endif
+
+namespace {
+
+using kalStore::KalConfigEvent;
+using kalStore::KalConfigHelper;
+
+/// A call with 100 settings.
+class FilledCall : public Call {
+ public:
+  FilledCall() {
+    for (const std::string& name : NamesOf(100))
+      Store().SetKalConfig(kGroup, name.c_str(), "1", false, false);
+  }
+};
+
+constexpr const char* kName = "VideoSetting0042";
+
+void Set(benchmark::State& state) {
+  FilledCall call;
+  KalConfigHelper facade(call.Id());
+  long told = 0;
+  for (int i = 0; i < state.range(0); ++i) {
+    call.Store().SubscribeConfig(
+        kGroup, kName, [&told](const KalConfigEvent&) { ++told; }, nullptr, false);
+  }
+  const char* const values[] = {"one value", "another value"};
+  unsigned int count = 0;
+  for (auto _ : state) benchmark::DoNotOptimize(facade.SetKalConfig(kName, values[++count % 2], kGroup));
+  benchmark::DoNotOptimize(told);
+}
+BENCHMARK(Set)->ArgName("subscribers")->Arg(0)->Arg(1)->Arg(8)->Arg(64);
+
+// The signal libraries: connecting gives what disconnects.
+
+struct FunctionVector {
+  using Slot = std::function<void(const KalConfigEvent&)>;
+  std::vector<Slot> slots;
+  std::size_t Connect(Slot slot) {
+    slots.push_back(std::move(slot));
+    return slots.size() - 1;
+  }
+  void Disconnect(std::size_t place) { slots.erase(slots.begin() + static_cast<std::ptrdiff_t>(place)); }
+  void Emit(const KalConfigEvent& event) {
+    for (const Slot& slot : slots) slot(event);
+  }
+};
+
+#ifdef TESSEL_BENCH_BOOST
+struct Signals2 {
+  boost::signals2::signal<void(const KalConfigEvent&)> signal;
+  template <class Slot>
+  auto Connect(const Slot& slot) {
+    return signal.connect(slot);
+  }
+  void Disconnect(const boost::signals2::connection& connection) { connection.disconnect(); }
+  void Emit(const KalConfigEvent& event) { signal(event); }
+};
+#endif
+
+#ifdef TESSEL_BENCH_SIGCPP
+struct SigCpp {
+  sigc::signal<void(const KalConfigEvent&)> signal;
+  template <class Slot>
+  auto Connect(const Slot& slot) {
+    return signal.connect(slot);
+  }
+  void Disconnect(sigc::connection connection) { connection.disconnect(); }
+  void Emit(const KalConfigEvent& event) { signal(event); }
+};
+#endif
+
+template <class Signal>
+void Emit(benchmark::State& state) {
+  Signal signal;
+  long told = 0;
+  for (int i = 0; i < state.range(0); ++i) signal.Connect([&told](const KalConfigEvent&) { ++told; });
+  const KalConfigEvent event{kName, "one value", "another value", {}, kGroup, kal::KAL_SESSION_AUDIO};
+  for (auto _ : state) signal.Emit(event);
+  benchmark::DoNotOptimize(told);
+}
+
+template <class Signal>
+void ConnectAndDisconnect(benchmark::State& state) {
+  Signal signal;
+  long told = 0;
+  for (int i = 0; i < state.range(0); ++i) signal.Connect([&told](const KalConfigEvent&) { ++told; });
+  for (auto _ : state) signal.Disconnect(signal.Connect([&told](const KalConfigEvent&) { ++told; }));
+}
+
+#define TESSEL_BENCH_SIGNAL(signal)                                         \
+  BENCHMARK(Emit<signal>)->ArgName("subscribers")->Arg(1)->Arg(8)->Arg(64); \
+  BENCHMARK(ConnectAndDisconnect<signal>)->ArgName("others")->Arg(0)->Arg(64)
+
+TESSEL_BENCH_SIGNAL(FunctionVector);
+#ifdef TESSEL_BENCH_BOOST
+TESSEL_BENCH_SIGNAL(Signals2);
+#endif
+#ifdef TESSEL_BENCH_SIGCPP
+TESSEL_BENCH_SIGNAL(SigCpp);
+#endif
+
+// The name has no value, so that no subscriber is told of one at once.
+void SubscribeAndRemove(benchmark::State& state) {
+  FilledCall call;
+  kalStore::IKalConfig& store = call.Store();
+  store.RemoveKalConfig(kGroup, kName);
+  long told = 0;
+  const auto subscribe = [&] {
+    return store.SubscribeConfig(
+        kGroup, kName, [&told](const KalConfigEvent&) { ++told; }, nullptr, false);
+  };
+  for (int i = 0; i < state.range(0); ++i) subscribe();
+  for (auto _ : state) store.UnsubscribeConfig(subscribe());
+}
+BENCHMARK(SubscribeAndRemove)->ArgName("others")->Arg(0)->Arg(64);
+
+void BoundRead(benchmark::State& state) {
+  FilledCall call;
+  KalConfigHelper facade(call.Id());
+  facade.BindConfig(
+      kName, [](const KalConfigEvent&) { return ConfigData("1"); }, kGroup);
+  for (auto _ : state) {
+    ConfigData value;
+    benchmark::DoNotOptimize(facade.GetDynamicConfig(kName, value, kGroup));
+    benchmark::DoNotOptimize(value);
+  }
+}
+BENCHMARK(BoundRead);
+
+}  // namespace

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+
+/// The least that a store of named values can cost: an ordered map under a recursive mutex, and nothing else.
+class FloorStore {
+ public:
+  bool Get(std::string_view name, std::string& value) {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_values.find(name);
+    if (found == m_values.end()) return false;
+    value = found->second;
+    return true;
+  }
+
+  void Set(std::string_view name, std::string value) {
+    const std::lock_guard lock(m_mutex);
+    const auto place = m_values.lower_bound(name);
+    if (place != m_values.end() && place->first == name) {
+      place->second = std::move(value);
+    } else {
+      m_values.emplace_hint(place, name, std::move(value));
+    }
+  }
+
+ private:
+  std::recursive_mutex m_mutex;
+  std::map<std::string, std::string, std::less<>> m_values;
+};

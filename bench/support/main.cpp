@@ -1,0 +1,5 @@
+#include "support/Run.h"
+
+int main(int argc, char** argv) {
+  return RunBenchmarks(argc, argv);
+}
