@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
 #include <limits>
 
 #include "NumberText.h"
@@ -71,7 +74,7 @@ bool Reader::readNext() {
   skipSpace();
   if (inner.empty || !at(',')) {
     if (take(inner.object ? '}' : ']')) {
-      m_open.pop_back();
+      close();
       return true;
     }
     if (!inner.empty) return fail(inner.object ? "expected ',' or '}'" : "expected ',' or ']'");
@@ -80,11 +83,25 @@ bool Reader::readNext() {
     skipSpace();
   }
   inner.empty = false;
-  if (inner.object) {
-    std::string key;
-    return readKey(key) && readValue(inner.object->insert_or_assign(std::move(key), Value()));
+  return inner.object ? readMember(*inner.object) : readValue(m_elements.emplace_back());
+}
+
+void Reader::close() {
+  if (Array* const array = m_open.back().array) {
+    const auto first = m_elements.begin() + static_cast<std::ptrdiff_t>(m_open.back().firstElement);
+    array->m_elements.assign(std::move_iterator(first), std::move_iterator(m_elements.end()));
+    m_elements.erase(first, m_elements.end());
   }
-  return readValue(inner.array->emplace_back());
+  m_open.pop_back();
+}
+
+bool Reader::readMember(Object& object) {
+  std::string key;
+  if (!readKey(key)) return false;
+  const std::size_t size = object.size();
+  Value& place = object.m_members.try_emplace(object.m_members.end(), std::move(key))->second;
+  if (object.size() == size) place.Clear();  // The last of equal keys stands.
+  return readValue(place);
 }
 
 bool Reader::readKey(std::string& key) {
@@ -108,7 +125,7 @@ bool Reader::readValue(Value& place) {
       return open({&place.mObjectVal.Get(), nullptr});
     case '[':
       place.mValueType = ArrayVal;
-      return open({nullptr, &place.mArrayVal.Get()});
+      return open({nullptr, &place.mArrayVal.Get(), m_elements.size()});
     case 't':
     case 'T':
       place.mValueType = BoolVal;
@@ -260,8 +277,14 @@ bool Reader::readEscape(std::string& out) {
   return true;
 }
 
-void Reader::skipSpace() {
-  while (m_at != m_end && json_isspace(*m_at)) ++m_at;
+// A line's end and its indentation, most often: blanks are taken by the word.
+void Reader::skipMoreSpace() {
+  constexpr std::uint64_t kBlanks = 0x2020202020202020;
+  do {
+    ++m_at;
+    std::uint64_t word = kBlanks;
+    while (m_end - m_at >= 8 && std::memcpy(&word, m_at, sizeof word) && word == kBlanks) m_at += 8;
+  } while (m_at != m_end && json_isspace(*m_at));
 }
 
 bool Reader::take(char c) {

@@ -17,16 +17,18 @@ Value ParseDocument(std::string_view text, ParseError* error = nullptr);
 struct StackDepthType {
   Object* object;
   Array* array;
+  std::size_t firstElement = 0;  ///< of an array, in the reader's elements
   bool empty = true;
 };
 
-/// Reads one document in a single pass, each value straight into its final place. Its own stack, not the
-/// thread's, holds what is open: no text overflows it.
+/// Reads one document in a single pass. The members of an object are read into their final place; the
+/// elements of an array wait for its end, so that it is made once and in its size. The reader's own stack,
+/// not the thread's, holds what is open: no text overflows it.
 class Reader {
  public:
   explicit Reader(std::string_view text);
 
-  /// False at the first fault; `document` then holds what was read before it.
+  /// False at the first fault; `document` then holds a part of what was read before it.
   bool Read(Value& document);
 
   /// After Read() returned false: the fault.
@@ -34,6 +36,7 @@ class Reader {
 
  private:
   bool readNext();
+  bool readMember(Object& object);
   bool readKey(std::string& key);
   bool readValue(Value& place);
   bool readNumber(Value& place);
@@ -42,8 +45,12 @@ class Reader {
   bool readLiteral(std::string_view word);
   bool readDigits();
   bool open(StackDepthType record);
+  void close();
 
-  void skipSpace();
+  void skipSpace() {
+    if (m_at != m_end && json_isspace(*m_at)) skipMoreSpace();
+  }
+  void skipMoreSpace();
   bool at(char c) const { return m_at != m_end && *m_at == c; }
   bool atDigit() const { return m_at != m_end && *m_at >= '0' && *m_at <= '9'; }
   bool take(char c);
@@ -57,6 +64,7 @@ class Reader {
   const char* m_at;
   const char* m_reason = nullptr;
   std::vector<StackDepthType> m_open;
+  std::vector<Value> m_elements;  // Of the arrays in m_open, the innermost one's last.
 };
 
 }  // namespace json

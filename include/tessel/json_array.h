@@ -47,6 +47,8 @@ class TESSEL_API Array {
   TESSEL_API friend bool operator==(const Array& left, const Array& right);
 
  private:
+  friend class Reader;
+
   std::vector<Value> m_elements;
 };
 

@@ -57,6 +57,8 @@ class TESSEL_API Object {
   TESSEL_API friend bool operator==(const Object& left, const Object& right);
 
  private:
+  friend class Reader;
+
   Map m_members;
 };
 

@@ -60,7 +60,18 @@ class TESSEL_API Value {
   Value(const void*) = delete;
 
   Value(const Value& other) = default;
-  Value(Value&& other) noexcept = default;
+  Value(Value&& other) noexcept
+      : mValueType(other.mValueType),
+        mIntVal(other.mIntVal),
+        mFloatVal(other.mFloatVal),
+        mDoubleVal(other.mDoubleVal),
+        mObjectVal(std::move(other.mObjectVal)),
+        mArrayVal(std::move(other.mArrayVal)),
+        mBoolVal(other.mBoolVal),
+        mUnsignedIntVal(other.mUnsignedIntVal),
+        mInt64Val(other.mInt64Val) {
+    if (mValueType == StringVal) mStringVal = std::move(other.mStringVal);  // Empty in any other kind.
+  }
   Value& operator=(const Value& other);
   Value& operator=(Value&& other) noexcept;
   ~Value() = default;

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <limits>
+#include <random>
 
 #include "tessel/json.h"
 
@@ -68,6 +70,23 @@ TEST(Writer, WritesNumbersAsPrintfDoes) {
   }
   for (const double n : {0.1, -0.0, 1e-7, 5e-7, 2.5, 0.0000005, 1e15, 1e22, -1e300, 123456789.987654321,
                          std::numeric_limits<double>::max(), -std::numeric_limits<double>::denorm_min()}) {
+    EXPECT_EQ(SerializeValue(n), printed("%f", n));
+  }
+}
+
+TEST(Writer, RoundsToSixDecimalsAsThePrinterDoes) {
+  // Ties, which go to the even neighbour; the limits of what is rounded in integers; and numbers of any size.
+  for (int i = -5000; i < 5000; ++i) {
+    for (const double n :
+         {i / 128.0, 1e6 + i / 256.0, 0.5e-6 * i, 9e12 + i / 512.0, std::ldexp(1 + i / 8192.0, -21)}) {
+      EXPECT_EQ(SerializeValue(n), printed("%f", n));
+    }
+  }
+  std::mt19937_64 random(20);
+  for (int i = 0; i < 100'000; ++i) {
+    const double significand = 1 + static_cast<double>(random() >> 11) * 0x1p-53;
+    const double n =
+        std::ldexp(i % 2 == 0 ? significand : -significand, static_cast<int>(random() % 140) - 90);
     EXPECT_EQ(SerializeValue(n), printed("%f", n));
   }
 }
