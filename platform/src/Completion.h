@@ -1,7 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
+
+#include "BriefWait.h"
 
 namespace cm {
 
@@ -13,21 +16,23 @@ class Completion {
     // Notifies under the lock: the waiter may destroy this as soon as the lock is free.
     std::lock_guard lock(m_mutex);
     m_result = result;
-    m_done = true;
+    m_done.store(true, std::memory_order_relaxed);
     m_changed.notify_one();
   }
 
   /// Waits for Complete() and returns its result.
   int Wait() {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_done; });
+    const auto isDone = [this] { return m_done.load(std::memory_order_relaxed); };
+    WaitBriefly(isDone);
+    std::unique_lock lock(m_mutex);  // In any case: until it is free, Complete() may not have returned.
+    m_changed.wait(lock, isDone);
     return m_result;
   }
 
  private:
   std::mutex m_mutex;  // Protects everything below.
   std::condition_variable m_changed;
-  bool m_done = false;
+  std::atomic<bool> m_done{false};  // Read without the lock as a hint.
   int m_result = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <exception>
 
+#include "BriefWait.h"
 #include "Completion.h"
 #include "util/ACmThread.h"
 #include "util/CCmTextFormator.h"
@@ -138,6 +139,7 @@ void EventQueue::takeArrivals() {
 }
 
 void EventQueue::sleep() {
+  if (WaitBriefly([this] { return m_inbox.load(std::memory_order_relaxed) != 0; })) return;
   std::unique_lock lock(m_sleepMutex);
   std::uintptr_t empty = 0;
   if (!m_inbox.compare_exchange_strong(empty, kSleeping, std::memory_order_relaxed)) return;
