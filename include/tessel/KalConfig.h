@@ -58,10 +58,10 @@ class TESSEL_API KalConfig : public IKalConfig {
   std::int32_t unsubscribeConfig(KalConfigGroup group, const char* name, ConfigEventHandler::Ptr handlerPtr);
 
   // Delivery (KalConfigDelivery.cpp).
-  std::int32_t fireEvents(ObserverMgr& observers, const char* name, ConfigValue oldValue,
-                          ConfigValue newValue, KalConfigGroup group, bool bForceNotify);
+  std::int32_t fireEvents(ObserverMgr& observers, const char* name, ConfigValue&& oldValue,
+                          ConfigValue&& newValue, KalConfigGroup group, bool bForceNotify);
   std::int32_t invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
-                           const ConfigValue& defaultValue, KalConfigGroup group);
+                           ConfigValue&& defaultValue, KalConfigGroup group);
 
   const std::uint32_t m_callId;
   std::string m_dumpText;  // Protected by m_dumpLock.

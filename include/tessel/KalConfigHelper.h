@@ -130,7 +130,14 @@ class TESSEL_API KalConfigHelper {
 
  private:
   std::int32_t createKalConfig(std::uint32_t callId);
-  bool resolveGroup(KalConfigGroup& group, const char* prettyFunction, const char* failure) const;
+  // Puts the default group in its own value's place; without one, traces for the calling operation.
+  bool resolveGroup(KalConfigGroup& group, const char* prettyFunction, const char* failure) const {
+    if (group == KAL_CONFIG_GROUP_DEFAULT) group = m_defaultGroup;
+    if (group != KAL_CONFIG_GROUP_DEFAULT) return true;
+    reportNoGroup(prettyFunction, failure);
+    return false;
+  }
+  void reportNoGroup(const char* prettyFunction, const char* failure) const;
 
   // Constant after construction.
   const std::unique_ptr<std::recursive_mutex> m_pConfigLock;  // Guards binding.

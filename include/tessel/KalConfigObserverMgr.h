@@ -1,11 +1,14 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
+#include <cstddef>
 #include <functional>
+#include <iterator>
 #include <list>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,6 +17,28 @@
 
 namespace kalStore {
 
+/// Some of a name's handlers in the order of registration, as they were at one moment. Keeps them alive.
+template <class T>
+class HandlerSnapshot {
+ public:
+  HandlerSnapshot() = default;
+  /// Those of `handlers` that `isWanted`. Allocates once when there are several.
+  template <class IsWanted>
+  HandlerSnapshot(const std::list<T>& handlers, IsWanted isWanted)
+      : m_size(static_cast<std::size_t>(std::count_if(handlers.begin(), handlers.end(), isWanted))) {
+    if (m_size > 1) m_several = std::make_shared<T[]>(m_size);
+    std::copy_if(handlers.begin(), handlers.end(), m_size > 1 ? m_several.get() : &m_one, isWanted);
+  }
+
+  bool IsEmpty() const { return m_size == 0; }
+  std::span<const T> Handlers() const { return {m_size > 1 ? m_several.get() : &m_one, m_size}; }
+
+ private:
+  std::size_t m_size = 0;
+  T m_one{};                       // The only one,
+  std::shared_ptr<T[]> m_several;  // or all of them.
+};
+
 /// The subscriptions and bindings of one group: per configuration name a list of handlers in the order of
 /// registration. T is a pointer to a handler. A name's entry, once made, stays.
 ///
@@ -21,8 +46,16 @@ namespace kalStore {
 template <class T>
 class __attribute__((visibility("default"))) KalConfigObserverMgr {
  public:
-  using Handlers = std::list<T>;
-  using Map = std::map<std::string, Handlers, std::less<>>;
+  /// What is registered for a name.
+  struct Entry {
+    std::list<T> handlers;
+    /// The handlers that are told of a change, and the one that is asked for a value, for deliveries to
+    /// share. Made by them when they are empty, and emptied with each change of the list.
+    HandlerSnapshot<T> told, asked;
+
+    void Forget() { told = asked = {}; }
+  };
+  using Map = std::map<std::string, Entry, std::less<>>;
 
   /// The lists under their lock, for several steps that must be one.
   class Locked {
@@ -42,13 +75,16 @@ class __attribute__((visibility("default"))) KalConfigObserverMgr {
   /// Appends the handler to the name's list and runs `onAdded` on it, still under the lock. 0;
   /// 0x46004003 for an empty name or null handler, 0x46000001 when this very handler is in the list.
   template <class OnAdded>
-  int Subscribe(std::string name, T handler, OnAdded&& onAdded) {
+  int Subscribe(const std::string& name, T handler, OnAdded&& onAdded) {
     if (name.empty() || handler == nullptr) return kResultBadArgument;
     Locked names(*this);
-    Handlers& handlers = names->try_emplace(std::move(name)).first->second;
-    if (std::find(handlers.begin(), handlers.end(), handler) != handlers.end()) return kResultNoSuchOrExists;
-    handlers.push_back(std::move(handler));
-    std::forward<OnAdded>(onAdded)(handlers.back());
+    Entry& entry = names->try_emplace(name).first->second;
+    if (std::find(entry.handlers.begin(), entry.handlers.end(), handler) != entry.handlers.end()) {
+      return kResultNoSuchOrExists;
+    }
+    entry.handlers.push_back(std::move(handler));
+    entry.Forget();
+    std::forward<OnAdded>(onAdded)(entry.handlers.back());
     return kResultOk;
   }
 
@@ -59,10 +95,12 @@ class __attribute__((visibility("default"))) KalConfigObserverMgr {
     Locked names(*this);
     const auto found = names->find(name);
     if (found == names->end()) return kResultNoSuchOrExists;
-    Handlers& handlers = found->second;
-    const auto position = std::find(handlers.begin(), handlers.end(), handler);
-    if (position == handlers.end()) return kResultNoSuchOrExists;
-    handlers.erase(position);
+    Entry& entry = found->second;
+    // From the end: who came last is likely to go first.
+    const auto after = std::find(entry.handlers.rbegin(), entry.handlers.rend(), handler);
+    if (after == entry.handlers.rend()) return kResultNoSuchOrExists;
+    entry.handlers.erase(std::prev(after.base()));
+    entry.Forget();
     std::forward<OnRemoved>(onRemoved)();
     return kResultOk;
   }

@@ -89,17 +89,11 @@ std::int32_t KalConfigHelper::SetDefaultGroup(KalConfigGroup group) {
   return isSet ? kResultOk : kResultNotFound;
 }
 
-// Puts the default group in its own value's place; without one, traces for the calling operation.
-bool KalConfigHelper::resolveGroup(KalConfigGroup& group, const char* prettyFunction,
-                                   const char* failure) const {
-  if (group == KAL_CONFIG_GROUP_DEFAULT) group = m_defaultGroup;
-  if (group != KAL_CONFIG_GROUP_DEFAULT) return true;
-  if (IsTraced(0)) {
-    TraceLine line(0, prettyFunction);
-    line.Text() << failure << Cid{m_callId} << This{this};
-    line.Emit();
-  }
-  return false;
+void KalConfigHelper::reportNoGroup(const char* prettyFunction, const char* failure) const {
+  if (!IsTraced(0)) return;
+  TraceLine line(0, prettyFunction);
+  line.Text() << failure << Cid{m_callId} << This{this};
+  line.Emit();
 }
 
 }  // namespace kalStore

@@ -127,13 +127,20 @@ SubscribeId_t KalConfigObserverHelper::registerWith(IKalConfig& store,
                                record.m_bAsync);
 }
 
+// What is copied with each posted delivery is one pointer.
 fnConfigChangedCallBack KalConfigObserverHelper::wrap(fnConfigChangedCallBack cb) const {
-  return [alive = m_alive, inFlight = m_inFlight, cb = std::move(cb)](const KalConfigEvent& event) {
+  struct Wrapped {
+    std::shared_ptr<bool> alive;
+    std::shared_ptr<int> inFlight;
+    fnConfigChangedCallBack cb;
+  };
+  return [wrapped = std::make_shared<const Wrapped>(Wrapped{m_alive, m_inFlight, std::move(cb)})](
+             const KalConfigEvent& event) {
     // Counted first, then asked, against Clean(), which says no first and then reads the count: one of the
     // two sees the other. Both are a store followed by a load of another variable, which takes sequential
     // consistency.
-    const InFlight run(*inFlight);
-    if (std::atomic_ref(*alive).load()) cb(event);
+    const InFlight run(*wrapped->inFlight);
+    if (std::atomic_ref(*wrapped->alive).load()) wrapped->cb(event);
   };
 }
 

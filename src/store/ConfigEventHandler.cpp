@@ -1,5 +1,7 @@
 #include "tessel/ConfigEventHandler.h"
 
+#include <optional>
+
 #include "CSwitchThreadEvent.h"
 #include "Milliseconds.h"
 #include "TraceLine.h"
@@ -7,7 +9,6 @@
 namespace kalStore {
 namespace {
 
-constexpr long kSlowCallbackMs = 100;
 constexpr unsigned int kPostPriority = 128;
 
 // Raises a handler's call level while it lives.
@@ -26,18 +27,35 @@ class CallLevel {
   const std::int32_t m_value;
 };
 
+// Measures a callback, unless nobody would be told that it was slow.
+class SlowCallback {
+ public:
+  bool IsSlow() {
+    if (m_isTraced) m_costMs = NowMs() - m_startMs;
+    return m_costMs > kSlowMs;
+  }
+  unsigned long CostMs() const { return static_cast<unsigned long>(m_costMs); }
+
+ private:
+  static constexpr long kSlowMs = 100;
+
+  const bool m_isTraced = IsTraced(1);
+  const long m_startMs = m_isTraced ? NowMs() : 0;
+  long m_costMs = 0;
+};
+
 }  // namespace
 
 bool ConfigEventHandler::Notify(const KalConfigEvent& event) {
   if (!m_fnNotify) return false;
-  long startMs = 0;
+  std::optional<SlowCallback> run;
   {
     const CallLevel level(m_nCallLevel);
     if (level.Value() > 1) {
       TESSEL_TRACE(1, ", level=" << level.Value() << ", " << event.m_name << ", "
                                  << KalConfigGroup2GroupName(event.m_group) << This{this});
     }
-    startMs = NowMs();
+    run.emplace();
     if (m_pRunThread == nullptr) {
       m_fnNotify(event);
     } else if (ICmEventQueue* queue = m_pRunThread->GetEventQueue(); queue == nullptr) {
@@ -51,9 +69,9 @@ bool ConfigEventHandler::Notify(const KalConfigEvent& event) {
       queue->SendEvent(new CSwitchThreadEvent(event, m_fnNotify), 0);
     }
   }
-  if (const long costMs = NowMs() - startMs; costMs > kSlowCallbackMs) {
+  if (run->IsSlow()) {
     TESSEL_TRACE(1, ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
-                         << ", cost=" << static_cast<unsigned long>(costMs) << "ms" << This{this});
+                         << ", cost=" << run->CostMs() << "ms" << This{this});
   }
   return true;
 }
@@ -61,19 +79,19 @@ bool ConfigEventHandler::Notify(const KalConfigEvent& event) {
 ConfigValue ConfigEventHandler::Invoke(const KalConfigEvent& event) {
   if (!m_fnInvoke) return {};
   ConfigValue value;
-  long startMs = 0;
+  std::optional<SlowCallback> run;
   {
     const CallLevel level(m_nCallLevel);
     if (level.Value() > 1) {
       TESSEL_TRACE(1, ", level=" << level.Value() << ", " << event.m_name << ", "
                                  << KalConfigGroup2GroupName(event.m_group) << This{this});
     }
-    startMs = NowMs();
+    run.emplace();
     value = m_fnInvoke(event);
   }
-  if (const long costMs = NowMs() - startMs; costMs > kSlowCallbackMs) {
+  if (run->IsSlow()) {
     TESSEL_TRACE(1, ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
-                         << ", cost=" << static_cast<unsigned long>(costMs) << "ms" << This{this});
+                         << ", cost=" << run->CostMs() << "ms" << This{this});
   }
   return value;
 }

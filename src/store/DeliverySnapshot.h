@@ -1,51 +1,68 @@
 #pragma once
 
-#include <array>
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
-#include <vector>
 
 #include "tessel/ConfigEventHandler.h"
 #include "tessel/KalConfigObserverMgr.h"
 
 namespace kalStore {
 
+/// The thread that delivers to the handler at the moment; 0: none. The field is a plain number shared between
+/// threads: set under the manager's lock, where it is 0, and cleared without it, by the thread that it names.
+inline std::atomic_ref<std::uint64_t> DeliveringThread(ConfigEventHandler& handler) {
+  return std::atomic_ref(handler.m_notifyThreadId);
+}
+
 /// Announces a delivery to a handler: removal waits for it from now on. Called under the manager's lock.
 /// Returns false when another delivery to the handler is under way; its thread mark then stays.
-bool AnnounceDelivery(ConfigEventHandler& handler, unsigned long threadId);
+inline bool AnnounceDelivery(ConfigEventHandler& handler, unsigned long threadId) {
+  // A removal reads the count after it unlinked the handler under the same lock: it sees this one.
+  handler.m_nPendingNotify.fetch_add(1, std::memory_order_relaxed);
+  if (DeliveringThread(handler).load(std::memory_order_relaxed) != 0) return false;
+  DeliveringThread(handler).store(threadId, std::memory_order_relaxed);
+  return true;
+}
 
 /// Ends what AnnounceDelivery() began, on the same thread. The handler may be emptied by a removal right
 /// after.
-void FinishDelivery(ConfigEventHandler& handler, unsigned long threadId);
-
-/// The thread that delivers to the handler at the moment; 0: none.
-unsigned long DeliveringThread(ConfigEventHandler& handler);
+inline void FinishDelivery(ConfigEventHandler& handler, unsigned long threadId) {
+  if (DeliveringThread(handler).load(std::memory_order_relaxed) == threadId) {
+    DeliveringThread(handler).store(0, std::memory_order_relaxed);
+  }
+  // Pairs with the load in the removal's wait: what the callback did happens before it is emptied.
+  handler.m_nPendingNotify.fetch_sub(1, std::memory_order_release);
+}
 
 /// The handlers of one name that a delivery is announced to, in the order of registration. Made under the
 /// manager's lock and gone through outside it. What was not finished is finished when the snapshot ends, so
 /// that no exception leaves a removal waiting.
 class DeliverySnapshot {
  public:
+  using ObserverMgr = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
+
   DeliverySnapshot() = default;
-  ~DeliverySnapshot();
+  ~DeliverySnapshot() {
+    while (HasNext()) finishNext();
+  }
   DeliverySnapshot(const DeliverySnapshot&) = delete;
   DeliverySnapshot& operator=(const DeliverySnapshot&) = delete;
 
-  /// Announces a delivery to every handler of the name that `isWanted`, and calls `onOverlap`, under the lock
-  /// too, for each that has another delivery under way. Allocates at most once.
-  template <class IsWanted, class OnOverlap>
-  void Announce(KalConfigObserverMgr<ConfigEventHandler::Ptr>& observers, std::string_view name,
-                IsWanted isWanted, OnOverlap onOverlap) {
-    KalConfigObserverMgr<ConfigEventHandler::Ptr>::Locked names(observers);
-    const auto found = names->find(name);
-    if (found == names->end()) return;
-    reserve(found->second.size());
-    for (const ConfigEventHandler::Ptr& handler : found->second) {
-      if (isWanted(*handler) && !add(handler)) onOverlap();
-    }
+  /// Announces a delivery to every subscription of the name, and calls `onOverlap`, under the lock too, for
+  /// each that has another delivery under way. Allocates at most once.
+  template <class OnOverlap>
+  void AnnounceToSubscriptions(ObserverMgr& observers, std::string_view name, OnOverlap onOverlap) {
+    announce(observers, name, &ObserverMgr::Entry::told, HasNotify, onOverlap);
+  }
+  /// The same for the name's binding.
+  template <class OnOverlap>
+  void AnnounceToBinding(ObserverMgr& observers, std::string_view name, OnOverlap onOverlap) {
+    announce(observers, name, &ObserverMgr::Entry::asked, HasInvoke, onOverlap);
   }
 
-  bool IsEmpty() const { return m_count == 0; }
+  bool IsEmpty() const { return m_handlers.IsEmpty(); }
 
   /// Hands the next handler that is not finished to `deliver` and finishes it, whatever `deliver` throws.
   template <class Deliver>
@@ -54,23 +71,37 @@ class DeliverySnapshot {
       DeliverySnapshot& snapshot;
       ~Finish() { snapshot.finishNext(); }
     } finish{*this};
-    deliver(*handlers()[m_finished]);
+    deliver(*m_handlers.Handlers()[m_finished]);
   }
-  bool HasNext() const { return m_finished < m_count; }
+  bool HasNext() const { return m_finished < m_handlers.Handlers().size(); }
 
  private:
-  static constexpr std::size_t kInline = 8;
+  using Handlers = HandlerSnapshot<ConfigEventHandler::Ptr>;
 
-  void reserve(std::size_t count);
-  bool add(const ConfigEventHandler::Ptr& handler);
-  void finishNext();
-  ConfigEventHandler::Ptr* handlers() { return m_many.empty() ? m_few.data() : m_many.data(); }
+  // Of a handler in the list, which removal leaves before it empties the callbacks.
+  static bool HasNotify(const ConfigEventHandler::Ptr& handler) { return handler->m_fnNotify != nullptr; }
+  static bool HasInvoke(const ConfigEventHandler::Ptr& handler) { return handler->m_fnInvoke != nullptr; }
 
-  const unsigned long m_threadId = GetThreadSelfId();
-  std::size_t m_count = 0;
+  template <class IsWanted, class OnOverlap>
+  void announce(ObserverMgr& observers, std::string_view name, Handlers ObserverMgr::Entry::*kept,
+                IsWanted isWanted, OnOverlap onOverlap) {
+    ObserverMgr::Locked names(observers);
+    const auto found = names->find(name);
+    if (found == names->end()) return;
+    Handlers& handlers = found->second.*kept;
+    if (handlers.IsEmpty()) handlers = Handlers(found->second.handlers, isWanted);
+    m_handlers = handlers;
+    m_threadId = GetThreadSelfId();
+    for (const ConfigEventHandler::Ptr& handler : m_handlers.Handlers()) {
+      if (!AnnounceDelivery(*handler, m_threadId)) onOverlap();
+    }
+  }
+
+  void finishNext() { FinishDelivery(*m_handlers.Handlers()[m_finished++], m_threadId); }
+
+  Handlers m_handlers;
   std::size_t m_finished = 0;
-  std::array<ConfigEventHandler::Ptr, kInline> m_few;  // The handlers while they fit,
-  std::vector<ConfigEventHandler::Ptr> m_many;         // all of them otherwise.
+  unsigned long m_threadId = 0;
 };
 
 }  // namespace kalStore

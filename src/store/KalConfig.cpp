@@ -38,8 +38,13 @@ std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, Con
         values->erase(position);
       }
     } else if (isPresent) {
-      ConfigData stored = value;  // May throw; the old value is moved out only after it.
-      previous = std::exchange(position->second, std::move(stored));
+      previous = std::move(position->second);
+      try {
+        position->second = value;
+      } catch (...) {
+        position->second = std::move(previous);
+        throw;
+      }
     } else {
       values->emplace_hint(position, name, value);
     }
@@ -67,7 +72,7 @@ std::int32_t KalConfig::GetDynamicConfig(KalConfigGroup group, const char* name,
     return kResultBadArgument;
   }
   if (*name == '\0') return kResultBadArgument;
-  return invokeEvent(observersOf(group), name, value, defaultValue, group);
+  return invokeEvent(observersOf(group), name, value, std::move(defaultValue), group);
 }
 
 std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) {

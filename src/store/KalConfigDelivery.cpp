@@ -8,8 +8,8 @@
 
 namespace kalStore {
 
-std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, ConfigValue oldValue,
-                                   ConfigValue newValue, KalConfigGroup group, bool bForceNotify) {
+std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, ConfigValue&& oldValue,
+                                   ConfigValue&& newValue, KalConfigGroup group, bool bForceNotify) {
   if (!IsConfigGroup(group) || name == nullptr) {
     TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
@@ -20,9 +20,9 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
   if (*name == '\0') return kResultNobody;
 
   DeliverySnapshot snapshot;
-  snapshot.Announce(
-      observers, name, [](const ConfigEventHandler& handler) { return handler.m_fnNotify != nullptr; },
-      [this] { TESSEL_TRACE(1, ", fireEvents Multiple notification" << Cid{m_callId} << This{this}); });
+  snapshot.AnnounceToSubscriptions(observers, name, [this] {
+    TESSEL_TRACE(1, ", fireEvents Multiple notification" << Cid{m_callId} << This{this});
+  });
   if (snapshot.IsEmpty()) return kResultNobody;
 
   const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
@@ -44,7 +44,7 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
 }
 
 std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
-                                    const ConfigValue& defaultValue, KalConfigGroup group) {
+                                    ConfigValue&& defaultValue, KalConfigGroup group) {
   if (!IsConfigGroup(group) || name == nullptr) {
     TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
@@ -53,12 +53,12 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
   if (*name == '\0') return kResultNobody;
 
   DeliverySnapshot snapshot;
-  snapshot.Announce(
-      observers, name, [](const ConfigEventHandler& handler) { return handler.m_fnInvoke != nullptr; },
-      [this] { TESSEL_TRACE(1, ", invokeEvent Multiple notification" << Cid{m_callId} << This{this}); });
+  snapshot.AnnounceToBinding(observers, name, [this] {
+    TESSEL_TRACE(1, ", invokeEvent Multiple notification" << Cid{m_callId} << This{this});
+  });
   if (snapshot.IsEmpty()) return kResultNobody;
 
-  const KalConfigEvent event{name, {}, {}, defaultValue, group, SessionTypeOfGroup(group)};
+  const KalConfigEvent event{name, {}, {}, std::move(defaultValue), group, SessionTypeOfGroup(group)};
   unsigned int callees = 0;
   while (snapshot.HasNext()) {
     snapshot.DeliverNext([&](ConfigEventHandler& handler) {

@@ -76,17 +76,19 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
                        << Cid{m_callId} << This{this});
 
   // The initial delivery is announced before anyone else can find the handler: a removal waits for it.
-  const int result =
-      observersOf(group).Subscribe(name, handlerPtr, [&](const ConfigEventHandler::Ptr& added) {
-        m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
-        AnnounceDelivery(*added, threadId);
-      });
+  const int result = observersOf(group).Subscribe(handlerPtr->m_strName, handlerPtr,
+                                                  [&](const ConfigEventHandler::Ptr& added) {
+                                                    m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
+                                                    AnnounceDelivery(*added, threadId);
+                                                  });
   if (result != kResultOk) return 0;
 
   try {
     registerId(handlerPtr, 557);
-    KalConfigEvent event{name, {}, {}, {}, group, SessionTypeOfGroup(group)};
-    if (KalConfig::GetKalConfig(group, name, event.m_newValue) == kResultOk) handlerPtr->Notify(event);
+    ConfigValue current;
+    if (KalConfig::GetKalConfig(group, name, current) == kResultOk) {
+      handlerPtr->Notify({name, {}, std::move(current), {}, group, SessionTypeOfGroup(group)});
+    }
   } catch (...) {
     // The caller will never learn the id: the subscription must not stay behind.
     FinishDelivery(*handlerPtr, threadId);
@@ -118,16 +120,17 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
 
   {
     ObserverMgr::Locked names(observersOf(group));
-    auto& handlers = names->try_emplace(handlerPtr->m_strName).first->second;
+    ObserverMgr::Entry& entry = names->try_emplace(handlerPtr->m_strName).first->second;
     const bool isRefused =
-        std::any_of(handlers.begin(), handlers.end(), [&](const ConfigEventHandler::Ptr& other) {
+        std::any_of(entry.handlers.begin(), entry.handlers.end(), [&](const ConfigEventHandler::Ptr& other) {
           return other == handlerPtr || other->m_fnInvoke != nullptr;
         });
     if (isRefused) {
       handlerPtr->m_SubscribeId = 0;
       return 0;
     }
-    handlers.push_back(handlerPtr);
+    entry.handlers.push_back(handlerPtr);
+    entry.Forget();
     m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
   }
   try {
@@ -166,7 +169,7 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
 
   const int result = observersOf(group).Unsubscribe(name, handlerPtr, [&] {
     m_TotalObservers.fetch_sub(1, std::memory_order_relaxed);
-    const unsigned long deliveringId = DeliveringThread(*handlerPtr);
+    const unsigned long deliveringId = DeliveringThread(*handlerPtr).load(std::memory_order_relaxed);
     if (deliveringId == 0) return;
     const unsigned long threadId = GetThreadSelfId();
     if (deliveringId == threadId) {
@@ -181,17 +184,20 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
   });
   if (result != kResultOk) return result;
 
-  const long startMs = NowMs();
-  long reportMs = startMs;
   // Pairs with FinishDelivery(): what the last callback did happens before the callbacks are emptied here.
-  while (handlerPtr->m_nPendingNotify.load(std::memory_order_acquire) >= 1) {
-    SleepOneMs();
-    const long nowMs = NowMs();
-    if (nowMs - reportMs > kRemovalReportMs) {
-      TESSEL_TRACE(1, ", " << name << " Waiting for long time..." << Cid{m_callId} << This{this});
-      reportMs = nowMs;
-    }
-    if (nowMs - startMs > kRemovalCeilingMs) return kResultOk;
+  const auto isPending = [&] { return handlerPtr->m_nPendingNotify.load(std::memory_order_acquire) >= 1; };
+  if (isPending()) {
+    const long startMs = NowMs();
+    long reportMs = startMs;
+    do {
+      SleepOneMs();
+      const long nowMs = NowMs();
+      if (nowMs - reportMs > kRemovalReportMs) {
+        TESSEL_TRACE(1, ", " << name << " Waiting for long time..." << Cid{m_callId} << This{this});
+        reportMs = nowMs;
+      }
+      if (nowMs - startMs > kRemovalCeilingMs) return kResultOk;
+    } while (isPending());
   }
   handlerPtr->m_fnNotify = nullptr;
   handlerPtr->m_fnInvoke = nullptr;

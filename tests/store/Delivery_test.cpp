@@ -253,7 +253,7 @@ TEST(KalConfigObserverMgr, KeepsANameAfterItsLastHandler) {
   EXPECT_EQ(1, removed);
   Observers::Locked names(observers);
   EXPECT_EQ(1U, names->size());
-  EXPECT_TRUE(names->begin()->second.empty());
+  EXPECT_TRUE(names->begin()->second.handlers.empty());
 }
 
 }  // namespace
