@@ -46,4 +46,7 @@ function(tessel_configure_library target)
     endif()
   endif()
   target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now,-z,noexecstack)
+  # All symbols are bound at load: a call needs no stub that could bind it later. Within a source file the compiler
+  # may inline what is exported, too.
+  target_compile_options(${target} PRIVATE -fno-plt -fno-semantic-interposition)
 endfunction()

@@ -44,7 +44,15 @@ class TESSEL_API CKalTessel {
   bool isTesselEntityExisted(KalTesselEntityType type, std::uint32_t callId);
 
  private:
-  std::map<std::pair<KalTesselEntityType, std::uint32_t>, void*> m_entities;  // Protected by m_mutex.
+  using Key = std::pair<KalTesselEntityType, std::uint32_t>;
+  using Entities = std::map<Key, void*>;
+
+  Entities::iterator find(const Key& key);
+  void* registerEntity(KalTesselEntityType type, std::uint32_t callId);
+
+  // Protected by m_mutex. What was found last is kept, for a call's components come one after the other.
+  Entities m_entities;
+  Entities::iterator m_found = m_entities.end();
   CCmMutexThreadRecursive m_mutex;
 };
 

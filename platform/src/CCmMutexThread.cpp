@@ -12,14 +12,6 @@ CCmMutexThreadBase::~CCmMutexThreadBase() {
   pthread_mutex_destroy(&m_mutex);
 }
 
-int CCmMutexThreadBase::Lock() {
-  return pthread_mutex_lock(&m_mutex);
-}
-
-int CCmMutexThreadBase::UnLock() {
-  return pthread_mutex_unlock(&m_mutex);
-}
-
 CCmMutexThread::CCmMutexThread() : CCmMutexThreadBase(PTHREAD_MUTEX_ERRORCHECK) {}
 
 CCmMutexThreadRecursive::CCmMutexThreadRecursive() : CCmMutexThreadBase(PTHREAD_MUTEX_RECURSIVE) {}

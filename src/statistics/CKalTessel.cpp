@@ -49,9 +49,41 @@ void* EntityOf(KalTesselEntityType type, IKalMediaInfo* object) {
   return static_cast<IKalAudioInfo*>(object);
 }
 
-kal::IKalUnknown& ReferencesOf(KalTesselEntityType type, void* entity) {
+// The counter behind the object's AddRef() and Release(), which only forward to it.
+kal::CKalUnknownImpl& ReferencesOf(KalTesselEntityType type, void* entity) {
   if (IsVideo(type)) return *static_cast<KalVideoStatisticInfo*>(static_cast<IKalVideoInfo*>(entity));
   return *static_cast<KalAudioStatisticInfo*>(static_cast<IKalAudioInfo*>(entity));
+}
+
+// The lines are composed out of line, from copies: the frequent paths keep their operands in registers.
+
+[[gnu::noinline]] void TraceCreated(const CKalTessel* self, KalTesselEntityType type, std::uint32_t callId,
+                                    void* entity, std::uint32_t count) {
+  TraceLine line(2);
+  line.Text() << "CKalTessel::createOrGetTesselEntity" << (entity == nullptr ? " failed, type=" : ", type=")
+              << static_cast<int>(type) << ", callId=" << callId;
+  if (entity != nullptr) line.Text() << ", pMediaStatInfo=" << entity << ", refCnt=" << count;
+  line.Text() << This{self};
+  line.Emit();
+}
+
+[[gnu::noinline]] void TraceUnknown(const CKalTessel* self, KalTesselEntityType type, std::uint32_t callId,
+                                    void* entity) {
+  TraceLine line(2);
+  line.Text() << "CKalTessel::releaseTesselEntity, type=" << static_cast<int>(type) << ", callId=" << callId
+              << ", inPMediaStatInfo=" << entity << ", refCnt=" << static_cast<unsigned int>(-1)
+              << This{self};
+  line.Emit();
+}
+
+[[gnu::noinline]] void TraceReleased(const CKalTessel* self, KalTesselEntityType type, std::uint32_t callId,
+                                     void* entity, void* registered, std::uint32_t count) {
+  TraceLine line(2);
+  line.Text() << "CKalTessel::releaseTesselEntity, type=" << static_cast<int>(type) << ", callId=" << callId
+              << ", in_PMediaStatInfo=" << entity
+              << "out_PMediaStatInfo=" << reinterpret_cast<unsigned long>(registered) << ", refCnt=" << count
+              << This{self};
+  line.Emit();
 }
 
 }  // namespace
@@ -64,52 +96,50 @@ CKalTessel::CKalTessel() = default;
 
 CKalTessel::~CKalTessel() = default;
 
+inline CKalTessel::Entities::iterator CKalTessel::find(const Key& key) {
+  if (m_found == m_entities.end() || m_found->first != key) m_found = m_entities.find(key);
+  return m_found;
+}
+
 void* CKalTessel::createOrGetTesselEntity(KalTesselEntityType type, std::uint32_t callId) {
   const Guard guard(m_mutex);
-  const std::pair key(type, callId);
-  auto place = m_entities.lower_bound(key);
-  if (place == m_entities.end() || place->first != key) {
-    std::unique_ptr<IKalMediaInfo> object = MakeEntity(type, callId);
-    if (object == nullptr) {
-      TESSEL_TRACE_TEXT(2, "CKalTessel::createOrGetTesselEntity failed, type="
-                               << static_cast<int>(type) << ", callId=" << callId << This{this});
-      return nullptr;
-    }
-    place = m_entities.emplace_hint(place, key, nullptr);
-    place->second = EntityOf(type, object.release());
-  }
-  void* const entity = place->second;
-  kal::IKalUnknown& references = ReferencesOf(type, entity);
-  references.AddRef();
-  TESSEL_TRACE_TEXT(2, "CKalTessel::createOrGetTesselEntity, type="
-                           << static_cast<int>(type) << ", callId=" << callId << ", pMediaStatInfo=" << entity
-                           << ", refCnt=" << references.GetReference() << This{this});
+  const auto place = find({type, callId});
+  void* const entity = place != m_entities.end() ? place->second : registerEntity(type, callId);
+  std::uint32_t count = 0;
+  if (entity != nullptr) count = ReferencesOf(type, entity).AddReference();
+  if (IsTraced(2)) [[unlikely]]
+    TraceCreated(this, type, callId, entity, count);
   return entity;
 }
 
 int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
   const Guard guard(m_mutex);
   if (entity == nullptr) return -1;
-  const auto place = m_entities.find({type, callId});
+  const auto place = find({type, callId});
   if (place == m_entities.end()) {
-    TESSEL_TRACE_TEXT(2, "CKalTessel::releaseTesselEntity, type="
-                             << static_cast<int>(type) << ", callId=" << callId << ", inPMediaStatInfo="
-                             << entity << ", refCnt=" << static_cast<unsigned int>(-1) << This{this});
+    if (IsTraced(2)) [[unlikely]]
+      TraceUnknown(this, type, callId, entity);
     return -1;
   }
   void* const registered = place->second;
-  const std::uint32_t count = ReferencesOf(type, registered).Release();
-  if (count == 0) m_entities.erase(place);
-  TESSEL_TRACE_TEXT(2, "CKalTessel::releaseTesselEntity, type="
-                           << static_cast<int>(type) << ", callId=" << callId << ", in_PMediaStatInfo="
-                           << entity << "out_PMediaStatInfo=" << reinterpret_cast<unsigned long>(registered)
-                           << ", refCnt=" << count << This{this});
+  const std::uint32_t count = ReferencesOf(type, registered).ReleaseReference();
+  if (count == 0) m_found = m_entities.erase(place);
+  if (IsTraced(2)) [[unlikely]]
+    TraceReleased(this, type, callId, entity, registered, count);
   return static_cast<int>(count);
 }
 
 bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t callId) {
   const Guard guard(m_mutex);
-  return m_entities.contains({type, callId});
+  return find({type, callId}) != m_entities.end();
+}
+
+// Out of line: making an object is the rare case.
+[[gnu::noinline]] void* CKalTessel::registerEntity(KalTesselEntityType type, std::uint32_t callId) {
+  std::unique_ptr<IKalMediaInfo> object = MakeEntity(type, callId);
+  if (object == nullptr) return nullptr;
+  void*& entity = m_entities[{type, callId}];
+  return entity = EntityOf(type, object.release());
 }
 
 }  // namespace kalStore

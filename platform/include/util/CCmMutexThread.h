@@ -11,9 +11,9 @@ class UTIL_API CCmMutexThreadBase {
   CCmMutexThreadBase& operator=(const CCmMutexThreadBase&) = delete;
 
   /// Waits until the calling thread owns the lock.
-  int Lock();
+  int Lock() { return pthread_mutex_lock(&m_mutex); }
   /// REQUIRES: the calling thread owns the lock.
-  int UnLock();
+  int UnLock() { return pthread_mutex_unlock(&m_mutex); }
 
  protected:
   explicit CCmMutexThreadBase(int pthreadMutexType);

@@ -25,11 +25,21 @@ class UTIL_API CCmReferenceControlT<CCmMutexThread> {
 
   /// One reference more; returns the new count (low 32 bits). REQUIRES: the caller holds a reference, or the
   /// object has no other user yet.
-  std::uint32_t AddReference();
+  std::uint32_t AddReference() {
+    // Relaxed: whoever adds a reference holds one already, or received the object in a synchronised way.
+    return static_cast<std::uint32_t>(m_references.fetch_add(1, std::memory_order_relaxed) + 1);
+  }
   /// One reference less; returns the new count (low 32 bits). At 0 the object is gone.
-  std::uint32_t ReleaseReference();
+  std::uint32_t ReleaseReference() {
+    // Release: what this owner did to the object comes before its deletion by the last one, which acquires.
+    const std::int64_t left = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (left == 0) OnReferenceDestory();
+    return static_cast<std::uint32_t>(left);
+  }
   /// The count at this moment (low 32 bits), for reports.
-  std::uint32_t ReferenceCount() const;
+  std::uint32_t ReferenceCount() const {
+    return static_cast<std::uint32_t>(m_references.load(std::memory_order_relaxed));
+  }
 
  private:
   std::atomic<std::int64_t> m_references{0};
