@@ -30,7 +30,7 @@ void ReadToggleThatNobodySet(benchmark::State& state) {
     benchmark::DoNotOptimize(facade.IsFeatureToggleDefaultOn(kalStore::KAL_FT_EnableMusicDetection));
   }
 }
-BENCHMARK(ReadToggleThatNobodySet);
+BENCHMARK(ReadToggleThatNobodySet)->Name("ReadToggleThatNobodySet<Tessel>");
 
 void ReadThroughStore(benchmark::State& state) {
   Call call;
@@ -38,7 +38,7 @@ void ReadThroughStore(benchmark::State& state) {
   ConfigData value;
   for (auto _ : state) benchmark::DoNotOptimize(call.Store().GetKalConfig(kGroup, kName, value));
 }
-BENCHMARK(ReadThroughStore);
+BENCHMARK(ReadThroughStore)->Name("ReadThroughStore<Tessel>");
 
 void ReadByCallId(benchmark::State& state) {
   Call call;
@@ -48,7 +48,7 @@ void ReadByCallId(benchmark::State& state) {
     benchmark::DoNotOptimize(kalStore::GetKalConfigValueEx(kGroup, kName, value, call.Id()));
   }
 }
-BENCHMARK(ReadByCallId);
+BENCHMARK(ReadByCallId)->Name("ReadByCallId<Tessel>");
 
 void FacadeLife(benchmark::State& state) {
   const Call call;
@@ -61,6 +61,6 @@ void FacadeLife(benchmark::State& state) {
     }
   }
 }
-BENCHMARK(FacadeLife)->ArgName("subscriptions")->Arg(0)->Arg(1)->Arg(10);
+BENCHMARK(FacadeLife)->Name("FacadeLife<Tessel>")->ArgName("subscriptions")->Arg(0)->Arg(1)->Arg(10);
 
 }  // namespace

@@ -3,8 +3,9 @@
 //
 //   notify_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
-// Subscribers are told directly, on the setter's thread, and count. Set<N> is the whole set, look-up and
-// overwrite included; less Set<0> it is the telling. Names of 16 characters, 100 in the group.
+// Subscribers are told directly, on the setter's thread, and count. Set is the whole set, look-up and
+// overwrite included; less Set with no subscriber it is the telling. Names of 16 characters, 100 in the
+// group.
 
 #include <benchmark/benchmark.h>
 
@@ -50,7 +51,7 @@ void Set(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(facade.SetKalConfig(kName, values[++count % 2], kGroup));
   benchmark::DoNotOptimize(told);
 }
-BENCHMARK(Set)->ArgName("subscribers")->Arg(0)->Arg(1)->Arg(8)->Arg(64);
+BENCHMARK(Set)->Name("Set<Tessel>")->ArgName("subscribers")->Arg(0)->Arg(1)->Arg(8)->Arg(64);
 
 // The signal libraries: connecting gives what disconnects.
 
@@ -111,7 +112,11 @@ void ConnectAndDisconnect(benchmark::State& state) {
 
 #define TESSEL_BENCH_SIGNAL(signal)                                         \
   BENCHMARK(Emit<signal>)->ArgName("subscribers")->Arg(1)->Arg(8)->Arg(64); \
-  BENCHMARK(ConnectAndDisconnect<signal>)->ArgName("others")->Arg(0)->Arg(64)
+  BENCHMARK(ConnectAndDisconnect<signal>)                                   \
+      ->Name("SubscribeAndRemove<" #signal ">")                             \
+      ->ArgName("others")                                                   \
+      ->Arg(0)                                                              \
+      ->Arg(64)
 
 TESSEL_BENCH_SIGNAL(FunctionVector);
 #ifdef TESSEL_BENCH_BOOST
@@ -134,7 +139,7 @@ void SubscribeAndRemove(benchmark::State& state) {
   for (int i = 0; i < state.range(0); ++i) subscribe();
   for (auto _ : state) store.UnsubscribeConfig(subscribe());
 }
-BENCHMARK(SubscribeAndRemove)->ArgName("others")->Arg(0)->Arg(64);
+BENCHMARK(SubscribeAndRemove)->Name("SubscribeAndRemove<Tessel>")->ArgName("others")->Arg(0)->Arg(64);
 
 void BoundRead(benchmark::State& state) {
   FilledCall call;
@@ -147,6 +152,6 @@ void BoundRead(benchmark::State& state) {
     benchmark::DoNotOptimize(value);
   }
 }
-BENCHMARK(BoundRead);
+BENCHMARK(BoundRead)->Name("BoundRead<Tessel>");
 
 }  // namespace

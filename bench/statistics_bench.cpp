@@ -4,12 +4,11 @@
 //   statistics_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
 //   Setter         a setter, through the interface
-//                  against a virtual call that stores the same word (SetterFloor)
+//                  against a virtual call that stores the same word
 //   ReadBlock      GetTxMediaInfo() without reset and with it, six layers in use
-//                  against memcpy of the 2064 bytes (ReadBlockFloor)
+//                  against memcpy of the 2064 bytes
 //   CreateRelease  create and release of a present key among N, in shuffled order
 //                  against two look-ups in a std::map, each under a recursive mutex and with an atomic count
-//                  (CreateReleaseFloor)
 //
 // One thread works.
 
@@ -56,7 +55,7 @@ void Setter(benchmark::State& state) {
   std::uint32_t value = 0;
   for (auto _ : state) video->UpdateVideoEncFrameCnt(++value);
 }
-BENCHMARK(Setter);
+BENCHMARK(Setter)->Name("Setter<Tessel>");
 
 void SetterFloor(benchmark::State& state) {
   PlainStore object;
@@ -68,7 +67,7 @@ void SetterFloor(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(SetterFloor);
+BENCHMARK(SetterFloor)->Name("Setter<Floor>");
 
 void ReadBlock(benchmark::State& state, bool reset) {
   const Video video;
@@ -79,8 +78,8 @@ void ReadBlock(benchmark::State& state, bool reset) {
     benchmark::DoNotOptimize(block);
   }
 }
-BENCHMARK_CAPTURE(ReadBlock, Whole, false);
-BENCHMARK_CAPTURE(ReadBlock, Reset, true);
+BENCHMARK_CAPTURE(ReadBlock, Whole, false)->Name("ReadBlock<Tessel>");
+BENCHMARK_CAPTURE(ReadBlock, Reset, true)->Name("ReadAndResetBlock<Tessel>");
 
 void ReadBlockFloor(benchmark::State& state) {
   kalStore::st_KalVideoTxBlock source{};
@@ -91,7 +90,7 @@ void ReadBlockFloor(benchmark::State& state) {
     benchmark::DoNotOptimize(block);
   }
 }
-BENCHMARK(ReadBlockFloor);
+BENCHMARK(ReadBlockFloor)->Name("ReadBlock<Floor>");
 
 using Key = std::pair<kalStore::KalTesselEntityType, std::uint32_t>;
 
@@ -114,7 +113,7 @@ void CreateRelease(benchmark::State& state) {
   for (const std::uint32_t call : calls.Items())
     releaseTesselEntity(kalStore::KAL_TESSEL_VIDEO, call, entity);
 }
-BENCHMARK(CreateRelease)->ArgName("live")->Arg(16)->Arg(4096);
+BENCHMARK(CreateRelease)->Name("CreateRelease<Tessel>")->ArgName("live")->Arg(16)->Arg(4096);
 
 void CreateReleaseFloor(benchmark::State& state) {
   Rotation calls = CallsOf(state.range(0));
@@ -129,6 +128,6 @@ void CreateReleaseFloor(benchmark::State& state) {
     }
   }
 }
-BENCHMARK(CreateReleaseFloor)->ArgName("live")->Arg(16)->Arg(4096);
+BENCHMARK(CreateReleaseFloor)->Name("CreateRelease<Floor>")->ArgName("live")->Arg(16)->Arg(4096);
 
 }  // namespace

@@ -183,7 +183,13 @@ void PostChanges(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * kBatch);
 }
-BENCHMARK(PostChanges)->ArgName("cpus")->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(PostChanges)
+    ->Name("PostChanges<Tessel>")
+    ->ArgName("cpus")
+    ->Arg(1)
+    ->Arg(2)
+    ->UseRealTime()
+    ->Unit(benchmark::kMicrosecond);
 
 template <class Thread>
 void Send(benchmark::State& state) {

@@ -2,11 +2,10 @@
 //
 //   trace_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
-//   Disabled  a line above the mask, against a call into a shared library and a branch (DisabledBoundary),
-//   and
-//             a volatile load and a branch (DisabledLoad)
+//   Disabled  a line above the mask, against a call into a shared library and a branch (Boundary), and a
+//             volatile load and a branch (Load)
 //   Enabled   a line of the common form (label, text, numbers, call id, address) to a sink that drops it,
-//             against snprintf of the same text (EnabledSnprintf)
+//             against snprintf of the same text
 //
 // One thread works.
 
@@ -69,14 +68,14 @@ void Disabled(benchmark::State& state) {
   int level = 0;
   for (auto _ : state) component.SetLevel(++level);
 }
-BENCHMARK(Disabled);
+BENCHMARK(Disabled)->Name("Disabled<Tessel>");
 
 void DisabledBoundary(benchmark::State& state) {
   for (auto _ : state) {
     if (ReadBoundaryFlag() >= 2) state.SkipWithError("the flag is set");
   }
 }
-BENCHMARK(DisabledBoundary);
+BENCHMARK(DisabledBoundary)->Name("Disabled<Boundary>");
 
 void DisabledLoad(benchmark::State& state) {
   volatile int flag = 0;
@@ -84,7 +83,7 @@ void DisabledLoad(benchmark::State& state) {
     if (flag >= 2) state.SkipWithError("the flag is set");
   }
 }
-BENCHMARK(DisabledLoad);
+BENCHMARK(DisabledLoad)->Name("Disabled<Load>");
 
 void Enabled(benchmark::State& state) {
   set_util_trace_sink([](void*, int, const char*, const char*, unsigned int) {}, nullptr);
@@ -95,7 +94,7 @@ void Enabled(benchmark::State& state) {
   set_external_trace_mask(0);
   set_util_trace_sink(nullptr, nullptr);
 }
-BENCHMARK(Enabled);
+BENCHMARK(Enabled)->Name("Enabled<Tessel>");
 
 void EnabledSnprintf(benchmark::State& state) {
   const sample::Component component;
@@ -106,7 +105,7 @@ void EnabledSnprintf(benchmark::State& state) {
     benchmark::DoNotOptimize(buffer);
   }
 }
-BENCHMARK(EnabledSnprintf);
+BENCHMARK(EnabledSnprintf)->Name("Enabled<Snprintf>");
 
 #ifdef TESSEL_BENCH_FMT
 void EnabledFmt(benchmark::State& state) {
@@ -118,7 +117,7 @@ void EnabledFmt(benchmark::State& state) {
     benchmark::DoNotOptimize(buffer);
   }
 }
-BENCHMARK(EnabledFmt);
+BENCHMARK(EnabledFmt)->Name("Enabled<Fmt>");
 #endif
 
 #ifdef TESSEL_BENCH_SPDLOG
@@ -129,8 +128,8 @@ void Spdlog(benchmark::State& state, spdlog::level::level_enum level) {
   int count = 0;
   for (auto _ : state) component.Spdlog(logger, ++count);
 }
-BENCHMARK_CAPTURE(Spdlog, Disabled, spdlog::level::info);
-BENCHMARK_CAPTURE(Spdlog, Enabled, spdlog::level::debug);
+BENCHMARK_CAPTURE(Spdlog, Disabled, spdlog::level::info)->Name("Disabled<Spdlog>");
+BENCHMARK_CAPTURE(Spdlog, Enabled, spdlog::level::debug)->Name("Enabled<Spdlog>");
 #endif
 
 }  // namespace

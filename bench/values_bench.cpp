@@ -200,7 +200,11 @@ void Groups(benchmark::State& state, Access access) {
     call.reset();
   }
 }
-BENCHMARK_CAPTURE(Groups, Read, kRead)->Threads(1)->Threads(2)->UseRealTime();
-BENCHMARK_CAPTURE(Groups, Overwrite, kOverwrite)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK_CAPTURE(Groups, Read, kRead)->Name("ReadGroups<Tessel>")->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK_CAPTURE(Groups, Overwrite, kOverwrite)
+    ->Name("OverwriteGroups<Tessel>")
+    ->Threads(1)
+    ->Threads(2)
+    ->UseRealTime();
 
 }  // namespace

@@ -1,0 +1,110 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks of build/bench and tells how they compare with the goals.
+
+A whole run is kept in build/bench/results.json, one with a FILTER in build/bench/filtered.json. Medians are kept,
+beside the least and the most of all repetitions.
+"""
+
+import argparse
+import json
+import pathlib
+import statistics
+import subprocess
+import sys
+import tempfile
+
+import report
+
+BUILD = report.ROOT / "build/bench"
+
+
+def command(program, arguments):
+    corpus = ["--corpus", arguments.corpus] if program.name == "json_bench" and arguments.corpus else []
+    return [program, *corpus, f"--benchmark_filter={arguments.filter}"]
+
+
+def names(program, arguments):
+    """The benchmarks that are to run, in the order of the source."""
+    listed = subprocess.run(command(program, arguments) + ["--benchmark_list_tests"], capture_output=True, text=True,
+                            check=True)
+    return listed.stdout.split() if "Failed to match" not in listed.stdout + listed.stderr else []
+
+
+def run(program, arguments):
+    """What Google Benchmark's JSON says of the program."""
+    with tempfile.NamedTemporaryFile(suffix=".json") as out:
+        subprocess.run(command(program, arguments) + [
+            "--benchmark_enable_random_interleaving=true", f"--benchmark_repetitions={arguments.repetitions}",
+            f"--benchmark_min_time={arguments.min_time}", "--benchmark_out_format=json",
+            f"--benchmark_out={out.name}"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
+        return json.load(out)
+
+
+def medians(runs, ordered):
+    """By name, the median of the repetitions: CPU time of what one thread does, else the time that passes."""
+    repetitions = {name: [] for name in ordered}
+    for one in runs:
+        if one["run_type"] == "iteration" and not one.get("error_occurred"):
+            repetitions[one["run_name"]].append(one)
+    result = {}
+    for name, all_runs in repetitions.items():
+        if not all_runs:
+            continue
+        clock = "real_time" if "/real_time" in name or "/manual_time" in name else "cpu_time"
+        scale = {"ns": 1, "us": 1e3, "ms": 1e6}[all_runs[0]["time_unit"]]
+        times = [one[clock] * scale for one in all_runs]
+        result[name] = {"ns": statistics.median(times), "least_ns": min(times), "most_ns": max(times)}
+        if "bytes" in all_runs[0]:
+            result[name]["bytes"] = statistics.median(one["bytes"] for one in all_runs)
+    return result
+
+
+def processor():
+    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
+        if line.startswith("model name"):
+            return line.split(":", 1)[1].strip()
+    return "unknown"
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="./dev bench", description="Runs the benchmarks; compares with the goals.")
+    parser.add_argument("filter", nargs="?", default=".", metavar="FILTER", help="only the benchmarks that this regular expression finds")
+    parser.add_argument("--corpus", metavar="DIR",
+                        help="folder of twitter.json, citm_catalog.json and canada.json; what is absent is left out")
+    parser.add_argument("--min-time", type=float, default=0.1, metavar="S", help="seconds for each repetition (0.1)")
+    parser.add_argument("--repetitions", type=int, default=9, metavar="N", help="of which the median counts (9)")
+    parser.add_argument("--plot", action="store_true", help="measure nothing: draw the figures of docs/images and fill in"
+                        " docs/performance.md from the last whole run")
+    arguments = parser.parse_args()
+    if arguments.plot:
+        return report.publish(BUILD / "results.json")
+    if arguments.corpus and not pathlib.Path(arguments.corpus).is_dir():
+        parser.error(f"no folder '{arguments.corpus}'")
+
+    chosen = {program: names(program, arguments) for program in sorted(BUILD.glob("bench/*_bench"))}
+    if not any(chosen.values()):
+        parser.error(f"no benchmark is found by '{arguments.filter}'")
+
+    results = {}
+    for program, ordered in chosen.items():
+        if not ordered:
+            continue
+        print(f"{program.name} ...", file=sys.stderr, flush=True)
+        output = run(program, arguments)
+        context = output["context"]
+        results.setdefault("run", {
+            "date": context["date"], "processor": processor(), "cpus": context["num_cpus"],
+            "compiler": context["compiler"], "flags": context["flags"], "repetitions": arguments.repetitions,
+            "min_time_s": arguments.min_time})
+        results[program.name.removesuffix("_bench")] = medians(output["benchmarks"], ordered)
+
+    is_whole = arguments.filter == "."
+    kept = BUILD / ("results.json" if is_whole else "filtered.json")
+    kept.write_text(json.dumps(results, indent=1) + "\n")
+    print(report.console(results, with_times=not is_whole))
+    print(f"Medians of {arguments.repetitions} repetitions; every measurement: {kept.relative_to(report.ROOT)}")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

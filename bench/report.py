@@ -1,0 +1,126 @@
+"""Tells what a run of the benchmarks showed: on the console, in docs/performance.md and in docs/images."""
+
+import json
+import pathlib
+import re
+import sys
+
+import plot
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+GOALS = json.loads((ROOT / "bench/goals.json").read_text())
+GOALS_HEAD = ("path", "yardstick", "ours", "yardstick's", "ratio", "goal", "")
+
+
+def in_time(ns):
+    for unit, scale in (("ms", 1e6), ("µs", 1e3)):
+        if ns >= scale:
+            return f"{ns / scale:.3g} {unit}"
+    return f"{ns:.3g} ns"
+
+
+def amount(measured):
+    """What one measurement says, as a text."""
+    return f"{measured['bytes']:.0f} B" if "bytes" in measured else in_time(measured["ns"])
+
+
+def compare(goal, results):
+    """(ours, the yardstick's, their ratio, whether the goal is met) of one goal; None when either was not measured."""
+    measured = results.get(goal["section"], {})
+    names = [goal["ours"], goal["yardstick"]] + ([goal["less"]] if "less" in goal else [])
+    if any(name not in measured for name in names):
+        return None
+    ours, theirs = dict(measured[goal["ours"]]), measured[goal["yardstick"]]
+    if "less" in goal:
+        ours["ns"] -= measured[goal["less"]]["ns"]
+    unit = "bytes" if "bytes" in ours else "ns"
+    ratio = round(ours[unit] / theirs[unit], 2)
+    met = ratio >= goal["goal"] if goal.get("at_least") else ratio <= goal["goal"]
+    return amount(ours), amount(theirs), ratio, met
+
+
+def goal_rows(results, section=None):
+    """Cells of the table of goals, of one section or all; what is not measured is left out."""
+    for goal in GOALS:
+        compared = compare(goal, results) if section in (None, goal["section"]) else None
+        if compared:
+            ours, theirs, ratio, met = compared
+            limit = f"{'≥' if goal.get('at_least') else '≤'} {goal['goal']:g}"
+            yield goal["path"], goal["yardstick_name"], ours, theirs, f"{ratio:.2f}", limit, "" if met else "short"
+
+
+def time_rows(measured):
+    """The head and the cells of all that one program measured: a row for each work, a column for each who did it."""
+    works, doers = {}, []
+    for name, one in measured.items():
+        work, doer, variant = re.fullmatch(r"(\w+)<(\w+)>(.*)", name).groups()
+        variant = re.sub(r"/(manual_time|real_time|iterations:\d+)", "", variant)
+        if doer not in doers:
+            doers.append(doer)
+        works.setdefault(work + variant.replace("/", " "), {})[doer] = amount(one)
+    doers.sort(key=lambda doer: doer != "Tessel")
+    return ("", *doers), [(work, *(cells.get(doer, "") for doer in doers)) for work, cells in works.items()]
+
+
+def text_table(head, rows, left):
+    """Columns as wide as their cells; the first `left` begin at the left, the others end at the right."""
+    rows = [head, *rows]
+    widths = [max(len(row[column]) for row in rows) for column in range(len(head))]
+    return "\n".join("  ".join(cell.ljust(width) if column < left else cell.rjust(width)
+                               for column, (cell, width) in enumerate(zip(row, widths))).rstrip() for row in rows)
+
+
+def markdown_table(head, rows, left):
+    rule = ["---" if column < left else "--:" for column in range(len(head))]
+    return "\n".join("| " + " | ".join(row) + " |" for row in [head, rule, *rows])
+
+
+def console(results, with_times):
+    lines = []
+    for section, measured in results.items() if with_times else ():
+        if section != "run":
+            lines.append(text_table(*time_rows(measured), left=1) + "\n")
+    rows = list(goal_rows(results))
+    if rows:
+        short = sum(row[-1] != "" for row in rows)
+        lines.append(text_table(GOALS_HEAD, rows, left=2))
+        lines.append(f"\n{len(rows) - short} of {len(rows)} goals met, {short} fall short"
+                     + (f"; {len(GOALS) - len(rows)} not measured" if len(rows) < len(GOALS) else ""))
+    else:
+        lines.append("No goal has both its sides in this run.")
+    return "\n".join(lines)
+
+
+def run_line(run):
+    return (f"{run['processor']}, {run['cpus']} CPUs; {run['compiler']}, `{run['flags']}`; {run['date'][:10]};"
+            f" medians of {run['repetitions']} repetitions of {run['min_time_s']:g} s.")
+
+
+def filled(page, results):
+    """The page with what stands between its marks, <!-- KIND SECTION --> and <!-- end -->, made anew."""
+    def block(mark):
+        kind, section = mark[1], mark[2]
+        if kind == "run":
+            text = run_line(results["run"])
+        elif kind == "goals":
+            text = markdown_table(GOALS_HEAD, goal_rows(results, section), left=2)
+        else:
+            text = markdown_table(*time_rows(results[section]), left=1)
+        return f"{mark[0]}\n{text}\n<!-- end -->"
+
+    return re.sub(r"(?s)<!-- (run|goals|times)(?: (\w+))? -->(?=\n).*?<!-- end -->",
+                  lambda found: block(re.match(r"<!-- (\w+)(?: (\w+))? -->", found[0])), page)
+
+
+def publish(kept):
+    """Draws the figures and fills in docs/performance.md: the exit status."""
+    if not kept.exists():
+        print(f"no whole run is kept in {kept.relative_to(ROOT)}: './dev bench' makes one", file=sys.stderr)
+        return 1
+    results = json.loads(kept.read_text())
+    page = ROOT / "docs/performance.md"
+    page.write_text(filled(page.read_text(), results))
+    print(page.relative_to(ROOT))
+    for figure in plot.draw(results, ROOT / "docs/images"):
+        print(figure.relative_to(ROOT))
+    return 0
