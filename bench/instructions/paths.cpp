@@ -1,0 +1,228 @@
+// The fast paths, for count.py to count the instructions of: each function Path_NAME repeats its operation
+// kRepeats times (documents have as many entries). It is called twice, so that what only the first time costs
+// is over when the second is counted.
+
+#include <cstdint>
+#include <cstdio>
+#include <semaphore>
+#include <string>
+#include <vector>
+
+#include "TraceLine.h"
+#include "support/Settings.h"
+#include "tessel/CKalTessel.h"
+#include "tessel/IKalVideoInfo.h"
+#include "tessel/json.h"
+#include "util/util.h"
+
+namespace {
+
+using kalStore::KalConfigEvent;
+using kalStore::KalConfigHelper;
+
+constexpr int kRepeats = 200;
+constexpr const char* kName = "VideoSetting0042";
+const char* const kValues[] = {"one value", "another value"};
+
+/// What the paths work on: a call with 100 settings, and subscribers of some.
+struct Stage {
+  Stage() {
+    for (const std::string& name : NamesOf(100)) facade.SetKalConfig(name.c_str(), "before", kGroup);
+    subscribe("ToldToOneDirect1", 1, nullptr);
+    subscribe("ToldToEightDirec", 8, nullptr);
+    subscribe("ToldToOnePosted1", 1, &thread);
+    subscribe("SubscribedNoValu", 64, nullptr);
+    facade.BindConfig(
+        "BoundSetting0001", [](const KalConfigEvent&) { return ConfigData("1"); }, kGroup);
+    documents.Store().ApplyKalConfigs(document.c_str());
+    createTesselEntity(kalStore::KAL_TESSEL_VIDEO, 1, &entity);
+    video = static_cast<kalStore::IKalVideoInfo*>(entity);
+    video->UpdateEncodeParam(kalStore::kVideoLayerCount, kal::KAL_VIDEO_CODEC_CODE_100);
+    set_util_trace_sink([](void*, int, const char*, const char*, unsigned int) {}, nullptr);
+    thread.Start();
+  }
+  ~Stage() { releaseTesselEntity(kalStore::KAL_TESSEL_VIDEO, 1, entity); }
+
+  void subscribe(const char* name, int subscribers, ACmThread* runThread) {
+    for (int i = 0; i < subscribers; ++i) {
+      call.Store().SubscribeConfig(
+          kGroup, name, [this](const KalConfigEvent&) { ++told; }, runThread, runThread != nullptr);
+    }
+  }
+  void set(const char* name) {
+    for (int i = 0; i < kRepeats; ++i) facade.SetKalConfig(name, kValues[i % 2], kGroup);
+  }
+
+  long told = 0;
+  ACmThread thread;
+  Call call;
+  KalConfigHelper facade{call.Id()};
+  Call documents;
+  const std::string document = SettingsDocument(kRepeats);
+  const json::Value parsed = json::Deserialize(document);
+  void* entity = nullptr;
+  kalStore::IKalVideoInfo* video = nullptr;
+};
+
+Stage* g_stage = nullptr;
+
+/// Keeps the stage's thread from running what is queued while it lives: how two threads meet is not the same
+/// twice, what each does is.
+class Hold {
+ public:
+  Hold() {
+    g_stage->thread.GetEventQueue()->PostEvent(new Event(*this), 0, 0);
+    m_held.acquire();
+  }
+  /// Lets the thread go, and waits until it has run what is queued.
+  ~Hold() {
+    m_go.release();
+    m_ended.acquire();
+    g_stage->thread.GetEventQueue()->SendEvent(new Nothing, 0);
+  }
+
+ private:
+  struct Nothing : ICmEvent {
+    int OnEventFire() override { return 0; }
+  };
+  struct Event : ICmEvent {
+    explicit Event(Hold& hold) : m_hold(hold) {}
+    int OnEventFire() override {
+      m_hold.m_held.release();
+      m_hold.m_go.acquire();
+      m_hold.m_ended.release();
+      return 0;
+    }
+    Hold& m_hold;
+  };
+
+  std::binary_semaphore m_held{0};
+  std::binary_semaphore m_go{0};
+  std::binary_semaphore m_ended{0};
+};
+
+struct CountedEvent : ICmEvent {
+  int OnEventFire() override {
+    ++g_stage->told;
+    return 0;
+  }
+};
+
+struct Component {
+  void Trace(int level) {
+    TESSEL_TRACE(2, ", name=" << kName << ", level=" << level << Cid{7} << This{this});
+  }
+};
+
+}  // namespace
+
+#define TESSEL_PATH(name) extern "C" __attribute__((noinline, visibility("default"))) void Path_##name()
+
+TESSEL_PATH(read) {
+  ConfigData value;
+  for (int i = 0; i < kRepeats; ++i) g_stage->facade.GetKalConfig(kName, value, kGroup);
+}
+
+TESSEL_PATH(overwrite) {
+  g_stage->set(kName);
+}
+
+TESSEL_PATH(set_told_to_1) {
+  g_stage->set("ToldToOneDirect1");
+}
+
+TESSEL_PATH(set_told_to_8) {
+  g_stage->set("ToldToEightDirec");
+}
+
+TESSEL_PATH(subscribe_and_remove_beside_64) {
+  kalStore::IKalConfig& store = g_stage->call.Store();
+  for (int i = 0; i < kRepeats; ++i) {
+    store.UnsubscribeConfig(store.SubscribeConfig(
+        kGroup, "SubscribedNoValu", [](const KalConfigEvent&) {}, nullptr, false));
+  }
+}
+
+TESSEL_PATH(bound_read) {
+  ConfigData value;
+  for (int i = 0; i < kRepeats; ++i) g_stage->facade.GetDynamicConfig("BoundSetting0001", value, kGroup);
+}
+
+TESSEL_PATH(toggle_read) {
+  for (int i = 0; i < kRepeats; ++i) {
+    g_stage->facade.IsFeatureToggleDefaultOn(kalStore::KAL_FT_EnableMusicDetection);
+  }
+}
+
+TESSEL_PATH(post_and_run) {
+  const Hold hold;
+  ICmEventQueue* const queue = g_stage->thread.GetEventQueue();
+  for (int i = 0; i < kRepeats; ++i) queue->PostEvent(new CountedEvent, ICmEventQueue::kDefaultPriority, 0);
+}
+
+TESSEL_PATH(set_told_to_1_posted) {
+  const Hold hold;
+  g_stage->set("ToldToOnePosted1");
+}
+
+TESSEL_PATH(parse_entry) {
+  json::Deserialize(g_stage->document);
+}
+
+TESSEL_PATH(write_entry) {
+  json::Serialize(g_stage->parsed);
+}
+
+TESSEL_PATH(apply_entry) {
+  Call call;
+  call.Store().ApplyKalConfigs(g_stage->document.c_str());
+}
+
+TESSEL_PATH(dump_entry) {
+  g_stage->documents.Store().DumpKalConfigs(kalStore::kAllConfigGroups);
+}
+
+TESSEL_PATH(create_or_get_and_release) {
+  void* entity = nullptr;
+  for (int i = 0; i < kRepeats; ++i) {
+    createTesselEntity(kalStore::KAL_TESSEL_VIDEO, 1, &entity);
+    releaseTesselEntity(kalStore::KAL_TESSEL_VIDEO, 1, entity);
+  }
+}
+
+TESSEL_PATH(statistics_setter) {
+  for (unsigned int i = 0; i < kRepeats; ++i) g_stage->video->UpdateVideoEncFrameCnt(i);
+}
+
+TESSEL_PATH(statistics_block_read) {
+  kalStore::st_KalVideoTxBlock block;
+  for (int i = 0; i < kRepeats; ++i) g_stage->video->GetTxMediaInfo(&block, false);
+}
+
+TESSEL_PATH(disabled_trace_line) {
+  for (int i = 0; i < kRepeats; ++i) Component().Trace(i);
+}
+
+TESSEL_PATH(enabled_trace_line) {
+  set_external_trace_mask(2);
+  for (int i = 0; i < kRepeats; ++i) Component().Trace(i);
+  set_external_trace_mask(0);
+}
+
+// The counter looks at where each path begins: this ends the last one.
+TESSEL_PATH(end) {}
+
+int main() {
+  Stage stage;
+  g_stage = &stage;
+  for (int time = 0; time < 2; ++time) {
+    for (const auto path :
+         {Path_read, Path_overwrite, Path_set_told_to_1, Path_set_told_to_8,
+          Path_subscribe_and_remove_beside_64, Path_bound_read, Path_toggle_read, Path_post_and_run,
+          Path_set_told_to_1_posted, Path_parse_entry, Path_write_entry, Path_apply_entry, Path_dump_entry,
+          Path_create_or_get_and_release, Path_statistics_setter, Path_statistics_block_read,
+          Path_disabled_trace_line, Path_enabled_trace_line, Path_end}) {
+      path();
+    }
+  }
+}
