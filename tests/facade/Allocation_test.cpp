@@ -29,6 +29,18 @@ TEST_F(AllocationTest, ReadsOfAShortValueTakeNothing) {
   EXPECT_EQ(allocations.Count(), 0U);
 }
 
+TEST_F(AllocationTest, OverwritesWithAShortValueTakeNothing) {
+  KalConfigHelper facade(kCall);
+  ASSERT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_AUDIO), 0);
+  facade.SetKalConfig(kLongName, 32000);
+  facade.SetFeatureToggle(KAL_FT_EnableMusicDetection, true);
+  const AllocationCount allocations;
+  EXPECT_EQ(facade.SetKalConfig(kLongName, "fifteen letters"), kResultNobody);
+  EXPECT_EQ(facade.SetKalConfig(kal::KAL_SESSION_AUDIO, kLongName, 48000), kResultNobody);
+  EXPECT_EQ(facade.SetFeatureToggle(KAL_FT_EnableMusicDetection, false), kResultNobody);
+  EXPECT_EQ(allocations.Count(), 0U);
+}
+
 TEST_F(AllocationTest, AConstructorThatFailsLeavesNoReferenceBehind) {
   for (std::size_t n = 1;; ++n) {
     FailAllocation nth(n);

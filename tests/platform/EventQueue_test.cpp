@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/TestEvents.h"
+#include "support/AllocationCount.h"
 #include "support/TraceLog.h"
 
 namespace {
@@ -57,6 +58,16 @@ TEST_F(EventQueue, PostsWithoutWaiting) {
   gate.Open();
   m_thread.Stop();
   expectCounts(1, 1);
+}
+
+TEST_F(EventQueue, PostsAndSendsWithoutAllocation) {
+  auto* const posted = new CountedEvent(m_counts);
+  auto* const sent = new CountedEvent(m_counts);
+  const AllocationCount allocations;
+  EXPECT_EQ(m_queue->PostEvent(posted, ICmEventQueue::kDefaultPriority, 0), 0);
+  EXPECT_EQ(m_queue->SendEvent(sent, 0), 0);
+  EXPECT_EQ(allocations.Count(), 0U);
+  expectCounts(2, 2);
 }
 
 TEST_F(EventQueue, PostsFromItsOwnThreadForLater) {

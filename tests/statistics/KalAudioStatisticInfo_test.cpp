@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "statistics/Bytes.h"
+#include "support/AllocationCount.h"
 #include "tessel/KalContentAudioStatisticInfo.h"
 
 namespace {
@@ -272,6 +273,27 @@ AudioBytes InitialTx() {
   PutTriple(bytes, 60, -100, -100, -100);
   PutTriple(bytes, 84, -100, -100, -100);
   return bytes.Put<std::uint32_t>(112, 20);
+}
+
+TEST(KalAudioStatisticInfo, AllocatesNothingToBeWrittenAndRead) {
+  KalAudioStatisticInfo info(5);
+  AudioBytes block{};
+  SyncBytes sync{};
+  const AllocationCount allocations;
+  for (const TxRow& row : kTxRows) {
+    row.set(info);
+    EXPECT_EQ(allocations.Count(), 0U) << row.name;
+  }
+  for (const RxRow& row : kRxRows) {
+    row.set(info, 3);
+    EXPECT_EQ(allocations.Count(), 0U) << row.name;
+  }
+  for (const bool reset : {false, true}) {
+    info.GetTxMediaInfo(block.data(), reset);
+    info.GetRxAudioInfo(block.data(), 3, reset);
+  }
+  info.GetAVSyncInfo(sync.data(), 3);
+  EXPECT_EQ(allocations.Count(), 0U);
 }
 
 TEST(KalAudioStatisticInfo, StartsEmptyWithItsCallIdAndNoLevels) {

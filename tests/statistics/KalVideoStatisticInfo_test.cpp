@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "statistics/Bytes.h"
+#include "support/AllocationCount.h"
 #include "tessel/KalContentVideoStatisticInfo.h"
 
 namespace {
@@ -121,6 +122,19 @@ TEST(KalVideoStatisticInfo, WritesEachMemberAtItsPlaceAndNothingElse) {
     EXPECT_TRUE(Same(Read(info), expected));
     EXPECT_EQ(info.GetCallId(), 5U);
   }
+}
+
+TEST(KalVideoStatisticInfo, AllocatesNothingToBeWrittenAndRead) {
+  KalVideoStatisticInfo info(5);
+  VideoBytes buffer{};
+  const AllocationCount allocations;
+  for (const Row& row : kRows) {
+    row.set(info);
+    EXPECT_EQ(allocations.Count(), 0U) << row.name;
+  }
+  info.GetTxMediaInfo(buffer.data(), false);
+  info.GetTxMediaInfo(buffer.data(), true);
+  EXPECT_EQ(allocations.Count(), 0U);
 }
 
 TEST(KalVideoStatisticInfo, StartsEmptyWithItsCallIdAndNoNoise) {
