@@ -94,7 +94,7 @@ def main():
         context = output["context"]
         results.setdefault("run", {
             "date": context["date"], "processor": processor(), "cpus": context["num_cpus"],
-            "compiler": context["compiler"], "flags": context["flags"], "repetitions": arguments.repetitions,
+            "compiler": context["compiler"].replace("GNU", "GCC"), "flags": context["flags"], "repetitions": arguments.repetitions,
             "min_time_s": arguments.min_time})
         results[program.name.removesuffix("_bench")] = medians(output["benchmarks"], ordered)
 
