@@ -8,6 +8,7 @@ beside the least and the most of all repetitions.
 import argparse
 import json
 import pathlib
+import re
 import statistics
 import subprocess
 import sys
@@ -33,10 +34,12 @@ def names(program, arguments):
 def run(program, arguments):
     """What Google Benchmark's JSON says of the program."""
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
-        subprocess.run(command(program, arguments) + [
+        ended = subprocess.run(command(program, arguments) + [
             "--benchmark_enable_random_interleaving=true", f"--benchmark_repetitions={arguments.repetitions}",
             f"--benchmark_min_time={arguments.min_time}", "--benchmark_out_format=json",
-            f"--benchmark_out={out.name}"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
+            f"--benchmark_out={out.name}"], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
+        if ended.returncode != 0:
+            sys.exit(f"{ended.stderr}{program.name} ended with {ended.returncode}")
         return json.load(out)
 
 
@@ -48,7 +51,7 @@ def medians(runs, ordered):
             repetitions[one["run_name"]].append(one)
     result = {}
     for name, all_runs in repetitions.items():
-        if not all_runs:
+        if not all_runs:  # Skipped, as by a machine with too few CPUs.
             continue
         clock = "real_time" if "/real_time" in name or "/manual_time" in name else "cpu_time"
         scale = {"ns": 1, "us": 1e3, "ms": 1e6}[all_runs[0]["time_unit"]]
@@ -59,22 +62,24 @@ def medians(runs, ordered):
     return result
 
 
-def processor():
-    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
-        if line.startswith("model name"):
-            return line.split(":", 1)[1].strip()
-    return "unknown"
+def conditions(context, arguments):
+    """Where and how the run was made."""
+    cpu = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())
+    return {"date": context["date"], "processor": cpu[1] if cpu else "unknown", "cpus": context["num_cpus"],
+            "compiler": context["compiler"].replace("GNU", "GCC"), "flags": context["flags"],
+            "repetitions": arguments.repetitions, "min_time_s": arguments.min_time}
 
 
 def main():
     parser = argparse.ArgumentParser(prog="./dev bench", description="Runs the benchmarks; compares with the goals.")
-    parser.add_argument("filter", nargs="?", default=".", metavar="FILTER", help="only the benchmarks that this regular expression finds")
+    parser.add_argument("filter", nargs="?", default=".", metavar="FILTER",
+                        help="only the benchmarks that this regular expression finds")
     parser.add_argument("--corpus", metavar="DIR",
                         help="folder of twitter.json, citm_catalog.json and canada.json; what is absent is left out")
     parser.add_argument("--min-time", type=float, default=0.1, metavar="S", help="seconds for each repetition (0.1)")
     parser.add_argument("--repetitions", type=int, default=9, metavar="N", help="of which the median counts (9)")
-    parser.add_argument("--plot", action="store_true", help="measure nothing: draw the figures of docs/images and fill in"
-                        " docs/performance.md from the last whole run")
+    parser.add_argument("--plot", action="store_true", help="measure nothing: draw the figures of docs/images and"
+                        " fill in docs/performance.md from the last whole run")
     arguments = parser.parse_args()
     if arguments.plot:
         return report.publish(BUILD / "results.json")
@@ -86,17 +91,11 @@ def main():
         parser.error(f"no benchmark is found by '{arguments.filter}'")
 
     results = {}
-    for program, ordered in chosen.items():
-        if not ordered:
-            continue
+    for program in filter(chosen.get, chosen):
         print(f"{program.name} ...", file=sys.stderr, flush=True)
         output = run(program, arguments)
-        context = output["context"]
-        results.setdefault("run", {
-            "date": context["date"], "processor": processor(), "cpus": context["num_cpus"],
-            "compiler": context["compiler"].replace("GNU", "GCC"), "flags": context["flags"], "repetitions": arguments.repetitions,
-            "min_time_s": arguments.min_time})
-        results[program.name.removesuffix("_bench")] = medians(output["benchmarks"], ordered)
+        results["run"] = conditions(output["context"], arguments)
+        results[program.name.removesuffix("_bench")] = medians(output["benchmarks"], chosen[program])
 
     is_whole = arguments.filter == "."
     kept = BUILD / ("results.json" if is_whole else "filtered.json")

@@ -12,16 +12,9 @@ GOALS = json.loads((ROOT / "bench/goals.json").read_text())
 GOALS_HEAD = ("path", "yardstick", "ours", "yardstick's", "ratio", "goal", "")
 
 
-def in_time(ns):
-    for unit, scale in (("ms", 1e6), ("µs", 1e3)):
-        if ns >= scale:
-            return f"{ns / scale:.3g} {unit}"
-    return f"{ns:.3g} ns"
-
-
 def amount(measured):
     """What one measurement says, as a text."""
-    return f"{measured['bytes']:.0f} B" if "bytes" in measured else in_time(measured["ns"])
+    return f"{measured['bytes']:.0f} B" if "bytes" in measured else plot.in_time(measured["ns"])
 
 
 def compare(goal, results):
@@ -81,13 +74,10 @@ def console(results, with_times):
         if section != "run":
             lines.append(text_table(*time_rows(measured), left=1) + "\n")
     rows = list(goal_rows(results))
-    if rows:
-        short = sum(row[-1] != "" for row in rows)
-        lines.append(text_table(GOALS_HEAD, rows, left=2))
-        lines.append(f"\n{len(rows) - short} of {len(rows)} goals met, {short} fall short"
-                     + (f"; {len(GOALS) - len(rows)} not measured" if len(rows) < len(GOALS) else ""))
-    else:
-        lines.append("No goal has both its sides in this run.")
+    short = sum(row[-1] != "" for row in rows)
+    lines.append(text_table(GOALS_HEAD, rows, left=2) + "\n" if rows else "")
+    lines.append(f"{len(rows) - short} of {len(rows)} goals met, {short} fall short; "
+                 f"{len(GOALS) - len(rows)} were not measured on both sides")
     return "\n".join(lines)
 
 
