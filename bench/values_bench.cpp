@@ -57,8 +57,12 @@ class Floor {
   }
   void Set(const std::string& name, const char* value) { m_store.Set(name.c_str(), value); }
 
- private:
+ protected:
   FloorStore m_store;
+};
+
+struct InPlace : Floor {
+  void Set(const std::string& name, const char* value) { m_store.SetInPlace(name.c_str(), value); }
 };
 
 #ifdef TESSEL_BENCH_BOOST
@@ -151,6 +155,7 @@ void Overwrite(benchmark::State& state) {
 
 TESSEL_BENCH_STORE(Tessel);
 TESSEL_BENCH_STORE(Floor);
+BENCHMARK(Overwrite<InPlace>)->ArgName("names")->Arg(100)->Arg(10'000);
 #ifdef TESSEL_BENCH_BOOST
 TESSEL_BENCH_STORE(PropertyTree);
 #endif

@@ -18,7 +18,14 @@ class FloorStore {
     return true;
   }
 
-  void Set(std::string_view name, std::string value) {
+  /// As the standard library has it: with a std::string made of the name, be it there or not.
+  void Set(std::string name, std::string value) {
+    const std::lock_guard lock(m_mutex);
+    m_values.insert_or_assign(std::move(name), std::move(value));
+  }
+
+  /// The same by hand: nothing is made of a name that is there.
+  void SetInPlace(std::string_view name, std::string value) {
     const std::lock_guard lock(m_mutex);
     const auto place = m_values.lower_bound(name);
     if (place != m_values.end() && place->first == name) {
