@@ -74,27 +74,27 @@ def main():
         KEPT.write_text(HEAD + "".join(f"{path:32}{instructions:>8}\n" for path, instructions in counted.items()))
         print(f"{len(counted)} paths: {KEPT.relative_to(ROOT)}")
         return 0
-    before, slower, faster = kept(), [], []
+    before, wrong, faster = kept(), [], []
+    print(f"{'path':32}{'kept':>8}{'now':>8}")
     for path in [*counted, *(before.keys() - counted.keys())]:
         now, then = counted.get(path), before.get(path)
+        verdict = ""
         if now is None or then is None:
-            slower.append(path)
             verdict = "is counted, but not kept" if then is None else "is kept, but not counted"
+            wrong.append(path)
         elif now > then * (1 + MARGIN):
-            slower.append(path)
             verdict = "SLOWER"
+            wrong.append(path)
         elif now < then * (1 - MARGIN):
-            faster.append(path)
             verdict = "faster"
-        else:
-            verdict = ""
-        print(f"{path:32}{then or 0:>8}{now or 0:>8}  {verdict}".rstrip())
-    if faster and not slower:
-        print(f"{len(faster)} paths take over {MARGIN:.0%} less than is kept: keep it with 'UPDATE=1 ./dev instructions'")
-    if slower:
-        print(f"{len(slower)} of {len(counted)} paths take over {MARGIN:.0%} more than is kept, or are not the same;"
-              " if that is meant: 'UPDATE=1 ./dev instructions'")
-    return 1 if slower else 0
+            faster.append(path)
+        print(f"{path:32}{then or '':>8}{now or '':>8}  {verdict}".rstrip())
+    if wrong:
+        print(f"more than is kept by over {MARGIN:.0%}, or not the same paths: {', '.join(wrong)};"
+              " if it is meant, 'UPDATE=1 ./dev instructions'")
+    elif faster:
+        print(f"less than is kept by over {MARGIN:.0%}: {', '.join(faster)}; to keep it, 'UPDATE=1 ./dev instructions'")
+    return 1 if wrong else 0
 
 
 if __name__ == "__main__":
