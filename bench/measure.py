@@ -100,7 +100,7 @@ def main():
     is_whole = arguments.filter == "."
     kept = BUILD / ("results.json" if is_whole else "filtered.json")
     kept.write_text(json.dumps(results, indent=1) + "\n")
-    print(report.console(results, with_times=not is_whole))
+    print(report.console(results, is_whole))
     print(f"Medians of {arguments.repetitions} repetitions; every measurement: {kept.relative_to(report.ROOT)}")
     return 0
 
