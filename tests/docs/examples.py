@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""Makes tests of the examples in the documentation, so that none of them can go stale.
+
+An example is a block fenced by ```cpp in a Markdown file, or @code to @endcode in a comment of a header. One with an
+`int main` is a program of its own, and a block fenced by ```text right after it is what the program prints. Every
+other is the body of a function in a program that includes all headers and is `using namespace kalStore`; its own
+#include lines are moved to the top.
+"""
+
+import argparse
+import re
+import subprocess
+import sys
+from dataclasses import dataclass
+from pathlib import Path
+
+
+@dataclass
+class Example:
+    file: Path
+    line: int  # of the first line of code
+    code: list[str]
+    output: list[str] | None = None
+
+    @property
+    def name(self):
+        return re.sub(r"\W", "_", f"{self.file.parent.name}_{self.file.name}_{self.line}".lstrip("_"))
+
+    @property
+    def is_program(self):
+        return any(re.match(r"int main\(", line) for line in self.code)
+
+
+def markdown_blocks(lines):
+    """The fenced blocks: language, number of the first line inside, lines inside, number of the line after."""
+    language = None
+    for number, line in enumerate(lines, 1):
+        fence = re.match(r"( *)```(\S*)", line)
+        if fence and language is None:
+            language, indent, first, block = fence[2], len(fence[1]), number + 1, []
+        elif fence:
+            yield language, first, block, number + 1
+            language = None
+        elif language is not None:
+            block.append(line[indent:] if line[:indent].isspace() else line)
+    if language is not None:
+        raise ValueError(f"line {first - 1}: this block has no end")
+
+
+def markdown_examples(file, lines):
+    program = end = None
+    for language, first, block, after in markdown_blocks(lines):
+        follows = program and not any(line.strip() for line in lines[end - 1 : first - 2])
+        if language == "text" and follows:
+            program.output = block
+        program = None
+        if language == "cpp":
+            example = Example(file, first, block)
+            if example.is_program:
+                program, end = example, after
+            yield example
+
+
+def header_examples(file, lines):
+    example = None
+    for number, line in enumerate(lines, 1):
+        comment = re.match(r"\s*/// ?(.*)", line)
+        text = comment[1] if comment else None
+        if example is None:
+            if text is not None and re.match(r"\s*@code(\{\.cpp\})?$", text):
+                example = Example(file, number + 1, [])
+        elif text is None:
+            raise ValueError(f"line {number}: this example has no @endcode")
+        elif text.strip() == "@endcode":
+            yield example
+            example = None
+        else:
+            example.code.append(text)
+
+
+def examples_of(file):
+    lines = file.read_text().splitlines()
+    find = markdown_examples if file.suffix == ".md" else header_examples
+    try:
+        return list(find(file, lines))
+    except ValueError as error:
+        sys.exit(f"{file}: {error}")
+
+
+def write(path, text):
+    """Leaves a file alone that need not change, so that it is not compiled again."""
+    if not path.exists() or path.read_text() != text:
+        path.write_text(text)
+
+
+def program_text(example):
+    return "\n".join([f'#line {example.line} "{example.file}"', *example.code, ""])
+
+
+def fragments_text(examples):
+    includes, bodies = [], []
+    for example in examples:
+        own = [line for line in example.code if line.startswith("#include")]
+        includes += own
+        bodies += [f"TEST(Example, {example.name}) {{", f'#line {example.line} "{example.file}"']
+        bodies += ["" if line in own else line for line in example.code]
+        bodies += ["}", ""]
+    return "\n".join(['#include "fragments.h"', *sorted(set(includes)), "", *bodies])
+
+
+def generate(folder, files):
+    """Writes the programs' and the fragments' sources; prints the programs' names for CMake."""
+    folder.mkdir(parents=True, exist_ok=True)
+    examples = [example for file in files for example in examples_of(file)]
+    programs = [example for example in examples if example.is_program]
+    for program in programs:
+        write(folder / f"{program.name}.cpp", program_text(program))
+        output = folder / f"{program.name}.txt"
+        if program.output is None:
+            output.unlink(missing_ok=True)
+        else:
+            write(output, "\n".join([*program.output, ""]))
+    write(folder / "fragments.cpp", fragments_text(example for example in examples if not example.is_program))
+    print(";".join(program.name for program in programs), end="")
+
+
+def run(program, output):
+    """Runs a program, which must end well, and compares what it prints if the documentation tells that."""
+    result = subprocess.run([program], stdout=subprocess.PIPE, text=True, timeout=60)
+    if result.returncode != 0:
+        sys.exit(f"{result.stdout}{program}: ended with {result.returncode}")
+    if output.exists() and result.stdout != output.read_text():
+        sys.exit(f"{program}: the documentation says that it prints\n{output.read_text()}but it prints\n{result.stdout}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    commands = parser.add_subparsers(dest="command", required=True)
+    command = commands.add_parser("generate", help="write the examples' sources, and print the programs' names")
+    command.add_argument("folder", type=Path, help="where to write to")
+    command.add_argument("files", type=Path, nargs="+", help="Markdown files and headers")
+    command = commands.add_parser("run", help="run a program and compare what it prints")
+    command.add_argument("program", type=Path)
+    command.add_argument("output", type=Path, help="what it must print; compared if there is such a file")
+    arguments = parser.parse_args()
+    if arguments.command == "generate":
+        generate(arguments.folder, arguments.files)
+    else:
+        run(arguments.program, arguments.output)
+
+
+if __name__ == "__main__":
+    main()
