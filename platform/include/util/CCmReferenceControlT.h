@@ -11,7 +11,20 @@
 template <class LockType>
 class CCmReferenceControlT;
 
-/// Shared between threads: the counter is atomic, any thread may add and release.
+/// Shared between threads: the counter is atomic.
+///
+/// @threads Any thread may add and release references that it holds.
+/// @code{.cpp}
+/// struct Shared : CCmReferenceControlT<CCmMutexThread> {
+///   explicit Shared(bool& gone) : m_gone(gone) {}
+///   ~Shared() override { m_gone = true; }
+///   bool& m_gone;
+/// };
+/// bool gone = false;
+/// auto* const shared = new Shared(gone);
+/// assert(shared->AddReference() == 1);
+/// assert(shared->ReleaseReference() == 0 && gone);
+/// @endcode
 template <>
 class UTIL_API CCmReferenceControlT<CCmMutexThread> {
  public:
@@ -20,23 +33,27 @@ class UTIL_API CCmReferenceControlT<CCmMutexThread> {
   CCmReferenceControlT& operator=(const CCmReferenceControlT&) = delete;
   virtual ~CCmReferenceControlT();
 
-  /// Called once, when the last reference is released. Deletes the object.
+  /// Called once, when the last reference is released, on the thread that released it. Deletes the object.
   virtual void OnReferenceDestory();
 
-  /// One reference more; returns the new count (low 32 bits). REQUIRES: the caller holds a reference, or the
-  /// object has no other user yet.
+  /// Adds a reference.
+  /// @pre The caller holds a reference, or the object has no other user yet.
+  /// @return The new count (low 32 bits).
   std::uint32_t AddReference() {
     // Relaxed: whoever adds a reference holds one already, or received the object in a synchronised way.
     return static_cast<std::uint32_t>(m_references.fetch_add(1, std::memory_order_relaxed) + 1);
   }
-  /// One reference less; returns the new count (low 32 bits). At 0 the object is gone.
+  /// Gives a reference back.
+  /// @pre The caller holds a reference.
+  /// @invalidates At 0, the object.
+  /// @return The new count (low 32 bits).
   std::uint32_t ReleaseReference() {
     // Release: what this owner did to the object comes before its deletion by the last one, which acquires.
     const std::int64_t left = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left == 0) OnReferenceDestory();
     return static_cast<std::uint32_t>(left);
   }
-  /// The count at this moment (low 32 bits), for reports.
+  /// @return The count at this moment (low 32 bits), for reports.
   std::uint32_t ReferenceCount() const {
     return static_cast<std::uint32_t>(m_references.load(std::memory_order_relaxed));
   }

@@ -1,9 +1,13 @@
 #pragma once
 
+/// @file
+/// Text composed in a buffer of the caller's.
+
 #include <string>
 
 #include "util/export.h"
 
+/// The text type of the engine's utility library.
 using CCmString = std::string;
 
 /// Radix of the numbers that follow.
@@ -11,28 +15,54 @@ enum CCmOrdix : int { CM_ORDIX_HEX = 0, CM_ORDIX_DEC = 1 };
 
 /// Writes text into a buffer of the caller's. Allocates nothing, never writes past the buffer, and leaves a
 /// terminated text after every operation; what does not fit is cut off. The same in every locale.
-/// Threads: one owner. Lifetime: the buffer must outlive the formatter.
+///
+/// @threads One owner.
+/// @lifetime The buffer must outlive the formatter.
+/// @code{.cpp}
+/// char buffer[32];
+/// CCmTextFormator text(buffer, sizeof buffer);
+/// text << "fps=" << 30 << ", mask=" << CM_ORDIX_HEX << 255;
+/// assert(std::string(text) == "fps=30, mask=ff");
+/// assert(text.tell() == 15);
+/// @endcode
 class UTIL_API CCmTextFormator {
  public:
-  /// `size` is the buffer's size in bytes, the terminating NUL included; with size 0 nothing is ever written.
+  /// Starts with the empty text.
+  /// @param buffer  where the text goes
+  /// @param size  its size in bytes, the terminating NUL included; with 0 nothing is ever written
   CCmTextFormator(char* buffer, unsigned int size);
   CCmTextFormator(const CCmTextFormator&) = delete;
   CCmTextFormator& operator=(const CCmTextFormator&) = delete;
 
-  CCmTextFormator& operator<<(const char* text);       ///< null writes nothing
-  CCmTextFormator& operator<<(const CCmString& text);  ///< up to the first NUL
+  /// Appends a text.
+  /// @param text  null writes nothing
+  /// @return This formatter.
+  CCmTextFormator& operator<<(const char* text);
+  /// Appends a text.
+  /// @param text  up to its first NUL
+  /// @return This formatter.
+  CCmTextFormator& operator<<(const CCmString& text);
+  ///@{
+  /// Appends a number. In hexadecimal a negative one prints its two's complement.
+  /// @param value  any
+  /// @return This formatter.
   CCmTextFormator& operator<<(int value);
   CCmTextFormator& operator<<(unsigned int value);
   CCmTextFormator& operator<<(long value);
   CCmTextFormator& operator<<(unsigned long value);
-  CCmTextFormator& operator<<(const void* value);  ///< "0x" and hexadecimal digits, whatever the radix
-  /// Numbers are in decimal until told otherwise. In hexadecimal a negative number prints its two's
-  /// complement.
+  ///@}
+  /// Appends an address: "0x" and hexadecimal digits, whatever the radix.
+  /// @param value  any
+  /// @return This formatter.
+  CCmTextFormator& operator<<(const void* value);
+  /// Chooses how the numbers that follow are written; decimal until told otherwise.
+  /// @param radix  CM_ORDIX_HEX, or CM_ORDIX_DEC
+  /// @return This formatter.
   CCmTextFormator& operator<<(CCmOrdix radix);
 
-  /// The text so far, terminated; "" when there is no buffer.
+  /// @return The text so far, terminated, in the buffer; "" when there is no buffer.
   operator char*();
-  /// The text's length in characters, without the NUL.
+  /// @return The text's length in characters, without the NUL.
   unsigned int tell() const;
 
  private:

@@ -10,17 +10,36 @@ class EventQueue;
 
 /// Work for a thread's event queue. Made with new and given to one queue, once; that queue owns it from then
 /// on.
+///
+/// @threads Made on any thread; fires on the queue's.
+/// @lifetime Until the queue ends it with OnDestorySelf().
+/// @code{.cpp}
+/// struct Add : ICmEvent {
+///   Add(int& sum, int term) : m_sum(sum), m_term(term) {}
+///   int OnEventFire() override { return m_sum += m_term; }
+///   int& m_sum;
+///   int m_term;
+/// };
+/// int sum = 0;
+/// ACmThread worker;
+/// worker.Start();
+/// worker.GetEventQueue()->SendEvent(new Add(sum, 3), 0);
+/// assert(sum == 3);
+/// @endcode
 class UTIL_API ICmEvent {
  public:
+  /// @param id  the caller's own; the queue reads no meaning into it
   explicit ICmEvent(unsigned long id = 0);
   ICmEvent(const ICmEvent&) = delete;
   ICmEvent& operator=(const ICmEvent&) = delete;
 
-  /// Does the work, on the queue's thread. The queue reads no meaning into the value returned.
+  /// Does the work, on the queue's thread.
+  /// @return The event's own; the queue reads no meaning into it.
   virtual int OnEventFire() = 0;
   /// Ends the event: called once by the queue, fired or refused. Deletes the event. Must not throw.
   virtual void OnDestorySelf();
 
+  /// @return The id given.
   unsigned long GetEventId() const { return m_id; }
 
   virtual ~ICmEvent();

@@ -3,7 +3,7 @@
 #include "util/ICmEvent.h"
 #include "util/export.h"
 
-/// The event queue of one ACmThread. Any thread may post and send.
+/// The event queue of one ACmThread.
 ///
 /// A queue owns an event from the call on, whatever the call returns: it fires the event at most once, on its
 /// own thread, and ends it once with OnDestorySelf(). A stopped queue refuses: it fires nothing, still ends
@@ -11,20 +11,49 @@
 ///
 /// An exception that leaves OnEventFire() ends neither the thread nor the wait of a sender; a trace line of
 /// level 0 tells of it.
+///
+/// @threads Any may post and send.
+/// @lifetime Until its ACmThread is destroyed.
+/// @code{.cpp}
+/// struct Note : ICmEvent {
+///   Note(std::string& text, char letter) : m_text(text), m_letter(letter) {}
+///   int OnEventFire() override { return m_text += m_letter, 0; }
+///   std::string& m_text;
+///   char m_letter;
+/// };
+/// std::string text;
+/// ACmThread worker;
+/// worker.Start();
+/// ICmEventQueue* const queue = worker.GetEventQueue();
+/// queue->PostEvent(new Note(text, 'a'), ICmEventQueue::kDefaultPriority, 0);
+/// assert(queue->SendEvent(new Note(text, 'b'), 0) == 0);
+/// assert(text == "ab");
+/// worker.Stop();
+/// assert(queue->PostEvent(new Note(text, 'c'), ICmEventQueue::kDefaultPriority, 0) != 0);
+/// assert(text == "ab");
+/// @endcode
 class UTIL_API ICmEventQueue {
  public:
+  /// The priority of events that are in no hurry, and of events that are sent.
   static constexpr unsigned int kDefaultPriority = 128;
 
-  /// Queues the event and returns at once; allocates nothing. A smaller number is a higher priority; events
-  /// of equal priority fire in the order in which they were posted. `flags` is reserved; pass 0. Returns 0;
-  /// EINVAL for a null event; ESHUTDOWN when the queue has stopped.
+  /// Queues the event and returns at once; allocates nothing. Events of equal priority fire in the order in
+  /// which they were posted.
+  /// @param event  made with new; the queue's from now on
+  /// @param priority  any; a smaller number is a higher priority
+  /// @param flags  reserved; pass 0
+  /// @return 0; EINVAL for a null event; ESHUTDOWN when the queue has stopped.
+  /// @invalidates `event`: it may have fired and ended already.
   virtual int PostEvent(ICmEvent* event, unsigned int priority, unsigned int flags) = 0;
 
   /// Queues the event at the default priority and waits until it has fired and ended. From the queue's own
-  /// thread it fires at once. `flags` is reserved; pass 0. The wait has no ceiling while the thread runs: the
-  /// caller must not hold what the event needs.
-  /// Returns 0; EINVAL for a null event; ESHUTDOWN when the queue has stopped; ECANCELED when OnEventFire()
+  /// thread it fires at once. The wait has no ceiling while the thread runs: the caller must not hold what
+  /// the event needs.
+  /// @param event  made with new; the queue's from now on
+  /// @param flags  reserved; pass 0
+  /// @return 0; EINVAL for a null event; ESHUTDOWN when the queue has stopped; ECANCELED when OnEventFire()
   /// threw.
+  /// @invalidates `event`.
   virtual int SendEvent(ICmEvent* event, unsigned int flags) = 0;
 
  protected:

@@ -1,25 +1,48 @@
 #pragma once
 
+/// @file
+/// Monotonic clocks that count microseconds from a moment of their own. A reading never comes near the
+/// largest one in practice.
+/// @threads Any.
+/// @code{.cpp}
+/// const long before = timer_policy::now();
+/// assert(timer_policy::now() >= before);
+/// assert(tick_policy::now() % 1000 == 0);
+/// assert(get_mock_time() == -1);
+/// set_mock_time(5000000);
+/// assert(get_mock_time() == 5000000 && timer_fact<timer_policy>::now() == 5000000);
+/// set_mock_time(static_cast<unsigned long>(-1));
+/// @endcode
+
 #include "util/export.h"
 
-/// Monotonic clocks that count microseconds from a moment of their own. Any thread may read them.
-/// `max_time_value()` is the largest reading; a reading never comes near it in practice.
-struct UTIL_API timer_policy {  ///< as fine as the system's monotonic clock
+/// As fine as the system's monotonic clock.
+struct UTIL_API timer_policy {
+  /// @return The time, in microseconds.
   static long now();
+  /// @return The largest reading, in microseconds.
   static long max_time_value();
 };
 
-struct UTIL_API tick_policy {  ///< steps of whole milliseconds
+/// Steps of whole milliseconds.
+struct UTIL_API tick_policy {
+  /// @return The time, in microseconds.
   static long now();
+  /// @return The largest reading, in microseconds.
   static long max_time_value();
 };
 
-struct UTIL_API low_tick_policy {  ///< steps of the system's coarse clock, a few milliseconds; the cheapest
+/// Steps of the system's coarse clock, a few milliseconds; the cheapest.
+struct UTIL_API low_tick_policy {
+  /// @return The time, in microseconds.
   static long now();
+  /// @return The largest reading, in microseconds.
   static long max_time_value();
 };
 
-/// A process-wide time in microseconds that meters use in place of their clock; -1 (the start value): none.
+/// @return The process-wide time in microseconds that meters use in place of their clock; -1 (the start
+/// value): none.
 UTIL_API long get_mock_time();
-/// The value that makes get_mock_time() -1, all bits set, switches mocking off.
+/// Sets the time that meters use in place of their clock.
+/// @param time  in microseconds; the value that makes get_mock_time() -1, all bits set, switches mocking off
 UTIL_API void set_mock_time(unsigned long time);
