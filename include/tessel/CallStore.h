@@ -10,10 +10,11 @@ namespace kalStore {
 
 /// The store of a call, held for a scope: made, or shared with whoever holds it, and given back at the end.
 ///
-/// Threads: the handle has one owner, who may be any thread; the store is for all. Lifetime: what is used
-/// with the store, subscriptions too, ends before the handle. Not to be used after DestroyKalConfig().
-///
-/// @code
+/// @threads The handle has one owner, who may be any thread; the store is for all.
+/// @lifetime What is used with the store, subscriptions too, ends before the handle. Not to be used after
+/// DestroyKalConfig().
+/// @par Example
+/// @code{.cpp}
 /// {
 ///   const CallStore call(7, CallStore::kEndsCall);
 ///   call->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 15, false, false);
@@ -30,7 +31,9 @@ class CallStore {
     kEndsCall,    ///< the call ends: the store goes with its last holder
   };
 
-  /// Throws what making the store throws.
+  /// Makes or shares the store. Throws what making it throws.
+  /// @param callId  any
+  /// @param role  what the end of the scope means for the call
   explicit CallStore(std::uint32_t callId, Role role = kSharesCall) : m_callId(callId), m_role(role) {
     CreateKalConfig(callId, &m_store);
   }
@@ -38,6 +41,7 @@ class CallStore {
   /// The source then holds nothing, and may only be assigned to or destroyed.
   CallStore(CallStore&& other) noexcept
       : m_callId(other.m_callId), m_role(other.m_role), m_store(std::exchange(other.m_store, nullptr)) {}
+  /// Gives back what this handle holds first.
   CallStore& operator=(CallStore&& other) noexcept {
     if (this != &other) {
       release();
@@ -48,10 +52,16 @@ class CallStore {
     return *this;
   }
 
+  /// Ends the call, as the role says, and gives the store back.
+  /// @invalidates Pointers to the store, unless somebody else holds it.
   ~CallStore() { release(); }
 
+  ///@{
+  /// @return The store.
   IKalConfig& operator*() const { return *m_store; }
   IKalConfig* operator->() const { return m_store; }
+  ///@}
+  /// @return The id given.
   std::uint32_t CallId() const { return m_callId; }
 
  private:

@@ -13,13 +13,24 @@
 namespace kalStore {
 
 /// A setting as its key reads it.
+/// @threads A plain value.
+/// @par Example
+/// @code{.cpp}
+/// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
+/// KalConfigHelper settings(7);
+/// settings.SetKalConfig("MaxFps", "15 per second", KAL_CONFIG_GROUP_VIDEO);
+/// const ConfigReading<int> reading = kMaxFps.Read(settings);
+/// assert(reading.IsRefused() && reading.value == 30);
+/// assert(reading.stored.ToString() == "15 per second");
+/// @endcode
 template <ConfigType T>
 struct ConfigReading {
   T value;            ///< what is stored, or the key's default
   ConfigData stored;  ///< what is stored, as it is; empty when nothing is, or the store cannot be read
   bool fromStore;     ///< whether `value` is what is stored
 
-  /// Whether something is stored that is not wholly a T.
+  /// Whether something is stored that is no T.
+  /// @return True when something is stored, but not wholly a T.
   bool IsRefused() const { return stored.IsValid() && !fromStore; }
 };
 
@@ -49,9 +60,9 @@ concept SettableAs = std::same_as<From, T> ||
 /// A stored text that is not wholly a T is refused, not narrowed: reading gives the default, and Read()
 /// tells. Writing takes a T alone: neither a wider number nor, for a number, a text compiles.
 ///
-/// Threads: a constant, for any thread; its operations are those of the store or facade it is used with.
-///
-/// @code
+/// @threads A constant, for any thread; its operations are those of the store or facade it is used with.
+/// @par Example
+/// @code{.cpp}
 /// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 ///
 /// KalConfigHelper settings(7);
@@ -70,8 +81,10 @@ concept SettableAs = std::same_as<From, T> ||
 template <ConfigType T>
 class ConfigKey {
  public:
-  /// All three are constants: a group, or KAL_CONFIG_GROUP_DEFAULT for a facade's default group; a name that
-  /// is not empty; a default within the range of T, which for a std::string is a C text.
+  /// All three are constants, checked by the compiler.
+  /// @param group  0 to 12, or KAL_CONFIG_GROUP_DEFAULT for a facade's default group
+  /// @param name  not null, not empty
+  /// @param defaultValue  within the range of T; for a std::string a C text
   template <detail::ConfigDefaultFor<T> Default>
   consteval ConfigKey(KalConfigGroup group, const char* name, Default defaultValue)
       : m_group(group), m_name(name), m_default(static_cast<detail::ConfigDefault<T>>(defaultValue)) {
@@ -81,31 +94,50 @@ class ConfigKey {
     if (!fits) detail::TheKeyNeedsAGroupANameAndADefaultWithinRange();
   }
 
+  /// @return The group given.
   constexpr KalConfigGroup Group() const { return m_group; }
+  /// @return The name given.
   constexpr const char* Name() const { return m_name; }
+  /// @return The default given.
   T Default() const { return m_default; }
 
-  /// What is stored; the default when nothing is, when it is refused, and when the store cannot be read.
+  /// Reads the setting.
+  /// @param store  a store or a facade
+  /// @return What is stored; the default when nothing is, when it is refused, and when the store cannot be
+  /// read.
   T Get(ConfigRef store) const { return Read(store).value; }
 
-  /// The same, and what it comes from.
+  /// Reads the setting, and tells what its value comes from.
+  /// @param store  a store or a facade
+  /// @return The value, what is stored, and whether one is the other.
   ConfigReading<T> Read(ConfigRef store) const {
     ConfigData stored;
     store.Get(m_group, m_name, stored);
     return reading(std::move(stored));
   }
 
-  /// Stores the value; results as IKalConfig::SetKalConfig(), see IsStored().
+  /// Stores a value.
+  /// @param store  a store or a facade
+  /// @param value  a T; for a std::string a C text as well
+  /// @param bForceNotify  tells of an equal value, too
+  /// @return As IKalConfig::SetKalConfig() or KalConfigHelper::SetKalConfig(); see IsStored().
   template <detail::SettableAs<T> Value>
   std::int32_t Set(ConfigRef store, Value value, bool bForceNotify = false) const {
     return store.Set(m_group, m_name, ConfigData(std::move(value)), bForceNotify);
   }
 
   /// Removes what is stored, and tells nobody: the default holds again.
+  /// @param store  a store or a facade
+  /// @return As IKalConfig::RemoveKalConfig() or KalConfigHelper::RemoveKalConfig().
   std::int32_t Remove(ConfigRef store) const { return store.Remove(m_group, m_name); }
 
-  /// Has `fn` told of every change, and at once of what is stored if anything is; empty when refused. `fn`
-  /// takes a const ConfigReading<T>&.
+  /// Has `fn` told of every change, and at once of what is stored if anything is.
+  /// @param store  a store or a facade; must outlive the subscription
+  /// @param fn  takes a const ConfigReading<T>&
+  /// @param pRunThread  where `fn` runs, see IKalConfig::SubscribeConfig(); not owned, must outlive the
+  /// subscription
+  /// @param bAsync  whether `pRunThread` is posted to rather than waited for
+  /// @return The subscription; empty when refused.
   template <std::invocable<const ConfigReading<T>&> Fn>
   Subscription Subscribe(ConfigRef store, Fn fn, ACmThread* pRunThread = nullptr, bool bAsync = false) const {
     return Subscription(

@@ -8,7 +8,16 @@
 
 namespace kalStore {
 
-/// Whether a set with this result has stored its value, be it told to somebody or not.
+/// Whether a set has stored its value, be it told to somebody or not.
+/// @param setResult  what a SetKalConfig() returned
+/// @return True for 0, 0x46004009 and 0x4600400a.
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// KalConfigHelper settings(7);
+/// assert(IsStored(settings.SetKalConfig("Bitrate", 32000, KAL_CONFIG_GROUP_AUDIO)));
+/// assert(!IsStored(settings.SetKalConfig("", 32000, KAL_CONFIG_GROUP_AUDIO)));
+/// @endcode
 constexpr bool IsStored(std::int32_t setResult) {
   return setResult == kResultOk || setResult == kResultNobody || setResult == kResultUnchanged;
 }
@@ -16,33 +25,84 @@ constexpr bool IsStored(std::int32_t setResult) {
 /// A call's settings, by way of its store or of a facade: what typed.h works on. Made by passing either where
 /// a ConfigRef is asked for.
 ///
-/// Borrows: the store or facade must outlive it. Operations, results and threads are those of what it refers
-/// to. KAL_CONFIG_GROUP_DEFAULT is a facade's default group; a store refuses it.
+/// KAL_CONFIG_GROUP_DEFAULT is a facade's default group; a store refuses it.
+///
+/// @threads Operations, results and threads are those of what it refers to.
+/// @lifetime Borrows: the store or facade must outlive it.
+/// @par Example
+/// @code{.cpp}
+/// const auto halve = [](ConfigRef settings) {  // takes a store as well as a facade
+///   ConfigData bitrate;
+///   settings.Get(KAL_CONFIG_GROUP_AUDIO, "Bitrate", bitrate);
+///   return settings.Set(KAL_CONFIG_GROUP_AUDIO, "Bitrate", bitrate.ToInt() / 2);
+/// };
+/// KalConfigHelper facade(7);
+/// CallStore store(7);
+/// facade.SetKalConfig("Bitrate", 32000, KAL_CONFIG_GROUP_AUDIO);
+/// halve(facade);
+/// halve(*store);
+/// assert(facade.GetKalConfig("Bitrate", KAL_CONFIG_GROUP_AUDIO).ToInt() == 8000);
+/// @endcode
 class ConfigRef {
  public:
+  /// Refers to a store.
+  /// @param store  must outlive it
   ConfigRef(IKalConfig& store) : m_store(&store) {}
+  /// Refers to a facade.
+  /// @param facade  must outlive it
   ConfigRef(KalConfigHelper& facade) : m_facade(&facade) {}
 
+  /// Reads a stored value.
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @param value  receives a copy
+  /// @return As GetKalConfig() there.
   std::int32_t Get(KalConfigGroup group, const char* name, ConfigData& value) const {
     return m_facade ? m_facade->GetKalConfig(name, value, group) : m_store->GetKalConfig(group, name, value);
   }
+  /// Stores a value and tells the name's subscribers.
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @param value  valid
+  /// @param bForceNotify  tells of an equal value, too
+  /// @return As SetKalConfig() there; see IsStored().
   std::int32_t Set(KalConfigGroup group, const char* name, ConfigData value,
                    bool bForceNotify = false) const {
     return m_facade ? m_facade->SetKalConfig(name, std::move(value), group, bForceNotify)
                     : m_store->SetKalConfig(group, name, std::move(value), bForceNotify, false);
   }
+  /// Removes a stored value and tells nobody.
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @return As RemoveKalConfig() there.
   std::int32_t Remove(KalConfigGroup group, const char* name) const {
     return m_facade ? m_facade->RemoveKalConfig(name, group) : m_store->RemoveKalConfig(group, name);
   }
+  /// Has `fn` told of every change of the name, and at once of its current value if there is one.
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @param fn  told of the changes; not empty
+  /// @param pRunThread  where `fn` runs, see IKalConfig::SubscribeConfig(); not owned, must outlive the
+  /// subscription
+  /// @param bAsync  whether `pRunThread` is posted to rather than waited for
+  /// @return As SubscribeConfig() there.
   SubscribeId_t Subscribe(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
                           ACmThread* pRunThread, bool bAsync) const {
     return m_facade ? m_facade->SubscribeConfig(name, std::move(fn), group, pRunThread, bAsync)
                     : m_store->SubscribeConfig(group, name, std::move(fn), pRunThread, bAsync);
   }
+  /// Removes a subscription; waits as IKalConfig::UnsubscribeConfig() does.
+  /// @param id  as Subscribe() returned it
+  /// @return As UnsubscribeConfig() there.
+  /// @invalidates The id.
   std::int32_t Unsubscribe(SubscribeId_t id) const {
     return m_facade ? m_facade->UnsubscribeConfig(id) : m_store->UnsubscribeConfig(id);
   }
-  /// Of a facade alone: a store knows its subscriptions by id.
+  /// The same by name, of a facade alone: a store knows its subscriptions by id.
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @return As UnsubscribeConfig() of the facade; 0x46004001 of a store.
+  /// @invalidates The id.
   std::int32_t Unsubscribe(KalConfigGroup group, const char* name) const {
     return m_facade ? m_facade->UnsubscribeConfig(name, group) : kResultNotFound;
   }

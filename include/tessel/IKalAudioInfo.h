@@ -15,46 +15,102 @@ namespace kalStore {
 /// `stat112` to 20, after it has copied the block.
 ///
 /// Setters assign the members named; they cannot fail. A stream index outside 0 to 19 changes nothing.
+///
+/// @par Example
+/// @code{.cpp}
+/// const StatsRef<Audio> statistics(7);
+/// statistics->updateTxBitRate(32000);
+/// statistics->updateSpeechLevel(-30, -35, -28);
+/// statistics->updateRxBitRate(2, 24000);
+///
+/// st_KalAudioBlock sent;
+/// assert(statistics->GetTxMediaInfo(&sent, true) == kResultOk);
+/// assert(sent.bitrate == 32000 && sent.speechLevel[2] == -28);
+/// statistics->GetTxMediaInfo(&sent, false);
+/// assert(sent.speechLevel[2] == -100);  // of the interval that has just begun
+///
+/// st_KalAudioBlock received;
+/// assert(statistics->GetRxAudioInfo(&received, 2, false) == kResultOk && received.bitrate == 24000);
+/// assert(statistics->GetRxAudioInfo(&received, 20, false) == kResultNotFound);
+/// @endcode
 class TESSEL_API IKalAudioInfo : public IKalMediaInfo {
  public:
   /// Tx `codecStat0`, `stat4`, `encodeDropMs`, `codecStat16`, `codecStat24`, and `codecCode` from the payload
   /// type.
+  /// @param codec  read during the call alone
   virtual void updateSendCodecInfo(st_KalAudioCodecStatisticsInfo& codec) = 0;
-  /// Tx `bitrate`, bits per second.
+  /// Tx `bitrate`.
+  /// @param bitrate  bits per second
   virtual void updateTxBitRate(std::uint32_t bitrate) = 0;
-  /// Rx `bitrate`, bits per second.
+  /// Rx `bitrate`.
+  /// @param stream  0 to 19; any other changes nothing
+  /// @param bitrate  bits per second
   virtual void updateRxBitRate(std::int32_t stream, std::uint32_t bitrate) = 0;
   /// Tx `unstableEvents`.
+  /// @param count  number of events
   virtual void updateUnstableEventCount(std::uint32_t count) = 0;
   /// Tx `aecLevel`, in the order of the arguments.
+  /// @param first  element 0, decibels
+  /// @param second  element 1, decibels
+  /// @param third  element 2, decibels
   virtual void updateAECLevel(float first, float second, float third) = 0;
   /// Tx `noiseLevel`, in the order of the arguments.
+  /// @param first  element 0, decibels; -100 is none
+  /// @param second  element 1, decibels; -100 is none
+  /// @param third  element 2, decibels; -100 is none
   virtual void updateNoiseLevel(float first, float second, float third) = 0;
   /// Tx `speechLevel`, in the order of the arguments.
+  /// @param first  element 0, decibels; -100 is none
+  /// @param second  element 1, decibels; -100 is none
+  /// @param third  element 2, decibels; -100 is none
   virtual void updateSpeechLevel(float first, float second, float third) = 0;
   /// Rx `codecCode`; a type that stands for no codec leaves it as it is.
+  /// @param stream  0 to 19; any other changes nothing
+  /// @param payloadType  RTP payload type, any
   virtual void updatePayloadType(std::int32_t stream, KAL_AUDIO_PAYLOAD_TYPE payloadType) = 0;
   /// Rx `lbrrFlag` and `stat4`.
+  /// @param stream  0 to 19; any other changes nothing
+  /// @param lbrr  whether low bit-rate redundancy is on
+  /// @param stat4  a bare number
   virtual void updateDecodeInfo(std::int32_t stream, bool lbrr, std::uint32_t stat4) = 0;
-  /// Rx `jitterStat8` to `jitterStat48` and `stat112` from `jitter`; the low 8 bits of the numbers in
-  /// `jitterBytes`.
+  /// Rx `jitterStat8` to `jitterStat48` and `stat112` from `jitter`; `jitterBytes` from the numbers.
+  /// @param stream  0 to 19; any other changes nothing
+  /// @param jitter  read during the call alone
+  /// @param jitter1  a bare number, of which the low 8 bits count
+  /// @param jitter2  a bare number, of which the low 8 bits count
   virtual void updateJitterBufferStatistics(std::int32_t stream, st_KalAudioJitterBufferStatistics& jitter,
                                             std::int32_t jitter1, std::int32_t jitter2) = 0;
-  /// Rx `e2eDelay`, milliseconds, in the order of the arguments.
+  /// Rx `e2eDelay`, in the order of the arguments.
+  /// @param stream  0 to 19; any other changes nothing
+  /// @param first  element 0, milliseconds
+  /// @param second  element 1, milliseconds
+  /// @param third  element 2, milliseconds
   virtual void updateE2EDelayInfo(std::int32_t stream, std::uint32_t first, std::uint32_t second,
                                   std::uint32_t third) = 0;
   /// Rx `lbrrFlag`.
+  /// @param stream  0 to 19; any other changes nothing
+  /// @param lbrr  whether low bit-rate redundancy is on
   virtual void updateCodecStaticsLBRRflag(std::int32_t stream, bool lbrr) = 0;
   /// Tx `lbrrFlag`: the first byte of `codecStat0` alone.
+  /// @param lbrr  whether low bit-rate redundancy is on
   virtual void updateCodecStaticsLBRRflag(bool lbrr) = 0;
-  /// Tx `encodeDropMs`, milliseconds.
+  /// Tx `encodeDropMs`.
+  /// @param milliseconds  of audio that the encoder dropped
   virtual void updateTxEncodeDropFrameinMS(std::uint32_t milliseconds) = 0;
   /// The stream's A/V-sync record.
+  /// @param stream  0 to 19; any other changes nothing
+  /// @param sync  copied
   virtual void updateAVSyncStatistics(std::int32_t stream, kal::_tagSyncStatistics& sync) = 0;
-  /// Copies the stream's Rx block to `buffer`: 0. `buffer` null or no such stream: 0x46004001, nothing
-  /// copied. `reset` then zeroes the stream's `jitterStat12`, `jitterStat8` and `jitterStat16`.
+  /// Copies a stream's Rx block.
+  /// @param buffer  receives the st_KalAudioBlock, 260 bytes
+  /// @param stream  0 to 19
+  /// @param reset  zeroes the stream's `jitterStat12`, `jitterStat8` and `jitterStat16` afterwards
+  /// @return 0; 0x46004001 when `buffer` is null or there is no such stream, with nothing copied.
   virtual std::int32_t GetRxAudioInfo(void* buffer, std::int32_t stream, bool reset) = 0;
-  /// Copies the stream's kal::_tagSyncStatistics, 120 bytes, to `buffer`: 0. Errors as GetRxAudioInfo().
+  /// Copies a stream's A/V-sync record.
+  /// @param buffer  receives the kal::_tagSyncStatistics, 120 bytes
+  /// @param stream  0 to 19
+  /// @return 0; 0x46004001 when `buffer` is null or there is no such stream, with nothing copied.
   virtual std::int32_t GetAVSyncInfo(void* buffer, std::int32_t stream) = 0;
 };
 

@@ -13,15 +13,28 @@ namespace kalStore {
 /// The settings of one call: named values in thirteen groups, with subscriptions to their changes and
 /// bindings that compute a value when it is read.
 ///
-/// Threads: any operation, from any thread. Groups never wait for each other, and no lock of the store is
-/// held while a callback runs: a callback may read, set, subscribe, remove, import and export on the same
-/// store. Lifetime: obtained from CreateKalConfig() and valid until given back with ReleaseKalConfig(). Names
-/// are NUL-terminated texts of any bytes and must not be empty. Groups above 12 are refused. No operation
-/// throws for bad input.
+/// Names are NUL-terminated texts of any bytes and must not be empty. Groups above 12 are refused. No
+/// operation throws for bad input.
 ///
 /// A failed allocation leaves the operation as std::bad_alloc, and the store usable: a subscription or
 /// binding was not made, an export keeps the last text, a set or import stored whole values or none, and may
 /// have stored one without telling every subscriber. Removals allocate nothing.
+///
+/// @threads Any operation, from any thread. Groups never wait for each other, and no lock of the store is
+/// held while a callback runs: a callback may read, set, subscribe, remove, import and export on the same
+/// store.
+/// @lifetime Obtained from CreateKalConfig() and valid until given back with ReleaseKalConfig().
+/// @par Example
+/// @code{.cpp}
+/// IKalConfig* store = nullptr;
+/// CreateKalConfig(7, &store);
+/// store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30, false, false);
+/// ConfigData value;
+/// assert(store->GetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", value) == kResultOk);
+/// assert(value.ToInt() == 30);
+/// ReleaseKalConfig(store);
+/// CleanUpKalConfig(7);
+/// @endcode
 class TESSEL_API IKalConfig {
  public:
   /// Has `fn` told of every change of the name, and at once of its current value if there is one.
@@ -43,14 +56,43 @@ class TESSEL_API IKalConfig {
   /// again. Posted or handed over, it is caught by the run thread's queue, traced, and does not reach the
   /// setter.
   ///
-  /// pRunThread is not owned and must outlive the subscription.
-  /// Returns the subscription's id; 0 for a group above 12, a null or empty name, or an empty `fn`.
+  /// @param group  0 to 12
+  /// @param name  not null, not empty
+  /// @param fn  told of the changes; not empty
+  /// @param pRunThread  where `fn` runs, see the table; not owned, must outlive the subscription
+  /// @param bAsync  whether `pRunThread` is posted to rather than waited for
+  /// @return The subscription's id; 0 for a group above 12, a null or empty name, or an empty `fn`.
+  /// @par Example
+  /// @code{.cpp}
+  /// CallStore store(7, CallStore::kEndsCall);
+  /// int fps = 0;
+  /// const SubscribeId_t id = store->SubscribeConfig(
+  ///     KAL_CONFIG_GROUP_VIDEO, "MaxFps",
+  ///     [&](const KalConfigEvent& change) { fps = change.m_newValue.ToInt(); }, nullptr, false);
+  /// store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 15, false, false);
+  /// assert(fps == 15);
+  /// store->UnsubscribeConfig(id);
+  /// @endcode
   virtual SubscribeId_t SubscribeConfig(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
                                         ACmThread* pRunThread, bool bAsync) = 0;
 
   /// Has `fn` compute the name's value whenever it is read with GetDynamicConfig(), on the reader's thread.
-  /// What `fn` throws leaves that read. Returns the binding's id; 0 for bad arguments as in
-  /// SubscribeConfig(), and when the name is bound already.
+  /// What `fn` throws leaves that read.
+  /// @param group  0 to 12
+  /// @param name  not null, not empty
+  /// @param fn  returns the value, given the reader's default; not empty
+  /// @return The binding's id; 0 for bad arguments as in SubscribeConfig(), and when the name is bound
+  /// already.
+  /// @par Example
+  /// @code{.cpp}
+  /// CallStore store(7, CallStore::kEndsCall);
+  /// store->BindConfig(KAL_CONFIG_GROUP_METRICS, "Load",
+  ///                   [](const KalConfigEvent& read) { return ConfigData(read.m_defaultValue.ToInt() + 1);
+  ///                   });
+  /// ConfigData load;
+  /// assert(store->GetDynamicConfig(KAL_CONFIG_GROUP_METRICS, "Load", load, 41) == kResultOk);
+  /// assert(load.ToInt() == 42);
+  /// @endcode
   virtual SubscribeId_t BindConfig(KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn) = 0;
 
   /// Removes a subscription or binding. Changes made after the call are not told to it.
@@ -60,42 +102,79 @@ class TESSEL_API IKalConfig {
   /// run on its thread, with a copy of the callback. A wait that gave up leaves the callback in place until
   /// the delivery ends. Inside the subscription's own callback, or that of another subscriber which the same
   /// change is told to before it, called directly or handed over, the wait can only give up: remove from
-  /// elsewhere, or subscribe with bAsync. Returns 0; 0x46004001 when the id is not registered.
+  /// elsewhere, or subscribe with bAsync.
+  /// @param id  as SubscribeConfig() or BindConfig() returned it
+  /// @return 0, also when the wait gave up; 0x46004001 when the id is not registered.
+  /// @invalidates The id, and what the callback captured by reference may go, subject to the wait above.
   virtual std::int32_t UnsubscribeConfig(SubscribeId_t id) = 0;
 
-  /// Stores a value and tells the name's subscribers; an equal value is told only with `bForceNotify`.
-  /// `bTransient` announces the value without storing it, and removes what was stored.
-  /// Returns 0 when a subscriber was told, 0x4600400a when there was none, 0x46004009 when the value did not
+  /// Stores a value and tells the name's subscribers.
+  /// @param group  0 to 12
+  /// @param name  not null, not empty
+  /// @param value  valid
+  /// @param bForceNotify  tells of an equal value, too
+  /// @param bTransient  announces the value without storing it, and removes what was stored
+  /// @return 0 when a subscriber was told, 0x4600400a when there was none, 0x46004009 when the value did not
   /// change (all three: stored); 0x46004003 for a bad argument or an invalid value (nothing stored).
   virtual std::int32_t SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,
                                     bool bForceNotify, bool bTransient) = 0;
 
-  /// Copies the stored value to `value`: 0. Without one: 0x46004001, `value` made invalid. 0x46004003 for a
-  /// bad argument, `value` untouched.
+  /// Reads a stored value.
+  /// @param group  0 to 12
+  /// @param name  not null, not empty
+  /// @param value  receives a copy
+  /// @return 0; 0x46004001 when there is none, with `value` made invalid; 0x46004003 for a bad argument, with
+  /// `value` untouched.
   virtual std::int32_t GetKalConfig(KalConfigGroup group, const char* name, ConfigData& value) = 0;
 
-  /// Asks the name's binding, handing it `defaultValue`: 0. Without a binding: 0x4600400a, `value` untouched.
-  /// Stored values are not consulted. 0x46004003 for a bad argument.
+  /// Asks the name's binding, see BindConfig(). Stored values are not consulted.
+  /// @param group  0 to 12
+  /// @param name  not null, not empty
+  /// @param value  receives what the binding returned
+  /// @param defaultValue  handed to the binding; may be invalid
+  /// @return 0; 0x4600400a without a binding, 0x46004003 for a bad argument, both with `value` untouched.
   virtual std::int32_t GetDynamicConfig(KalConfigGroup group, const char* name, ConfigData& value,
                                         ConfigData defaultValue) = 0;
 
-  /// Removes a stored value and tells nobody. 0, also when there was none; 0x46004003 for a bad argument.
+  /// Removes a stored value and tells nobody.
+  /// @param group  0 to 12
+  /// @param name  not null, not empty
+  /// @return 0, also when there was none; 0x46004003 for a bad argument.
   virtual std::int32_t RemoveKalConfig(KalConfigGroup group, const char* name) = 0;
 
-  /// Removes all values of the group and tells nobody; subscriptions and bindings stay. 0, or 0x46004003.
+  /// Removes all values of the group and tells nobody; subscriptions and bindings stay.
+  /// @param group  0 to 12
+  /// @return 0; 0x46004003 for a bad group.
   virtual std::int32_t RemoveKalConfigByGroup(KalConfigGroup group) = 0;
 
-  /// The stored values of the groups as a settings document. The text lives in the store until its next
-  /// DumpKalConfigs(), from whatever thread, or its end; do not free it. Consistent within each group.
+  /// Writes the stored values of groups as a settings document, see ApplyKalConfigs(). Consistent within each
+  /// group.
+  /// @param groups  bit g selects group g; bits 13 and above are ignored
+  /// @return The text, never null. It lives in the store until its next DumpKalConfigs(), from whatever
+  /// thread, or its end; do not free it.
+  /// @invalidates The text that the previous DumpKalConfigs() returned.
+  /// @par Example
+  /// @code{.cpp}
+  /// CallStore store(7, CallStore::kEndsCall);
+  /// store->SetKalConfig(KAL_CONFIG_GROUP_AUDIO, "Bitrate", 32000, false, false);
+  /// const std::string text = store->DumpKalConfigs(1U << KAL_CONFIG_GROUP_AUDIO);
+  /// assert(text == R"({"Audio":[{"key":"Bitrate","value":"32000"}]})");
+  /// store->RemoveKalConfigByGroup(KAL_CONFIG_GROUP_AUDIO);
+  /// assert(store->ApplyKalConfigs(text.c_str()) == kResultOk);
+  /// assert(store->DumpKalConfigs(1U << KAL_CONFIG_GROUP_AUDIO) == text);
+  /// @endcode
   virtual const char* DumpKalConfigs(ConfigMultGroup_t groups) = 0;
 
   /// Sets every entry of a settings document, in group name order and then in document order, as
   /// SetKalConfig() without force would. Unknown groups, entries without a text "key" and "value" and refused
-  /// values are skipped. 0; 0x46004001 when the text is null or no JSON object, with nothing stored. What a
-  /// callback throws leaves the import; the entries after it are not set.
+  /// values are skipped; CheckSettings() tells which. What a callback throws leaves the import; the entries
+  /// after it are not set.
   ///
   /// A document is an object of group names, each an array of objects with "key" and "value", both strings:
   /// {"Audio":[{"key":"Bitrate","value":"32000"}]}
+  /// @param szJsonConfig  the document's text, up to its NUL
+  /// @return 0, also when entries were skipped; 0x46004001 when the text is null or no JSON object, with
+  /// nothing stored.
   virtual std::int32_t ApplyKalConfigs(const char* szJsonConfig) = 0;
 
   virtual ~IKalConfig() = default;

@@ -8,18 +8,35 @@
 namespace kal {
 
 /// The references of a shared object, and its interfaces.
-/// Threads: any operation, from any thread. Lifetime: the object ends with its last reference.
+/// @threads Any operation, from any thread.
+/// @lifetime The object ends with its last reference.
+/// @par Example
+/// @code{.cpp}
+/// auto* const statistics = new KalVideoStatisticInfo(7);
+/// assert(statistics->AddRef() == 1);
+/// void* part = nullptr;
+/// assert(statistics->QueryInterface(kStatisticsInterfaceId, &part) == kResultOk);
+/// assert(statistics->GetReference() == 2);
+/// static_cast<kal::CKalUnknownImpl*>(part)->ReleaseReference();
+/// assert(statistics->Release() == 0);
+/// @endcode
 class TESSEL_API IKalUnknown {
  public:
-  /// One reference more; returns the new count (low 32 bits). REQUIRES: the caller holds a reference.
+  /// Adds a reference.
+  /// @pre The caller holds a reference, or the object has no other user yet.
+  /// @return The new count (low 32 bits).
   virtual std::uint32_t AddRef() = 0;
-  /// Gives one reference back; returns the new count (low 32 bits). At 0 the object is gone.
+  /// Gives a reference back.
+  /// @pre The caller holds a reference.
+  /// @return The new count (low 32 bits).
+  /// @invalidates At 0, the object.
   virtual std::uint32_t Release() = 0;
-  /// Stores the interface that `iid` names in `*ppv`, with one reference more: 0. An unknown `iid`:
-  /// 0x46004005,
-  /// `*ppv` null. `ppv` null: 0x46004006.
+  /// Asks for an interface.
+  /// @param iid  which; of the statistics objects: kStatisticsInterfaceId
+  /// @param ppv  receives the interface, with one reference more; null for an unknown `iid`
+  /// @return 0; 0x46004005 for an unknown `iid`; 0x46004006 when `ppv` is null.
   virtual std::int32_t QueryInterface(const _tagUUID& iid, void** ppv) = 0;
-  /// The count at this moment (low 32 bits), for reports.
+  /// @return The count at this moment (low 32 bits), for reports.
   virtual std::uint32_t GetReference() = 0;
 
  protected:

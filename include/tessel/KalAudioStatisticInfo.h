@@ -14,6 +14,7 @@ class TESSEL_API KalAudioStatisticInfo : public kalStore::IKalAudioInfo,
  public:
   /// With all blocks zero but the Tx noise and speech levels, -100, and `stat112`, 20; the reference count is
   /// 0: the first owner adds the first one.
+  /// @param callId  the call's, any
   explicit KalAudioStatisticInfo(std::uint32_t callId);
   ~KalAudioStatisticInfo() override;
 

@@ -17,6 +17,8 @@ namespace kalStore {
 /// The store of one call. Obtain it with CreateKalConfig() and use it through IKalConfig.
 class TESSEL_API KalConfig : public IKalConfig {
  public:
+  /// An empty store.
+  /// @param callId  any; shown in trace lines
   explicit KalConfig(std::uint32_t callId);
   KalConfig(const KalConfig&) = delete;
   KalConfig& operator=(const KalConfig&) = delete;
@@ -37,8 +39,9 @@ class TESSEL_API KalConfig : public IKalConfig {
 
   ~KalConfig() override;
 
-  /// Sets the cleaned-up flag; false when it was set already. The registry calls it under its own lock, so
-  /// that it drops its reference once.
+  /// Sets the cleaned-up flag, so that the registry drops its reference once.
+  /// @threads The registry's alone, under its own lock.
+  /// @return False when it was set already.
   bool MarkCleanedUp();
 
  private:

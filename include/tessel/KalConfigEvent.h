@@ -10,6 +10,7 @@
 
 namespace kalStore {
 
+/// What an event carries: a value of a store.
 using ConfigValue = ConfigData;
 
 /// The id of a subscription or binding, drawn per store from 1 upward and never used again; 0: none.
@@ -17,12 +18,12 @@ using SubscribeId_t = std::uint64_t;
 
 /// What a callback receives: a change of a value, or the read of a bound one.
 struct KalConfigEvent {
-  std::string m_name;
+  std::string m_name;      ///< which value
   ConfigValue m_oldValue;  ///< before the change; empty for an initial delivery and for a binding call
   ConfigValue
       m_newValue;  ///< after the change; the current value for an initial delivery; empty for a binding
   ConfigValue m_defaultValue;  ///< the default given to GetDynamicConfig; empty for changes
-  KalConfigGroup m_group = KAL_CONFIG_GROUP_DEFAULT;
+  KalConfigGroup m_group = KAL_CONFIG_GROUP_DEFAULT;          ///< where it is
   kal::KalSessionType m_sessionType = kal::KAL_SESSION_NONE;  ///< of the group; 15 when it has none
 };
 

@@ -1,5 +1,15 @@
 #pragma once
 
+/// @file
+/// The groups of a store, and their names.
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// assert(KalConfigGroup2GroupName(KAL_CONFIG_GROUP_AUDIO_SI) == "AudioSi");
+/// assert(GroupName2KalConfigGroup("AudioSi") == KAL_CONFIG_GROUP_AUDIO_SI);
+/// assert(!IsConfigGroup(GroupName2KalConfigGroup("audiosi")));
+/// @endcode
+
 #include <cstdint>
 #include <string>
 
@@ -30,17 +40,25 @@ enum KalConfigGroup : std::int32_t {
 /// A set of groups: bit g selects group g. Bits 13 and above are ignored.
 using ConfigMultGroup_t = std::uint32_t;
 
+/// Every group.
 inline constexpr ConfigMultGroup_t kAllConfigGroups = (1U << KAL_CONFIG_GROUP_LAST) - 1;
 
-/// Whether `group` selects a group of a store, 0 to 12.
+/// Whether a number selects a group of a store.
+/// @param group  any
+/// @return True for 0 to 12.
 constexpr bool IsConfigGroup(KalConfigGroup group) {
   return static_cast<std::uint32_t>(group) < KAL_CONFIG_GROUP_LAST;
 }
 
-/// The group's name, for example "Common"; "LastGroup" for 13, "Undefined_Group" for every other value.
+/// Names a group.
+/// @param group  any
+/// @return The group's name, for example "Common"; "LastGroup" for 13, "Undefined_Group" for every other
+/// value.
 TESSEL_API std::string KalConfigGroup2GroupName(KalConfigGroup group);
 
-/// The group of that very name, letter case included; 13 for every text that names none of groups 0 to 12.
+/// Finds a group by its name.
+/// @param name  the very name, letter case included
+/// @return The group; 13 for every text that names none of groups 0 to 12.
 TESSEL_API KalConfigGroup GroupName2KalConfigGroup(const std::string& name);
 
 }  // namespace kalStore

@@ -18,11 +18,14 @@
 namespace kalStore {
 
 /// Some of a name's handlers in the order of registration, as they were at one moment. Keeps them alive.
+/// @threads As a standard container: any number may read it while nobody assigns to it.
 template <class T>
 class HandlerSnapshot {
  public:
   HandlerSnapshot() = default;
-  /// Those of `handlers` that `isWanted`. Allocates once when there are several.
+  /// Takes those of `handlers` that `isWanted`. Allocates once when there are several.
+  /// @param handlers  read under the lock of their manager
+  /// @param isWanted  takes a handler
   template <class IsWanted>
   HandlerSnapshot(const std::list<T>& handlers, IsWanted isWanted)
       : m_size(static_cast<std::size_t>(std::count_if(handlers.begin(), handlers.end(), isWanted))) {
@@ -30,7 +33,9 @@ class HandlerSnapshot {
     std::copy_if(handlers.begin(), handlers.end(), m_size > 1 ? m_several.get() : &m_one, isWanted);
   }
 
+  /// @return Whether there is no such handler.
   bool IsEmpty() const { return m_size == 0; }
+  /// @return The handlers, while this object lives.
   std::span<const T> Handlers() const { return {m_size > 1 ? m_several.get() : &m_one, m_size}; }
 
  private:
@@ -42,7 +47,16 @@ class HandlerSnapshot {
 /// The subscriptions and bindings of one group: per configuration name a list of handlers in the order of
 /// registration. T is a pointer to a handler. A name's entry, once made, stays.
 ///
-/// Threads: any operation, from any thread, each under the manager's recursive mutex.
+/// @threads Any operation, from any thread, each under the manager's recursive mutex.
+/// @par Example
+/// @code{.cpp}
+/// KalConfigObserverMgr<std::shared_ptr<int>> handlers;
+/// const auto handler = std::make_shared<int>(1);
+/// assert(handlers.Subscribe("MaxFps", handler, [](const auto& added) { *added = 2; }) == kResultOk);
+/// assert(*handler == 2);
+/// assert(handlers.Unsubscribe("MaxFps", handler, [] {}) == kResultOk);
+/// assert(handlers.Unsubscribe("MaxFps", handler, [] {}) == kResultNoSuchOrExists);
+/// @endcode
 template <class T>
 class __attribute__((visibility("default"))) KalConfigObserverMgr {
  public:
@@ -53,14 +67,20 @@ class __attribute__((visibility("default"))) KalConfigObserverMgr {
     /// share. Made by them when they are empty, and emptied with each change of the list.
     HandlerSnapshot<T> told, asked;
 
+    /// Empties the snapshots; under the lock, after each change of the list.
     void Forget() { told = asked = {}; }
   };
+  /// By configuration name.
   using Map = std::map<std::string, Entry, std::less<>>;
 
   /// The lists under their lock, for several steps that must be one.
+  /// @threads One, in a scope: the lock is the thread's.
   class Locked {
    public:
+    /// Locks until the end of the scope.
+    /// @param owner  must outlive it
     explicit Locked(KalConfigObserverMgr& owner) : m_lock(owner.m_mutex), m_map(owner.m_map) {}
+    /// @return The lists, while this object lives.
     Map* operator->() { return &m_map; }
 
    private:
@@ -72,8 +92,12 @@ class __attribute__((visibility("default"))) KalConfigObserverMgr {
   KalConfigObserverMgr(const KalConfigObserverMgr&) = delete;
   KalConfigObserverMgr& operator=(const KalConfigObserverMgr&) = delete;
 
-  /// Appends the handler to the name's list and runs `onAdded` on it, still under the lock. 0;
-  /// 0x46004003 for an empty name or null handler, 0x46000001 when this very handler is in the list.
+  /// Appends the handler to the name's list and runs `onAdded` on it, still under the lock.
+  /// @param name  not empty
+  /// @param handler  not null
+  /// @param onAdded  takes the handler; runs only when it was appended
+  /// @return 0; 0x46004003 for an empty name or null handler, 0x46000001 when this very handler is in the
+  /// list.
   template <class OnAdded>
   int Subscribe(const std::string& name, T handler, OnAdded&& onAdded) {
     if (name.empty() || handler == nullptr) return kResultBadArgument;
@@ -88,8 +112,11 @@ class __attribute__((visibility("default"))) KalConfigObserverMgr {
     return kResultOk;
   }
 
-  /// Takes the handler out of the name's list and runs `onRemoved`, still under the lock. 0, or 0x46000001
-  /// when it is not in the list. Allocates nothing.
+  /// Takes the handler out of the name's list and runs `onRemoved`, still under the lock. Allocates nothing.
+  /// @param name  any
+  /// @param handler  any
+  /// @param onRemoved  takes nothing; runs only when it was taken out
+  /// @return 0; 0x46000001 when it is not in the list.
   template <class OnRemoved>
   int Unsubscribe(std::string_view name, const T& handler, OnRemoved&& onRemoved) {
     Locked names(*this);

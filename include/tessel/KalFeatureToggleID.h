@@ -5,7 +5,7 @@
 namespace kalStore {
 
 /// The feature toggles: values of group "Feature" that are named by a number. KalFeatureToggles.def is their
-/// catalogue: id, key, kind of value and meaning of each, for example
+/// @ref toggle_catalogue "catalogue": id, key, kind of value and meaning of each, for example
 /// KAL_FT(5, EnableMusicDetection, "EnableMusicDetection", bool, "Detect music and ...")
 /// for KAL_FT_EnableMusicDetection = 5. A toggle that nobody set counts as on.
 ///

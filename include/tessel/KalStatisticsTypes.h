@@ -38,7 +38,14 @@ enum KAL_AUDIO_PAYLOAD_TYPE : std::int32_t {
   KAL_AUDIO_PAYLOAD_DYNAMIC_107 = 107,  ///< codec code 12
 };
 
-/// The code of a video codec in the blocks: 100, 101, 0 and 104 for types 0 to 3; 0 for every other value.
+/// Finds the code of a video codec in the blocks.
+/// @param codec  any
+/// @return 100, 101, 0 and 104 for types 0 to 3; 0 for every other value.
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// assert(mapToKALCodec(kal::KAL_VIDEO_CODEC_CODE_101) == 101);
+/// @endcode
 TESSEL_API std::uint32_t mapToKALCodec(kal::KalVideoCodecType codec);
 
 }  // namespace kalStore

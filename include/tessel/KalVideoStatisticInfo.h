@@ -14,6 +14,7 @@ class TESSEL_API KalVideoStatisticInfo : public kalStore::IKalVideoInfo,
  public:
   /// With all blocks zero but the noise level, -1; the reference count is 0: the first owner adds the first
   /// one.
+  /// @param callId  the call's, any
   explicit KalVideoStatisticInfo(std::uint32_t callId);
   ~KalVideoStatisticInfo() override;
 

@@ -14,10 +14,10 @@ namespace kalStore {
 /// Subscribers are told of both sets, but not of a removal. What a callback throws leaves the constructor,
 /// with what stood before in place again; at the end of the scope it is dropped.
 ///
-/// Threads: begins and ends like two sets, from any threads; what others set to the name meanwhile is lost.
-/// Lifetime: the store or facade must outlive it.
-///
-/// @code
+/// @threads Begins and ends like two sets, from any threads; what others set to the name meanwhile is lost.
+/// @lifetime The store or facade must outlive it.
+/// @par Example
+/// @code{.cpp}
 /// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 /// KalConfigHelper settings(7);
 /// {
@@ -28,6 +28,11 @@ namespace kalStore {
 /// @endcode
 class ScopedConfig {
  public:
+  /// Puts the value in place.
+  /// @param store  a store or a facade
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @param value  valid
   [[nodiscard]] ScopedConfig(ConfigRef store, KalConfigGroup group, const char* name, ConfigData value)
       : m_store(store), m_group(group), m_name(name ? name : "") {
     m_store.Get(m_group, name, m_previous);
@@ -38,18 +43,22 @@ class ScopedConfig {
       throw;
     }
   }
-  /// The same with a key; `value` is of its type, as for ConfigKey::Set().
+  /// The same with a key.
+  /// @param store  a store or a facade
+  /// @param key  the setting's
+  /// @param value  of the key's type, as for ConfigKey::Set()
   template <ConfigType T, detail::SettableAs<T> Value>
   [[nodiscard]] ScopedConfig(ConfigRef store, const ConfigKey<T>& key, Value value)
       : ScopedConfig(store, key.Group(), key.Name(), ConfigData(std::move(value))) {}
   ScopedConfig(const ScopedConfig&) = delete;
   ScopedConfig& operator=(const ScopedConfig&) = delete;
 
+  /// Restores what stood before.
   ~ScopedConfig() {
     if (m_isInPlace) restore();
   }
 
-  /// Whether the value was stored; otherwise the scope does nothing.
+  /// @return Whether the value was stored; otherwise the scope does nothing.
   bool IsInPlace() const { return m_isInPlace; }
 
  private:

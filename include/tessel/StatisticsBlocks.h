@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The raw blocks that the statistics objects hand out, and the records that components hand in.
 ///
 /// All are plain bytes, in the machine's byte order, and may be copied with memcpy. Every member stands at
@@ -22,10 +23,17 @@ inline constexpr int kVideoLayerCount = 6;
 inline constexpr int kAudioStreamCount = 20;
 
 /// An unsigned 64-bit number that may stand at any multiple of 4 bytes.
+/// @threads A plain value.
+/// @par Example
+/// @code{.cpp}
+/// constexpr st_KalUInt64 number{1, 2};
+/// static_assert(number.Value() == 0x200000001);
+/// @endcode
 struct st_KalUInt64 {
-  std::uint32_t low;
-  std::uint32_t high;
+  std::uint32_t low;   ///< 0: the low 32 bits
+  std::uint32_t high;  ///< 4: the high 32 bits
 
+  /// @return The number.
   constexpr std::uint64_t Value() const { return std::uint64_t{high} << 32 | low; }
 };
 
@@ -221,6 +229,7 @@ struct _tagSyncStatistics {
 
 using kalStore::st_KalVideoStreamStatInfo;
 
+/// @cond
 // The layout is a contract between separately built components.
 #define TESSEL_SIZE(type, size)                                                 \
   static_assert(sizeof(type) == (size) && std::is_trivially_copyable_v<type> && \
@@ -393,3 +402,4 @@ TESSEL_AT(kal::_tagSyncStatistics, value, 0);
 
 #undef TESSEL_AT
 #undef TESSEL_SIZE
+/// @endcond

@@ -9,31 +9,33 @@
 
 namespace kalStore {
 
-// What a StatsRef refers to.
-
+/// What a StatsRef refers to: a call's audio.
 struct Audio {
-  using Interface = IKalAudioInfo;
-  static constexpr KalTesselEntityType kType = KAL_TESSEL_AUDIO;
+  using Interface = IKalAudioInfo;                                ///< what the object offers
+  static constexpr KalTesselEntityType kType = KAL_TESSEL_AUDIO;  ///< its type
 };
+/// What a StatsRef refers to: a call's video.
 struct Video {
-  using Interface = IKalVideoInfo;
-  static constexpr KalTesselEntityType kType = KAL_TESSEL_VIDEO;
+  using Interface = IKalVideoInfo;                                ///< what the object offers
+  static constexpr KalTesselEntityType kType = KAL_TESSEL_VIDEO;  ///< its type
 };
+/// What a StatsRef refers to: the audio of a call's shared content.
 struct ContentAudio {
-  using Interface = IKalAudioInfo;
-  static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_AUDIO;
+  using Interface = IKalAudioInfo;                                        ///< what the object offers
+  static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_AUDIO;  ///< its type
 };
+/// What a StatsRef refers to: the video of a call's shared content.
 struct ContentVideo {
-  using Interface = IKalVideoInfo;
-  static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_VIDEO;
+  using Interface = IKalVideoInfo;                                        ///< what the object offers
+  static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_VIDEO;  ///< its type
 };
 
 /// The statistics object of a call, held for a scope: made, or shared with whoever holds it, and given back
 /// at the end; it goes with its last holder.
 ///
-/// Threads: the handle has one owner, who may be any thread; the object is for all.
-///
-/// @code
+/// @threads The handle has one owner, who may be any thread; the object is for all.
+/// @par Example
+/// @code{.cpp}
 /// const StatsRef<Video> measuring(7);
 /// const StatsRef<Video> reporting(7);
 /// measuring->UpdateVideoCapturedFrameCnt(250);
@@ -44,9 +46,11 @@ struct ContentVideo {
 template <class Media>
 class StatsRef {
  public:
+  /// What the object offers: IKalAudioInfo or IKalVideoInfo.
   using Interface = typename Media::Interface;
 
-  /// Throws what making the object throws.
+  /// Makes or shares the object. Throws what making it throws.
+  /// @param callId  any
   explicit StatsRef(std::uint32_t callId) : m_callId(callId) {
     void* entity = nullptr;
     createTesselEntity(Media::kType, callId, &entity);
@@ -56,6 +60,7 @@ class StatsRef {
   /// The source then holds nothing, and may only be assigned to or destroyed.
   StatsRef(StatsRef&& other) noexcept
       : m_callId(other.m_callId), m_info(std::exchange(other.m_info, nullptr)) {}
+  /// Gives back what this handle holds first.
   StatsRef& operator=(StatsRef&& other) noexcept {
     if (this != &other) {
       release();
@@ -65,11 +70,16 @@ class StatsRef {
     return *this;
   }
 
+  /// Gives the object back.
+  /// @invalidates Pointers to the object, unless somebody else holds it.
   ~StatsRef() { release(); }
 
+  ///@{
+  /// @return The object.
   Interface& operator*() const { return *m_info; }
   Interface* operator->() const { return m_info; }
-  /// The id that the object was asked for by.
+  ///@}
+  /// @return The id that the object was asked for by.
   std::uint32_t CallId() const { return m_callId; }
 
  private:

@@ -104,11 +104,11 @@ class Registration {
 /// is removed before that, its callback never runs, but the facade keeps the name taken until it binds;
 /// another subscription of the name before that takes its place.
 ///
-/// Threads: Pause(), Resume() and IsPaused() may be called from any thread, the callback's included, while
-/// nobody removes, moves or destroys the object; everything else is for one owner. Lifetime: the store
-/// or facade, and the run thread, must outlive it.
-///
-/// @code
+/// @threads Pause(), Resume() and IsPaused() may be called from any thread, the callback's included, while
+/// nobody removes, moves or destroys the object; everything else is for one owner.
+/// @lifetime The store or facade, and the run thread, must outlive it.
+/// @par Example
+/// @code{.cpp}
 /// KalConfigHelper settings(7);
 /// int changes = 0;
 /// Subscription subscription(settings, KAL_CONFIG_GROUP_AUDIO, "Bitrate",
@@ -131,6 +131,12 @@ class [[nodiscard]] Subscription {
 
   /// Subscribes; empty when the store or facade refuses, see SubscribeConfig() there. What the callback
   /// throws at its initial delivery leaves the constructor, and nothing is subscribed.
+  /// @param store  a store or a facade
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @param fn  told of the changes; not empty
+  /// @param pRunThread  where `fn` runs; not owned
+  /// @param bAsync  whether `pRunThread` is posted to rather than waited for
   Subscription(ConfigRef store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
                ACmThread* pRunThread = nullptr, bool bAsync = false)
       : m_registration(
@@ -138,8 +144,9 @@ class [[nodiscard]] Subscription {
     if (!m_registration->Stands()) m_registration.reset();
   }
 
-  /// The source is empty afterwards; assignment first removes what the target had.
+  /// The source is empty afterwards.
   Subscription(Subscription&&) noexcept = default;
+  /// Removes what the target had first; the source is empty afterwards.
   Subscription& operator=(Subscription&& other) noexcept {
     if (this != &other) {
       Remove();
@@ -149,17 +156,22 @@ class [[nodiscard]] Subscription {
   }
   ~Subscription() = default;
 
-  /// Whether it is not empty.
+  /// @return Whether it is not empty.
   explicit operator bool() const { return m_registration != nullptr; }
 
+  /// Drops what it is told from now on.
   void Pause() {
     if (m_registration) m_registration->Gate().open.store(false);
   }
+  /// Hands on what it is told from now on.
   void Resume() {
     if (m_registration) m_registration->Gate().open.store(true);
   }
+  /// @return Whether it is paused.
   bool IsPaused() const { return m_registration && !m_registration->Gate().open.load(); }
 
+  /// Removes the subscription, with the wait told of above.
+  /// @invalidates What the callback captured by reference may go, subject to that wait.
   void Remove() { m_registration.reset(); }
 
  private:

@@ -16,9 +16,17 @@ concept ConfigType =
     std::same_as<T, bool> || std::same_as<T, int> || std::same_as<T, unsigned int> || std::same_as<T, long> ||
     std::same_as<T, unsigned long> || std::same_as<T, double> || std::same_as<T, std::string>;
 
-/// The value as a T; nothing when it is empty, or its text is not wholly a T within range: no blanks around
-/// it, no fraction for an integer, no sign for an unsigned one. A flag is read as ConfigData::ToBool() does:
-/// "true", "false" and numbers. Every text is a std::string. The same in every locale.
+/// Reads a value as a T, or not at all: no blanks around it, no fraction for an integer, no sign for an
+/// unsigned one. A flag is read as ConfigData::ToBool() does: "true", "false" and numbers. Every text is a
+/// std::string. The same in every locale.
+/// @param value  any
+/// @return The value as a T; nothing when it is empty, or its text is not wholly a T within range.
+/// @threads Any, on a value that nobody else writes.
+/// @par Example
+/// @code{.cpp}
+/// assert(ReadAs<int>("15") == 15);
+/// assert(!ReadAs<int>("15.5") && !ReadAs<unsigned int>("-1") && !ReadAs<bool>("fast"));
+/// @endcode
 template <ConfigType T>
 std::optional<T> ReadAs(const ConfigData& value) {
   if (!value.IsValid()) return std::nullopt;

@@ -9,19 +9,39 @@ namespace kalStore {
 
 /// An ordered map guarded by a recursive mutex of its own; text keys order byte-wise.
 ///
-/// Threads: any operation, from any thread. Each holds the mutex for its whole duration, and its own alone,
+/// @threads Any operation, from any thread. Each holds the mutex for its whole duration, and its own alone,
 /// so that a thread that holds it may call in again. A mutex that cannot be locked throws std::system_error.
+/// @par Example
+/// @code{.cpp}
+/// atomMap<std::string, int> limits;
+/// limits.Set("MaxFps", 30);
+/// assert(!limits.SetEx("MaxFps", 60));  // it is there
+/// int fps = 0;
+/// assert(limits.Get("MaxFps", fps) && fps == 30);
+/// {
+///   atomMap<std::string, int>::Locked map(limits);
+///   for (auto& [name, limit] : *map) limit /= 2;
+/// }
+/// assert(limits.Get("MaxFps", fps) && fps == 15);
+/// @endcode
 template <class K, class V>
 class __attribute__((visibility("default"))) atomMap {
  public:
+  /// What it guards.
   using Map = std::map<K, V, std::less<>>;
 
   /// The map under its lock: for several steps that must be one, or look-ups that need no key object.
+  /// @threads One, in a scope: the lock is the thread's.
   class Locked {
    public:
+    /// Locks until the end of the scope.
+    /// @param owner  must outlive it
     explicit Locked(atomMap& owner) : m_lock(owner.m_mutex), m_map(owner.m_map) {}
+    ///@{
+    /// @return The map, while this object lives.
     Map* operator->() { return &m_map; }
     Map& operator*() { return m_map; }
+    ///@}
 
    private:
     std::lock_guard<std::recursive_mutex> m_lock;
@@ -33,7 +53,10 @@ class __attribute__((visibility("default"))) atomMap {
   atomMap& operator=(const atomMap&) = delete;
   virtual ~atomMap() = default;
 
-  /// Copies the key's value to `out` and returns true; without the key returns false and leaves `out` alone.
+  /// Reads a value.
+  /// @param key  any
+  /// @param out  receives a copy; untouched without the key
+  /// @return Whether the key is there.
   bool Get(K key, V& out) {
     Locked map(*this);
     const auto found = map->find(key);
@@ -43,11 +66,19 @@ class __attribute__((visibility("default"))) atomMap {
   }
 
   /// Inserts the key, or overwrites its value.
+  /// @param key  any
+  /// @param value  any
   void Set(K key, V value) { Locked(*this)->insert_or_assign(std::move(key), std::move(value)); }
 
-  /// Inserts the key and returns true; a key that is there keeps its value, and the result is false.
+  /// Inserts the key; one that is there keeps its value.
+  /// @param key  any
+  /// @param value  any
+  /// @return Whether the key was inserted.
   bool SetEx(K key, V value) { return Locked(*this)->try_emplace(std::move(key), std::move(value)).second; }
 
+  /// Asks for a key.
+  /// @param key  any
+  /// @return Whether it is there.
   bool Find(K key) { return Locked(*this)->contains(key); }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The JSON document library: values, arrays and objects, text writer and reader, and the typed reader.
 
 #include "tessel/jsonHelper.h"

@@ -9,41 +9,87 @@
 
 namespace json {
 
-/// Values in a row. Threads: as Value. References and iterators are those of a std::vector.
+/// Values in a row.
+/// @threads As Value.
+/// @lifetime References and iterators are those of a std::vector: what changes the length invalidates them.
+/// @par Example
+/// @code{.cpp}
+/// json::Array layers;
+/// layers.push_back(1);
+/// layers.insert(0, "base");
+/// assert(layers.size() == 2 && layers[0] == json::Value("base"));
+/// assert(layers.HasValue(1) && layers.find(2) == layers.end());
+/// @endcode
 class TESSEL_API Array {
  public:
-  using value_type = Value;
-  using iterator = std::vector<Value>::iterator;
-  using const_iterator = std::vector<Value>::const_iterator;
+  using value_type = Value;                                   ///< an element
+  using iterator = std::vector<Value>::iterator;              ///< of random access
+  using const_iterator = std::vector<Value>::const_iterator;  ///< of random access
 
+  ///@{
+  /// @return Where the elements begin, or end.
   iterator begin() { return m_elements.begin(); }
   iterator end() { return m_elements.end(); }
   const_iterator begin() const { return m_elements.begin(); }
   const_iterator end() const { return m_elements.end(); }
+  ///@}
+  /// @return How many elements there are.
   std::size_t size() const { return m_elements.size(); }
+  /// @return Whether there are none.
   bool empty() const { return m_elements.empty(); }
+  /// Makes room, so that growth up to `count` elements moves none.
+  /// @param count  elements
+  /// @invalidates References and iterators, when room was made.
   void reserve(std::size_t count) { m_elements.reserve(count); }
 
-  /// REQUIRES: index < size().
+  ///@{
+  /// An element, in place.
+  /// @pre index < size()
+  /// @param index  from 0
+  /// @return The element.
   Value& operator[](std::size_t index) { return m_elements[index]; }
   const Value& operator[](std::size_t index) const { return m_elements[index]; }
 
+  ///@}
+
+  ///@{
+  /// Appends a value.
+  /// @param value  any
+  /// @invalidates References and iterators.
   void push_back(const Value& value) { m_elements.push_back(value); }
   void push_back(Value&& value) { m_elements.push_back(std::move(value)); }
+  ///@}
+  /// Appends a value made in place.
+  /// @param args  what a Value is made from
+  /// @return The value where it stands.
+  /// @invalidates References and iterators.
   template <class... Args>
   Value& emplace_back(Args&&... args) {
     return m_elements.emplace_back(std::forward<Args>(args)...);
   }
-  /// Inserts before the element at `index`, or appends when there is none: where the value stands.
+  /// Inserts a value before an element, or appends it when there is none.
+  /// @param index  from 0; any
+  /// @param value  any
+  /// @return Where the value stands.
+  /// @invalidates References and iterators.
   iterator insert(std::size_t index, Value value);
+  /// Removes all elements.
+  /// @invalidates References and iterators.
   void Clear() { m_elements.clear(); }
 
-  /// The first element for which element == value, or end().
+  ///@{
+  /// Looks for a value.
+  /// @param value  any
+  /// @return The first element for which element == value, or end().
   iterator find(const Value& value);
   const_iterator find(const Value& value) const;
+  ///@}
+  /// Looks for a value.
+  /// @param value  any
+  /// @return Whether find() finds it.
   bool HasValue(const Value& value) const { return find(value) != end(); }
 
-  /// Same length, and equal elements in order.
+  /// Whether both have the same length, and equal elements in order.
   TESSEL_API friend bool operator==(const Array& left, const Array& right);
 
  private:

@@ -13,47 +13,90 @@
 namespace json {
 
 /// Values by key, in the byte order of the keys. Look-ups allocate nothing.
-/// Threads: as Value. References to members stay valid until the member is erased.
+/// @threads As Value.
+/// @lifetime References and iterators to members stay valid until the member is erased.
+/// @par Example
+/// @code{.cpp}
+/// json::Object video;
+/// video["width"] = 640;
+/// assert(!video.emplace("width", 1280).second);  // it is there
+/// video.insert_or_assign("height", 360);
+/// assert(video.size() == 2 && video.begin()->first == "height");
+/// assert(video.Erase("width") == 1 && !video.HasKey("width"));
+/// @endcode
 class TESSEL_API Object {
  public:
+  /// What holds the members.
   using Map = std::map<std::string, Value, std::less<>>;
-  using key_type = Map::key_type;
-  using mapped_type = Map::mapped_type;
-  using value_type = Map::value_type;
-  using iterator = Map::iterator;
-  using const_iterator = Map::const_iterator;
+  using key_type = Map::key_type;              ///< any bytes
+  using mapped_type = Map::mapped_type;        ///< a member's value
+  using value_type = Map::value_type;          ///< a member
+  using iterator = Map::iterator;              ///< in the order of the keys
+  using const_iterator = Map::const_iterator;  ///< in the order of the keys
 
+  ///@{
+  /// @return Where the members begin, or end.
   iterator begin() { return m_members.begin(); }
   iterator end() { return m_members.end(); }
   const_iterator begin() const { return m_members.begin(); }
   const_iterator end() const { return m_members.end(); }
+  ///@}
+  /// @return How many members there are.
   std::size_t size() const { return m_members.size(); }
+  /// @return Whether there are none.
   bool empty() const { return m_members.empty(); }
 
+  ///@{
+  /// Looks for a member.
+  /// @param key  any
+  /// @return The member, or end().
   iterator find(std::string_view key) { return m_members.find(key); }
   const_iterator find(std::string_view key) const { return m_members.find(key); }
+  ///@}
+  /// Looks for a member.
+  /// @param key  any
+  /// @return Whether there is one.
   bool HasKey(std::string_view key) const { return m_members.contains(key); }
 
-  /// The member of that key; when missing, inserts null and returns it.
+  /// A member's value, in place; when missing, inserts null.
+  /// @param key  any
+  /// @return The value.
   Value& operator[](std::string_view key);
-  /// REQUIRES: HasKey(key).
+  /// A member's value.
+  /// @pre HasKey(key)
+  /// @param key  the member's
+  /// @return The value.
   const Value& operator[](std::string_view key) const { return find(key)->second; }
 
-  /// Inserts the member unless the key is there: where it stands, and whether it was inserted.
+  /// Inserts a member unless the key is there.
+  /// @param key  any
+  /// @param value  any
+  /// @return Where the member stands, and whether it was inserted.
   std::pair<iterator, bool> emplace(std::string key, Value value) {
     return m_members.try_emplace(std::move(key), std::move(value));
   }
+  /// The same.
+  /// @param member  key and value
+  /// @return Where the member stands, and whether it was inserted.
   std::pair<iterator, bool> insert(value_type member) { return m_members.insert(std::move(member)); }
-  /// Inserts the member or replaces its value; in constant time for a key after all others.
+  /// Inserts a member or replaces its value; in constant time for a key after all others.
+  /// @param key  any
+  /// @param value  any
+  /// @return The value where it stands.
   Value& insert_or_assign(std::string key, Value value) {
     return m_members.insert_or_assign(m_members.end(), std::move(key), std::move(value))->second;
   }
 
-  /// Removes the member: how many were removed, 0 or 1.
+  /// Removes a member.
+  /// @param key  any
+  /// @return How many were removed, 0 or 1.
+  /// @invalidates References and iterators to it.
   std::size_t Erase(std::string_view key);
+  /// Removes all members.
+  /// @invalidates References and iterators.
   void Clear() { m_members.clear(); }
 
-  /// Same keys, and equal values of each.
+  /// Whether both have the same keys, and equal values of each.
   TESSEL_API friend bool operator==(const Object& left, const Object& right);
 
  private:

@@ -1,5 +1,20 @@
 #pragma once
 
+/// @file
+/// JSON values from texts, and texts from values.
+/// @threads Any, on values that nobody else writes.
+/// @par Example
+/// @code{.cpp}
+/// json::ParseError error;
+/// const json::Value document = json::Deserialize("{\n  \"fps\": 3O\n}", error);
+/// assert(document.GetType() == json::NullVal);
+/// assert(error.reason && error.line == 2 && error.column == 11);
+///
+/// const json::Value layers = json::Deserialize("[1, 2.5, \"HD\"]");
+/// assert(json::Serialize(layers) == "[1,2.500000,\"HD\"]");
+/// assert(json::SerializeArray(layers.ToArray()) == json::SerializeValue(layers));
+/// @endcode
+
 #include <cstddef>
 #include <string>
 
@@ -18,34 +33,48 @@ struct ParseError {
   const char* reason = nullptr;  ///< What is wrong, for ever valid; null when nothing is.
 };
 
-/// The white space between tokens, whatever the locale: blank, \t, \n, \v, \f and \r.
+/// Whether a character is the white space between tokens, whatever the locale.
+/// @param c  a character
+/// @return True for a blank, `\t`, `\n`, `\v`, `\f` and `\r`.
 constexpr bool json_isspace(int c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// The compact text of an object or array, members in key order; "" for any other value.
+/// Writes a document as text, members in key order.
 ///
 /// Integers are written in decimal and float and double with six decimals, the same in every locale. What has
 /// no JSON text is written so that the whole stays readable: an infinity as 1e999 or -1e999, which reads back
 /// as one, and not-a-number as null. Strings and keys may hold any bytes and read back to the same.
+/// @param document  an object or array
+/// @return The text, compact; "" for any other value.
 TESSEL_API std::string Serialize(const Value& document);
 
-/// The text of one value of any kind, or of an array, as it stands inside a document.
+/// Writes one value as it stands inside a document.
+/// @param value  of any kind
+/// @return The text.
 TESSEL_API std::string SerializeValue(const Value& value);
+/// Writes an array as it stands inside a document.
+/// @param array  any
+/// @return The text.
 TESSEL_API std::string SerializeArray(const Array& array);
 
-/// The value of a JSON text; null when the text is malformed.
+/// Reads a JSON text.
 ///
 /// More than RFC 8259 is read: literals in any letter case, any raw byte inside strings, the white space of
-/// json_isspace(); \uXXXX gives one byte, its low 8 bits. The last of two equal keys stands. Nesting deeper
+/// json_isspace(); `\uXXXX` gives one byte, its low 8 bits. The last of two equal keys stands. Nesting deeper
 /// than 1000 levels is malformed.
 ///
 /// A number with a point or exponent is a double. Any other is, by its value, an int, else an unsigned int,
 /// else a 64-bit int, else a double; beyond 2^53 it has the precision of a double. Too large a number is an
 /// infinity, too small a one zero. The same in every locale.
+/// @param text  one document, white space around it allowed
+/// @return The value; null when the text is malformed.
 TESSEL_API Value Deserialize(const std::string& text);
 
-/// The same, and tells of the first fault; `error.reason` is null when the text is well-formed.
+/// The same, and tells of the first fault.
+/// @param text  one document, white space around it allowed
+/// @param error  receives the fault; its reason is null when the text is well-formed
+/// @return The value; null when the text is malformed.
 TESSEL_API Value Deserialize(const std::string& text, ParseError& error);
 
 }  // namespace json

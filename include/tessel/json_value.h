@@ -33,15 +33,31 @@ enum ValueType : int {
 /// One JSON value: null, a string of any bytes, a number of one of five kinds, a bool, an Object or an Array.
 ///
 /// Copies are deep; moves are cheap, do not throw and leave a null or empty source. A value may be assigned
-/// from a part of itself. Threads: none of its own. Any number of threads may read one value while nobody
-/// writes it.
+/// from a part of itself.
 ///
 /// Using a value as the wrong kind is a programming error: it prints the failed condition to standard error
 /// and aborts, in every build. Ask GetType() or HasKey() first, or read with jsonHelper, which never fails.
+///
+/// @threads None of its own. Any number of threads may read one value while nobody writes it.
+/// @par Example
+/// @code{.cpp}
+/// json::Value document = json::Deserialize(R"({"video":{"fps":30,"layers":[1,2]}})");
+/// assert(document["video"]["fps"].ToInt() == 30);
+/// assert(document["video"]["layers"].size() == 2);
+/// document["video"]["codec"] = "AV1";
+/// assert(document["video"].HasKey("codec"));
+/// assert(document.MergeValue(json::Deserialize(R"({"video":{"fps":15}})")));
+/// assert(json::Serialize(document) == R"({"video":{"codec":"AV1","fps":15,"layers":[1,2]}})");
+/// @endcode
 class TESSEL_API Value {
  public:
+  /// Null.
   Value() noexcept = default;
+  /// Null.
   Value(std::nullptr_t) noexcept {}
+  ///@{
+  /// A value of that kind; `long` and `long long` are both Int64Val.
+  /// @param value  any
   Value(int value) noexcept : mValueType(IntVal), mIntVal(value) {}
   Value(unsigned int value) noexcept : mValueType(UnsignedIntVal), mUnsignedIntVal(value) {}
   Value(long value) noexcept : mValueType(Int64Val), mInt64Val(value) {}
@@ -49,17 +65,25 @@ class TESSEL_API Value {
   Value(float value) noexcept : mValueType(FloatVal), mFloatVal(value) {}
   Value(double value) noexcept : mValueType(DoubleVal), mDoubleVal(value) {}
   Value(bool value) noexcept : mValueType(BoolVal), mBoolVal(value) {}
-  /// A string; null for a null pointer.
+  ///@}
+  /// A string.
+  /// @param value  up to its NUL; null for a null pointer
   Value(const char* value);
+  ///@{
+  /// A value of that kind.
+  /// @param value  any
   Value(std::string value) noexcept : mValueType(StringVal), mStringVal(std::move(value)) {}
   Value(const Object& value);
   Value(Object&& value);
   Value(const Array& value);
   Value(Array&& value);
+  ///@}
   /// Pointers are not bools.
   Value(const void*) = delete;
 
+  /// Copies deeply.
   Value(const Value& other) = default;
+  /// Takes what `other` holds.
   Value(Value&& other) noexcept
       : mValueType(other.mValueType),
         mIntVal(other.mIntVal),
@@ -72,31 +96,44 @@ class TESSEL_API Value {
         mInt64Val(other.mInt64Val) {
     if (mValueType == StringVal) mStringVal = std::move(other.mStringVal);  // Empty in any other kind.
   }
+  /// Copies deeply; `other` may be a part of this value.
   Value& operator=(const Value& other);
+  /// Takes what `other` holds, which may be a part of this value.
   Value& operator=(Value&& other) noexcept;
   ~Value() = default;
 
+  /// @return The kind of the value.
   ValueType GetType() const { return mValueType; }
 
-  /// The representation of that kind; zero or false when the value has none. A number that was parsed has all
-  /// numeric ones, at the nearest limit where it does not fit; one that was built has only its own.
+  ///@{
+  /// Reads a number or bool. A number that was parsed has all numeric representations, at the nearest limit
+  /// where it does not fit; one that was built has only its own.
+  /// @return The representation of that kind; zero or false when the value has none.
   int ToInt() const { return mIntVal; }
   unsigned int ToUnsignedInt() const { return mUnsignedIntVal; }
   std::int64_t ToInt64() const { return mInt64Val; }
   float ToFloat() const { return mFloatVal; }
   double ToDouble() const { return mDoubleVal; }
   bool ToBool() const { return mBoolVal; }
+  ///@}
 
-  /// What the value holds, in place: valid until the value is assigned, moved or destroyed.
-  /// REQUIRES: the value is of that kind.
+  ///@{
+  /// What the value holds, in place.
+  /// @pre The value is of that kind.
+  /// @return It, valid until the value is assigned, moved or destroyed.
   std::string& ToString();
   const std::string& ToString() const;
   Object& ToObject();
   const Object& ToObject() const;
   Array& ToArray();
   const Array& ToArray() const;
+  ///@}
 
-  /// REQUIRES: an array, and index < size().
+  ///@{
+  /// An element, in place.
+  /// @pre An array, and index < size().
+  /// @param index  from 0
+  /// @return The element.
   Value& operator[](std::size_t index);
   const Value& operator[](std::size_t index) const;
   template <std::integral Index>
@@ -108,37 +145,62 @@ class TESSEL_API Value {
     return (*this)[static_cast<std::size_t>(index)];
   }
 
-  /// The member of that key; when missing, inserts null and returns it.
-  /// REQUIRES: an object, and a key that is not null.
+  ///@}
+
+  ///@{
+  /// A member's value, in place; when missing, inserts null.
+  /// @pre An object.
+  /// @param key  not null
+  /// @return The value.
   Value& operator[](const char* key);
   Value& operator[](const std::string& key);
-  /// REQUIRES: an object, and HasKey(key).
+  ///@}
+  ///@{
+  /// A member's value.
+  /// @pre An object, and HasKey(key).
+  /// @param key  the member's
+  /// @return The value.
   const Value& operator[](const char* key) const;
   const Value& operator[](const std::string& key) const;
 
-  /// REQUIRES: an object.
+  ///@}
+
+  /// Looks for a member.
+  /// @pre An object.
+  /// @param key  any
+  /// @return Whether there is one.
   bool HasKey(const std::string& key) const;
-  /// -1 when the object has every key, otherwise the index of the first one missing.
-  /// REQUIRES: an object; `keys` has `count` texts, none null.
+  /// Looks for several members.
+  /// @pre An object.
+  /// @param keys  any
+  /// @return -1 when the object has every key, otherwise the index of the first one missing.
   int HasKeys(const std::vector<std::string>& keys) const;
+  /// The same.
+  /// @pre An object.
+  /// @param keys  none null
+  /// @param count  how many
+  /// @return -1 when the object has every key, otherwise the index of the first one missing.
   int HasKeys(const char** keys, int count) const;
 
-  /// Members of an object, elements of an array, 1 for any other kind.
+  /// @return The number of an object's members or an array's elements; 1 for any other kind.
   std::size_t size() const;
 
   /// Makes the value null.
+  /// @invalidates What it held.
   void Clear() { *this = Value(); }
 
-  /// Takes `other` over into this value, which must be of the same kind and not null: false, and nothing
-  /// changes, otherwise. Objects merge key by key, recursively: a member that is missing, null or of the same
-  /// kind takes the other's value; one of another kind stays and makes the result false, and the rest is
-  /// merged. Everything else is assigned. Merging a value into itself changes nothing: true.
+  /// Takes another value over into this one. Objects merge key by key, recursively: a member that is missing,
+  /// null or of the same kind takes the other's value; one of another kind stays, and the rest is merged.
+  /// Everything else is assigned. Merging a value into itself changes nothing.
+  /// @param other  of the same kind, and not null
+  /// @return True; false when a member stayed, or `other` is of another kind or null, and then nothing
+  /// changes.
   bool MergeValue(const Value& other);
 
-  /// Numbers of any two kinds compare by value: two integers exactly; with a float or double involved they
-  /// are equal when they differ by less than 1e-9 (in float, unless a double is involved). Values of two
-  /// other kinds are unequal, with a deliberate exception that is not symmetric: null, "", an empty object,
-  /// an empty array and false on the left equal any number on the right.
+  /// Whether two values are equal. Numbers of any two kinds compare by value: two integers exactly; with a
+  /// float or double involved they are equal when they differ by less than 1e-9 (in float, unless a double is
+  /// involved). Values of two other kinds are unequal, with a deliberate exception that is not symmetric:
+  /// null, "", an empty object, an empty array and false on the left equal any number on the right.
   TESSEL_API friend bool operator==(const Value& left, const Value& right);
 
  private:

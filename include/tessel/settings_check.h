@@ -34,6 +34,14 @@ enum class SettingsProblem : std::int32_t {
 /// What import does because of a problem.
 enum class SettingsEffect : std::int32_t { kRefused, kSkipped, kImported };
 
+/// What import does because of a problem.
+/// @param problem  any
+/// @return The effect.
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// static_assert(EffectOf(SettingsProblem::kNoJson) == SettingsEffect::kRefused);
+/// @endcode
 constexpr SettingsEffect EffectOf(SettingsProblem problem) {
   if (problem <= SettingsProblem::kZeroByte) return SettingsEffect::kRefused;
   return problem <= SettingsProblem::kRepeatedGroup ? SettingsEffect::kSkipped : SettingsEffect::kImported;
@@ -41,7 +49,7 @@ constexpr SettingsEffect EffectOf(SettingsProblem problem) {
 
 /// One problem of a settings document, and where it is.
 struct SettingsFinding {
-  SettingsProblem problem = SettingsProblem::kNoJson;
+  SettingsProblem problem = SettingsProblem::kNoJson;  ///< what is wrong
   std::string path;     ///< for example Audio[3].value, as the document names it; "" for the whole document
   std::string name;     ///< the group's or entry's name where the problem lies in it; any bytes
   std::string nearest;  ///< the known name that `name` is most likely meant to be; "" when none is near
@@ -51,20 +59,28 @@ struct SettingsFinding {
   std::size_t column = 0;  ///< of the place, from 1, in bytes
 };
 
-/// Everything in a settings document that import would refuse or skip, or that is most likely a mistake, in
-/// the order of the text; empty for a document that is fine. A document that is refused has that one finding.
-/// The check needs no store and changes nothing.
-///
-/// Threads: any. Throws nothing but what a failed allocation throws.
-///
-/// @code
+/// Finds everything in a settings document that import would refuse or skip, or that is most likely a
+/// mistake. The check needs no store and changes nothing. Throws nothing but what a failed allocation throws.
+/// @param text  the document
+/// @return The findings in the order of the text; none for a document that is fine. A document that is
+/// refused has that one finding.
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
 /// const auto findings = CheckSettings(R"({"Audoi":[]})");
 /// assert(findings.size() == 1 && findings[0].nearest == "Audio" && findings[0].column == 2);
 /// assert(EffectOf(findings[0].problem) == SettingsEffect::kSkipped);
 /// @endcode
 TESSEL_API std::vector<SettingsFinding> CheckSettings(const std::string& text);
 
-/// The group name that `name` is most likely meant to be, letter case aside; "" when none is near.
+/// Guesses which group a text is meant to name, letter case aside.
+/// @param name  any text
+/// @return The group's name; "" when none is near.
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// assert(NearestGroupName("vidoe") == "Video" && NearestGroupName("Colours").empty());
+/// @endcode
 TESSEL_API std::string NearestGroupName(const std::string& name);
 
 }  // namespace kalStore

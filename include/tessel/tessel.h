@@ -1,8 +1,18 @@
 #pragma once
 
+/// @file
 /// Everything that libtessel.so offers: settings per call, statistics per call, JSON, stopwatches, trace
 /// helpers. Typed settings, and handles that release themselves, are headers alone: include "tessel/typed.h"
 /// beside it.
+
+/// @namespace kalStore
+/// Settings and statistics per call.
+
+/// @namespace kal
+/// The engine's own vocabulary: session and codec types, interfaces by reference.
+
+/// @namespace json
+/// JSON values and texts.
 
 #include "tessel/CKalTessel.h"
 #include "tessel/IKalConfig.h"

@@ -7,37 +7,58 @@
 /// and tells how much time has passed since. The base unit is the clock's, microseconds.
 ///
 /// While a mock time is set, it stands for the current time in every meter of the process.
-/// Threads: one owner uses a meter; the mock time is shared by all threads.
+///
+/// @threads One owner uses a meter; the mock time is shared by all threads.
+/// @par Example
+/// @code{.cpp}
+/// using meter_t = timer_fact<timer_policy>;
+/// meter_t::MockNow(1000000);
+/// meter_t meter;
+/// meter_t::MockNow(3500000);
+/// assert(meter.elapsed() == 2500000 && meter.elapsed_mills() == 2500 && meter.elapsed_sec() == 2);
+/// assert(meter.overtime_sec(2) && !meter.overtime_sec(3));
+/// meter_t::MockNow(static_cast<unsigned long>(meter_t::kMockTimeDisabled));
+/// @endcode
 template <class Policy>
 class TESSEL_API timer_fact {
  public:
   /// As a time argument: take the current time. As a value of get_mock_time(): no mock time is in force.
   static constexpr long kMockTimeDisabled = -1;
 
-  /// Starts at `tag` microseconds, or at the current time.
+  /// Starts.
+  /// @param tag  the start, in microseconds; -1: the current time
   explicit timer_fact(long tag = kMockTimeDisabled);
-  /// Starts again, likewise.
+  /// Starts again.
+  /// @param tag  the start, in microseconds; -1: the current time
   void reset(long tag = kMockTimeDisabled);
 
-  /// The current time: the mock time if one is set, else the clock's.
+  /// @return The current time in microseconds: the mock time if one is set, else the clock's.
   static long now();
-  /// Sets the mock time of the process, in microseconds; all bits set switches mocking off.
+  /// Sets the mock time of the process.
+  /// @param time  in microseconds; all bits set switches mocking off
   static void MockNow(unsigned long time);
 
-  /// Time since the start tag, in microseconds. When the tag is ahead of the current time, the clock is taken
-  /// to have wrapped at its largest value.
+  /// Tells the time since the start tag. When the tag is ahead of the current time, the clock is taken to
+  /// have wrapped at its largest value.
+  /// @return Microseconds.
   long elapsed() const;
-  /// In milliseconds: the difference of the readings, each cut to whole milliseconds first.
+  /// The same: the difference of the readings, each cut to whole milliseconds first.
+  /// @return Milliseconds.
   long elapsed_mills() const;
-  /// In seconds: the difference of the readings, each cut to whole seconds first.
+  /// The same: the difference of the readings, each cut to whole seconds first.
+  /// @return Seconds.
   long elapsed_sec() const;
 
-  /// Whether at least `limit` has passed; always true for a limit that is not positive and a tag not ahead.
+  ///@{
+  /// Whether enough time has passed: elapsed(), elapsed_mills() or elapsed_sec().
+  /// @param limit  in microseconds, milliseconds or seconds
+  /// @return Whether at least that has; true for a limit that is not positive and a tag not ahead.
   bool overtime(long limit) const;
   bool overtime_mills(long limit) const;
   bool overtime_sec(long limit) const;
+  ///@}
 
-  /// The start tag.
+  /// @return The start tag, in microseconds.
   long latest_tag() const { return m_tag; }
 
  private:

@@ -1,14 +1,27 @@
 #pragma once
 
+/// @file
+/// What opens a trace line, for components that write lines of the same form.
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// assert(ExtractClassFunctionName("void media::Encoder::Restart(int)") == "media::Encoder::Restart");
+/// assert(std::string(GetCurrentModuleName("AUDIO")) == "AUDIO");
+/// assert(std::string(GetCurrentModuleName("")) == "UTIL");
+/// @endcode
+
 #include <string>
 
 #include "tessel/export.h"
 
-/// The label that opens a trace line: scope, class and method of a full signature as the compiler writes it
-/// (__PRETTY_FUNCTION__). A text with no label in it is returned unchanged; null gives "ErrorName".
+/// Finds the label that opens a trace line: scope, class and method of a function.
+/// @param prettyFunction  a full signature as the compiler writes it (__PRETTY_FUNCTION__)
+/// @return The label; a text with no label in it unchanged; "ErrorName" for null.
 TESSEL_API std::string ExtractClassFunctionName(const char* prettyFunction);
 
-/// `name` itself, or "UTIL" when it is null or empty; that text lives as long as the process.
+/// Names the module of a trace line.
+/// @param name  may be null or empty
+/// @return `name` itself, or "UTIL" when it is null or empty; that text lives as long as the process.
 TESSEL_API const char* GetCurrentModuleName(const char* name);
 
 namespace kalStore {

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The library in types, and by scope: header-only, on top of what tessel.h offers. Its short names (Audio,
 /// Subscription, CallStore...) are the reason why tessel.h does not include it.
 

@@ -11,6 +11,7 @@
 /// Identifies the calling thread.
 /// @return An id: never 0, unique among running threads, comparable with ACmThread::GetThreadId().
 /// @threads Any.
+/// @par Example
 /// @code{.cpp}
 /// ACmThread worker("worker");
 /// worker.Start();
@@ -25,6 +26,7 @@ UTIL_API unsigned long GetThreadSelfId();
 /// itself (Stop() then returns EDEADLK and does nothing).
 /// @lifetime A queue pointer stays valid until the thread object is destroyed. After Stop() it refuses
 /// events; after the next Start() it takes them again.
+/// @par Example
 /// @code{.cpp}
 /// struct Hello : ICmEvent {
 ///   int OnEventFire() override { return std::puts("hello from the worker") < 0; }

@@ -7,6 +7,7 @@
 /// A lock of the process's threads; see CCmMutexThread and CCmMutexThreadRecursive.
 ///
 /// @threads Any; it is destroyed by one owner, while nobody holds it or waits for it.
+/// @par Example
 /// @code{.cpp}
 /// CCmMutexThread plain;
 /// assert(plain.Lock() == 0);

@@ -14,6 +14,7 @@ class CCmReferenceControlT;
 /// Shared between threads: the counter is atomic.
 ///
 /// @threads Any thread may add and release references that it holds.
+/// @par Example
 /// @code{.cpp}
 /// struct Shared : CCmReferenceControlT<CCmMutexThread> {
 ///   explicit Shared(bool& gone) : m_gone(gone) {}

@@ -18,6 +18,7 @@ enum CCmOrdix : int { CM_ORDIX_HEX = 0, CM_ORDIX_DEC = 1 };
 ///
 /// @threads One owner.
 /// @lifetime The buffer must outlive the formatter.
+/// @par Example
 /// @code{.cpp}
 /// char buffer[32];
 /// CCmTextFormator text(buffer, sizeof buffer);

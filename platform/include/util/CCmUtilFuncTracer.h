@@ -9,6 +9,7 @@
 /// is copied and neither line is written; when it is below on leaving, the second line is not.
 ///
 /// @threads One owner.
+/// @par Example
 /// @code{.cpp}
 /// set_external_trace_mask(2);
 /// {

@@ -10,6 +10,7 @@ namespace kal {
 /// Identifies an interface. Its textual form is the members in hexadecimal with dashes between them, and one
 /// more dash after the first two of the last eight bytes.
 /// @threads A plain value.
+/// @par Example
 /// @code{.cpp}
 /// kal::_tagUUID id = kStatisticsInterfaceId;
 /// assert(id == kStatisticsInterfaceId);

@@ -15,6 +15,7 @@
 /// something and their texts are the same.
 ///
 /// @threads Like a standard string; share it only for reading. Texts up to 15 characters allocate nothing.
+/// @par Example
 /// @code{.cpp}
 /// const ConfigData value(1.5);
 /// assert(value.ToString() == "1.5" && value.ToDouble() == 1.5);

@@ -13,6 +13,7 @@ class EventQueue;
 ///
 /// @threads Made on any thread; fires on the queue's.
 /// @lifetime Until the queue ends it with OnDestorySelf().
+/// @par Example
 /// @code{.cpp}
 /// struct Add : ICmEvent {
 ///   Add(int& sum, int term) : m_sum(sum), m_term(term) {}

@@ -14,6 +14,7 @@
 ///
 /// @threads Any may post and send.
 /// @lifetime Until its ACmThread is destroyed.
+/// @par Example
 /// @code{.cpp}
 /// struct Note : ICmEvent {
 ///   Note(std::string& text, char letter) : m_text(text), m_letter(letter) {}

@@ -3,6 +3,7 @@
 /// @file
 /// Copies that never write past their destination. Sources and destinations must not overlap.
 /// @threads Any, on memory that nobody else writes.
+/// @par Example
 /// @code{.cpp}
 /// char text[8];
 /// assert(strncpy_s(text, sizeof text, "MaxFps", 6) == 0);

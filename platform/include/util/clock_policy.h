@@ -4,6 +4,7 @@
 /// Monotonic clocks that count microseconds from a moment of their own. A reading never comes near the
 /// largest one in practice.
 /// @threads Any.
+/// @par Example
 /// @code{.cpp}
 /// const long before = timer_policy::now();
 /// assert(timer_policy::now() >= before);

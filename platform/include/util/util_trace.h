@@ -3,6 +3,7 @@
 /// @file
 /// Trace lines and where they go, the calling thread's pool job, and the count of failed assertions.
 /// @threads Any; the pool job is each thread's own.
+/// @par Example
 /// @code{.cpp}
 /// std::string seen;
 /// const auto sink = [](void* context, int level, const char* module, const char* text, unsigned int length)

@@ -1,0 +1,136 @@
+#!/usr/bin/env python3
+"""Makes build/docs/html of the guides and the public headers, and checks that every operation is wholly described:
+what it does, each argument, what it returns, on which threads it may run, and an example. The last two may stand with
+its class, a base of it, or its header. Any warning of Doxygen is an error.
+"""
+
+import re
+import subprocess
+import sys
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+OUT = ROOT / "build" / "docs"
+TOGGLES = "include/tessel/KalFeatureToggles.def"
+
+
+def write_toggles_page(path):
+    """The catalogue of feature toggles, which stands in a file of macros that Doxygen cannot read."""
+    row = re.compile(r'KAL_FT\((\d+), (\w+), "([^"]*)", (\w+), "([^"]*)"\)')
+    rows = row.findall((ROOT / TOGGLES).read_text())
+    lines = ["# Catalogue of feature toggles {#toggle_catalogue}", "", "| id | enumerator | key | kind | meaning |"]
+    lines += ["|--:|---|---|---|---|"]
+    lines += [f"| {id} | `KAL_FT_{name}` | `{key}` | {kind} | {meaning} |" for id, name, key, kind, meaning in rows]
+    path.write_text("\n".join(lines) + "\n")
+
+
+def run_doxygen():
+    OUT.mkdir(parents=True, exist_ok=True)
+    toggles = OUT / "toggles.md"
+    write_toggles_page(toggles)
+    inputs = [path.name for path in sorted(ROOT.glob("*.md"))] + ["docs", "include", "platform/include", str(toggles)]
+    config = (ROOT / "docs" / "Doxyfile").read_text() + f"INPUT = {' '.join(inputs)}\n"
+    return subprocess.run(["doxygen", "-"], cwd=ROOT, input=config, text=True).returncode == 0
+
+
+def text_of(element):
+    return "".join(element.itertext()).strip() if element is not None else ""
+
+
+class Scope:
+    """A class or a header: what it says for all its operations."""
+
+    def __init__(self, compound):
+        self.kind = compound.get("kind")
+        self.name = text_of(compound.find("compoundname"))
+        self.bases = [base.get("refid") for base in compound.findall("basecompoundref")]
+        self.outer = None
+        self.says = says(compound.find("detaileddescription"))
+        self.functions = compound.findall("sectiondef/memberdef[@kind='function']")
+        self.functions += compound.findall("sectiondef/memberdef[@kind='friend']")
+
+
+def says(description):
+    """The headings of a description."""
+    if description is None:
+        return set()
+    return {text_of(title) for title in description.iterfind(".//simplesect[@kind='par']/title")}
+
+
+def read_scopes():
+    compounds = {}
+    for entry in ElementTree.parse(OUT / "xml" / "index.xml").getroot():
+        if entry.get("kind") in ("class", "struct", "file", "namespace"):
+            compounds[entry.get("refid")] = ElementTree.parse(OUT / "xml" / f"{entry.get('refid')}.xml").find("compounddef")
+    scopes = {refid: Scope(compound) for refid, compound in compounds.items()}
+    for refid, compound in compounds.items():
+        for inner in compound.findall("innerclass"):
+            if inner.get("refid") in scopes and scopes[refid].kind not in ("file", "namespace"):
+                scopes[inner.get("refid")].outer = refid
+    return scopes
+
+
+def said_for_all(scopes, refid):
+    """What a class says for its operations, or a base or the class around it does."""
+    scope = scopes.get(refid)
+    if scope is None:
+        return set()
+    return scope.says.union(*(said_for_all(scopes, other) for other in [*scope.bases, scope.outer]))
+
+
+def is_copy_or_end(function, scope):
+    """Copies, moves, comparisons and destructors do what their names say."""
+    name = text_of(function.find("name"))
+    own = scope.name.split("::")[-1].split("<")[0].strip()
+    types = [text_of(parameter.find("type")) for parameter in function.findall("param")]
+    return name in ("operator=", "operator==", f"~{own}") or (name == own and len(types) == 1 and f"{own} &" in types[0])
+
+
+def lacks(function, scope, said):
+    """The headings that an operation lacks."""
+    arguments = text_of(function.find("argsstring"))
+    if arguments == "()=default" or arguments.endswith("=delete") or is_copy_or_end(function, scope):
+        return
+    description = function.find("detaileddescription")
+    if not text_of(function.find("briefdescription")) and not text_of(description):
+        yield "a description"
+        return
+    described = {text_of(name) for name in description.iterfind(".//parameterlist[@kind='param']//parametername")}
+    for name in function.iterfind("param/declname"):
+        if text_of(name) not in described:
+            yield f"argument '{text_of(name)}'"
+    kind = text_of(function.find("type")).removeprefix("consteval").removeprefix("constexpr").strip()
+    returns = kind not in ("", "void") or text_of(function.find("name")).startswith("operator ")
+    if returns and not text_of(description.find(".//simplesect[@kind='return']")):
+        yield "what it returns"
+    for heading in ("Threads", "Example"):
+        if heading not in said | says(description):
+            yield f"'{heading}', here or at its class or header"
+
+
+def check():
+    """Prints what is missing; whether nothing is."""
+    scopes = read_scopes()
+    said_by_header = {scope.name: scope.says for scope in scopes.values() if scope.kind == "file"}
+    seen, complaints = set(), []
+    for refid, scope in scopes.items():
+        for function in scope.functions:
+            if function.get("prot") == "private" or function.get("id") in seen:
+                continue
+            seen.add(function.get("id"))
+            place = function.find("location")
+            said = said_for_all(scopes, refid) | said_by_header[Path(place.get("file")).name]
+            name = text_of(function.find("definition")) + text_of(function.find("argsstring"))
+            complaints += [f"{place.get('file')}:{place.get('line')}: {name} lacks {what}" for what in lacks(function, scope, said)]
+    for complaint in sorted(complaints):
+        print(complaint, file=sys.stderr)
+    print(f"docs: {len(seen)} operations described, {len(complaints)} headings missing")
+    return seen and not complaints
+
+
+if __name__ == "__main__":
+    made = run_doxygen()
+    checked = check()
+    print(f"docs: {(OUT / 'html' / 'index.html').relative_to(ROOT)}")
+    sys.exit(0 if made and checked else 1)
