@@ -5,6 +5,7 @@ its class, a base of it, or its header. Any warning of Doxygen is an error.
 """
 
 import re
+import shutil
 import subprocess
 import sys
 import xml.etree.ElementTree as ElementTree
@@ -26,7 +27,8 @@ def write_toggles_page(path):
 
 
 def run_doxygen():
-    OUT.mkdir(parents=True, exist_ok=True)
+    shutil.rmtree(OUT, ignore_errors=True)
+    OUT.mkdir(parents=True)
     toggles = OUT / "toggles.md"
     write_toggles_page(toggles)
     inputs = [path.name for path in sorted(ROOT.glob("*.md"))] + ["docs", "include", "platform/include", str(toggles)]

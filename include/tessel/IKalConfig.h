@@ -39,11 +39,12 @@ class TESSEL_API IKalConfig {
  public:
   /// Has `fn` told of every change of the name, and at once of its current value if there is one.
   ///
-  /// Where `fn` runs:
-  ///   pRunThread null           on the setter's thread, before the set returns
-  ///   pRunThread, bAsync false  on pRunThread; the setter waits until it has run. When the setter is on
-  ///                             pRunThread already, at once
-  ///   pRunThread, bAsync true   on pRunThread, later, in the order of the sets; posted even from pRunThread
+  /// | pRunThread | bAsync | where `fn` runs                                                            |
+  /// |------------|--------|----------------------------------------------------------------------------|
+  /// | null       | any    | on the setter's thread, before the set returns                             |
+  /// | given      | false  | on pRunThread, which the setter waits for; from pRunThread itself, at once |
+  /// | given      | true   | on pRunThread, later, in the order of the sets; also from pRunThread       |
+  ///
   /// A run thread without an event queue drops the event. The initial delivery takes the same way, with the
   /// subscriber in the setter's place, before SubscribeConfig returns.
   ///

@@ -19,12 +19,11 @@ class KalConfigObserverHelper;
 /// What a media component holds to use the settings of its call. It may be made before the call is known,
 /// subscribe before the call's store exists, and be destroyed while callbacks run on other threads.
 ///
-/// States:
-///                      SetCallId(id)                          operations on values     subscriptions
-///   not bound          binds, for life: 0                     0x46004003, an           recorded, id 0; made
-///                                                             assertion is reported    when the facade binds
-///   bound to a call    0 for the same id, else 0x46004001     go to the call's store   go to the call's
-///   store
+/// |                      | not bound                                  | bound to a call                    |
+/// |----------------------|--------------------------------------------|------------------------------------|
+/// | SetCallId(id)        | binds, for life: 0                         | 0 for the same id, else 0x46004001 |
+/// | operations on values | 0x46004003, an assertion is reported       | go to the call's store             |
+/// | subscriptions        | recorded, id 0; made when the facade binds | go to the call's store             |
 ///
 /// The group argument KAL_CONFIG_GROUP_DEFAULT (0xFFFFFFFF) means the facade's default group, which is set
 /// once, by SetKalSessionType() or SetDefaultGroup(); while it is not set, such a call fails with 0x46004001

@@ -88,10 +88,11 @@ class Registration {
 
 /// A subscription that removes itself. Where and when its callback runs: IKalConfig::SubscribeConfig().
 ///
-///               Pause()   Resume()   Remove(), destruction, assignment
-///   stands      paused    stands     empty
-///   paused      paused    stands     empty
-///   empty       empty     empty      empty
+/// |        | Pause() | Resume() | Remove(), destruction, assignment |
+/// |--------|---------|----------|-----------------------------------|
+/// | stands | paused  | stands   | empty                             |
+/// | paused | paused  | stands   | empty                             |
+/// | empty  | empty   | empty    | empty                             |
 ///
 /// Paused, it drops what it is told: changes made meanwhile are not made up for; read the value after
 /// Resume(). A delivery that is running when Pause() is called runs to its end.
