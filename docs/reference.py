@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes build/docs/html of the guides and the public headers, and checks that every operation is wholly described:
 what it does, each argument, what it returns, on which threads it may run, and an example. The last two may stand with
-its class, a base of it, or its header. Any warning of Doxygen is an error.
+its class, a base of it, or its header. Links must lead somewhere, and any warning of Doxygen is an error.
 """
 
 import re
@@ -10,6 +10,7 @@ import subprocess
 import sys
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
+from urllib.parse import unquote
 
 ROOT = Path(__file__).resolve().parent.parent
 OUT = ROOT / "build" / "docs"
@@ -111,8 +112,8 @@ def lacks(function, scope, said):
             yield f"'{heading}', here or at its class or header"
 
 
-def check():
-    """Prints what is missing; whether nothing is."""
+def check_operations():
+    """Prints what the description of an operation lacks; whether nothing is."""
     scopes = read_scopes()
     said_by_header = {scope.name: scope.says for scope in scopes.values() if scope.kind == "file"}
     seen, complaints = set(), []
@@ -131,8 +132,19 @@ def check():
     return seen and not complaints
 
 
+def check_links():
+    """Prints the links and images that lead nowhere; whether there are none."""
+    dangling = set()
+    for page in (OUT / "html").glob("*.html"):
+        for target in re.findall(r'(?:href|src|data)="([^"#?:]+)[^":]*"', page.read_text()):
+            if not (page.parent / unquote(target)).exists():
+                dangling.add(f"{page.name}: there is no {target}")
+    for complaint in sorted(dangling):
+        print(complaint, file=sys.stderr)
+    return not dangling
+
+
 if __name__ == "__main__":
-    made = run_doxygen()
-    checked = check()
+    results = [run_doxygen(), check_operations(), check_links()]
     print(f"docs: {(OUT / 'html' / 'index.html').relative_to(ROOT)}")
-    sys.exit(0 if made and checked else 1)
+    sys.exit(0 if all(results) else 1)

@@ -128,7 +128,7 @@ class TESSEL_API KalConfigHelper {
   /// @param value  valid
   /// @param bForceNotify  tells of an equal value, too
   /// @param bTransient  announces the value without storing it, and removes what was stored
-  /// @return As above.
+  /// @return As above: 0, 0x4600400a or 0x46004009 when stored, 0x46004003 or 0x46004001 when not.
   std::int32_t SetKalConfig(kal::KalSessionType sessionType, const char* szConfigName, ConfigData value,
                             bool bForceNotify = false, bool bTransient = false);
 
@@ -158,7 +158,7 @@ class TESSEL_API KalConfigHelper {
   /// @param sessionType  0 to 5, or 14; any other: the default group
   /// @param szConfigName  not null, not empty
   /// @param value  receives a copy
-  /// @return As the first overload.
+  /// @return As the first overload: 0, 0x46004001 or 0x46004003.
   std::int32_t GetKalConfig(kal::KalSessionType sessionType, const char* szConfigName, ConfigData& value);
   /// The same, for those who need no result code.
   /// @param sessionType  0 to 5, or 14; any other: the default group
@@ -315,7 +315,7 @@ class TESSEL_API KalConfigHelper {
   /// @param cb  told of the changes; not empty
   /// @param thread  where `cb` runs; not owned, must outlive the subscription
   /// @param async  whether `thread` is posted to rather than waited for
-  /// @return As SubscribeConfig().
+  /// @return As SubscribeConfig(): the subscription's id, or 0.
   SubscribeId_t SubscribeFeatureToggle(KalFeatureToggleID id, fnConfigChangedCallBack cb,
                                        ACmThread* thread = nullptr, bool async = false);
   /// UnsubscribeConfig() from a toggle's value.

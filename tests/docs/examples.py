@@ -102,7 +102,7 @@ def fragments_text(examples):
     for example in examples:
         own = [line for line in example.code if line.startswith("#include")]
         includes += own
-        bodies += [f"TEST(Example, {example.name}) {{", f'#line {example.line} "{example.file}"']
+        bodies += [f"TEST_F(Example, {example.name}) {{", f'#line {example.line} "{example.file}"']
         bodies += ["" if line in own else line for line in example.code]
         bodies += ["}", ""]
     return "\n".join(['#include "fragments.h"', *sorted(set(includes)), "", *bodies])

@@ -25,3 +25,9 @@
 #include <cassert>
 
 using namespace kalStore;
+
+/// Each fragment finds no store, and leaves none behind.
+class Example : public testing::Test {
+ protected:
+  ~Example() override { DestroyKalConfig(); }
+};
