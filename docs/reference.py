@@ -20,7 +20,10 @@ TOGGLES = "include/tessel/KalFeatureToggles.def"
 def write_toggles_page(path):
     """The catalogue of feature toggles, which stands in a file of macros that Doxygen cannot read."""
     row = re.compile(r'KAL_FT\((\d+), (\w+), "([^"]*)", (\w+), "([^"]*)"\)')
-    rows = row.findall((ROOT / TOGGLES).read_text())
+    text = (ROOT / TOGGLES).read_text()
+    rows = row.findall(text)
+    if len(rows) != text.count("\nKAL_FT("):
+        sys.exit(f"{TOGGLES}: not every row has the form that is read here")
     lines = ["# Catalogue of feature toggles {#toggle_catalogue}", "", "| id | enumerator | key | kind | meaning |"]
     lines += ["|--:|---|---|---|---|"]
     lines += [f"| {id} | `KAL_FT_{name}` | `{key}` | {kind} | {meaning} |" for id, name, key, kind, meaning in rows]
@@ -49,6 +52,7 @@ class Scope:
         self.name = text_of(compound.find("compoundname"))
         self.bases = [base.get("refid") for base in compound.findall("basecompoundref")]
         self.outer = None
+        self.is_described = any(text_of(compound.find(f"{kind}description")) for kind in ("brief", "detailed"))
         self.says = says(compound.find("detaileddescription"))
         self.functions = compound.findall("sectiondef/memberdef[@kind='function']")
         self.functions += compound.findall("sectiondef/memberdef[@kind='friend']")
@@ -65,7 +69,8 @@ def read_scopes():
     compounds = {}
     for entry in ElementTree.parse(OUT / "xml" / "index.xml").getroot():
         if entry.get("kind") in ("class", "struct", "file", "namespace"):
-            compounds[entry.get("refid")] = ElementTree.parse(OUT / "xml" / f"{entry.get('refid')}.xml").find("compounddef")
+            refid = entry.get("refid")
+            compounds[refid] = ElementTree.parse(OUT / "xml" / f"{refid}.xml").find("compounddef")
     scopes = {refid: Scope(compound) for refid, compound in compounds.items()}
     for refid, compound in compounds.items():
         for inner in compound.findall("innerclass"):
@@ -87,7 +92,8 @@ def is_copy_or_end(function, scope):
     name = text_of(function.find("name"))
     own = scope.name.split("::")[-1].split("<")[0].strip()
     types = [text_of(parameter.find("type")) for parameter in function.findall("param")]
-    return name in ("operator=", "operator==", f"~{own}") or (name == own and len(types) == 1 and f"{own} &" in types[0])
+    is_copy = name == own and len(types) == 1 and f"{own} &" in types[0]
+    return is_copy or name in ("operator=", "operator==", f"~{own}")
 
 
 def lacks(function, scope, said):
@@ -122,10 +128,14 @@ def check_operations():
             if function.get("prot") == "private" or function.get("id") in seen:
                 continue
             seen.add(function.get("id"))
-            place = function.find("location")
-            said = said_for_all(scopes, refid) | said_by_header[Path(place.get("file")).name]
+            location = function.find("location")
+            file = Path(location.get("file"))
+            said = said_for_all(scopes, refid) | said_by_header[file.name]
             name = text_of(function.find("definition")) + text_of(function.find("argsstring"))
-            complaints += [f"{place.get('file')}:{place.get('line')}: {name} lacks {what}" for what in lacks(function, scope, said)]
+            place = f"{file}:{location.get('line')}: {name}"
+            complaints += [f"{place} lacks {heading}" for heading in lacks(function, scope, said)]
+            if not scope.is_described:
+                complaints.append(f"{place} has no page while nothing is said of its header: @file")
     for complaint in sorted(complaints):
         print(complaint, file=sys.stderr)
     print(f"docs: {len(seen)} operations described, {len(complaints)} headings missing")
