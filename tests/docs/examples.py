@@ -129,8 +129,8 @@ def run(program, output):
     result = subprocess.run([program], stdout=subprocess.PIPE, text=True, timeout=60)
     if result.returncode != 0:
         sys.exit(f"{result.stdout}{program}: ended with {result.returncode}")
-    if output.exists() and result.stdout != output.read_text():
-        sys.exit(f"{program}: the documentation says that it prints\n{output.read_text()}but it prints\n{result.stdout}")
+    if output.exists() and result.stdout != (promised := output.read_text()):
+        sys.exit(f"{program}: the documentation says that it prints\n{promised}but it prints\n{result.stdout}")
 
 
 def main():
