@@ -35,11 +35,11 @@ UTIL_API void set_external_trace_mask(int mask);
 using util_trace_sink = void (*)(void* context, int level, const char* module, const char* text,
                                  unsigned int length);
 
-/// Sends lines to another sink. When it returns, no thread is inside a previous sink; except when a sink
-/// itself calls it, which waits for nobody. The wait lasts as long as the sink's running calls do.
+/// Sends lines to another sink. When it returns, no thread is inside a previous sink, whose context
+/// may then be destroyed; except when a sink itself calls it, which waits for nobody. The wait lasts as long
+/// as the sink's running calls do.
 /// @param sink  null restores standard error, one line each in the form "[module level] text"
 /// @param context  handed through; must live as long as the sink is set
-/// @invalidates Nothing; the previous sink's context may be destroyed now.
 UTIL_API void set_util_trace_sink(util_trace_sink sink, void* context);
 
 /// Hands one line to the sink, whatever the mask: who composes a line reads the mask first.
