@@ -34,6 +34,8 @@ endfunction()
 # Settings of the shipped libraries alone: no symbol left undefined, and the platform's hardening.
 function(tessel_configure_library target)
   tessel_configure(${target})
+  # What a debugger and its printers read; packages split it off.
+  target_compile_options(${target} PRIVATE $<$<AND:$<CONFIG:Release>,$<BOOL:${PROJECT_IS_TOP_LEVEL}>>:-g>)
   # Sanitizers, ours or those that the caller's flags bring, stand in for both.
   if(NOT TESSEL_SANITIZE AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     target_link_options(${target} PRIVATE LINKER:--no-undefined)

@@ -1,0 +1,19 @@
+"""Loads the printers of libtessel and libutil into gdb.
+
+Installed as share/tessel/gdb/tessel-gdb.py, to be given to gdb's `source`, and where gdb looks for what belongs to a
+library, below share/gdb/auto-load. See tessel_gdb/__init__.py for what the printers show.
+"""
+
+import os
+import sys
+
+import gdb
+
+folder, auto_load, _ = os.path.realpath(__file__).partition("/gdb/auto-load/")
+folder = os.path.join(folder, "tessel", "gdb") if auto_load else os.path.dirname(folder)
+if folder not in sys.path:
+    sys.path.insert(0, folder)
+
+import tessel_gdb
+
+tessel_gdb.register(gdb.current_objfile())

@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# Installs the build into an empty prefix, runs the program with it in gdb, and looks at what gdb shows.
+# usage: gdb_test.sh WAY SOURCE_DIR BUILD_DIR WORK_DIR PROGRAM; with UPDATE=1 keeps what it shows as the new text.
+set -euo pipefail
+way=$1 source=$2 build=$3 work=$4 program=$5
+
+rm -rf "$work"
+mkdir -p "$work"
+prefix=$work/prefix
+cmake --install "$build" --prefix "$prefix" >/dev/null
+
+# show WHAT [GDB_OPTION...]: leaves what gdb shows in $SHOWN.
+show() {
+  export SHOW=$1 SHOWN=$work/shown.txt LC_ALL=C
+  shift
+  local libraries
+  libraries=$(dirname "$(find "$prefix" -name libtessel.so)")
+  # Started by gdb itself, not by the script: what belongs to a library is not loaded while a script runs.
+  gdb -nx -batch "$@" -ex "set disable-randomization off" \
+    -ex "set environment LD_LIBRARY_PATH $libraries:$libraries/tessel" -ex "break stop" -ex run \
+    -x "$source/tests/gdb/show.py" "$program" >"$work/gdb.log" 2>&1 && [ -s "$SHOWN" ] || { cat "$work/gdb.log"; exit 1; }
+}
+
+# compare WITH: all that gdb shows, with a text in the tree.
+compare() {
+  local kept=$source/tests/gdb/$1
+  [ "${UPDATE:-0}" = 1 ] && cp "$SHOWN" "$kept"
+  diff -u "$kept" "$SHOWN" && return
+  echo "gdb shows something else; when that is meant: UPDATE=1 $0 ..."
+  grep -o '<no member [^>]*>' "$SHOWN" | sort -u
+  echo "A member that was renamed or moved is named in gdb/tessel_gdb/layout.py alone."
+  exit 1
+}
+
+case "$way" in
+  auto_load)
+    # As from the system's own prefix, where gdb looks without being told.
+    show whole -iex "set auto-load scripts-directory $prefix/share/gdb/auto-load" \
+      -iex "set auto-load safe-path $prefix/share/gdb/auto-load"
+    compare whole.txt
+    ;;
+  source)
+    # From a prefix that was moved, where gdb cannot find them.
+    mv "$prefix" "$work/moved"
+    prefix=$work/moved
+    show whole -x "$prefix/share/tessel/gdb/tessel-gdb.py"
+    compare whole.txt
+    ;;
+  without_debug_information)
+    strip --strip-debug "$prefix"/lib*/libtessel.so.* "$prefix"/lib*/tessel/libutil.so
+    show stripped -x "$prefix/share/tessel/gdb/tessel-gdb.py"
+    compare stripped.txt
+    ;;
+  any_bytes)
+    show any -ex "set print elements unlimited" -x "$prefix/share/tessel/gdb/tessel-gdb.py"
+    # An answer to each question, and an error of Python's in none.
+    awk '/Python|Traceback|^error:/ { bad = 1; print }
+         /^\(gdb\)/ { if (asked) { bad = 1; print "no answer: line " NR - 1 } asked = 1; next }
+         { asked = 0 }
+         END { exit bad || asked || !NR }' "$SHOWN"
+    grep -q '^wide = <.*optimized out>$' "$SHOWN"
+    ;;
+  *)
+    echo "unknown way: $way" >&2
+    exit 2
+    ;;
+esac

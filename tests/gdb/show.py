@@ -1,0 +1,60 @@
+"""Writes what the program's `show` functions hold, wherever they stop from now on, to the file $SHOWN.
+
+What $SHOW calls "whole" and "stripped" is the same in every run, addresses written as 0x...; "any" is not.
+"""
+
+import os
+import re
+
+import gdb
+
+COMMANDS = {
+    "whole": {
+        "showConfigData": ["info locals"],
+        "showJson": ["info locals", "set print elements 3", "print text", "print document", "set print elements 200"],
+        "showChange": ["info args"],
+        "showSettings": ["info locals", "print *config"],
+        "showEmptyStore": ["info locals"],
+        "showMeters": ["info locals"],
+        "showStatistics": ["print *video", "print *audio", "print *(kalStore::IKalMediaInfo*)audio", "print stream",
+                           "print codec", "print jitter", "print sync", "print videoBlock", "print audioBlock",
+                           "print emptyBlock", "set print pretty on", "print videoBlock.layer[0]",
+                           "set print pretty off"],
+        "showDamagedContainers": ["info locals"],
+    },
+    "stripped": {
+        "showJson": ["print document"],
+        "showSettings": ["info locals", "print *config"],
+        "showMeters": ["print fine"],
+        "showStatistics": ["print *video", "print videoBlock"],
+    },
+    "any": {
+        "showOptimised": ["info locals"],
+        "showDamage": ["print shape.value"],
+    },
+}[os.environ["SHOW"]]
+
+
+def shown():
+    """The innermost of the program's own functions, selected: its name."""
+    frame = gdb.newest_frame()
+    while not (name := re.search(r"\bshow\w+", frame.name() or "")):
+        frame = frame.older()
+    frame.select()
+    return name.group()
+
+
+def answer(command):
+    try:
+        text = gdb.execute(command, to_string=True)
+    except gdb.error as problem:
+        text = f"error: {problem}\n"
+    return re.sub(r"0x[0-9a-f]{2,}", "0x...", re.sub(r"^\$\d+ = ", "", text))
+
+
+gdb.execute("set width 0")
+with open(os.environ["SHOWN"], "w", encoding="utf-8") as file:
+    while gdb.selected_inferior().pid != 0:
+        for command in COMMANDS.get(shown(), ()):
+            file.write(f"(gdb) {command}\n{answer(command)}")
+        gdb.execute("continue", to_string=True)
