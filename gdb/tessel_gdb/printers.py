@@ -6,9 +6,7 @@ from tessel_gdb import layout, reading
 
 
 class Printer:
-    """What gdb asks. A subclass gives `text()`, `parts()` or both, and may raise."""
-
-    hint = None
+    """What gdb asks of a value that is a text. A subclass gives `text()`, which may raise."""
 
     def __init__(self, value):
         self.value = value
@@ -17,12 +15,6 @@ class Printer:
     def text(self):
         return None
 
-    def parts(self):
-        return ()
-
-    def display_hint(self):
-        return self.hint
-
     def to_string(self):
         try:
             return self.text()
@@ -30,17 +22,29 @@ class Printer:
             self.is_readable = False
             return message(problem)
 
+
+class Compound(Printer):
+    """What gdb asks of a value that has parts. A subclass gives `parts()`, pairs of name and value, which may raise."""
+
+    hint = None
+
+    def display_hint(self):
+        return self.hint
+
     def children(self):
+        count = 0
         try:
             for name, part in self.parts() if self.is_readable else ():
-                yield from self.child(shown(name), shown(part))
+                yield from self.child(count, shown(name), shown(part))
+                count += 1
         except Exception as problem:
-            yield from self.child("...", message(problem))
+            yield from self.child(count, "...", message(problem))
 
-    def child(self, name, part):
+    def child(self, count, name, part):
         if self.hint == "map":
-            yield "", name
-            yield "", part
+            # gdb shows neither, but tells them apart by their names.
+            yield f"key {count}", name
+            yield f"value {count}", part
         else:
             yield name, part
 
@@ -66,7 +70,9 @@ def shown(part):
     if not isinstance(part, gdb.Value):
         return part
     if reading.is_a(part, "std::__cxx11::basic_string"):
-        return reading.text(part)
+        text = reading.text(part)
+        # Development environments show the string itself, if the standard library's printers are there.
+        return text if gdb.default_visualizer(part) is None else part
     if reading.is_a(part, "std::shared_ptr"):
         pointer = reading.pointer_of(part)
         return reading.target(pointer) if pointer != 0 else "null"
@@ -98,7 +104,7 @@ class Meter(Printer):
         return f"started at {layout.meter_start(self.value)} us of {policy}"
 
 
-class Sequence(Printer):
+class Sequence(Compound):
     """What consists of entries."""
 
     nothing = "{}"
@@ -115,7 +121,7 @@ class Nested(Sequence):
     def children(self):
         place = int(self.value.address)
         if place in Nested.open:
-            yield from self.child("...", "<contains itself>")
+            yield from self.child(0, "...", "<contains itself>")
             return
         Nested.open.append(place)
         try:
@@ -171,7 +177,7 @@ class NamedHandlers(Sequence):
         return layout.named_handlers(self.value)
 
 
-class Handler(Printer):
+class Handler(Compound):
     def text(self):
         number = layout.handler_id(self.value)
         state = {0: "not made yet", layout.BEING_MADE: "being made"}.get(number, number)
@@ -186,7 +192,7 @@ class Handler(Printer):
             yield "deliveries under way", layout.handler_deliveries(self.value)
 
 
-class Event(Printer):
+class Event(Compound):
     """What a callback receives."""
 
     def parts(self):
@@ -200,7 +206,7 @@ def group_names():
             if field.enumval >= 0]
 
 
-class Store(Printer):
+class Store(Compound):
     def text(self):
         state = ", cleaned up" if layout.store_is_cleaned_up(self.value) else ""
         return f"settings of call {layout.store_call(self.value)}{state}"
@@ -213,7 +219,7 @@ class Store(Printer):
                 yield f"{name} subscriptions", observers
 
 
-class Facade(Printer):
+class Facade(Compound):
     def text(self):
         is_bound = layout.facade_store(self.value) != 0
         return f"facade of call {layout.facade_call(self.value)}" if is_bound else "facade, not bound"
@@ -259,7 +265,7 @@ class WideNumber(Printer):
         return str(layout.wide_number(self.value))
 
 
-class Statistics(Printer):
+class Statistics(Compound):
     """A statistics object: of what, and which blocks it has."""
 
     def __init__(self, medium, blocks, value):

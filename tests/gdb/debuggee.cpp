@@ -101,10 +101,12 @@ void showSettings() {
   ReleaseKalConfig(config);
 }
 
-void showEmptyStore() {
+void showSmallStore() {
   IKalConfig* config = nullptr;
   CreateKalConfig(8, &config);
   [[maybe_unused]] const IKalConfig& store = *config;
+  stop();
+  config->SetKalConfig(KAL_CONFIG_GROUP_COMMON, "Codec", "av1", false, false);
   stop();
   ReleaseKalConfig(config);
 }
@@ -252,7 +254,7 @@ int main(int argc, char**) {
   showConfigData();
   showJson();
   showSettings();
-  showEmptyStore();
+  showSmallStore();
   showMeters();
   showStatistics();
   showDamagedContainers();

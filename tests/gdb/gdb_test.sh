@@ -2,6 +2,7 @@
 # Installs the build into an empty prefix, runs the program with it in gdb, and looks at what gdb shows.
 # usage: gdb_test.sh WAY SOURCE_DIR BUILD_DIR WORK_DIR PROGRAM; with UPDATE=1 keeps what it shows as the new text.
 set -euo pipefail
+arguments=$*
 way=$1 source=$2 build=$3 work=$4 program=$5
 
 rm -rf "$work"
@@ -19,6 +20,8 @@ show() {
   gdb -nx -batch "$@" -ex "set disable-randomization off" \
     -ex "set environment LD_LIBRARY_PATH $libraries:$libraries/tessel" -ex "break stop" -ex run \
     -x "$source/tests/gdb/show.py" "$program" >"$work/gdb.log" 2>&1 && [ -s "$SHOWN" ] || { cat "$work/gdb.log"; exit 1; }
+  # What gdb answers to development environments does not reach the script.
+  sed -n 's/^\^//p' "$work/gdb.log" >>"$SHOWN"
 }
 
 # compare WITH: all that gdb shows, with a text in the tree.
@@ -26,7 +29,7 @@ compare() {
   local kept=$source/tests/gdb/$1
   [ "${UPDATE:-0}" = 1 ] && cp "$SHOWN" "$kept"
   diff -u "$kept" "$SHOWN" && return
-  echo "gdb shows something else; when that is meant: UPDATE=1 $0 ..."
+  echo "gdb shows something else; when that is meant: UPDATE=1 $0 $arguments"
   grep -o '<no member [^>]*>' "$SHOWN" | sort -u
   echo "A member that was renamed or moved is named in gdb/tessel_gdb/layout.py alone."
   exit 1
@@ -35,8 +38,8 @@ compare() {
 case "$way" in
   auto_load)
     # As from the system's own prefix, where gdb looks without being told.
-    show whole -iex "set auto-load scripts-directory $prefix/share/gdb/auto-load" \
-      -iex "set auto-load safe-path $prefix/share/gdb/auto-load"
+    show whole -iex "add-auto-load-scripts-directory $prefix/share/gdb/auto-load" \
+      -iex "add-auto-load-safe-path $prefix/share/gdb/auto-load"
     compare whole.txt
     ;;
   source)

@@ -8,13 +8,21 @@ import re
 
 import gdb
 
+
+def mi(command):
+    """As development environments ask."""
+    escaped = command.replace('"', '\\"')
+    return f'interpreter-exec mi "{escaped}"'
+
+
 COMMANDS = {
     "whole": {
-        "showConfigData": ["info locals"],
+        "showConfigData": ["info locals", mi("-var-create text * number")],
         "showJson": ["info locals", "set print elements 3", "print text", "print document", "set print elements 200"],
         "showChange": ["info args"],
         "showSettings": ["info locals", "print *config"],
-        "showEmptyStore": ["info locals"],
+        "showSmallStore": ["print store", mi("-var-create store * *config"), mi("-var-list-children 1 store"),
+                           mi("-var-list-children 1 store.COMMON"), mi("-var-delete store")],
         "showMeters": ["info locals"],
         "showStatistics": ["print *video", "print *audio", "print *(kalStore::IKalMediaInfo*)audio", "print stream",
                            "print codec", "print jitter", "print sync", "print videoBlock", "print audioBlock",
@@ -53,6 +61,7 @@ def answer(command):
 
 
 gdb.execute("set width 0")
+gdb.execute(mi("-enable-pretty-printing"))
 with open(os.environ["SHOWN"], "w", encoding="utf-8") as file:
     while gdb.selected_inferior().pid != 0:
         for command in COMMANDS.get(shown(), ()):
