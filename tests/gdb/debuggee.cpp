@@ -67,6 +67,8 @@ void showJson() {
   stop();
 }
 
+const IKalConfig* g_config = nullptr;
+
 void showChange([[maybe_unused]] const KalConfigEvent& change) {
   stop();
 }
@@ -76,6 +78,7 @@ void showSettings() {
   media.Start();
   IKalConfig* config = nullptr;
   CreateKalConfig(7, &config);
+  g_config = config;
   [[maybe_unused]] const KalConfig& store = *static_cast<KalConfig*>(config);
   KalConfigHelper unbound;
   unbound.SubscribeConfig(
