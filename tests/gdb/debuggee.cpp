@@ -67,7 +67,10 @@ void showJson() {
   stop();
 }
 
+void ignore(const KalConfigEvent&) {}
+
 const IKalConfig* g_config = nullptr;
+const KalConfigHelper* g_facade = nullptr;
 
 void showChange([[maybe_unused]] const KalConfigEvent& change) {
   stop();
@@ -81,22 +84,20 @@ void showSettings() {
   g_config = config;
   [[maybe_unused]] const KalConfig& store = *static_cast<KalConfig*>(config);
   KalConfigHelper unbound;
-  unbound.SubscribeConfig(
-      "MinFps", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_VIDEO);
+  unbound.SubscribeConfig("MinFps", ignore, KAL_CONFIG_GROUP_VIDEO);
   KalConfigHelper facade(7);
+  g_facade = &facade;
   facade.SetKalSessionType(kal::KAL_SESSION_VIDEO);
   facade.SetKalConfig("MaxFps", 30);
   facade.SetKalConfig("Codec", "av1", KAL_CONFIG_GROUP_COMMON);
   facade.SubscribeConfig("MaxFps", showChange);
-  facade.SubscribeConfig(
-      "Bitrate", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO, &media, true);
-  facade.SubscribeConfig(
-      "Gain", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO, &media);
+  facade.SubscribeConfig("Bitrate", ignore, KAL_CONFIG_GROUP_AUDIO, &media, true);
+  facade.SubscribeConfig("Volume", ignore, KAL_CONFIG_GROUP_AUDIO, &media);
+  facade.SubscribeConfig("Gain", ignore, KAL_CONFIG_GROUP_AUDIO);
   facade.BindConfig(
       "Load", [](const KalConfigEvent&) { return ConfigData(5); }, KAL_CONFIG_GROUP_METRICS);
   facade.UnsubscribeConfig("Gain", KAL_CONFIG_GROUP_AUDIO);
-  config->SubscribeConfig(
-      KAL_CONFIG_GROUP_VIDEO, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+  config->SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", ignore, nullptr, false);
   facade.SetKalConfig("MaxFps", 60);
   stop();
   CleanUpKalConfig(7);

@@ -19,7 +19,7 @@ COMMANDS = {
     "whole": {
         "showConfigData": ["info locals", mi("-var-create text * number")],
         "showJson": ["info locals", "set print elements 3", "print text", "print document", "set print elements 200"],
-        "showChange": ["info args", "print *g_config"],
+        "showChange": ["info args", "print *g_config", "print *g_facade"],
         "showSettings": ["info locals", "print *config"],
         "showSmallStore": ["print store", mi("-var-create store * *config"), mi("-var-list-children 1 store"),
                            mi("-var-list-children 1 store.COMMON"), mi("-var-delete store")],
