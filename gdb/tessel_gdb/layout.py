@@ -1,7 +1,7 @@
 """Where the project's classes keep what the printers show: the one place that names their members."""
 
 from tessel_gdb.reading import (each_of_array, each_of_list, each_of_map, each_of_vector, is_callable, member, plain,
-                                pointer_of, require, size_of_map, sole, target)
+                                require, size_of_map, sole, target)
 
 # ConfigData, ACmThread, timer_fact
 

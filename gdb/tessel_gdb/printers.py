@@ -118,14 +118,16 @@ class Nested(Sequence):
 
     open = []  # What is being shown now, from the outside in.
 
-    def children(self):
-        place = int(self.value.address)
+    def entries(self):
+        return ()
+
+    def parts(self):
+        place = reading.place(self.value)
         if place in Nested.open:
-            yield from self.child(0, "...", "<contains itself>")
-            return
+            raise reading.Unreadable("contains itself")
         Nested.open.append(place)
         try:
-            yield from super().children()
+            yield from self.entries()
         finally:
             Nested.open.remove(place)
 
@@ -133,7 +135,7 @@ class Nested(Sequence):
 class JsonObject(Nested):
     hint = "map"
 
-    def parts(self):
+    def entries(self):
         return layout.json_members(self.value)
 
 
@@ -141,7 +143,7 @@ class JsonArray(Nested):
     hint = "array"
     nothing = "[]"
 
-    def parts(self):
+    def entries(self):
         return ((str(index), element) for index, element in enumerate(layout.json_elements(self.value)))
 
 

@@ -21,6 +21,11 @@ def referred(value):
     return value.referenced_value() if value.type.code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF) else value
 
 
+def place(value):
+    """The address of the value as a number; unlike any other when it has none."""
+    return object() if value.address is None else int(value.address)
+
+
 def plain(kind):
     """The type itself: neither another name for it, nor const."""
     return kind.strip_typedefs().unqualified()
