@@ -1,5 +1,6 @@
 #include "tessel/CallStore.h"
 
+#include <thread>
 #include <utility>
 
 #include "TypedTest.h"
@@ -69,4 +70,16 @@ TEST_F(Calls, MoveWithTheirReferenceAndRole) {
 
   third = CallStore(kCall + 2, CallStore::kEndsCall);
   EXPECT_EQ(GetKalConfigSizeForUT(), 1U);
+}
+
+TEST_F(Calls, MayEndOnAnotherThreadWhileTheStoreIsInUse) {
+  for (int i = 0; i < 100; ++i) {
+    const CallStore user(kCall);
+    std::thread other([ending = CallStore(kCall, CallStore::kEndsCall)] { SetA(ending); });
+    SetA(user);
+    other.join();
+    EXPECT_TRUE(HasA(user));
+    EXPECT_EQ(GetKalConfigSizeForUT(), 1U);
+  }
+  EXPECT_EQ(GetKalConfigSizeForUT(), 0U);
 }

@@ -1,6 +1,7 @@
 #include "tessel/ConfigKey.h"
 
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -145,4 +146,18 @@ TEST_F(Key, TellsChangesInItsOwnType) {
         {10, false, "10"}, {15, false, "15"}, {30, true, "fast"}};
     EXPECT_EQ(told, expected);
   }
+}
+
+TEST_F(Key, ServesManyThreadsAtOnce) {
+  const auto use = [this](int ours) {
+    for (int i = 0; i < 500; ++i) {
+      EXPECT_TRUE(IsStored(kMaxFps.Set(m_facade, ours)));
+      const ConfigReading<int> reading = kMaxFps.Read(*m_call);
+      EXPECT_TRUE(reading.fromStore);
+      EXPECT_TRUE(reading.value == 15 || reading.value == 60) << reading.value;
+    }
+  };
+  std::thread other(use, 15);
+  use(60);
+  other.join();
 }

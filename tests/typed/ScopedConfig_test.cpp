@@ -1,7 +1,9 @@
 #include "tessel/ScopedConfig.h"
 
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "TypedTest.h"
@@ -105,4 +107,15 @@ TEST_F(Scope, DropsWhatACallbackThrowsAtItsEnd) {
     armed = true;
   }
   EXPECT_EQ(kMaxFps.Get(*m_call), 15);
+}
+
+TEST_F(Scope, MayEndOnAnotherThread) {
+  for (const ConfigRef ref : m_refs) {
+    kMaxFps.Set(ref, 60);
+    std::thread([scope = std::make_unique<ScopedConfig>(ref, kMaxFps, 5), ref]() mutable {
+      EXPECT_EQ(kMaxFps.Get(ref), 5);
+      scope.reset();
+    }).join();
+    EXPECT_EQ(kMaxFps.Get(ref), 60);
+  }
 }

@@ -1,5 +1,6 @@
 #include "tessel/StatsRef.h"
 
+#include <thread>
 #include <type_traits>
 #include <utility>
 
@@ -51,6 +52,17 @@ TYPED_TEST(Stats, MoveWithTheirReference) {
     StatsRef<TypeParam>& itself = third;
     third = std::move(itself);
     EXPECT_EQ(&*third, info);
+  }
+  EXPECT_FALSE(Exists(TypeParam::kType));
+}
+
+TYPED_TEST(Stats, MayEndOnAnotherThreadWhileTheObjectIsInUse) {
+  for (int i = 0; i < 100; ++i) {
+    const StatsRef<TypeParam> user(kCall);
+    std::thread other([ending = StatsRef<TypeParam>(kCall)] { EXPECT_EQ(ending->GetCallId(), kCall); });
+    EXPECT_EQ(&*user, &*StatsRef<TypeParam>(kCall));
+    other.join();
+    EXPECT_EQ(user->GetCallId(), kCall);
   }
   EXPECT_FALSE(Exists(TypeParam::kType));
 }
