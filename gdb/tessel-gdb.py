@@ -14,6 +14,10 @@ folder = os.path.join(folder, "tessel", "gdb") if auto_load else os.path.dirname
 if folder not in sys.path:
     sys.path.insert(0, folder)
 
+# No compiled copies are left beside the files.
+writes_nothing, sys.dont_write_bytecode = sys.dont_write_bytecode, True
 import tessel_gdb
+
+sys.dont_write_bytecode = writes_nothing
 
 tessel_gdb.register(gdb.current_objfile())
