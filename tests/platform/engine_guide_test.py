@@ -19,7 +19,7 @@ def symbols(library, which):
 
 def names(symbol):
     """The names that a reader looks for: of the class and of the operation."""
-    path = re.sub(r"^(typeinfo|vtable) for ", "", symbol)
+    path = re.sub(r"^(typeinfo|typeinfo name|vtable) for ", "", symbol)
     scopes, operator, operation = path.partition("operator")
     if operator:
         return [*scopes.split("::")[:-1], operation.split("(")[0].strip()]
