@@ -86,7 +86,8 @@ def main():
     if arguments.corpus and not pathlib.Path(arguments.corpus).is_dir():
         parser.error(f"no folder '{arguments.corpus}'")
 
-    chosen = {program: names(program, arguments) for program in sorted(BUILD.glob("bench/*_bench"))}
+    programs = [BUILD / "bench" / source.stem for source in sorted(report.ROOT.glob("bench/*_bench.cpp"))]
+    chosen = {program: names(program, arguments) for program in programs}
     if not any(chosen.values()):
         parser.error(f"no benchmark is found by '{arguments.filter}'")
 

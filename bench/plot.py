@@ -1,4 +1,4 @@
-"""Draws the figures of the README and of docs/performance.md, each for a light and for a dark page."""
+"""Draws the figures of the README and of docs/performance.md, each fit for a light and a dark page."""
 
 from html import escape
 
@@ -32,42 +32,50 @@ def in_time(ns):
     return f"{ns:.3g} ns"
 
 
-def text(x, y, content, fill, size=13, anchor="start", weight="normal"):
-    return (f'<text x="{x:.1f}" y="{y:.1f}" fill="{fill}" font-size="{size}" text-anchor="{anchor}"'
+def style():
+    """Each kind of mark in its colour; a viewer that prefers dark pages takes the second half."""
+    def rules(theme):
+        return "".join(f".{name}{{fill:{colour};stroke:{colour if name == 'line' else 'none'}}}"
+                       for name, colour in THEMES[theme].items())
+    return f'<style>{rules("light")}@media (prefers-color-scheme:dark){{{rules("dark")}}}</style>'
+
+
+def text(x, y, content, kind="text", size=13, anchor="start", weight="normal"):
+    return (f'<text x="{x:.1f}" y="{y:.1f}" class="{kind}" font-size="{size}" text-anchor="{anchor}"'
             f' font-weight="{weight}">{escape(content)}</text>')
 
 
-def panel(x, y, title, bars, colours):
-    yield text(x, y + 14, title, colours["text"], 14, weight="600")
+def panel(x, y, title, bars):
+    yield text(x, y + 14, title, size=14, weight="600")
     longest = max(ns for _, ns in bars)
     y += PANEL_HEAD
     yield (f'<line x1="{x + LABEL}" y1="{y - 4}" x2="{x + LABEL}" y2="{y + STEP * len(bars) - 4}"'
-           f' stroke="{colours["line"]}"/>')
+           ' class="line"/>')
     for name, ns in bars:
         kind = "ours" if name == "Tessel" else "floor" if name in FLOORS else "peer"
         length = max(1.5, ns / longest * (PANEL - LABEL - VALUE))
         weight = "600" if kind == "ours" else "normal"
-        yield text(x + LABEL - 8, y + 11.5, LABELS[name], colours["text"], anchor="end", weight=weight)
+        yield text(x + LABEL - 8, y + 11.5, LABELS[name], anchor="end", weight=weight)
         yield (f'<rect x="{x + LABEL}" y="{y}" width="{length:.1f}" height="{BAR}" rx="2"'
-               f' fill="{colours[kind]}"/>')
-        yield text(x + LABEL + length + 6, y + 11.5, in_time(ns), colours["faint"], 12, weight=weight)
+               f' class="{kind}"/>')
+        yield text(x + LABEL + length + 6, y + 11.5, in_time(ns), "faint", 12, weight=weight)
         y += STEP
 
 
-def figure(title, note, panels, colours):
+def figure(title, note, panels):
     """Two panels beside each other, as many rows as it takes."""
     rows = [panels[at:at + 2] for at in range(0, len(panels), 2)]
     heights = [PANEL_HEAD + STEP * max(len(bars) for _, bars in row) + PANEL_FOOT for row in rows]
     height = HEAD + sum(heights)
     lines = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{height}"'
              f' viewBox="0 0 {WIDTH} {height}" role="img" aria-label="{escape(title)}"'
-             ' font-family="system-ui, -apple-system, \'Segoe UI\', \'DejaVu Sans\', sans-serif">',
-             f'<rect width="{WIDTH}" height="{height}" rx="8" fill="{colours["page"]}"/>',
-             text(MARGIN, 30, title, colours["text"], 18, weight="600"), text(MARGIN, 50, note, colours["faint"], 12)]
+             ' font-family="system-ui, -apple-system, \'Segoe UI\', \'DejaVu Sans\', sans-serif">', style(),
+             f'<rect width="{WIDTH}" height="{height}" rx="8" class="page"/>',
+             text(MARGIN, 30, title, size=18, weight="600"), text(MARGIN, 50, note, "faint", 12)]
     y = HEAD
     for row, row_height in zip(rows, heights):
         for column, (name, bars) in enumerate(row):
-            lines += panel(MARGIN + column * (PANEL + GAP), y, name, bars, colours)
+            lines += panel(MARGIN + column * (PANEL + GAP), y, name, bars)
         y += row_height
     return "\n".join([*lines, "</svg>"]) + "\n"
 
@@ -116,7 +124,6 @@ def draw(results, folder):
     folder.mkdir(exist_ok=True)
     drawn = []
     for name, title, panels in figures(results):
-        for theme, colours in THEMES.items():
-            drawn.append(folder / f"{name}-{theme}.svg")
-            drawn[-1].write_text(figure(title, note, panels, colours))
+        drawn.append(folder / f"{name}.svg")
+        drawn[-1].write_text(figure(title, note, panels))
     return drawn

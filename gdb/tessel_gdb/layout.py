@@ -86,7 +86,8 @@ def named_values(atom_map):
 
 def named_handlers(observers):
     """The subscriptions and bindings of a KalConfigObserverMgr: pairs of name and pointer to a handler."""
-    return ((name, handler) for name, chain in pairs(member(observers, "m_map")) for handler in each_of_list(chain))
+    return ((name, handler) for name, entry in pairs(member(observers, "m_map"))
+            for handler in each_of_list(member(entry, "handlers")))
 
 
 def is_empty(names):

@@ -205,7 +205,7 @@ void showDamagedContainers() {
     listWithoutEnd.Subscribe("a", std::make_shared<ConfigEventHandler>(), [](const auto&) {});
   }
   {
-    auto& handlers = Observers::Locked(listWithoutEnd)->find("a")->second;
+    auto& handlers = Observers::Locked(listWithoutEnd)->find("a")->second.handlers;
     std::next(handlers.begin())._M_node->_M_next = handlers.begin()._M_node;
   }
 
