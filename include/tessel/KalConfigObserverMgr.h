@@ -17,15 +17,14 @@
 
 namespace kalStore {
 
+namespace detail {
+
 /// Some of a name's handlers in the order of registration, as they were at one moment. Keeps them alive.
-/// @threads As a standard container: any number may read it while nobody assigns to it.
 template <class T>
 class HandlerSnapshot {
  public:
   HandlerSnapshot() = default;
   /// Takes those of `handlers` that `isWanted`. Allocates once when there are several.
-  /// @param handlers  read under the lock of their manager
-  /// @param isWanted  takes a handler
   template <class IsWanted>
   HandlerSnapshot(const std::list<T>& handlers, IsWanted isWanted)
       : m_size(static_cast<std::size_t>(std::count_if(handlers.begin(), handlers.end(), isWanted))) {
@@ -33,9 +32,7 @@ class HandlerSnapshot {
     std::copy_if(handlers.begin(), handlers.end(), m_size > 1 ? m_several.get() : &m_one, isWanted);
   }
 
-  /// @return Whether there is no such handler.
   bool IsEmpty() const { return m_size == 0; }
-  /// @return The handlers, while this object lives.
   std::span<const T> Handlers() const { return {m_size > 1 ? m_several.get() : &m_one, m_size}; }
 
  private:
@@ -43,6 +40,8 @@ class HandlerSnapshot {
   T m_one{};                       // The only one,
   std::shared_ptr<T[]> m_several;  // or all of them.
 };
+
+}  // namespace detail
 
 /// The subscriptions and bindings of one group: per configuration name a list of handlers in the order of
 /// registration. T is a pointer to a handler. A name's entry, once made, stays.
@@ -62,10 +61,13 @@ class __attribute__((visibility("default"))) KalConfigObserverMgr {
  public:
   /// What is registered for a name.
   struct Entry {
+    /// In the order of registration.
     std::list<T> handlers;
-    /// The handlers that are told of a change, and the one that is asked for a value, for deliveries to
-    /// share. Made by them when they are empty, and emptied with each change of the list.
-    HandlerSnapshot<T> told, asked;
+    /// The handlers that are told of a change, for deliveries to share. Made by the first delivery after the
+    /// list changed.
+    detail::HandlerSnapshot<T> told;
+    /// The same for the one that is asked for a value.
+    detail::HandlerSnapshot<T> asked;
 
     /// Empties the snapshots; under the lock, after each change of the list.
     void Forget() { told = asked = {}; }

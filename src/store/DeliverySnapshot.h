@@ -76,7 +76,7 @@ class DeliverySnapshot {
   bool HasNext() const { return m_finished < m_handlers.Handlers().size(); }
 
  private:
-  using Handlers = HandlerSnapshot<ConfigEventHandler::Ptr>;
+  using Handlers = detail::HandlerSnapshot<ConfigEventHandler::Ptr>;
 
   // Of a handler in the list, which removal leaves before it empties the callbacks.
   static bool HasNotify(const ConfigEventHandler::Ptr& handler) { return handler->m_fnNotify != nullptr; }
