@@ -1,12 +1,16 @@
 # `cmake --install`: libraries, headers, and what find_package(tessel CONFIG) and `pkg-config tessel` read.
+# Components: runtime, what a built program needs; dev, what building one needs; tools, the `tessel` program.
 
 include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
 set(tessel_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tessel)
 set(tessel_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 set_target_properties(tessel PROPERTIES INSTALL_RPATH "$ORIGIN/tessel")
-install(TARGETS tessel EXPORT tesselTargets DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS tessel EXPORT tesselTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/tessel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(TESSEL_UTIL_ROOT)
   set_target_properties(tessel PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
@@ -14,7 +18,9 @@ if(TESSEL_UTIL_ROOT)
   get_filename_component(tessel_util_pc_dir "${TESSEL_UTIL_LIBRARY}" DIRECTORY)
   set(tessel_util_pc_cflags "-I${TESSEL_UTIL_INCLUDE_DIR}")
 else()
-  install(TARGETS tessel_util EXPORT tesselTargets DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel)
+  install(TARGETS tessel_util EXPORT tesselTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel COMPONENT runtime
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel)
   install(DIRECTORY platform/include/util DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   # By its full name: -lutil would take the C library's place.
   set(tessel_util_pc_library "\${libdir}/tessel/$<TARGET_FILE_NAME:tessel_util>")
