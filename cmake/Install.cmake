@@ -35,8 +35,14 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/tesselConfig.cmake ${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake
   DESTINATION ${tessel_cmake_dir})
 
-# Paths relative to the file itself, so that an installed prefix can be moved.
-file(RELATIVE_PATH tessel_pc_prefix /${tessel_pkgconfig_dir} /)
+if(TESSEL_PACKAGE)
+  # Where only the runtime package is installed, this file's folder is missing, and no run path leads through it.
+  set(tessel_pc_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  # Relative to the file itself, so that an installed prefix can be moved.
+  file(RELATIVE_PATH tessel_pc_prefix /${tessel_pkgconfig_dir} /)
+  string(PREPEND tessel_pc_prefix "\${pcfiledir}/")
+endif()
 configure_file(cmake/tessel.pc.in ${PROJECT_BINARY_DIR}/tessel.pc.configured @ONLY)
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/tessel.pc INPUT ${PROJECT_BINARY_DIR}/tessel.pc.configured)
 install(FILES ${PROJECT_BINARY_DIR}/tessel.pc DESTINATION ${tessel_pkgconfig_dir})

@@ -30,16 +30,14 @@ build_example() {
   "$work/$1/$1"
 }
 
-# build_by_pkg_config NAME [--static] [LINK_FLAG...]: the consumer, against $prefix.
+# build_by_pkg_config NAME [PKG_CONFIG_OPTION [LINK_FLAG...]]: the consumer, against $prefix.
 build_by_pkg_config() {
-  local name=$1 form=() directory
-  shift
-  [ "${1:-}" = --static ] && form=("$1") && shift
-  directory=$(dirname "$(find "$prefix" -name tessel.pc)")
-  # shellcheck disable=SC2046
-  "${CXX:-g++}" "$consumer/main.cpp" \
-    $(PKG_CONFIG_PATH=$directory pkg-config --cflags --libs "${form[@]}" tessel) "$@" -o "$work/$name"
-  "$work/$name"
+  local flags
+  # shellcheck disable=SC2086
+  flags=$(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name tessel.pc)") pkg-config --cflags --libs ${2:-} tessel)
+  # shellcheck disable=SC2086
+  "${CXX:-g++}" "$consumer/main.cpp" $flags "${@:3}" -o "$work/$1"
+  "$work/$1"
 }
 
 fail() { echo "$1" && exit 1; }
@@ -62,7 +60,7 @@ case "$way" in
     prefix=$work/moved
     build_by_pkg_config consumer
     # The C library's own libutil, of the same name, still links beside it.
-    build_by_pkg_config both -lutil
+    build_by_pkg_config both "" -lutil
     ;;
   add_subdirectory)
     configure_build consumer "$consumer" -DTESSEL_FROM=add_subdirectory -DTESSEL_SOURCE="$source"
@@ -115,7 +113,8 @@ case "$way" in
     done
     build_example component
     build_example statistics
-    build_by_pkg_config consumer
+    # Installed, it is not moved: its prefix is fixed.
+    build_by_pkg_config consumer --define-variable=prefix="$prefix"
     "$prefix/bin/tessel" --version
     ;;
   *)
