@@ -22,6 +22,11 @@ else()
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel COMPONENT runtime
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel)
   install(DIRECTORY platform/include/util DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  if(BUILD_SHARED_LIBS)
+    # Nobody else looks there; given like this, the run path outlives the installation of a program as well.
+    target_link_options(tessel_util INTERFACE
+      "$<INSTALL_INTERFACE:LINKER:-rpath,$<INSTALL_PREFIX>/${CMAKE_INSTALL_LIBDIR}/tessel>")
+  endif()
   # By its full name: -lutil would take the C library's place.
   set(tessel_util_pc_library "\${libdir}/tessel/$<TARGET_FILE_NAME:tessel_util>")
   set(tessel_util_pc_dir "\${libdir}/tessel")

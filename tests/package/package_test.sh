@@ -52,6 +52,9 @@ case "$way" in
     install_build
     configure_build consumer "$consumer"
     "$work/consumer/consumer"
+    # Installed in its turn, a program still finds what is in a folder of its own.
+    quietly "$work/install.log" cmake --install "$work/consumer" --prefix "$work/installed"
+    LD_LIBRARY_PATH=$prefix/lib "$work/installed/bin/consumer"
     ;;
   pkg_config)
     install_build
