@@ -36,7 +36,7 @@ endif()
 install(EXPORT tesselTargets NAMESPACE tessel:: DESTINATION ${tessel_cmake_dir})
 configure_package_config_file(cmake/tesselConfig.cmake.in ${PROJECT_BINARY_DIR}/tesselConfig.cmake
   INSTALL_DESTINATION ${tessel_cmake_dir})
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/tesselConfig.cmake ${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake
   DESTINATION ${tessel_cmake_dir})
 
