@@ -124,8 +124,8 @@ void DestroyKalConfig() {
          << ",line=" << __LINE__;
   });
   std::lock_guard lock(g_mutex);
-  for (const auto& [callId, entry] : g_mapConfigs) {
-    TESSEL_TRACE(2, ", callId=" << callId << ", counts=" << entry.counts);
+  for (const auto& entry : g_mapConfigs) {
+    TESSEL_TRACE(2, ", callId=" << entry.first << ", counts=" << entry.second.counts);
   }
   DropAll();
 }
