@@ -57,6 +57,11 @@ bool Reader::Read(Value& document) {
   return m_at == m_end || fail("nothing but white space may follow the document");
 }
 
+bool Reader::Check() {
+  m_keeps = false;
+  return Read(m_unkept);
+}
+
 ParseError Reader::Fault() const {
   ParseError error;
   error.offset = static_cast<std::size_t>(m_at - m_begin);
@@ -83,7 +88,8 @@ bool Reader::readNext() {
     skipSpace();
   }
   inner.empty = false;
-  return inner.object ? readMember(*inner.object) : readValue(m_elements.emplace_back());
+  if (inner.object) return readMember(*inner.object);
+  return readValue(m_keeps ? m_elements.emplace_back() : m_unkept);
 }
 
 void Reader::close() {
@@ -98,6 +104,7 @@ void Reader::close() {
 bool Reader::readMember(Object& object) {
   std::string key;
   if (!readKey(key)) return false;
+  if (!m_keeps) return readValue(m_unkept);
   const std::size_t size = object.size();
   Value& place = object.m_members.try_emplace(object.m_members.end(), std::move(key))->second;
   if (object.size() == size) place.Clear();  // The last of equal keys stands.
@@ -119,6 +126,7 @@ bool Reader::readValue(Value& place) {
     case '"':
       ++m_at;
       place.mValueType = StringVal;
+      place.mStringVal.clear();
       return readString(place.mStringVal);
     case '{':
       place.mValueType = ObjectVal;
@@ -304,6 +312,11 @@ Value ParseDocument(std::string_view text, ParseError* error) {
   const bool read = reader.Read(document);
   if (error) *error = read ? ParseError{} : reader.Fault();
   return read ? std::move(document) : Value();
+}
+
+ParseError FaultOf(std::string_view text) {
+  Reader reader(text);
+  return reader.Check() ? ParseError{} : reader.Fault();
 }
 
 Value Deserialize(const std::string& text) {

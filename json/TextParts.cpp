@@ -77,13 +77,13 @@ class Steps {
 }  // namespace
 
 std::string_view DocumentOf(std::string_view text) {
-  Steps steps(text);
-  steps.SkipSpace();
-  return steps.TakeValue();
+  while (json_isspace(text.front())) text.remove_prefix(1);
+  while (json_isspace(text.back())) text.remove_suffix(1);
+  return text;
 }
 
-std::vector<MemberText> MembersOf(std::string_view object) {
-  std::vector<MemberText> members;
+void ReadMembers(std::string_view object, std::vector<MemberText>& members) {
+  members.clear();
   Steps steps(object);
   steps.Skip();
   while (steps.AtNext(',')) {
@@ -91,7 +91,6 @@ std::vector<MemberText> MembersOf(std::string_view object) {
     steps.AtNext(':');
     members.push_back({key, steps.TakeValue()});
   }
-  return members;
 }
 
 std::vector<std::string_view> ElementsOf(std::string_view array) {

@@ -17,8 +17,8 @@ struct MemberText {
 /// The document's one value, without the white space around it.
 std::string_view DocumentOf(std::string_view text);
 
-/// The members of an object, in the order of the text; equal keys as often as they stand there.
-std::vector<MemberText> MembersOf(std::string_view object);
+/// Puts in `members` those of an object, in the order of the text; equal keys as often as they stand there.
+void ReadMembers(std::string_view object, std::vector<MemberText>& members);
 
 /// The elements of an array.
 std::vector<std::string_view> ElementsOf(std::string_view array);

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "Change.h"
 #include "ChangeReport.h"
 #include "Colour.h"
 #include "CommandError.h"
@@ -41,13 +42,14 @@ struct ApplyOptions {
   bool strict = false;
   bool async = false;
   bool quiet = false;
+  bool json = false;
 };
 
 SettingsEntry ParseAssignment(const std::string& text) {
   const std::size_t equals = text.find('=');
   if (equals == std::string::npos) throw UsageError("--set " + Quoted(text) + ": expected GROUP/NAME=VALUE");
   ConfigPath path = ParseConfigPath("--set", std::string_view(text).substr(0, equals));
-  return {path.group, std::move(path.name), text.substr(equals + 1)};
+  return {path.group, std::move(path.name), text.substr(equals + 1), true};
 }
 
 ConfigMultGroup_t ParseMask(std::string_view text) {
@@ -67,7 +69,7 @@ ConfigMultGroup_t ParseMask(std::string_view text) {
 // Everything that the command line asks for, read and found usable.
 struct ApplyPlan {
   explicit ApplyPlan(const ApplyOptions& options) {
-    for (const std::string& text : options.sets) assignments.push_back(ParseAssignment(text));
+    for (const std::string& text : options.sets) addAssignment(ParseAssignment(text));
     std::vector<ConfigPath> paths;
     for (const std::string& text : options.watches) paths.push_back(ParseConfigPath("--watch", text));
     if (options.dump) dumpMask = ParseMask(*options.dump);
@@ -81,6 +83,13 @@ struct ApplyPlan {
   std::optional<ConfigMultGroup_t> dumpMask;
 
  private:
+  void addAssignment(SettingsEntry entry) {
+    for (SettingsEntry& earlier : assignments) {
+      if (earlier.group == entry.group && earlier.name == entry.name) earlier.stays = false;
+    }
+    assignments.push_back(std::move(entry));
+  }
+
   void watch(ConfigPath path) {
     if (path.name != kAllNames) {
       watched.emplace(path.group, std::move(path.name));
@@ -99,12 +108,12 @@ struct ApplyPlan {
 
 class Applier {
  public:
-  Applier(IKalConfig& store, Watcher& watcher, bool quiet)
-      : m_store(store), m_watcher(watcher), m_quiet(quiet) {}
+  Applier(IKalConfig& store, Watcher& watcher, const ApplyOptions& options)
+      : m_store(store), m_watcher(watcher), m_options(options) {}
 
   void Apply(const SettingsDocument& document) {
     document.PrintFindings(std::cerr);
-    step(document.Title(), document.Entries(), document.SkippedCount(),
+    step(document.Name(), document.Entries(), document.SkippedCount(),
          [&] { m_store.ApplyKalConfigs(document.Text().c_str()); });
   }
 
@@ -117,23 +126,32 @@ class Applier {
   }
 
  private:
-  void step(const std::string& title, const std::vector<SettingsEntry>& entries, std::size_t skipped,
+  void step(const std::string& name, const std::vector<SettingsEntry>& entries, std::size_t skipped,
             const std::function<void()>& change) {
-    if (m_quiet) {
+    if (m_options.quiet) {
       change();
       m_watcher.Drain();
       return;
     }
-    std::cout << Coloured(Colour::kBold, title) << '\n';
+    if (!m_options.json) std::cout << Coloured(Colour::kBold, Printable(name)) << '\n';
     ChangeReport report(m_store, entries);
     change();
     m_watcher.Drain();
-    report.Print(std::cout, skipped);
+    const std::vector<Change> changes = report.Changes();
+    for (const Change& one : changes) {
+      if (m_options.json) {
+        PrintChangeAsJson(std::cout, one, "document", name);
+      } else {
+        PrintChange(std::cout, one);
+      }
+    }
+    if (m_options.json) return;
+    std::cout << "  " << ChangeCounts(changes, report.NameCount() - changes.size(), skipped) << '\n';
   }
 
   IKalConfig& m_store;
   Watcher& m_watcher;
-  bool m_quiet;
+  const ApplyOptions& m_options;
 };
 
 int Apply(const ApplyOptions& options) {
@@ -143,10 +161,11 @@ int Apply(const ApplyOptions& options) {
   const kalStore::CallStore store(kCallId, kalStore::CallStore::kEndsCall);
   bool skipped = false;
   {
-    Watcher watcher(*store, options.async ? Watcher::Delivery::kPosted : Watcher::Delivery::kDirect);
+    Watcher watcher(*store, options.async ? Watcher::Delivery::kPosted : Watcher::Delivery::kDirect,
+                    options.json ? Watcher::Form::kJson : Watcher::Form::kText);
     for (const auto& [group, name] : plan.watched) watcher.Watch(group, name);
 
-    Applier applier(*store, watcher, options.quiet);
+    Applier applier(*store, watcher, options);
     for (const SettingsDocument& document : plan.documents) {
       applier.Apply(document);
       skipped = skipped || document.SkippedCount() != 0;
@@ -158,12 +177,9 @@ int Apply(const ApplyOptions& options) {
 }
 
 std::string Footer() {
-  std::string groups;
-  for (const std::string& name : GroupNames()) groups += (groups.empty() ? "" : " ") + name;
-  return "Groups: " + groups +
+  return GroupsHelp() + "\n\n" +
+         ExitStatusHelp("done", "done, but entries were skipped and --strict was given") +
          "\n\n"
-         "Exit status: 0 done; 1 done, but entries were skipped and --strict was given;\n"
-         "2 the command line or a document cannot be used, and nothing was applied.\n\n"
          "Examples:\n"
          "  tessel apply base.json low-bandwidth.json\n"
          "      What does the second document change in a call that runs with the first?\n"
@@ -183,22 +199,25 @@ void AddApplyCommand(CLI::App& app, int& exitStatus) {
       app.add_subcommand("apply", "Apply settings documents to a call's store and show what they change");
   command
       ->add_option("FILE", options->files, "Settings documents, applied in this order; - is standard input")
+      ->type_name("FILE")
       ->required();
   command->add_option("--set", options->sets, "Set a value after the documents; repeatable")
       ->type_name("GROUP/NAME=VALUE")
       ->allow_extra_args(false);
   command
-      ->add_option(
-          "--dump", options->dump,
-          "Then print the store as one line of JSON: all groups, or those of a mask (bit g: group g)")
+      ->add_option("--dump", options->dump,
+                   "Then print the store as a line of JSON: all groups, or those of a mask (bit g: group g)")
       ->type_name("MASK|all");
   CLI::Option* const watch = command
                                  ->add_option("--watch", options->watches,
                                               "Subscribe and print each event; repeatable; * is any name")
                                  ->type_name("GROUP/NAME")
                                  ->allow_extra_args(false);
-  command->add_flag("--async", options->async, "Have events posted to a worker thread")->needs(watch);
+  command->add_flag("--async", options->async, "Have the events of --watch posted to a worker thread")
+      ->needs(watch);
   command->add_flag("--strict", options->strict, "Exit with status 1 when import skips an entry");
+  command->add_flag("--json", options->json,
+                    "A JSON object per change, with its document, and per event, with its thread");
   command->add_flag("-q,--quiet", options->quiet, "Print no changes, only events and the dump");
   command
       ->add_option("--trace", options->traceLevel,

@@ -1,21 +1,25 @@
 #pragma once
 
 #include <cstddef>
-#include <ostream>
 #include <vector>
 
+#include "Change.h"
 #include "SettingsDocument.h"
 #include "tessel/IKalConfig.h"
 
 /// What a step changes in a store: the values before it against those after it, so that a name which the step
-/// sets twice is reported once, with what stays.
+/// sets twice is told once, with what stays.
 class ChangeReport {
  public:
   /// Notes the values that the entries' names have now. Both arguments must outlive the report.
   ChangeReport(kalStore::IKalConfig& store, const std::vector<SettingsEntry>& entries);
 
-  /// Writes a line for each value that is another one now, in the order of the entries, then the counts.
-  void Print(std::ostream& out, std::size_t skipped);
+  /// The values that are other ones now, in the order of the entries that stay, whose names they
+  /// borrow.
+  std::vector<Change> Changes();
+
+  /// How many names the entries have.
+  std::size_t NameCount() const { return m_before.size(); }
 
  private:
   struct Before {
@@ -26,6 +30,3 @@ class ChangeReport {
   kalStore::IKalConfig& m_store;
   std::vector<Before> m_before;
 };
-
-/// The value in quotes, or "none".
-std::string ShownValue(const ConfigData& value);

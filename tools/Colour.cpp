@@ -6,18 +6,10 @@
 
 namespace {
 
-bool FindOut() {
-  // NOLINTBEGIN(concurrency-mt-unsafe): nothing here changes the environment.
-  const char* const noColour = std::getenv("NO_COLOR");
-  if (noColour != nullptr && *noColour != '\0') return false;
-  const char* const terminal = std::getenv("TERM");
-  // NOLINTEND(concurrency-mt-unsafe)
-  if (terminal != nullptr && std::string_view(terminal) == "dumb") return false;
-  return ::isatty(STDOUT_FILENO) == 1;
-}
-
 const char* Start(Colour colour) {
   switch (colour) {
+    case Colour::kRed:
+      return "\033[31m";
     case Colour::kGreen:
       return "\033[32m";
     case Colour::kYellow:
@@ -32,10 +24,20 @@ const char* Start(Colour colour) {
 
 }  // namespace
 
+// NOLINTBEGIN(concurrency-mt-unsafe): nothing here changes the environment.
+bool IsTerminal(int descriptor) {
+  const char* const terminal = std::getenv("TERM");
+  return (terminal == nullptr || std::string_view(terminal) != "dumb") && ::isatty(descriptor) == 1;
+}
+
 bool WantsColour() {
-  static const bool kWanted = FindOut();
+  static const bool kWanted = [] {
+    const char* const noColour = std::getenv("NO_COLOR");
+    return (noColour == nullptr || *noColour == '\0') && IsTerminal(STDOUT_FILENO);
+  }();
   return kWanted;
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 std::string Coloured(Colour colour, std::string_view text) {
   if (!WantsColour()) return std::string(text);

@@ -3,7 +3,10 @@
 #include <string>
 #include <string_view>
 
-enum class Colour { kGreen, kYellow, kCyan, kBold };
+enum class Colour { kRed, kGreen, kYellow, kCyan, kBold };
+
+/// Whether the descriptor leads to a terminal that can do more than print letters.
+bool IsTerminal(int descriptor);
 
 /// Whether standard output shows colour: it is a terminal, and the environment has neither NO_COLOR nor
 /// TERM=dumb.

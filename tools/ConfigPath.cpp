@@ -20,6 +20,25 @@ std::span<const std::string> GroupNames() {
   return kNames;
 }
 
+const std::string& GroupName(KalConfigGroup group) {
+  return GroupNames()[static_cast<std::size_t>(group)];
+}
+
+std::string GroupsHelp() {
+  constexpr std::size_t kPerLine = 7;
+  std::string help = "Groups:";
+  for (std::size_t group = 0; group < GroupNames().size(); ++group) {
+    help += (group % kPerLine == 0 ? "\n  " : " ") + GroupNames()[group];
+  }
+  return help;
+}
+
+std::string UnknownGroup(const std::string& name) {
+  const std::string nearest = kalStore::NearestGroupName(name);
+  return "unknown group " + Quoted(name) +
+         (nearest.empty() ? "" : " (did you mean " + Quoted(nearest) + "?)");
+}
+
 ConfigPath ParseConfigPath(std::string_view option, std::string_view text) {
   const auto refuse = [&](const std::string& reason) {
     return UsageError(std::string(option) + " " + Quoted(text) + ": " + reason);
@@ -28,15 +47,11 @@ ConfigPath ParseConfigPath(std::string_view option, std::string_view text) {
   if (slash == std::string_view::npos) throw refuse("expected GROUP/NAME");
   const std::string groupName(text.substr(0, slash));
   const KalConfigGroup group = kalStore::GroupName2KalConfigGroup(groupName);
-  if (!kalStore::IsConfigGroup(group)) {
-    const std::string nearest = kalStore::NearestGroupName(groupName);
-    throw refuse("unknown group " + Quoted(groupName) +
-                 (nearest.empty() ? "" : " (did you mean " + Quoted(nearest) + "?)"));
-  }
+  if (!kalStore::IsConfigGroup(group)) throw refuse(UnknownGroup(groupName));
   if (slash + 1 == text.size()) throw refuse("the name is empty");
   return {group, std::string(text.substr(slash + 1))};
 }
 
 std::string ShownPath(KalConfigGroup group, std::string_view name) {
-  return GroupNames()[static_cast<std::size_t>(group)] + "/" + Printable(name);
+  return GroupName(group) + "/" + Printable(name);
 }

@@ -15,6 +15,14 @@ struct ConfigPath {
 /// The names of the groups of a store, in the order of their numbers.
 std::span<const std::string> GroupNames();
 
+const std::string& GroupName(kalStore::KalConfigGroup group);
+
+/// The part of a command's help that lists them.
+std::string GroupsHelp();
+
+/// Says that no group has that name, and which one may be meant.
+std::string UnknownGroup(const std::string& name);
+
 /// Reads GROUP/NAME; everything after the first slash is the name. Throws UsageError, which names `option`.
 ConfigPath ParseConfigPath(std::string_view option, std::string_view text);
 

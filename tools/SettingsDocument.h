@@ -5,15 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "tessel/KalConfigGroup.h"
 #include "tessel/settings_check.h"
 
-/// An entry of a settings document that import sets.
-struct SettingsEntry {
-  kalStore::KalConfigGroup group;
-  std::string name;   ///< As the store takes it: ends at the first zero byte, never empty.
-  std::string value;  ///< Any bytes.
-};
+using kalStore::SettingsEntry;
+
+/// Where a finding is, FILE:LINE:COLUMN:, and what is wrong there, both as they can be shown.
+std::string FindingPlace(const std::string& name, const kalStore::SettingsFinding& finding);
+std::string FindingText(const kalStore::SettingsFinding& finding);
 
 /// A settings document that import accepts, read whole, with what import will make of each of its entries.
 class SettingsDocument {
@@ -22,12 +20,12 @@ class SettingsDocument {
   /// object in a text without zero bytes; the message has the line and column of the first fault.
   static SettingsDocument Load(const std::string& file);
 
-  /// What messages call the document: the file's name as it can be shown, or "<stdin>".
-  const std::string& Title() const { return m_title; }
+  /// The file's name, or "<stdin>".
+  const std::string& Name() const { return m_name; }
   /// The text, as the file has it.
   const std::string& Text() const { return m_text; }
   /// What import sets, in its order. A name may stand more than once: the last value stays.
-  const std::vector<SettingsEntry>& Entries() const { return m_entries; }
+  const std::vector<SettingsEntry>& Entries() const { return m_contents.entries; }
   /// Writes a line for each part that import skips or that is most likely a mistake, in the order of the
   /// text.
   void PrintFindings(std::ostream& out) const;
@@ -35,12 +33,11 @@ class SettingsDocument {
   std::size_t SkippedCount() const;
 
  private:
-  SettingsDocument(std::string title, std::string text);
+  SettingsDocument(std::string name, std::string text);
 
-  std::string m_title;
+  std::string m_name;
   std::string m_text;
-  std::vector<SettingsEntry> m_entries;
-  std::vector<kalStore::SettingsFinding> m_findings;
+  kalStore::SettingsContents m_contents;
 };
 
 /// Loads all of them before anything is done with the first. Throws CommandError, also when standard input is

@@ -103,7 +103,7 @@ void PrintStatistics(std::ostream& out, const StatisticsKind& kind, std::string_
   for (std::size_t number = 0; number < blocks.size() / kind.blockSize; ++number) {
     const std::string_view block = blocks.substr(number * kind.blockSize, kind.blockSize);
     switch (format) {
-      case StatisticsFormat::kTable:
+      case StatisticsFormat::kText:
         PrintTable(out, kind, number, block);
         break;
       case StatisticsFormat::kCsv:

@@ -6,10 +6,10 @@
 
 #include "StatisticsMembers.h"
 
-enum class StatisticsFormat { kTable, kCsv, kJson };
+enum class StatisticsFormat { kText, kCsv, kJson };
 
 /// Writes blocks of one kind that stand in a row; `blocks` is a whole number of them.
-///   kTable  a table per block, by section; a layer that is nothing but zero bytes is only named
+///   kText  a table per block, by section; a layer that is nothing but zero bytes is only named
 ///   kCsv    a line of names with their units, then a line per block
 ///   kJson   an object per block, on a line of its own
 void PrintStatistics(std::ostream& out, const StatisticsKind& kind, std::string_view blocks,

@@ -7,6 +7,7 @@
 
 #include "CommandError.h"
 #include "ExitStatus.h"
+#include "OutputFormat.h"
 #include "StatisticsMembers.h"
 #include "StatisticsOutput.h"
 #include "TextFile.h"
@@ -16,8 +17,7 @@ namespace {
 struct Options {
   std::string file;
   std::string kind;
-  bool csv = false;
-  bool json = false;
+  std::string format;
 };
 
 // "2064 bytes (video) or 260 bytes (audio)"
@@ -53,9 +53,9 @@ void Run(const Options& options) {
   }
   const std::string blocks = ReadFile(options.file);
   const StatisticsKind& kind = KindOf(FileTitle(options.file), blocks.size(), kinds);
-  const auto format = options.csv    ? StatisticsFormat::kCsv
-                      : options.json ? StatisticsFormat::kJson
-                                     : StatisticsFormat::kTable;
+  const auto format = options.format == "csv"    ? StatisticsFormat::kCsv
+                      : options.format == "json" ? StatisticsFormat::kJson
+                                                 : StatisticsFormat::kText;
   PrintStatistics(std::cout, kind, blocks, format);
 }
 
@@ -67,21 +67,27 @@ void AddStatsCommand(CLI::App& app, int& exitStatus) {
   command
       ->add_option("FILE", options->file,
                    "Blocks in a row, as the library hands them out; - is standard input")
+      ->type_name("FILE")
       ->required();
   std::vector<std::string> names;
   for (const StatisticsKind& kind : StatisticsKinds()) names.emplace_back(kind.name);
-  command
-      ->add_option("--kind", options->kind, "What the blocks are of; told by their size where it is left out")
-      ->check(CLI::IsMember(names));
-  CLI::Option* csv = command->add_flag("--csv", options->csv, "A line of names, then a line per block");
-  command->add_flag("--json", options->json, "A JSON object per block, each on a line")->excludes(csv);
+  SetChoices(*command->add_option("--kind", options->kind,
+                                  "What the blocks are of; told by their size where it is left out"),
+             names);
+  AddFormatOption(*command, options->format, {"text", "csv", "json"});
   command->footer(
-      "A video block has 2064 bytes, an audio block, sent or received, 260. The table names a layer that is "
+      "A video block has 2064 bytes, an audio block, sent or received, 260. The text names a layer that is "
       "all\n"
-      "zero bytes and leaves it at that.\n"
-      "Exit status: 0 done, 2 the file cannot be used.\n"
-      "Example:\n"
-      "  tessel stats blocks.bin --csv");
+      "zero bytes and leaves it at that.\n\n"
+      "Formats:\n"
+      "  text  a table per block\n"
+      "  csv   a line of names, then a line per block\n"
+      "  json  an object per block, each on a line\n\n" +
+      ExitStatusHelp("done") +
+      "\n\n"
+      "Examples:\n"
+      "  tessel stats blocks.bin --csv\n"
+      "  tessel stats --kind audio - < blocks.bin");
   command->callback([options, &exitStatus] {
     Run(*options);
     exitStatus = kExitFine;

@@ -1,13 +1,19 @@
 #include "TextFile.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <system_error>
 
+#include "Colour.h"
 #include "CommandError.h"
 #include "Printable.h"
+#include "Progress.h"
 
 namespace {
 
@@ -23,11 +29,23 @@ CommandError Unreadable(const std::string& file) {
 
 }  // namespace
 
+std::string FileName(const std::string& file) {
+  return file == kStandardInput ? "<stdin>" : file;
+}
+
 std::string FileTitle(const std::string& file) {
-  return file == kStandardInput ? "<stdin>" : Printable(file);
+  return Printable(FileName(file));
+}
+
+void RefuseRepeatedInput(const std::vector<std::string>& files, const std::vector<std::string>& others) {
+  if (std::ranges::count(files, kStandardInput) + std::ranges::count(others, kStandardInput) > 1) {
+    throw UsageError("standard input can be read once only");
+  }
 }
 
 std::string ReadFile(const std::string& file) {
+  std::optional<Progress> progress;  // Not while somebody types.
+  if (file != kStandardInput || !IsTerminal(STDIN_FILENO)) progress.emplace("reading " + FileTitle(file));
   const std::unique_ptr<std::FILE, CloseUnlessStandard> stream(
       file == kStandardInput ? stdin : std::fopen(file.c_str(), "rbe"));
   if (stream == nullptr) throw Unreadable(file);

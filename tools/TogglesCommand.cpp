@@ -142,13 +142,13 @@ void AddTogglesCommand(CLI::App& app, int& exitStatus) {
           "Settings documents, applied in this order: adds the value set, and whether the toggle is on")
       ->type_name("FILE");
   command->add_flag("--json", options->json, "A JSON object per toggle, each on a line");
-  command->footer(
-      "A toggle that no document sets has no value, and is on.\n\n"
-      "Exit status: 0 done; 1 no toggle matches; 2 the command line or a document cannot be used.\n\n"
-      "Examples:\n"
-      "  tessel toggles music\n"
-      "  tessel toggles '*-recording' --json\n"
-      "  tessel toggles jitter --from base.json lab.json\n"
-      "      Which of the jitter buffer's toggles are on after both documents?");
+  command->footer("A toggle that no document sets has no value, and is on.\n\n" +
+                  ExitStatusHelp("done", "no toggle matches") +
+                  "\n\n"
+                  "Examples:\n"
+                  "  tessel toggles music\n"
+                  "  tessel toggles '*-recording' --json\n"
+                  "  tessel toggles jitter --from base.json lab.json\n"
+                  "      Which of the jitter buffer's toggles are on after both documents?");
   command->callback([options, &exitStatus] { exitStatus = Run(*options); });
 }

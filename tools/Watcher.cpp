@@ -4,14 +4,20 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "ChangeReport.h"
+#include "Change.h"
 #include "Colour.h"
 #include "ConfigPath.h"
 #include "util/ICmEvent.h"
 
 namespace {
 
-void PrintEvent(const kalStore::KalConfigEvent& event, const char* thread) {
+void PrintEvent(const kalStore::KalConfigEvent& event, Watcher::Form form, const char* thread) {
+  if (form == Watcher::Form::kJson) {
+    PrintChangeAsJson(std::cout, {event.m_group, event.m_name, event.m_oldValue, event.m_newValue}, "thread",
+                      thread);
+    std::cout << std::flush;
+    return;
+  }
   std::cout << "  " << Coloured(Colour::kCyan, "event") << "    " << ShownPath(event.m_group, event.m_name)
             << ": " << ShownValue(event.m_oldValue) << " -> " << ShownValue(event.m_newValue) << " (on "
             << thread << ")\n"
@@ -26,7 +32,7 @@ class QueueEnd : public ICmEvent {
 
 }  // namespace
 
-Watcher::Watcher(kalStore::IKalConfig& store, Delivery delivery) : m_store(store) {
+Watcher::Watcher(kalStore::IKalConfig& store, Delivery delivery, Form form) : m_store(store), m_form(form) {
   if (delivery == Delivery::kDirect) return;
   m_worker.emplace("worker");
   if (const int error = m_worker->Start(); error != 0) {
@@ -41,8 +47,9 @@ Watcher::~Watcher() {
 
 void Watcher::Watch(kalStore::KalConfigGroup group, const std::string& name) {
   ACmThread* const worker = m_worker ? &*m_worker : nullptr;
-  const auto print = [worker](const kalStore::KalConfigEvent& event) {
-    PrintEvent(event, worker != nullptr && worker->GetThreadId() == GetThreadSelfId() ? "worker" : "main");
+  const auto print = [worker, form = m_form](const kalStore::KalConfigEvent& event) {
+    PrintEvent(event, form,
+               worker != nullptr && worker->GetThreadId() == GetThreadSelfId() ? "worker" : "main");
   };
   const kalStore::SubscribeId_t id =
       m_store.SubscribeConfig(group, name.c_str(), print, worker, worker != nullptr);

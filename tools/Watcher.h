@@ -14,9 +14,10 @@
 class Watcher {
  public:
   enum class Delivery { kDirect, kPosted };
+  enum class Form { kText, kJson };
 
   /// Starts the worker when changes are to be posted. The store must outlive the watcher.
-  Watcher(kalStore::IKalConfig& store, Delivery delivery);
+  Watcher(kalStore::IKalConfig& store, Delivery delivery, Form form);
   /// Ends the subscriptions, once all events have arrived.
   ~Watcher();
   Watcher(const Watcher&) = delete;
@@ -28,6 +29,7 @@ class Watcher {
 
  private:
   kalStore::IKalConfig& m_store;
+  Form m_form;
   std::optional<ACmThread> m_worker;
   std::vector<kalStore::SubscribeId_t> m_subscriptions;
 };

@@ -4,13 +4,11 @@
 #include <string>
 #include <system_error>
 
-#include "ApplyCommand.h"
 #include "CommandError.h"
+#include "Commands.h"
 #include "ExitStatus.h"
 #include "Printable.h"
 #include "StandardOutput.h"
-#include "StatsCommand.h"
-#include "TogglesCommand.h"
 
 namespace {
 
@@ -21,18 +19,8 @@ int Fail(const std::string& line) {
 
 int Run(int argc, char** argv) {
   int exitStatus = kExitFine;
-  CLI::App app("See what the settings of a media engine's call are, and what changes them.", "tessel");
-  app.set_version_flag("--version", "tessel " TESSEL_VERSION, "Print the version and exit");
-  app.require_subcommand(1);
-  AddApplyCommand(app, exitStatus);
-  AddStatsCommand(app, exitStatus);
-  AddTogglesCommand(app, exitStatus);
-  app.footer(
-      "Examples:\n"
-      "  tessel apply base.json lab.json --dump all\n"
-      "  tessel stats blocks.bin\n"
-      "  tessel toggles audio --from lab.json\n"
-      "  tessel apply --help");
+  CLI::App app;
+  AddCommands(app, exitStatus);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& success) {

@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
+#include "tessel/KalConfigGroup.h"
 #include "tessel/export.h"
 
 namespace kalStore {
@@ -29,6 +31,7 @@ enum class SettingsProblem : std::int32_t {
   kRepeatedName,    ///< the name stands again below in its group, and that value stays
   kRepeatedMember,  ///< the entry's "key" or "value" stands again, and the last one counts
   kUnknownToggle,   ///< no feature toggle has the name that stands in "Feature"
+  kUnknownName,     ///< the name is not among those that were given as known
 };
 
 /// What import does because of a problem.
@@ -59,11 +62,23 @@ struct SettingsFinding {
   std::size_t column = 0;  ///< of the place, from 1, in bytes
 };
 
+/// An entry of a settings document that import sets.
+struct SettingsEntry {
+  KalConfigGroup group = KAL_CONFIG_GROUP_COMMON;
+  std::string name;   ///< As the store takes it: ends at the first zero byte, never empty.
+  std::string value;  ///< Any bytes.
+  bool stays = true;  ///< No later entry sets the name again.
+};
+
+/// The names that entries may have. A group that is missing may have any; "Feature" has the toggles besides.
+using SettingsNames = std::map<KalConfigGroup, std::vector<std::string>>;
+
 /// Finds everything in a settings document that import would refuse or skip, or that is most likely a
 /// mistake. The check needs no store and changes nothing. Throws nothing but what a failed allocation throws.
 /// @param text  the document
 /// @return The findings in the order of the text; none for a document that is fine. A document that is
-/// refused has that one finding.
+/// refused has that one finding. Where very many names are unknown, the nearest known name is given for the
+/// first of them only.
 /// @threads Any.
 /// @par Example
 /// @code{.cpp}
@@ -72,6 +87,37 @@ struct SettingsFinding {
 /// assert(EffectOf(findings[0].problem) == SettingsEffect::kSkipped);
 /// @endcode
 TESSEL_API std::vector<SettingsFinding> CheckSettings(const std::string& text);
+
+/// The same, and finds the names that are not known.
+/// @param text  the document
+/// @param known  the names of each group that has only known ones
+/// @return As CheckSettings(const std::string&).
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// const std::string text = R"({"Video":[{"key":"maxfps","value":"15"}]})";
+/// assert(CheckSettings(text).empty());
+/// assert(CheckSettings(text, {{KAL_CONFIG_GROUP_VIDEO, {"MaxFps"}}})[0].nearest == "MaxFps");
+/// @endcode
+TESSEL_API std::vector<SettingsFinding> CheckSettings(const std::string& text, const SettingsNames& known);
+
+/// What import makes of a settings document.
+struct SettingsContents {
+  std::vector<SettingsEntry> entries;     ///< in the order in which import sets them
+  std::vector<SettingsFinding> findings;  ///< as CheckSettings() tells them
+};
+
+/// Reads a settings document as import does, without a store.
+/// @param text  the document
+/// @return What import sets, and what it makes of the rest.
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// const auto contents = ReadSettings(R"({"Video":[{"key":"MaxFps","value":"15"}],"Audoi":[]})");
+/// assert(contents.entries.size() == 1 && contents.entries[0].value == "15");
+/// assert(contents.findings.size() == 1);
+/// @endcode
+TESSEL_API SettingsContents ReadSettings(const std::string& text);
 
 /// Guesses which group a text is meant to name, letter case aside.
 /// @param name  any text

@@ -24,7 +24,7 @@ std::size_t ReplacementCost(char a, char b) {
 NearestName::NearestName(std::string_view text) : m_text(text) {}
 
 void NearestName::Consider(std::string_view known) {
-  const std::size_t edits = std::max<std::size_t>(1, known.size() / 3);
+  const std::size_t edits = Edits(known);
   if (m_text.size() > known.size() + edits || known.size() > m_text.size() + edits) return;
   std::size_t limit = edits * kLetterCost + known.size() * kCaseCost;
   if (!m_nearest.empty()) {
@@ -35,6 +35,10 @@ void NearestName::Consider(std::string_view known) {
   if (found > limit) return;
   m_nearest = known;
   m_nearestDistance = found;
+}
+
+bool NearestName::MayBeImproved(std::size_t edits) const {
+  return m_nearest.empty() || edits * kLetterCost < m_nearestDistance;
 }
 
 // What it costs to turn the text into the name by inserting, removing, replacing and swapping letters; more

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -13,7 +14,13 @@ class NearestName {
  public:
   explicit NearestName(std::string_view text);
 
+  /// How many letters of a text may be wrong for it to be meant as the name.
+  static std::size_t Edits(std::string_view known) { return std::max<std::size_t>(1, known.size() / 3); }
+
   void Consider(std::string_view known);
+
+  /// Whether a name with so many wrong letters, or more, may be nearer than all that were considered.
+  bool MayBeImproved(std::size_t edits) const;
 
   /// The nearest of the names considered, the first of equally near ones; empty when none is near.
   std::string Result() const { return std::string(m_nearest); }

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <deque>
+#include <map>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 
 #include "FeatureToggleKeys.h"
+#include "NameIndex.h"
 #include "NearestName.h"
 #include "Reader.h"
 #include "TextParts.h"
@@ -43,10 +46,6 @@ bool IsText(std::string_view value) {
   return value.front() == '"';
 }
 
-std::string TextOf(std::string_view quoted) {
-  return std::move(json::ParseDocument(quoted).ToString());
-}
-
 std::string ElementPath(const std::string& groupName, std::size_t index) {
   return groupName + "[" + std::to_string(index) + "]";
 }
@@ -54,11 +53,12 @@ std::string ElementPath(const std::string& groupName, std::size_t index) {
 // The walk that import makes, over the text instead of its values.
 class Check {
  public:
-  explicit Check(std::string_view text) : m_text(text) {}
+  /// `entries` takes what import sets, and may be null.
+  Check(std::string_view text, const SettingsNames& known, std::vector<SettingsEntry>* entries)
+      : m_text(text), m_known(known), m_entries(entries) {}
 
   std::vector<SettingsFinding> Findings() && {
-    json::ParseError error;
-    json::ParseDocument(m_text, &error);
+    const json::ParseError error = json::FaultOf(m_text);
     if (error.reason != nullptr) {
       add(SettingsProblem::kNoJson, m_text.data() + error.offset, "", error.reason);
     } else {
@@ -69,9 +69,11 @@ class Check {
   }
 
  private:
+  // Where a name stands: in its group, in the text, and among the entries that are imported.
   struct Named {
     std::size_t index;
     const char* at;
+    std::size_t imported;
   };
 
   void checkDocument(std::string_view document) {
@@ -86,42 +88,42 @@ class Check {
       return;
     }
 
-    std::array<const MemberText*, KAL_CONFIG_GROUP_LAST> read{};  // The last of each group.
-    const std::vector<MemberText> members = json::MembersOf(document);
+    std::map<std::string, const MemberText*> read;  // The last of each group, in the order of import.
+    std::vector<MemberText> members;
+    json::ReadMembers(document, members);
     for (const MemberText& member : members) {
-      const std::string name = TextOf(member.key);
-      const KalConfigGroup group = GroupName2KalConfigGroup(name);
-      if (!IsConfigGroup(group)) {
+      const std::string name(textOf(member.key));
+      if (!IsConfigGroup(GroupName2KalConfigGroup(name))) {
         addUnknown(SettingsProblem::kUnknownGroup, member.key.data(), name, name, NearestGroupName(name),
                    "unknown group");
         continue;
       }
-      if (const MemberText* earlier = std::exchange(read[group], &member)) {
+      if (const MemberText* earlier = std::exchange(read[name], &member)) {
         add(SettingsProblem::kRepeatedGroup, earlier->key.data(), name,
             "the group stands again below; only the last one is read", name);
       }
     }
-    for (std::uint32_t group = 0; group < read.size(); ++group) {
-      if (read[group] != nullptr) checkGroup(static_cast<KalConfigGroup>(group), read[group]->value);
-    }
+    for (const auto& [name, member] : read) checkGroup(name, member->value);
   }
 
-  void checkGroup(KalConfigGroup group, std::string_view array) {
-    const std::string groupName = KalConfigGroup2GroupName(group);
+  void checkGroup(const std::string& groupName, std::string_view array) {
     if (array.front() != '[') {
       add(SettingsProblem::kNoArray, array.data(), groupName,
           std::string("expected an array of entries, found ") + KindOf(array));
       return;
     }
-    m_names.clear();
+    m_group = GroupName2KalConfigGroup(groupName);
+    m_places.clear();
+    fillIndex();
     const std::vector<std::string_view> elements = json::ElementsOf(array);
+    m_places.reserve(elements.size());
+    if (m_entries != nullptr) m_entries->reserve(m_entries->size() + elements.size());
     for (std::size_t index = 0; index < elements.size(); ++index) {
-      checkEntry(group, groupName, index, elements[index]);
+      checkEntry(groupName, index, elements[index]);
     }
   }
 
-  void checkEntry(KalConfigGroup group, const std::string& groupName, std::size_t index,
-                  std::string_view element) {
+  void checkEntry(const std::string& groupName, std::size_t index, std::string_view element) {
     const auto path = [&] { return ElementPath(groupName, index); };
     if (element.front() != '{') {
       add(SettingsProblem::kNoEntry, element.data(), path(),
@@ -131,14 +133,14 @@ class Check {
 
     constexpr const char* kParts[] = {"key", "value"};
     const MemberText* parts[2] = {};
-    const std::vector<MemberText> members = json::MembersOf(element);
-    for (const MemberText& member : members) {
-      const std::string memberName = TextOf(member.key);
+    json::ReadMembers(element, m_members);
+    for (const MemberText& member : m_members) {
+      const std::string_view memberName = textOf(member.key);
       for (std::size_t part = 0; part < 2; ++part) {
         if (memberName != kParts[part]) continue;
         if (const MemberText* earlier = std::exchange(parts[part], &member)) {
-          add(SettingsProblem::kRepeatedMember, earlier->key.data(), path() + "." + memberName,
-              "\"" + memberName + "\" stands again in the entry; the last one counts");
+          add(SettingsProblem::kRepeatedMember, earlier->key.data(), path() + "." + kParts[part],
+              std::string("\"") + kParts[part] + "\" stands again in the entry; the last one counts");
         }
       }
     }
@@ -155,38 +157,54 @@ class Check {
       }
     }
     const std::string_view key = parts[0]->value;
-    checkName(group, groupName, {index, key.data()}, TextOf(key));
+    std::string_view name = textOf(key);
+    name = name.substr(0, name.find('\0'));  // A store's names are C texts.
+    const std::size_t imported = m_entries == nullptr ? 0 : m_entries->size();
+    if (m_entries != nullptr && !name.empty()) {
+      m_entries->push_back({m_group, std::string(name), std::string(textOf(parts[1]->value)), true});
+    }
+    checkName(groupName, {index, key.data(), imported}, name);
   }
 
-  void checkName(KalConfigGroup group, const std::string& groupName, Named entry, std::string name) {
-    name.resize(std::min(name.size(), name.find('\0')));  // A store's names are C texts.
+  void checkName(const std::string& groupName, Named entry, std::string_view name) {
     if (name.empty()) {
       add(SettingsProblem::kEmptyName, entry.at, ElementPath(groupName, entry.index) + ".key",
           "the name is empty");
       return;
     }
-    if (group == KAL_CONFIG_GROUP_FEATURE && !isToggle(name)) {
-      NearestName nearest(name);
-      for (const std::string_view toggle : m_toggles) nearest.Consider(toggle);
-      addUnknown(SettingsProblem::kUnknownToggle, entry.at, ElementPath(groupName, entry.index) + ".key",
-                 name, nearest.Result(), "no feature toggle has this name");
+    if (m_checksNames && !m_index.Has(name)) {
+      const bool isToggle = m_group == KAL_CONFIG_GROUP_FEATURE;
+      addUnknown(isToggle ? SettingsProblem::kUnknownToggle : SettingsProblem::kUnknownName, entry.at,
+                 ElementPath(groupName, entry.index) + ".key", std::string(name), m_index.Nearest(name),
+                 isToggle ? "no feature toggle has this name" : "unknown name");
     }
-    const auto [found, isNew] = m_names.try_emplace(std::move(name), entry);
+    const auto [found, isNew] = m_places.try_emplace(name, entry);
     if (isNew) return;
     const Named earlier = std::exchange(found->second, entry);
+    if (m_entries != nullptr) (*m_entries)[earlier.imported].stays = false;
     add(SettingsProblem::kRepeatedName, earlier.at, ElementPath(groupName, earlier.index) + ".key",
         "the name stands again in " + ElementPath(groupName, entry.index) + "; the last value stays",
-        found->first);
+        std::string(name));
   }
 
-  bool isToggle(std::string_view name) {
-    if (m_toggles.empty()) {
-      for (std::int32_t id = 0; id < KAL_FT_Unknow; ++id) {
-        m_toggles.emplace_back(FeatureToggleKey(static_cast<KalFeatureToggleID>(id)));
-      }
-      std::sort(m_toggles.begin(), m_toggles.end());
+  // What a string's text says; lives as long as the check.
+  std::string_view textOf(std::string_view quoted) {
+    if (quoted.find('\\') == std::string_view::npos) return quoted.substr(1, quoted.size() - 2);
+    return m_unescaped.emplace_back(std::move(json::ParseDocument(quoted).ToString()));
+  }
+
+  // The names that the group at hand may have.
+  void fillIndex() {
+    const auto known = m_known.find(m_group);
+    m_checksNames = known != m_known.end() || m_group == KAL_CONFIG_GROUP_FEATURE;
+    m_index = NameIndex();
+    if (known != m_known.end()) {
+      for (const std::string& name : known->second) m_index.Add(name);
     }
-    return std::binary_search(m_toggles.begin(), m_toggles.end(), name);
+    if (m_group != KAL_CONFIG_GROUP_FEATURE) return;
+    for (std::int32_t id = 0; id < KAL_FT_Unknow; ++id) {
+      m_index.Add(FeatureToggleKey(static_cast<KalFeatureToggleID>(id)));
+    }
   }
 
   void add(SettingsProblem problem, const char* at, std::string path, std::string reason,
@@ -221,15 +239,32 @@ class Check {
   }
 
   const std::string_view m_text;
+  const SettingsNames& m_known;
+  std::vector<SettingsEntry>* const m_entries;
   std::vector<SettingsFinding> m_findings;
-  std::unordered_map<std::string, Named> m_names;  // Of the group at hand: where each stands last.
-  std::vector<std::string_view> m_toggles;         // Sorted; empty until needed.
+  std::deque<std::string> m_unescaped;
+  // Of the group at hand:
+  KalConfigGroup m_group = KAL_CONFIG_GROUP_LAST;
+  std::unordered_map<std::string_view, Named> m_places;  // Where each name stands last.
+  bool m_checksNames = false;
+  NameIndex m_index;
+  std::vector<MemberText> m_members;  // Of the entry at hand.
 };
 
 }  // namespace
 
 std::vector<SettingsFinding> CheckSettings(const std::string& text) {
-  return Check(text).Findings();
+  return CheckSettings(text, {});
+}
+
+std::vector<SettingsFinding> CheckSettings(const std::string& text, const SettingsNames& known) {
+  return Check(text, known, nullptr).Findings();
+}
+
+SettingsContents ReadSettings(const std::string& text) {
+  SettingsContents contents;
+  contents.findings = Check(text, {}, &contents.entries).Findings();
+  return contents;
 }
 
 std::string NearestGroupName(const std::string& name) {

@@ -13,6 +13,7 @@
 #include "tessel/KalConfigGroup.h"
 #include "tessel/KalConfigRegistry.h"
 #include "tessel/KalFeatureToggleID.h"
+#include "tessel/json_text.h"
 
 using namespace std::string_literals;
 using kalStore::CheckSettings;
@@ -208,6 +209,75 @@ TEST(SettingsCheck, KnowsEveryToggle) {
   EXPECT_EQ(Lines(text + "}"), Expected());
 }
 
+TEST(SettingsCheck, FindsNamesThatAreNotKnown) {
+  const std::string text = R"({"Audio":[{"key":"Bitrate","value":"1"},
+{"key":"Bitrat","value":"1"},{"key":"\u0042itrate\u0000x","value":"1"}],
+"Common":[{"key":"Anything","value":"1"}],
+"Metrics":[{"key":"Anything","value":"1"}],
+"Feature":[{"key":"EnableMusicMode","value":"1"},
+{"key":"OurOwn","value":"1"},
+{"key":"OurOwm","value":"1"}]})";
+  const kalStore::SettingsNames known = {{kalStore::KAL_CONFIG_GROUP_AUDIO, {"Dtx", "Bitrate", "Bitrate"}},
+                                         {kalStore::KAL_CONFIG_GROUP_METRICS, {}},
+                                         {kalStore::KAL_CONFIG_GROUP_FEATURE, {"OurOwn"}}};
+  std::vector<std::string> lines;
+  for (const SettingsFinding& finding : CheckSettings(text, known)) lines.push_back(Line(finding));
+  EXPECT_EQ(lines, (Expected{
+                       "1:18 Audio[0].key: the name stands again in Audio[2]; the last value stays",
+                       "2:8 Audio[1].key: unknown name (did you mean \"Bitrate\"?)",
+                       "4:19 Metrics[0].key: unknown name",
+                       "7:8 Feature[2].key: no feature toggle has this name (did you mean \"OurOwn\"?)",
+                   }));
+  const SettingsFinding finding = CheckSettings(text, known)[1];
+  EXPECT_EQ(finding.problem, Problem::kUnknownName);
+  EXPECT_EQ(finding.name, "Bitrat");
+  EXPECT_EQ(finding.nearest, "Bitrate");
+}
+
+// One letter of each name is left out, doubled or swapped with the next one.
+TEST(SettingsCheck, FindsTheNearestOfThousandsOfNames) {
+  constexpr const char* kWords[] = {"Audio", "Bitrate", "Maximum", "Jitter",
+                                    "Frame", "Delay",   "Codec",   "Level"};
+  kalStore::SettingsNames known;
+  std::vector<std::string>& names = known[kalStore::KAL_CONFIG_GROUP_AUDIO];
+  for (const char* first : kWords) {
+    for (const char* second : kWords) {
+      for (const char* third : kWords) {
+        for (const char* last : kWords) names.push_back(std::string(first) + second + third + last);
+      }
+    }
+  }
+  for (std::size_t at = 0; at < names.size(); at += 97) {
+    std::string name = names[at];
+    const std::size_t letter = 1 + at % (name.size() - 2);
+    if (at % 3 == 0) {
+      name.erase(letter, 1);
+    } else if (at % 3 == 1) {
+      name.insert(letter, 1, name[letter]);
+    } else {
+      std::swap(name[letter], name[letter + 1]);
+    }
+    const auto findings = CheckSettings(R"({"Audio":[{"key":")" + name + R"(","value":"1"}]})", known);
+    if (findings.empty()) continue;  // Two equal letters were swapped.
+    EXPECT_EQ(findings[0].nearest, names[at]) << name;
+  }
+}
+
+TEST(SettingsCheck, ReadsTheEntriesInTheOrderOfImport) {
+  const kalStore::SettingsContents contents = kalStore::ReadSettings(R"({
+"Video":[{"key":"B","value":"1"},{"key":"A","value":"\"\u0000\u00ff"}],
+"Nowhere":[{"key":"A","value":"1"}],
+"Audio":[{"key":"A","value":"1"},7,{"key":"A\u0000x","value":"2"},{"key":"","value":"3"}]})");
+  std::vector<std::string> entries;
+  for (const kalStore::SettingsEntry& entry : contents.entries) {
+    entries.push_back(kalStore::KalConfigGroup2GroupName(entry.group) + "/" + entry.name + "=" + entry.value +
+                      (entry.stays ? "" : " for a while"));
+  }
+  EXPECT_EQ(entries, (Expected{"Audio/A=1 for a while", "Audio/A=2", "Video/B=1", "Video/A=\"\0\xff"s}));
+  EXPECT_EQ(contents.findings.size(), 4U);
+  EXPECT_TRUE(kalStore::ReadSettings("{\"Audio\":").entries.empty());
+}
+
 TEST(SettingsCheck, GivesEveryProblemItsEffect) {
   const std::pair<Problem, Effect> rows[] = {
       {Problem::kNoJson, Effect::kRefused},         {Problem::kNoObject, Effect::kRefused},
@@ -216,7 +286,7 @@ TEST(SettingsCheck, GivesEveryProblemItsEffect) {
       {Problem::kNoMember, Effect::kSkipped},       {Problem::kNoText, Effect::kSkipped},
       {Problem::kEmptyName, Effect::kSkipped},      {Problem::kRepeatedGroup, Effect::kSkipped},
       {Problem::kRepeatedName, Effect::kImported},  {Problem::kRepeatedMember, Effect::kImported},
-      {Problem::kUnknownToggle, Effect::kImported},
+      {Problem::kUnknownToggle, Effect::kImported}, {Problem::kUnknownName, Effect::kImported},
   };
   for (const auto& [problem, effect] : rows) EXPECT_EQ(kalStore::EffectOf(problem), effect);
 }
@@ -230,12 +300,35 @@ TEST(SettingsCheck, ChecksAHugeDocumentQuickly) {
   EXPECT_EQ(findings.back().line, 5001U);
 }
 
+TEST(SettingsCheck, GivesTheNearestNameForTheFirstOfVeryManyOnly) {
+  std::string text = "{\"Feature\":[";
+  for (int i = 0; i < 100'000; ++i) {
+    text += "{\"key\":\"EnableMusicDetecton" + std::to_string(i) + "\",\"value\":\"1\"},\n";
+  }
+  text += "0]}";
+  const auto findings = CheckSettings(text);
+  ASSERT_EQ(findings.size(), 100'001U);
+  EXPECT_EQ(findings[0].nearest, "EnableMusicDetection");
+  EXPECT_EQ(findings[1000].nearest, "EnableMusicDetection");
+  EXPECT_EQ(findings[99'999].nearest, "");
+  EXPECT_EQ(findings[99'999].reason, "no feature toggle has this name");
+}
+
 // Every text one byte away from a document, and every beginning of it; the sanitizers see a read past its
 // end.
 TEST(SettingsCheck, StaysWithinTheTextWhateverItIs) {
   const std::string text =
       " {\"Audio\" : [{\"key\":\"\\u0041\\\\\",\"value\":\"\\\"\"} , null, [1.5e3,{}]],\n\"Feature\":[{}]} ";
   const auto check = [](const std::string& changed) {
+    json::ParseError error;
+    json::Deserialize(changed, error);
+    const auto findings = CheckSettings(changed);
+    const bool isJson = findings.empty() || findings[0].problem != Problem::kNoJson;
+    ASSERT_EQ(isJson, error.reason == nullptr) << changed;
+    if (!isJson) {
+      EXPECT_EQ(findings[0].reason, error.reason) << changed;
+      EXPECT_EQ(findings[0].offset, error.offset) << changed;
+    }
     for (const SettingsFinding& finding : CheckSettings(changed)) {
       EXPECT_LE(finding.offset, changed.size()) << changed;
       const auto before = changed.begin() + static_cast<std::ptrdiff_t>(finding.offset);
@@ -261,7 +354,7 @@ TEST(SettingsCheck, LeavesNothingBehindWhenAnAllocationFails) {
   for (std::size_t n = 1;; ++n) {
     FailAllocation nth(n);
     try {
-      (void)CheckSettings(text);
+      (void)kalStore::ReadSettings(text);
     } catch (const std::bad_alloc&) {
     }
     if (!nth.Fired()) break;
@@ -287,6 +380,18 @@ TEST(NearestGroupName, CountsLettersMoreThanTheirCase) {
 }
 
 namespace {
+
+// The dump of an empty store after a change to it.
+template <class Function>
+std::string DumpAfter(Function change) {
+  kalStore::IKalConfig* store = nullptr;
+  kalStore::CreateKalConfig(1, &store);
+  change(*store);
+  const std::string dump = store->DumpKalConfigs(kalStore::kAllConfigGroups);
+  kalStore::ReleaseKalConfig(store);
+  kalStore::CleanUpKalConfig(1);
+  return dump;
+}
 
 // How often import told of a value when it read the document into an empty store.
 std::size_t Imported(const std::string& text) {
@@ -335,6 +440,13 @@ TEST(SettingsCheck, AgreesWithImport) {
       expected -= isGroup ? 2U : 1U;
     }
     EXPECT_EQ(Imported(text), expected) << text;
+    EXPECT_EQ(DumpAfter([&](kalStore::IKalConfig& store) {
+                for (const auto& entry : kalStore::ReadSettings(text).entries) {
+                  store.SetKalConfig(entry.group, entry.name.c_str(), ConfigData(entry.value), false, false);
+                }
+              }),
+              DumpAfter([&](kalStore::IKalConfig& store) { store.ApplyKalConfigs(text.c_str()); }))
+        << text;
   };
   for (const auto& [first, second] : groupPairs) {
     for (const std::string& a : forms) {

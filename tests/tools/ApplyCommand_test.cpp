@@ -90,9 +90,9 @@ TEST(Apply, SetsTheGivenValuesAfterTheDocuments) {
                                  "--set", "Common/Empty=", "--set", "Video/MaxFps=20"});
   EXPECT_EQ(run.out.substr(run.out.find("--set")),
             "--set\n"
-            "  changed  Video/MaxFps: \"30\" -> \"20\"\n"
             "  new      Audio/a/b: \"c=d\"\n"
             "  new      Common/Empty: \"\"\n"
+            "  changed  Video/MaxFps: \"30\" -> \"20\"\n"
             "  2 new, 1 changed\n");
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.status, 0);
@@ -128,6 +128,27 @@ TEST(Apply, PrintsNothingButTheDumpWhenQuiet) {
   const Finished run = Program().File("base.json", kBase).Run({"apply", "-q", "base.json", "--dump", "0x20"});
   EXPECT_EQ(run.out, "{\"Video\":[{\"key\":\"MaxFps\",\"value\":\"30\"}]}\n");
   EXPECT_EQ(run.err, "");
+}
+
+TEST(Apply, WritesAnObjectPerChangeAndEventAsJson) {
+  const Finished run = Program()
+                           .File("base.json", kBase)
+                           .File("low.json", kLow)
+                           .Run({"apply", "base.json", "low.json", "--json", "--set", "Video/X=1", "--watch",
+                                 "Audio/Bitrate", "--dump", "0x1000"});
+  EXPECT_EQ(run.out,
+            R"({"thread":"main","change":"new","group":"Audio","name":"Bitrate","before":null,"after":"32000"}
+{"document":"base.json","change":"new","group":"Audio","name":"Bitrate","before":null,"after":"32000"}
+{"document":"base.json","change":"new","group":"Audio","name":"Dtx","before":null,"after":"1"}
+{"document":"base.json","change":"new","group":"Video","name":"MaxFps","before":null,"after":"30"}
+{"thread":"main","change":"changed","group":"Audio","name":"Bitrate","before":"32000","after":"16000"}
+{"document":"low.json","change":"changed","group":"Audio","name":"Bitrate","before":"32000","after":"16000"}
+{"document":"low.json","change":"new","group":"Audio","name":"FrameMs","before":null,"after":"60"}
+{"document":"--set","change":"new","group":"Video","name":"X","before":null,"after":"1"}
+{"UnitTest":[]}
+)");
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
 }
 
 TEST(Apply, ReadsDumpMasks) {

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -38,6 +39,31 @@ Descriptor OpenNew(const std::string& file) {
 std::string Contents(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// The two ends of a terminal: the one that is read here, and the program's.
+struct PseudoTerminal {
+  PseudoTerminal() : here(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+    ::grantpt(here.Number());
+    ::unlockpt(here.Number());
+  }
+  Descriptor There() const {
+    return Descriptor(::open(::ptsname(here.Number()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  }
+
+  Descriptor here;
+};
+
+// The two ends of a pipe.
+struct Pipe {
+  Descriptor from;
+  Descriptor to;
+};
+
+Pipe OpenPipe() {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) == -1) throw std::runtime_error("no pipe for the test");
+  return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
 // What the program wrote to a terminal that nobody else writes to any more.
@@ -81,6 +107,16 @@ Program& Program::Input(std::string text) {
   return *this;
 }
 
+Program& Program::LateInput(std::string text, std::chrono::milliseconds delay) {
+  m_delay = delay;
+  return Input(std::move(text));
+}
+
+Program& Program::ErrorsToTerminal() {
+  m_errorsToTerminal = true;
+  return *this;
+}
+
 Program& Program::To(Output output) {
   m_output = output;
   return *this;
@@ -100,25 +136,21 @@ Finished Program::Run(std::vector<std::string> arguments) {
   const std::string outName = path(".out");
   const std::string errName = path(".err");
   std::ofstream(inName, std::ios::binary) << m_input;
-  const Descriptor in(::open(inName.c_str(), O_RDONLY | O_CLOEXEC));
-  const Descriptor err = OpenNew(errName);
+  const bool isLate = m_delay.count() != 0;
+  Pipe late = OpenPipe();
+  const Descriptor in =
+      isLate ? std::move(late.from) : Descriptor(::open(inName.c_str(), O_RDONLY | O_CLOEXEC));
 
-  // The ends of standard output: what the program gets, and for a terminal the one that is read here.
-  Descriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  const PseudoTerminal terminal;
+  Descriptor err = m_errorsToTerminal ? terminal.There() : OpenNew(errName);
   Descriptor out = [&] {
     switch (m_output) {
       case Output::kTerminal:
-        ::grantpt(terminal.Number());
-        ::unlockpt(terminal.Number());
-        return Descriptor(::open(::ptsname(terminal.Number()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+        return terminal.There();
       case Output::kFullDevice:
         return Descriptor(::open("/dev/full", O_WRONLY | O_CLOEXEC));
-      case Output::kNoReader: {
-        int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) == -1) throw std::runtime_error("no pipe for the test");
-        ::close(ends[0]);
-        return Descriptor(ends[1]);
-      }
+      case Output::kNoReader:
+        return OpenPipe().to;
       default:
         return OpenNew(outName);
     }
@@ -135,12 +167,19 @@ Finished Program::Run(std::vector<std::string> arguments) {
     ::_exit(127);
   }
   out.Close();
+  err.Close();
+  if (isLate) {
+    std::this_thread::sleep_for(m_delay);
+    (void)!::write(late.to.Number(), m_input.data(), m_input.size());  // Small enough for the pipe.
+  }
+  late.to.Close();
   Finished finished;
-  if (m_output == Output::kTerminal) finished.out = ReadTerminal(terminal.Number());
+  std::string& shown = m_errorsToTerminal ? finished.err : finished.out;
+  if (m_errorsToTerminal || m_output == Output::kTerminal) shown = ReadTerminal(terminal.here.Number());
   int status = 0;
   ::waitpid(child, &status, 0);
   finished.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   if (m_output == Output::kFile) finished.out = Contents(outName);
-  finished.err = Contents(errName);
+  if (!m_errorsToTerminal) finished.err = Contents(errName);
   return finished;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,7 +31,11 @@ class Program {
   Program& File(const std::string& name, const std::string& text);
   /// What standard input holds; nothing by default.
   Program& Input(std::string text);
+  /// The same, but it arrives through a pipe, after a while.
+  Program& LateInput(std::string text, std::chrono::milliseconds delay);
   Program& To(Output output);
+  /// Makes standard error a terminal.
+  Program& ErrorsToTerminal();
   /// Sets a variable, "NAME=value", in an environment that has only TERM otherwise.
   Program& Environment(std::string variable);
 
@@ -41,6 +46,8 @@ class Program {
 
   std::string m_folder;
   std::string m_input;
+  std::chrono::milliseconds m_delay{};
   Output m_output = Output::kFile;
+  bool m_errorsToTerminal = false;
   std::vector<std::string> m_environment;
 };

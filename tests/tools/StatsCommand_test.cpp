@@ -229,6 +229,14 @@ TEST(StatsCommand, PrintsAnObjectPerBlockAsJson) {
   EXPECT_EQ(run.status, 0);
 }
 
+TEST(StatsCommand, TakesItsFormatsByNameAsWell) {
+  Program program;
+  program.Input(std::string(260, '\0'));
+  EXPECT_EQ(program.Run({"stats", "-", "--format", "csv"}).out, program.Run({"stats", "-", "--csv"}).out);
+  EXPECT_EQ(program.Run({"stats", "-", "--format=json"}).out, program.Run({"stats", "-", "--json"}).out);
+  EXPECT_EQ(program.Run({"stats", "-", "--format", "text"}).out, program.Run({"stats", "-"}).out);
+}
+
 TEST(StatsCommand, RefusesASizeThatIsNoWholeNumberOfBlocks) {
   const struct {
     std::size_t size;

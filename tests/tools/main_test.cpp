@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -35,5 +36,20 @@ TEST(Tessel, RefusesAnUnusableCommandLineInOneLine) {
     EXPECT_EQ(run.err.rfind("tessel: ", 0), 0U) << run.err;
     EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
     EXPECT_EQ(run.status, 2) << run.err;
+  }
+}
+
+TEST(Tessel, TellsOfEveryCommandHowItEndsAndHowItIsUsed) {
+  std::istringstream help(Program().Run({"--help"}).out);
+  std::vector<std::string> commands;
+  std::string line;
+  while (std::getline(help, line) && line != "Subcommands:") continue;
+  while (std::getline(help, line) && !line.empty()) commands.push_back(line.substr(2, line.find(' ', 2) - 2));
+  EXPECT_GE(commands.size(), 5U);
+  for (const std::string& command : commands) {
+    const Finished run = Program().Run({command, "--help"});
+    EXPECT_EQ(run.status, 0) << command;
+    EXPECT_NE(run.out.find("\n\nExit status:\n  0  "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n\nExamples:\n  tessel " + command), std::string::npos) << run.out;
   }
 }

@@ -1,0 +1,37 @@
+#include "Commands.h"
+
+#include <memory>
+
+#include "ApplyCommand.h"
+#include "DiffCommand.h"
+#include "ExitStatus.h"
+#include "HelpFormatter.h"
+#include "LintCommand.h"
+#include "StatsCommand.h"
+#include "TogglesCommand.h"
+
+void AddCommands(CLI::App& app, int& exitStatus) {
+  app.formatter(std::make_shared<HelpFormatter>());  // Of the commands, too.
+  app.name("tessel");
+  app.description("See what the settings of a media engine's call are, and what changes them");
+  app.set_version_flag("--version", "tessel " TESSEL_VERSION, "Print the version and exit");
+  app.require_subcommand(1);
+  AddApplyCommand(app, exitStatus);
+  AddDiffCommand(app, exitStatus);
+  AddLintCommand(app, exitStatus);
+  AddStatsCommand(app, exitStatus);
+  AddTogglesCommand(app, exitStatus);
+  app.footer(
+      "What import passes over is told on standard error; so is, where that is a terminal, what takes "
+      "longer\n"
+      "than a second. Standard output has colour where it is a terminal, unless NO_COLOR is set.\n\n" +
+      ExitStatusHelp("done", "done, and there are findings or differences") +
+      "\n\n"
+      "Examples:\n"
+      "  tessel apply base.json lab.json --dump all\n"
+      "  tessel diff base.json lab.json\n"
+      "  tessel lint lab.json\n"
+      "  tessel stats blocks.bin\n"
+      "  tessel toggles audio --from lab.json\n"
+      "  tessel apply --help");
+}

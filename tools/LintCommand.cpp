@@ -1,0 +1,95 @@
+#include "LintCommand.h"
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CommandError.h"
+#include "ExitStatus.h"
+#include "LintOutput.h"
+#include "NamesList.h"
+#include "OutputFormat.h"
+#include "Progress.h"
+#include "TextFile.h"
+#include "tessel/settings_check.h"
+
+namespace {
+
+struct Options {
+  std::vector<std::string> files;
+  std::vector<std::string> names;
+  std::string format;
+};
+
+std::vector<kalStore::SettingsFinding> Check(const std::string& file, const kalStore::SettingsNames& known) {
+  const std::string text = ReadFile(file);
+  const Progress progress("checking " + FileTitle(file));
+  return kalStore::CheckSettings(text, known);
+}
+
+int Run(const Options& options) {
+  RefuseRepeatedInput(options.files, options.names);
+  kalStore::SettingsNames known;
+  for (const std::string& file : options.names) ReadNamesList(file, known);
+  const auto print = options.format == "json"     ? PrintFindingAsJson
+                     : options.format == "github" ? PrintFindingForGithub
+                                                  : PrintFindingAsText;
+  int status = kExitFine;
+  for (const std::string& file : options.files) {
+    try {
+      for (const kalStore::SettingsFinding& finding : Check(file, known)) {
+        print(std::cout, FileName(file), finding);
+        status = std::max<int>(status, kExitFindings);
+      }
+    } catch (const CommandError& error) {  // The other files are checked all the same.
+      std::cout << std::flush;
+      std::cerr << error.what() << '\n';
+      status = kExitNotUsable;
+    }
+  }
+  return status;
+}
+
+}  // namespace
+
+void AddLintCommand(CLI::App& app, int& exitStatus) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command = app.add_subcommand(
+      "lint", "Tell everything in settings documents that import would pass over in silence");
+  command->add_option("FILE", options->files, "Settings documents; - is standard input")
+      ->type_name("FILE")
+      ->required();
+  command
+      ->add_option("--names", options->names,
+                   "Report every name that this list of known names does not have; repeatable")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  AddFormatOption(*command, options->format, {"text", "json", "github"});
+  command->footer(
+      "A finding tells the place, the part of the document, and what is wrong. What import refuses or skips "
+      "is\n"
+      "found, and what it takes but is most likely a mistake: a name that stands twice, or an unknown "
+      "feature\n"
+      "toggle. A malformed document is one finding, at its first fault: import would pass over all of it.\n\n"
+      "Names:\n"
+      "  A list of known names is a JSON object of groups, each an array of\n"
+      "  names: {\"Video\":[\"MaxFps\",\"MaxWidth\"],\"Audio\":[\"Bitrate\"]}\n"
+      "  An entry in place of a name stands for its key, so that a settings\n"
+      "  document or a dump is a list, too. A group that no list has may have\n"
+      "  any name; Feature has the feature toggles besides.\n\n"
+      "Formats:\n"
+      "  text    FILE:LINE:COLUMN: PART: REASON (did you mean \"NAME\"?)\n"
+      "  json    an object per finding, each on a line\n"
+      "  github  annotations: errors for what is refused or skipped, warnings\n"
+      "          for the rest\n\n" +
+      ExitStatusHelp("nothing found", "findings") +
+      "\n\n"
+      "Examples:\n"
+      "  tessel lint settings/*.json\n"
+      "  tessel lint lab.json --names base.json\n"
+      "      Does lab.json set a name that base.json does not?\n"
+      "  tessel lint --format github settings/*.json");
+  command->callback([options, &exitStatus] { exitStatus = Run(*options); });
+}

@@ -1,0 +1,95 @@
+#include "LintOutput.h"
+
+#include <string_view>
+
+#include "Colour.h"
+#include "Printable.h"
+#include "SettingsDocument.h"
+
+namespace {
+
+using kalStore::SettingsEffect;
+using kalStore::SettingsFinding;
+using kalStore::SettingsProblem;
+
+const char* NameOf(SettingsProblem problem) {
+  switch (problem) {
+    case SettingsProblem::kNoJson:
+      return "no-json";
+    case SettingsProblem::kNoObject:
+      return "no-object";
+    case SettingsProblem::kZeroByte:
+      return "zero-byte";
+    case SettingsProblem::kUnknownGroup:
+      return "unknown-group";
+    case SettingsProblem::kNoArray:
+      return "no-array";
+    case SettingsProblem::kNoEntry:
+      return "no-entry";
+    case SettingsProblem::kNoMember:
+      return "no-member";
+    case SettingsProblem::kNoText:
+      return "no-text";
+    case SettingsProblem::kEmptyName:
+      return "empty-name";
+    case SettingsProblem::kRepeatedGroup:
+      return "repeated-group";
+    case SettingsProblem::kRepeatedName:
+      return "repeated-name";
+    case SettingsProblem::kRepeatedMember:
+      return "repeated-member";
+    case SettingsProblem::kUnknownToggle:
+      return "unknown-toggle";
+    case SettingsProblem::kUnknownName:
+      return "unknown-name";
+  }
+  return "";
+}
+
+const char* NameOf(SettingsEffect effect) {
+  switch (effect) {
+    case SettingsEffect::kRefused:
+      return "refused";
+    case SettingsEffect::kSkipped:
+      return "skipped";
+    case SettingsEffect::kImported:
+      return "imported";
+  }
+  return "";
+}
+
+// A text that an annotation may hold: what ends it, or a property of it, is written as %XX.
+std::string ForGithub(std::string_view text, std::string_view special) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string out;
+  for (const char letter : text) {
+    if (special.find(letter) == std::string_view::npos) {
+      out += letter;
+      continue;
+    }
+    const auto byte = static_cast<unsigned char>(letter);
+    out += {'%', kDigits[byte >> 4], kDigits[byte & 0xF]};
+  }
+  return out;
+}
+
+}  // namespace
+
+void PrintFindingAsText(std::ostream& out, const std::string& name, const SettingsFinding& finding) {
+  out << Coloured(Colour::kBold, FindingPlace(name, finding)) << ' ' << FindingText(finding) << '\n';
+}
+
+void PrintFindingAsJson(std::ostream& out, const std::string& name, const SettingsFinding& finding) {
+  out << "{\"file\":" << Quoted(name) << ",\"line\":" << finding.line << ",\"column\":" << finding.column
+      << ",\"problem\":\"" << NameOf(finding.problem) << "\",\"effect\":\""
+      << NameOf(kalStore::EffectOf(finding.problem)) << "\",\"path\":" << Quoted(finding.path)
+      << ",\"name\":" << Quoted(finding.name) << ",\"nearest\":" << Quoted(finding.nearest)
+      << ",\"reason\":" << Quoted(finding.reason) << "}\n";
+}
+
+void PrintFindingForGithub(std::ostream& out, const std::string& name, const SettingsFinding& finding) {
+  const bool imported = kalStore::EffectOf(finding.problem) == SettingsEffect::kImported;
+  out << (imported ? "::warning" : "::error") << " file=" << ForGithub(name, "%\r\n:,")
+      << ",line=" << finding.line << ",col=" << finding.column
+      << "::" << ForGithub(FindingText(finding), "%\r\n") << '\n';
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+/// An option or argument, as a reader knows it.
+struct Parameter {
+  std::vector<std::string> names;  ///< -q, --quiet; of an argument, what stands for it.
+  std::string value;               ///< What stands for the value; "" where there is none.
+  std::string description;
+  bool isArgument;
+  bool isRequired;
+  bool isRepeatable;
+};
+
+/// A part of a command's help below its options. Without a title it is running text, with one its lines stand
+/// as they are.
+struct HelpSection {
+  std::string title;
+  std::vector<std::string> lines;
+};
+
+std::vector<Parameter> ParametersOf(const CLI::App& command);
+std::vector<HelpSection> SectionsOf(const CLI::App& command);
+std::vector<const CLI::App*> CommandsOf(const CLI::App& program);
+
+/// What the value of a parameter may be, as far as it can be told beforehand.
+struct Values {
+  bool areFiles = false;
+  bool areBeginnings = false;  ///< The words are beginnings of values.
+  std::vector<std::string> words;
+};
+
+Values ValuesOf(const Parameter& parameter);
+
+/// The text inside single quotes, as a shell reads it back.
+std::string ShellQuoted(const std::string& text);
