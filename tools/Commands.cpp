@@ -1,14 +1,27 @@
 #include "Commands.h"
 
 #include <memory>
+#include <string>
 
 #include "ApplyCommand.h"
 #include "DiffCommand.h"
 #include "ExitStatus.h"
-#include "HelpFormatter.h"
 #include "LintCommand.h"
 #include "StatsCommand.h"
 #include "TogglesCommand.h"
+
+namespace {
+
+// The help as CLI11 writes it, but with nothing beside an option's name except what stands for its value.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_opts(const CLI::Option* option) const override {
+    if (option->get_positional()) return option->get_expected_max() > 1 ? "..." : "";
+    return option->get_items_expected_max() == 0 ? "" : " " + option->get_type_name();
+  }
+};
+
+}  // namespace
 
 void AddCommands(CLI::App& app, int& exitStatus) {
   app.formatter(std::make_shared<HelpFormatter>());  // Of the commands, too.

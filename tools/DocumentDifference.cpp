@@ -3,22 +3,18 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <unordered_map>
 
-#include "ChangeReport.h"
 #include "ConfigPath.h"
 #include "tessel/CallStore.h"
 
 namespace {
 
-using kalStore::IKalConfig;
-
-// As import does.
-void SetAll(IKalConfig& store, const SettingsDocument& document) {
-  for (const SettingsEntry& entry : document.Entries()) {
-    store.SetKalConfig(entry.group, entry.name.c_str(), ConfigData(entry.value), false, false);
-  }
+// As import does; what the store answers.
+std::int32_t Set(kalStore::IKalConfig& store, const SettingsEntry& entry) {
+  return store.SetKalConfig(entry.group, entry.name.c_str(), ConfigData(entry.value), false, false);
 }
 
 ConfigData Valued(const SettingsEntry& entry) {
@@ -29,10 +25,20 @@ ConfigData Valued(const SettingsEntry& entry) {
 
 std::vector<Change> ChangesInStore(const SettingsDocument& first, const SettingsDocument& second) {
   const kalStore::CallStore store(1, kalStore::CallStore::kEndsCall);
-  SetAll(*store, first);
-  ChangeReport report(*store, second.Entries());
-  SetAll(*store, second);
-  return report.Changes();
+  for (const SettingsEntry& entry : first.Entries()) Set(*store, entry);
+  std::vector<Change> changes;
+  Change change;
+  for (const SettingsEntry& entry : second.Entries()) {
+    if (!entry.stays) continue;  // A value that is soon replaced is no difference.
+    const char* const name = entry.name.c_str();
+    store->GetKalConfig(entry.group, name, change.before);
+    if (Set(*store, entry) == kalStore::kResultUnchanged) continue;
+    store->GetKalConfig(entry.group, name, change.after);
+    change.group = entry.group;
+    change.name = entry.name;
+    changes.push_back(change);
+  }
+  return changes;
 }
 
 std::vector<Change> ExactChanges(const SettingsDocument& first, const SettingsDocument& second) {

@@ -1,7 +1,6 @@
 #include <string>
 #include <vector>
 
-#include "CommandLine.h"
 #include "Completion.h"
 
 namespace {
@@ -24,25 +23,21 @@ _NAME() {
   COMPREPLY=()
 )";
 
-std::string Joined(const std::vector<std::string>& words) {
-  return ShellQuoted(CLI::detail::join(words, " "));
-}
-
 std::string Offer(const std::string& program, const Parameter& parameter) {
   const Values values = ValuesOf(parameter);
   if (values.areFiles) return "compopt -o filenames 2>/dev/null; _" + program + "_offer -f";
   if (values.words.empty()) return ":";
-  const std::string offer = "_" + program + "_offer -W " + Joined(values.words);
+  const std::string offer = "_" + program + "_offer -W " + ShellQuoted(Joined(values.words));
   return values.areBeginnings ? "compopt -o nospace 2>/dev/null; " + offer : offer;
 }
 
 // What stands after an option that takes a value.
-void WriteValues(std::ostream& out, const std::string& program, const CLI::App& command) {
-  for (const Parameter& parameter : ParametersOf(command)) {
+void WriteValues(std::ostream& out, const std::string& program, const Command& command) {
+  for (const Parameter& parameter : command.parameters) {
     if (parameter.isArgument || parameter.value.empty()) continue;
     const char* separator = "    ";
     for (const std::string& name : parameter.names) {
-      out << separator << ShellQuoted(command.get_name() + " " + name);
+      out << separator << ShellQuoted(command.name + " " + name);
       separator = " | ";
     }
     out << ")\n      " << Offer(program, parameter) << "\n      return 0\n      ;;\n";
@@ -50,38 +45,38 @@ void WriteValues(std::ostream& out, const std::string& program, const CLI::App& 
 }
 
 // What may stand elsewhere: an option, or an argument.
-void WriteWords(std::ostream& out, const std::string& program, const CLI::App& command) {
+void WriteWords(std::ostream& out, const std::string& program, const Command& command) {
   std::vector<std::string> options;
   std::string argument = ":";
-  for (const Parameter& parameter : ParametersOf(command)) {
+  for (const Parameter& parameter : command.parameters) {
     if (parameter.isArgument) {
       argument = Offer(program, parameter);
     } else {
       options.insert(options.end(), parameter.names.begin(), parameter.names.end());
     }
   }
-  out << "    " << ShellQuoted(command.get_name() + " -") << "*)\n      _" << program << "_offer -W "
-      << Joined(options) << "\n      ;;\n"
-      << "    " << ShellQuoted(command.get_name() + " ") << "*)\n      " << argument << "\n      ;;\n";
+  out << "    " << ShellQuoted(command.name + " -") << "*)\n      _" << program << "_offer -W "
+      << ShellQuoted(Joined(options)) << "\n      ;;\n"
+      << "    " << ShellQuoted(command.name + " ") << "*)\n      " << argument << "\n      ;;\n";
 }
 
 }  // namespace
 
-void WriteBashCompletion(std::ostream& out, const CLI::App& program) {
-  const std::string& name = program.get_name();
+void WriteBashCompletion(std::ostream& out, const CommandLine& line) {
+  const std::string& name = line.program.name;
   std::string head = kHead;
   for (std::size_t at = 0; (at = head.find("NAME", at)) != std::string::npos;) head.replace(at, 4, name);
   out << head << "  case \"$command $previous\" in\n";
-  for (const CLI::App* const command : CommandsOf(program)) WriteValues(out, name, *command);
+  for (const Command& command : line.commands) WriteValues(out, name, command);
   out << "  esac\n  case \"$command $current\" in\n";
   std::vector<std::string> words;
-  for (const CLI::App* const command : CommandsOf(program)) {
-    WriteWords(out, name, *command);
-    words.push_back(command->get_name());
+  for (const Command& command : line.commands) {
+    WriteWords(out, name, command);
+    words.push_back(command.name);
   }
-  for (const Parameter& parameter : ParametersOf(program)) {
+  for (const Parameter& parameter : line.program.parameters) {
     words.insert(words.end(), parameter.names.begin(), parameter.names.end());
   }
-  out << "    ' '*)\n      _" << name << "_offer -W " << Joined(words) << "\n      ;;\n"
+  out << "    ' '*)\n      _" << name << "_offer -W " << ShellQuoted(Joined(words)) << "\n      ;;\n"
       << "  esac\n}\n\ncomplete -F _" << name << ' ' << name << '\n';
 }

@@ -1,9 +1,13 @@
 #include "CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
 
+#include "Commands.h"
 #include "ConfigPath.h"
+
+namespace {
 
 std::vector<Parameter> ParametersOf(const CLI::App& command) {
   std::vector<Parameter> parameters;
@@ -46,8 +50,21 @@ std::vector<HelpSection> SectionsOf(const CLI::App& command) {
   return sections;
 }
 
-std::vector<const CLI::App*> CommandsOf(const CLI::App& program) {
-  return program.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
+Command CommandOf(const CLI::App& app) {
+  return {app.get_name(), app.get_description(), ParametersOf(app), SectionsOf(app)};
+}
+
+}  // namespace
+
+CommandLine ReadCommandLine() {
+  int exitStatus = 0;
+  CLI::App app;
+  AddCommands(app, exitStatus);
+  CommandLine line{CommandOf(app), app.version(), {}};
+  for (const CLI::App* const command : app.get_subcommands({})) {
+    if (!command->get_group().empty()) line.commands.push_back(CommandOf(*command));  // Not a hidden one.
+  }
+  return line;
 }
 
 Values ValuesOf(const Parameter& parameter) {
@@ -66,6 +83,10 @@ Values ValuesOf(const Parameter& parameter) {
     }
   }
   return values;
+}
+
+std::string Joined(const std::vector<std::string>& words) {
+  return CLI::detail::join(words, " ");
 }
 
 std::string ShellQuoted(const std::string& text) {

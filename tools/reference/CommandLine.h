@@ -1,6 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
@@ -21,9 +20,22 @@ struct HelpSection {
   std::vector<std::string> lines;
 };
 
-std::vector<Parameter> ParametersOf(const CLI::App& command);
-std::vector<HelpSection> SectionsOf(const CLI::App& command);
-std::vector<const CLI::App*> CommandsOf(const CLI::App& program);
+struct Command {
+  std::string name;
+  std::string description;
+  std::vector<Parameter> parameters;
+  std::vector<HelpSection> sections;
+};
+
+/// The program: what it takes itself, and its commands.
+struct CommandLine {
+  Command program;
+  std::string version;
+  std::vector<Command> commands;
+};
+
+/// The definitions that the program itself parses by.
+CommandLine ReadCommandLine();
 
 /// What the value of a parameter may be, as far as it can be told beforehand.
 struct Values {
@@ -33,6 +45,8 @@ struct Values {
 };
 
 Values ValuesOf(const Parameter& parameter);
+
+std::string Joined(const std::vector<std::string>& words);
 
 /// The text inside single quotes, as a shell reads it back.
 std::string ShellQuoted(const std::string& text);

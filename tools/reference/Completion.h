@@ -1,8 +1,9 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <ostream>
 
-/// Write the completion of the program's command line for a shell.
-void WriteBashCompletion(std::ostream& out, const CLI::App& program);
-void WriteZshCompletion(std::ostream& out, const CLI::App& program);
+#include "CommandLine.h"
+
+/// Write the completion of the command line for a shell.
+void WriteBashCompletion(std::ostream& out, const CommandLine& line);
+void WriteZshCompletion(std::ostream& out, const CommandLine& line);

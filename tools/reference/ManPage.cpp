@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <string>
 #include <vector>
-
-#include "CommandLine.h"
-
 namespace {
 
 std::string Upper(std::string text) {
@@ -42,16 +39,17 @@ std::string Italic(const std::string& text) {
   return "\\fI" + Literal(text) + "\\fR";
 }
 
-void WriteHead(std::ostream& out, const std::string& page, const CLI::App& program, const CLI::App& command) {
+void WriteHead(std::ostream& out, const std::string& page, const std::string& version,
+               const Command& command) {
   out << ".\\\" Made from the definition of the command line.\n.TH " << Literal(Upper(page)) << " 1 \"\" \""
-      << Literal(program.version()) << "\" \"User Commands\"\n"
+      << Literal(version) << "\" \"User Commands\"\n"
       << ".SH NAME\n"
-      << Literal(page) << " \\- " << Literal(command.get_description()) << '\n';
+      << Literal(page) << " \\- " << Literal(command.description) << '\n';
 }
 
-void WriteSynopsis(std::ostream& out, const std::string& words, const CLI::App& command) {
+void WriteSynopsis(std::ostream& out, const std::string& words, const Command& command) {
   out << ".SH SYNOPSIS\n" << Bold(words) << " [" << Italic("OPTION") << "]...";
-  for (const Parameter& parameter : ParametersOf(command)) {
+  for (const Parameter& parameter : command.parameters) {
     if (!parameter.isArgument) continue;
     const std::string shown = Italic(parameter.names.front()) + (parameter.isRepeatable ? "..." : "");
     out << ' ' << (parameter.isRequired ? shown : "[" + shown + "]");
@@ -59,18 +57,18 @@ void WriteSynopsis(std::ostream& out, const std::string& words, const CLI::App& 
   out << '\n';
 }
 
-void WriteRunningText(std::ostream& out, const CLI::App& command) {
-  out << ".SH DESCRIPTION\n" << Literal(command.get_description()) << ".\n";
-  for (const HelpSection& section : SectionsOf(command)) {
+void WriteRunningText(std::ostream& out, const Command& command) {
+  out << ".SH DESCRIPTION\n" << Literal(command.description) << ".\n";
+  for (const HelpSection& section : command.sections) {
     if (!section.title.empty()) continue;
     out << ".PP\n";
     for (const std::string& line : section.lines) out << Literal(line) << '\n';
   }
 }
 
-void WriteParameters(std::ostream& out, const CLI::App& command, bool arguments) {
+void WriteParameters(std::ostream& out, const Command& command, bool arguments) {
   const char* title = arguments ? ".SH ARGUMENTS\n" : ".SH OPTIONS\n";
-  for (const Parameter& parameter : ParametersOf(command)) {
+  for (const Parameter& parameter : command.parameters) {
     if (parameter.isArgument != arguments) continue;
     out << title << ".TP\n";
     title = "";
@@ -84,8 +82,8 @@ void WriteParameters(std::ostream& out, const CLI::App& command, bool arguments)
   }
 }
 
-void WriteTitledSections(std::ostream& out, const CLI::App& command) {
-  for (const HelpSection& section : SectionsOf(command)) {
+void WriteTitledSections(std::ostream& out, const Command& command) {
+  for (const HelpSection& section : command.sections) {
     if (section.title.empty()) continue;
     out << ".SH " << Literal(Upper(section.title)) << "\n.nf\n";
     for (const std::string& line : section.lines) out << Literal(line) << '\n';
@@ -100,39 +98,38 @@ void WriteSeeAlso(std::ostream& out, const std::vector<std::string>& pages) {
   }
 }
 
-std::vector<std::string> PagesOf(const CLI::App& program) {
-  std::vector<std::string> pages;
-  for (const CLI::App* const command : CommandsOf(program)) {
-    pages.push_back(program.get_name() + "-" + command->get_name());
-  }
-  return pages;
+std::string PageOf(const CommandLine& line, const Command& command) {
+  return line.program.name + "-" + command.name;
 }
 
 }  // namespace
 
-void WriteManPage(std::ostream& out, const CLI::App& program) {
-  WriteHead(out, program.get_name(), program, program);
-  out << ".SH SYNOPSIS\n" << Bold(program.get_name()) << ' ' << Italic("COMMAND") << " ...\n";
+void WriteManPage(std::ostream& out, const CommandLine& line) {
+  const Command& program = line.program;
+  WriteHead(out, program.name, line.version, program);
+  out << ".SH SYNOPSIS\n" << Bold(program.name) << ' ' << Italic("COMMAND") << " ...\n";
   WriteRunningText(out, program);
   out << ".SH COMMANDS\n";
-  for (const CLI::App* const command : CommandsOf(program)) {
-    out << ".TP\n" << Bold(command->get_name()) << '\n' << Literal(command->get_description()) << '\n';
+  std::vector<std::string> pages;
+  for (const Command& command : line.commands) {
+    out << ".TP\n" << Bold(command.name) << '\n' << Literal(command.description) << '\n';
+    pages.push_back(PageOf(line, command));
   }
   WriteParameters(out, program, false);
   WriteTitledSections(out, program);
-  WriteSeeAlso(out, PagesOf(program));
+  WriteSeeAlso(out, pages);
 }
 
-void WriteManPage(std::ostream& out, const CLI::App& program, const CLI::App& command) {
-  const std::string page = program.get_name() + "-" + command.get_name();
-  WriteHead(out, page, program, command);
-  WriteSynopsis(out, program.get_name() + " " + command.get_name(), command);
+void WriteManPage(std::ostream& out, const CommandLine& line, const Command& command) {
+  WriteHead(out, PageOf(line, command), line.version, command);
+  WriteSynopsis(out, line.program.name + " " + command.name, command);
   WriteRunningText(out, command);
   WriteParameters(out, command, true);
   WriteParameters(out, command, false);
   WriteTitledSections(out, command);
-  std::vector<std::string> pages = PagesOf(program);
-  std::erase(pages, page);
-  pages.insert(pages.begin(), program.get_name());
+  std::vector<std::string> pages = {line.program.name};
+  for (const Command& other : line.commands) {
+    if (&other != &command) pages.push_back(PageOf(line, other));
+  }
   WriteSeeAlso(out, pages);
 }

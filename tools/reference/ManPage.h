@@ -1,10 +1,11 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <ostream>
 
+#include "CommandLine.h"
+
 /// Writes the manual page of the program.
-void WriteManPage(std::ostream& out, const CLI::App& program);
+void WriteManPage(std::ostream& out, const CommandLine& line);
 
 /// Writes the manual page of one of its commands.
-void WriteManPage(std::ostream& out, const CLI::App& program, const CLI::App& command);
+void WriteManPage(std::ostream& out, const CommandLine& line, const Command& command);

@@ -1,6 +1,5 @@
 #include <string>
 
-#include "CommandLine.h"
 #include "Completion.h"
 
 namespace {
@@ -19,7 +18,7 @@ std::string Action(const Parameter& parameter) {
   const Values values = ValuesOf(parameter);
   if (values.areFiles) return "_files";
   if (values.words.empty()) return " ";
-  const std::string words = CLI::detail::join(values.words, " ");
+  const std::string words = Joined(values.words);
   return values.areBeginnings ? " compadd -S \"\" -- " + words : "(" + words + ")";
 }
 
@@ -32,38 +31,38 @@ void WriteParameter(std::ostream& out, const Parameter& parameter) {
                        Escaped(parameter.names.front()) + ":" + Action(parameter));
     return;
   }
-  const std::string value =
-      parameter.value.empty() ? "" : ":" + Escaped(parameter.value) + ":" + Action(parameter);
+  const std::string prefix = parameter.isRepeatable ? "*" : "(" + Joined(parameter.names) + ")";
+  std::string rest = "[" + Escaped(parameter.description) + "]";
+  if (!parameter.value.empty()) rest += ":" + Escaped(parameter.value) + ":" + Action(parameter);
   for (const std::string& name : parameter.names) {
-    const std::string ending = !parameter.value.empty() && name.starts_with("--") ? "=" : "";
-    const std::string others = "(" + CLI::detail::join(parameter.names, " ") + ")";
-    out << " \\\n        "
-        << ShellQuoted((parameter.isRepeatable ? "*" : others) + name + ending + "[" +
-                       Escaped(parameter.description) + "]" + value);
+    const bool mayBeJoined = !parameter.value.empty() && name.starts_with("--");
+    std::string specification = prefix + name;
+    specification += mayBeJoined ? "=" + rest : rest;
+    out << " \\\n        " << ShellQuoted(specification);
   }
 }
 
 }  // namespace
 
-void WriteZshCompletion(std::ostream& out, const CLI::App& program) {
-  const std::string function = "_" + program.get_name();
-  out << "#compdef " << program.get_name() << "\n# Made from the definition of the command line.\n\n"
+void WriteZshCompletion(std::ostream& out, const CommandLine& line) {
+  const std::string function = "_" + line.program.name;
+  out << "#compdef " << line.program.name << "\n# Made from the definition of the command line.\n\n"
       << function << "() {\n"
       << "  local curcontext=\"$curcontext\" state line\n"
       << "  local -a commands=(\n";
-  for (const CLI::App* const command : CommandsOf(program)) {
-    out << "    " << ShellQuoted(Escaped(command->get_name()) + ":" + command->get_description()) << '\n';
+  for (const Command& command : line.commands) {
+    out << "    " << ShellQuoted(Escaped(command.name) + ":" + command.description) << '\n';
   }
   out << "  )\n  _arguments -C";
-  for (const Parameter& parameter : ParametersOf(program)) WriteParameter(out, parameter);
+  for (const Parameter& parameter : line.program.parameters) WriteParameter(out, parameter);
   out << " \\\n        '1:command:->command' '*::argument:->argument'\n"
       << "  case $state in\n"
       << "    command) _describe command commands ;;\n"
       << "    argument)\n"
       << "      case $words[1] in\n";
-  for (const CLI::App* const command : CommandsOf(program)) {
-    out << "      " << command->get_name() << ") _arguments";
-    for (const Parameter& parameter : ParametersOf(*command)) WriteParameter(out, parameter);
+  for (const Command& command : line.commands) {
+    out << "      " << command.name << ") _arguments";
+    for (const Parameter& parameter : command.parameters) WriteParameter(out, parameter);
     out << " ;;\n";
   }
   out << "      esac\n      ;;\n  esac\n}\n\n" << function << " \"$@\"\n";

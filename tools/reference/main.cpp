@@ -5,10 +5,10 @@
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "CommandLine.h"
-#include "Commands.h"
 #include "Completion.h"
 #include "ManPage.h"
 
@@ -21,25 +21,23 @@ void WriteFile(const std::filesystem::path& file, const std::string& text) {
   if (!out) throw std::runtime_error(file.string() + " cannot be written");
 }
 
-template <class... Apps>
-std::string Written(void (*write)(std::ostream&, const Apps&...), const Apps&... apps) {
+template <class... Parts>
+std::string Written(void (*write)(std::ostream&, const Parts&...), const Parts&... parts) {
   std::ostringstream out;
-  write(out, apps...);
+  write(out, parts...);
   return out.str();
 }
 
 void WriteAll(const std::filesystem::path& folder) {
-  int exitStatus = 0;
-  CLI::App program;
-  AddCommands(program, exitStatus);
-  const std::string& name = program.get_name();
-  WriteFile(folder / "man1" / (name + ".1"), Written<CLI::App>(WriteManPage, program));
-  for (const CLI::App* const command : CommandsOf(program)) {
-    WriteFile(folder / "man1" / (name + "-" + command->get_name() + ".1"),
-              Written<CLI::App, CLI::App>(WriteManPage, program, *command));
+  const CommandLine line = ReadCommandLine();
+  const std::string& name = line.program.name;
+  WriteFile(folder / "man1" / (name + ".1"), Written<CommandLine>(WriteManPage, line));
+  for (const Command& command : line.commands) {
+    WriteFile(folder / "man1" / (name + "-" + command.name + ".1"),
+              Written<CommandLine, Command>(WriteManPage, line, command));
   }
-  WriteFile(folder / "bash" / name, Written(WriteBashCompletion, program));
-  WriteFile(folder / "zsh" / ("_" + name), Written(WriteZshCompletion, program));
+  WriteFile(folder / "bash" / name, Written(WriteBashCompletion, line));
+  WriteFile(folder / "zsh" / ("_" + name), Written(WriteZshCompletion, line));
 }
 
 }  // namespace
