@@ -19,6 +19,7 @@
 #include "ConfigPath.h"
 #include "ExitStatus.h"
 #include "Printable.h"
+#include "Progress.h"
 #include "SettingsDocument.h"
 #include "Watcher.h"
 #include "tessel/CallStore.h"
@@ -129,14 +130,12 @@ class Applier {
   void step(const std::string& name, const std::vector<SettingsEntry>& entries, std::size_t skipped,
             const std::function<void()>& change) {
     if (m_options.quiet) {
-      change();
-      m_watcher.Drain();
+      make(change, name);
       return;
     }
     if (!m_options.json) std::cout << Coloured(Colour::kBold, Printable(name)) << '\n';
     ChangeReport report(m_store, entries);
-    change();
-    m_watcher.Drain();
+    make(change, name);
     const std::vector<Change> changes = report.Changes();
     for (const Change& one : changes) {
       if (m_options.json) {
@@ -147,6 +146,13 @@ class Applier {
     }
     if (m_options.json) return;
     std::cout << "  " << ChangeCounts(changes, report.NameCount() - changes.size(), skipped) << '\n';
+  }
+
+  void make(const std::function<void()>& change, const std::string& name) {
+    std::optional<Progress> progress;  // Not beside events or trace lines.
+    if (m_options.watches.empty() && !m_options.traceLevel) progress.emplace("applying " + Printable(name));
+    change();
+    m_watcher.Drain();
   }
 
   IKalConfig& m_store;

@@ -76,7 +76,8 @@ std::string ForGithub(std::string_view text, std::string_view special) {
 }  // namespace
 
 void PrintFindingAsText(std::ostream& out, const std::string& name, const SettingsFinding& finding) {
-  out << Coloured(Colour::kBold, FindingPlace(name, finding)) << ' ' << FindingText(finding) << '\n';
+  out << Coloured(Colour::kBold, FindingPlace(Printable(name), finding)) << ' ' << FindingText(finding)
+      << '\n';
 }
 
 void PrintFindingAsJson(std::ostream& out, const std::string& name, const SettingsFinding& finding) {

@@ -20,8 +20,8 @@ kalStore::SettingsContents Contents(const std::string& name, const std::string& 
 
 }  // namespace
 
-std::string FindingPlace(const std::string& name, const SettingsFinding& finding) {
-  return Printable(name) + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column) + ":";
+std::string FindingPlace(const std::string& title, const SettingsFinding& finding) {
+  return title + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column) + ":";
 }
 
 std::string FindingText(const SettingsFinding& finding) {
@@ -32,13 +32,17 @@ SettingsDocument::SettingsDocument(std::string name, std::string text)
     : m_name(std::move(name)), m_text(std::move(text)), m_contents(Contents(m_name, m_text)) {
   for (const SettingsFinding& finding : m_contents.findings) {
     if (kalStore::EffectOf(finding.problem) != SettingsEffect::kRefused) continue;
-    throw CommandError(FindingPlace(m_name, finding) + " " + FindingText(finding));
+    throw CommandError(FindingPlace(Title(), finding) + " " + FindingText(finding));
   }
+}
+
+std::string SettingsDocument::Title() const {
+  return Printable(m_name);
 }
 
 void SettingsDocument::PrintFindings(std::ostream& out) const {
   for (const SettingsFinding& finding : m_contents.findings) {
-    out << FindingPlace(m_name, finding) << ' ' << FindingText(finding) << '\n';
+    out << FindingPlace(Title(), finding) << ' ' << FindingText(finding) << '\n';
   }
 }
 

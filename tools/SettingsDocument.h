@@ -9,8 +9,8 @@
 
 using kalStore::SettingsEntry;
 
-/// Where a finding is, FILE:LINE:COLUMN:, and what is wrong there, both as they can be shown.
-std::string FindingPlace(const std::string& name, const kalStore::SettingsFinding& finding);
+/// Where a finding is, TITLE:LINE:COLUMN:, and what is wrong there.
+std::string FindingPlace(const std::string& title, const kalStore::SettingsFinding& finding);
 std::string FindingText(const kalStore::SettingsFinding& finding);
 
 /// A settings document that import accepts, read whole, with what import will make of each of its entries.
@@ -22,6 +22,8 @@ class SettingsDocument {
 
   /// The file's name, or "<stdin>".
   const std::string& Name() const { return m_name; }
+  /// What messages call the document: the same as it can be shown.
+  std::string Title() const;
   /// The text, as the file has it.
   const std::string& Text() const { return m_text; }
   /// What import sets, in its order. A name may stand more than once: the last value stays.

@@ -64,10 +64,10 @@ struct SettingsFinding {
 
 /// An entry of a settings document that import sets.
 struct SettingsEntry {
-  KalConfigGroup group = KAL_CONFIG_GROUP_COMMON;
-  std::string name;   ///< As the store takes it: ends at the first zero byte, never empty.
-  std::string value;  ///< Any bytes.
-  bool stays = true;  ///< No later entry sets the name again.
+  KalConfigGroup group = KAL_CONFIG_GROUP_COMMON;  ///< where its array stands
+  std::string name;                                ///< as the store takes it: ends at the first zero byte
+  std::string value;                               ///< any bytes
+  bool stays = true;                               ///< no later entry sets the name again
 };
 
 /// The names that entries may have. A group that is missing may have any; "Feature" has the toggles besides.
