@@ -67,6 +67,7 @@ std::vector<Change> ExactChanges(const SettingsDocument& first, const SettingsDo
     if (entry.stays && !isKept[index])
       changes.push_back({entry.group, entry.name, Valued(entry), ConfigData()});
   }
-  std::ranges::stable_sort(changes, {}, [](const Change& change) { return GroupName(change.group); });
+  std::ranges::stable_sort(
+      changes, {}, [](const Change& change) -> const std::string& { return GroupName(change.group); });
   return changes;
 }
