@@ -3,9 +3,7 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <iostream>
-#include <mutex>
 
 #include "Colour.h"
 
@@ -16,23 +14,22 @@ using std::chrono::seconds;
 
 const Clock::time_point kStart = Clock::now();
 
+}  // namespace
+
+Progress::Progress(const std::string& activity) {
+  if (!IsTerminal(STDERR_FILENO)) return;
+  m_teller = std::jthread([this, activity](const std::stop_token& stop) { tell(stop, activity); });
+}
+
 // Writes the line anew every second, and takes it away in the end.
-void Tell(const std::stop_token& stop, const std::string& activity) {
-  std::mutex mutex;
-  std::condition_variable_any ended;
-  std::unique_lock lock(mutex);
+void Progress::tell(const std::stop_token& stop, const std::string& activity) {
+  std::unique_lock lock(m_mutex);
   seconds shown{0};
   for (seconds next{1};; next = shown + seconds(1)) {
-    ended.wait_until(lock, stop, kStart + next, [] { return false; });
+    m_ended.wait_until(lock, stop, kStart + next, [] { return false; });
     if (stop.stop_requested()) break;
     shown = std::chrono::duration_cast<seconds>(Clock::now() - kStart);
     std::cerr << "\r\033[Ktessel: " + activity + ", " + std::to_string(shown.count()) + " s" << std::flush;
   }
   if (shown.count() != 0) std::cerr << "\r\033[K" << std::flush;
-}
-
-}  // namespace
-
-Progress::Progress(const std::string& activity) {
-  if (IsTerminal(STDERR_FILENO)) m_teller = std::jthread(Tell, activity);
 }

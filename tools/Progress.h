@@ -1,5 +1,8 @@
 #pragma once
 
+#include <condition_variable>
+#include <mutex>
+#include <stop_token>
 #include <string>
 #include <thread>
 
@@ -12,5 +15,9 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
  private:
-  std::jthread m_teller;
+  void tell(const std::stop_token& stop, const std::string& activity);
+
+  std::mutex m_mutex;
+  std::condition_variable_any m_ended;
+  std::jthread m_teller;  // Ends before what it waits by.
 };
