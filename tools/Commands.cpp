@@ -7,6 +7,7 @@
 #include "DiffCommand.h"
 #include "ExitStatus.h"
 #include "LintCommand.h"
+#include "SimulateCommand.h"
 #include "StatsCommand.h"
 #include "TogglesCommand.h"
 
@@ -32,6 +33,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
   AddApplyCommand(app, exitStatus);
   AddDiffCommand(app, exitStatus);
   AddLintCommand(app, exitStatus);
+  AddSimulateCommand(app, exitStatus);
   AddStatsCommand(app, exitStatus);
   AddTogglesCommand(app, exitStatus);
   app.footer(
@@ -44,6 +46,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
       "  tessel apply base.json lab.json --dump all\n"
       "  tessel diff base.json lab.json\n"
       "  tessel lint lab.json\n"
+      "  tessel simulate --settings base.json --report report.html\n"
       "  tessel stats blocks.bin\n"
       "  tessel toggles audio --from lab.json\n"
       "  tessel apply --help");

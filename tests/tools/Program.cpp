@@ -4,6 +4,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -36,7 +38,7 @@ Descriptor OpenNew(const std::string& file) {
   return Descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
 }
 
-std::string Contents(const std::string& file) {
+std::string ContentsOf(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
@@ -127,6 +129,15 @@ Program& Program::Environment(std::string variable) {
   return *this;
 }
 
+Program& Program::InterruptOnceItMakes(std::string name) {
+  m_interruptingFile = std::move(name);
+  return *this;
+}
+
+std::string Program::Contents(const std::string& name) const {
+  return ContentsOf(path(name));
+}
+
 Finished Program::Run(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), "tessel");
   const std::vector<char*> argv = Pointers(arguments);
@@ -173,13 +184,19 @@ Finished Program::Run(std::vector<std::string> arguments) {
     (void)!::write(late.to.Number(), m_input.data(), m_input.size());  // Small enough for the pipe.
   }
   late.to.Close();
+  if (!m_interruptingFile.empty()) {
+    while (!std::filesystem::exists(path(m_interruptingFile)) && ::waitpid(child, nullptr, WNOHANG) == 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    ::kill(child, SIGINT);
+  }
   Finished finished;
   std::string& shown = m_errorsToTerminal ? finished.err : finished.out;
   if (m_errorsToTerminal || m_output == Output::kTerminal) shown = ReadTerminal(terminal.here.Number());
   int status = 0;
   ::waitpid(child, &status, 0);
   finished.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-  if (m_output == Output::kFile) finished.out = Contents(outName);
-  if (!m_errorsToTerminal) finished.err = Contents(errName);
+  if (m_output == Output::kFile) finished.out = ContentsOf(outName);
+  if (!m_errorsToTerminal) finished.err = ContentsOf(errName);
   return finished;
 }

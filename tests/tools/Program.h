@@ -39,7 +39,12 @@ class Program {
   /// Sets a variable, "NAME=value", in an environment that has only TERM otherwise.
   Program& Environment(std::string variable);
 
+  /// Sends the program SIGINT as soon as it has made that file.
+  Program& InterruptOnceItMakes(std::string name);
+
   Finished Run(std::vector<std::string> arguments);
+  /// What is in a file of the folder; "" when there is none.
+  std::string Contents(const std::string& name) const;
 
  private:
   std::string path(const std::string& name) const { return m_folder + "/" + name; }
@@ -50,4 +55,5 @@ class Program {
   Output m_output = Output::kFile;
   bool m_errorsToTerminal = false;
   std::vector<std::string> m_environment;
+  std::string m_interruptingFile;
 };

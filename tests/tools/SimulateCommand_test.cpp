@@ -1,0 +1,286 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Program.h"
+#include "tessel/json.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+std::string Example(const std::string& name) {
+  return TESSEL_EXAMPLE_SETTINGS "/" + name;
+}
+
+const json::Value& Member(const json::Value& object, const std::string& name) {
+  return object[name];
+}
+
+std::int64_t Number(const json::Value& object, const std::string& name) {
+  return Member(object, name).ToInt64();
+}
+
+json::Value Summary(const std::vector<std::string>& arguments) {
+  std::vector<std::string> all = {"simulate", "--json"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  const Finished run = Program().Run(all);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0) << run.out;
+  EXPECT_EQ(run.out.find('\n'), run.out.size() - 1) << run.out;
+  json::Value summary = json::Deserialize(run.out);
+  EXPECT_EQ(summary.GetType(), json::ObjectVal) << run.out;
+  return summary;
+}
+
+TEST(SimulateCommand, TellsEachChangeOnceToEverySubscriber) {
+  const json::Value summary = Summary({"--seconds", "0.6", "--calls", "2", "--components", "3"});
+  std::int64_t deliveries = 0;
+  std::int64_t sets = 0;
+  for (const json::Value& setting : Member(summary, "settings").ToArray()) {
+    EXPECT_EQ(Number(setting, "deliveries"), Number(setting, "sets") * Number(setting, "subscribers"))
+        << json::SerializeValue(setting);
+    deliveries += Number(setting, "deliveries");
+    sets += Number(setting, "sets");
+    if (Member(setting, "setting").ToString() == "Transmission/TargetBandwidth") {
+      EXPECT_EQ(Number(setting, "subscribers"), 4);  // The reporter and three listeners.
+      EXPECT_GT(Number(setting, "sets"), 0);
+    }
+  }
+  const json::Value& told = Member(summary, "deliveries");
+  EXPECT_EQ(Number(told, "onSubscribing"), 0);  // Nothing stands in a store that nobody has set.
+  EXPECT_EQ(Number(told, "expected"), deliveries);
+  EXPECT_EQ(Number(told, "lost"), 0);
+  EXPECT_EQ(Number(told, "unexpected"), 0);
+  EXPECT_EQ(Number(told, "outOfOrder"), 0);
+  EXPECT_EQ(Number(Member(summary, "sets"), "told"), sets);
+  EXPECT_EQ(Number(summary, "components"), 20);
+
+  std::int64_t arrived = 0;
+  for (const char* way : {"direct", "posted", "handedOver"}) {
+    const json::Value& latency = Member(told, way);
+    arrived += Number(latency, "count");
+    EXPECT_GT(Number(latency, "count"), 0) << way;
+    EXPECT_GT(Number(latency, "p50Ns"), 0) << way;
+    EXPECT_LE(Number(latency, "p50Ns"), Number(latency, "p99Ns")) << way;
+    EXPECT_LE(Number(latency, "p99Ns"), Number(latency, "maxNs")) << way;
+  }
+  EXPECT_EQ(arrived, deliveries);
+}
+
+TEST(SimulateCommand, AppliesDocumentsAtTheStartAndDuringTheCalls) {
+  const json::Value summary =
+      Summary({"--seconds", "1", "--calls", "1", "--settings", Example("base.json"), "--settings",
+               Example("lab.json"), "--settings", Example("low-bandwidth.json")});
+  const json::Value& told = Member(summary, "deliveries");
+  // Of what base.json sets, eight settings are subscribed to, one of them by two components.
+  EXPECT_EQ(Number(told, "onSubscribing"), 9);
+  EXPECT_EQ(Number(told, "lost"), 0);
+  EXPECT_EQ(Number(told, "unexpected"), 0);
+  // base.json sets 110 settings to nobody, before any component is there.
+  EXPECT_GE(Number(Member(summary, "sets"), "toNobody"), 110);
+  for (const json::Value& setting : Member(summary, "settings").ToArray()) {
+    // Only low-bandwidth.json changes it while somebody listens.
+    if (Member(setting, "setting").ToString() != "Video/MaxFps") continue;
+    EXPECT_EQ(Number(setting, "sets"), 1);
+    EXPECT_EQ(Number(setting, "deliveries"), 1);
+  }
+}
+
+TEST(SimulateCommand, ReportsEveryFrameThatWasSentInTheStatistics) {
+  const json::Value summary = Summary({"--seconds", "0.6", "--calls", "3"});
+  const json::Value& statistics = Member(summary, "statistics");
+  EXPECT_GT(Number(statistics, "framesSent"), 0);
+  EXPECT_EQ(Number(statistics, "framesReported"), Number(statistics, "framesSent"));
+  EXPECT_GT(Number(statistics, "writes"), 0);
+  EXPECT_GT(Number(statistics, "reads"), 0);
+  EXPECT_GT(Number(summary, "reads"), 0);
+  EXPECT_GT(Number(Member(summary, "memory"), "residentKiB"), 0);
+}
+
+TEST(SimulateCommand, WorksWithWhateverNumbersADocumentSets) {
+  const struct {
+    const char* group;
+    std::vector<const char*> names;
+  } settings[] = {
+      {"Audio",
+       {"Bitrate", "MinBitrate", "FrameMs", "JitterMinDelayMs", "JitterMaxDelayMs", "ExpectedLossPercent",
+        "TargetBitrate", "JitterTargetDelayMs"}},
+      {"Video",
+       {"MaxWidth", "MaxHeight", "MaxFps", "MinFps", "MaxBitrate", "MinBitrate", "Layers", "TargetBitrate",
+        "TargetFps", "ActiveLayers"}},
+      {"Transmission", {"StartBandwidth", "MinBandwidth", "MaxBandwidth", "TargetBandwidth"}},
+  };
+  for (const char* value : {"-2147483648", "-1", "0", "2147483647", "99999999999999999999", "nan", ""}) {
+    std::string document = "{";
+    for (const auto& [group, names] : settings) {
+      document += (document.size() == 1 ? "\"" : ",\"") + std::string(group) + "\":[";
+      const char* separator = "";
+      for (const char* name : names) {
+        document += std::string(separator) + R"({"key":")" + name + R"(","value":")" + value + R"("})";
+        separator = ",";
+      }
+      document += "]";
+    }
+    const Finished run = Program()
+                             .File("x.json", document + "}")
+                             .File("later.json", document + "}")
+                             .Run({"simulate", "--seconds", "0.2", "--calls", "1", "--settings", "x.json",
+                                   "--settings", "later.json", "--report", "report.html"});
+    EXPECT_EQ(run.err, "") << value;
+    EXPECT_EQ(run.status, 0) << value;
+  }
+}
+
+TEST(SimulateCommand, PrintsASummaryForPeople) {
+  const Finished run = Program().Run({"simulate", "--seconds", "0.3", "--calls", "1"});
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.out, testing::ContainsRegex("^1 call, 7 components, [0-9.]+ s\nsets +[0-9]+ "));
+  EXPECT_THAT(run.out, testing::ContainsRegex("\ndeliveries +[0-9]+  [0-9]+ expected, 0 lost, 0 unexpected, "
+                                              "0 out of order\n  on subscribing +0\n"));
+  for (const char* way : {"direct", "posted", "handed over"}) {
+    EXPECT_THAT(run.out,
+                testing::ContainsRegex("\n  " + std::string(way) + " +[0-9]+( +[0-9.]+ [^ ]+s){3}\n"));
+  }
+  EXPECT_THAT(run.out, testing::ContainsRegex("\nmemory +[0-9.]+ MiB  [0-9.]+ MiB at most\n$"));
+}
+
+TEST(SimulateCommand, EndsEarlyWhenInterruptedAndStillTellsWhatWas) {
+  Program program;
+  const auto start = std::chrono::steady_clock::now();
+  const Finished run = program.InterruptOnceItMakes("report.html")
+                           .Run({"simulate", "--seconds", "3600", "--report", "report.html"});
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.out, testing::StartsWith("2 calls, 14 components, "));
+  EXPECT_THAT(run.out, HasSubstr(" 0 lost, 0 unexpected, 0 out of order\n"));
+  EXPECT_THAT(program.Contents("report.html"), testing::EndsWith("</body></html>\n"));
+}
+
+TEST(SimulateCommand, PassesOverWhatImportSkipsAndSaysSo) {
+  const Finished run = Program()
+                           .File("x.json", R"({"Audoi":[]})")
+                           .Run({"simulate", "--seconds", "0.05", "--settings", "x.json"});
+  EXPECT_THAT(run.err, testing::StartsWith("x.json:1:2: "));
+  EXPECT_THAT(run.err, HasSubstr("did you mean \"Audio\"?"));
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(SimulateCommand, RefusesAnUnusableCommandLineInOneLine) {
+  for (const auto& arguments : {std::vector<std::string>{"simulate", "--seconds", "0"},
+                                {"simulate", "--seconds", "-1"},
+                                {"simulate", "--seconds", "nan"},
+                                {"simulate", "--seconds", "soon"},
+                                {"simulate", "--seconds", "86401"},
+                                {"simulate", "--calls", "0"},
+                                {"simulate", "--calls", "-1"},
+                                {"simulate", "--calls", "143"},
+                                {"simulate", "--components", "1001"},
+                                {"simulate", "--calls", "100", "--components", "4"},
+                                {"simulate", "--settings"},
+                                {"simulate", "--settings", "missing.json"},
+                                {"simulate", "--settings", "-", "--settings", "-"},
+                                {"simulate", "--settings", "no.json"},
+                                {"simulate", "--report", "missing/report.html"},
+                                {"simulate", "--report", "."},
+                                {"simulate", "base.json"}}) {
+    const Finished run = Program().File("no.json", "[]").Run(arguments);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
+    EXPECT_EQ(run.status, 2) << arguments.back();
+  }
+}
+
+TEST(SimulateCommand, TellsAtOnceThatTheReportCannotBeWritten) {
+  const Finished run = Program().Run({"simulate", "--seconds", "3600", "--report", "missing/report.html"});
+  EXPECT_EQ(run.err, "missing/report.html: cannot be written: No such file or directory\n");
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(SimulateCommand, FailsWhenTheReportsFileIsFull) {
+  const Finished run = Program().Run({"simulate", "--seconds", "0.05", "--report", "/dev/full"});
+  EXPECT_EQ(run.err, "/dev/full: cannot be written: No space left on device\n");
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(SimulateCommand, FailsWhenStandardOutputIsFull) {
+  Program program;
+  const Finished run = program.To(Program::Output::kFullDevice)
+                           .Run({"simulate", "--seconds", "0.05", "--report", "report.html"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(program.Contents("report.html"), testing::EndsWith("</body></html>\n"));
+}
+
+TEST(SimulateCommand, LeavesAnEarlierReportAloneWhenItDoesNotRun) {
+  Program program;
+  program.File("report.html", "earlier")
+      .Run({"simulate", "--report", "report.html", "--settings", "missing"});
+  EXPECT_EQ(program.Contents("report.html"), "earlier");
+}
+
+TEST(SimulateCommand, ReplacesAnEarlierReport) {
+  Program program;
+  program.File("report.html", "earlier").Run({"simulate", "--seconds", "0.05", "--report", "report.html"});
+  EXPECT_THAT(program.Contents("report.html"), testing::StartsWith("<!DOCTYPE html>\n"));
+}
+
+TEST(SimulateCommand, ShowsTextsOfDocumentsInTheReportAsTexts) {
+  const std::string document =
+      "{\"Common\":[{\"key\":\"<script>alert(1)</script>\",\"value\":\"</table><img src=x> & 'it'\"},"
+      "{\"key\":\"bytes \xff\xc3(\",\"value\":\"\xed\xa0\x80\"}],"
+      "\"Feature\":[{\"key\":\"AudioJitterBufferFeatures\",\"value\":\"</code><b>\"}]}";
+  Program program;
+  const std::string name = "<i>&.json";
+  const Finished run =
+      program.File(name, document)
+          .Run({"simulate", "--seconds", "0.1", "--settings", name, "--report", "report.html"});
+  EXPECT_EQ(run.status, 0);
+  const std::string report = program.Contents("report.html");
+  EXPECT_THAT(report, HasSubstr("&lt;script&gt;alert(1)&lt;/script&gt;"));
+  EXPECT_THAT(report, HasSubstr("&lt;/table&gt;&lt;img src=x&gt; &amp; &#39;it&#39;"));
+  EXPECT_THAT(report, HasSubstr("bytes \\u00ff\\u00c3("));
+  EXPECT_THAT(report, HasSubstr("\\u00ed\\u00a0\\u0080"));
+  EXPECT_THAT(report, HasSubstr("&lt;/code&gt;&lt;b&gt;"));
+  EXPECT_THAT(report, HasSubstr("&lt;i&gt;&amp;.json"));
+  for (const char* markup : {"<script", "<img", "<i>&", "</code><b>"})
+    EXPECT_THAT(report, Not(HasSubstr(markup)));
+}
+
+TEST(SimulateCommand, CutsLongTextsInTheReportBetweenCharacters) {
+  std::string value(399, 'x');
+  for (int i = 0; i < 100; ++i) value += "\u00e9";
+  Program program;
+  program.File("x.json", R"({"Common":[{"key":"long","value":")" + value + R"("}]})")
+      .Run({"simulate", "--seconds", "0.05", "--settings", "x.json", "--report", "report.html"});
+  EXPECT_THAT(program.Contents("report.html"), HasSubstr(std::string(399, 'x') + "\u2026 (599 bytes)"));
+}
+
+TEST(SimulateCommand, SaysInTheReportWhatChangedASettingLast) {
+  Program program;
+  program.Run({"simulate", "--seconds", "0.6", "--calls", "1", "--settings", Example("base.json"),
+               "--settings", Example("lab.json"), "--report", "report.html"});
+  const std::string report = program.Contents("report.html");
+  const auto row = [&](const std::string& setting, const std::string& value, const std::string& by) {
+    return "<tr><th scope=\"row\">" + setting + "</th><td><code>" + value +
+           "</code></td><td class=\"call\">1</td><td>" + by + "</td>";
+  };
+  EXPECT_THAT(report, HasSubstr(row("SampleRate", "48000", Example("base.json"))));
+  EXPECT_THAT(report, HasSubstr(row("Profile", "lab", Example("lab.json"))));
+  EXPECT_THAT(report,
+              testing::ContainsRegex(
+                  ">TargetBandwidth</th><td><code>[0-9]+</code></td><td class=\"call\">1</td><td>bandwidth "
+                  "controller<"));
+  // Switched off by lab.json; and one that is on is not there.
+  EXPECT_THAT(report, HasSubstr("<th scope=\"row\">RtxDedup</th><td>off</td>"));
+  EXPECT_THAT(report, Not(HasSubstr("<th scope=\"row\">ConnectionTimeEnhancement</th><td>off</td>")));
+}
+
+}  // namespace

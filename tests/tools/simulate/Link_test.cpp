@@ -1,0 +1,63 @@
+#include "simulate/Link.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace {
+
+using simulate::Link;
+using simulate::Media;
+using simulate::RunTime;
+
+constexpr RunTime kMillisecond = 1000000;
+
+// Sends at this rate for so long, and tells what became of it.
+Link::Traffic Send(Link& link, RunTime from, RunTime until, double bitrate) {
+  const Link::Traffic before = link.Received(Media::kVideo);
+  for (RunTime now = from; now < until; now += 10 * kMillisecond) {
+    link.Send(Media::kVideo, now, 10, bitrate * 0.01);
+  }
+  const Link::Traffic after = link.Received(Media::kVideo);
+  return {after.received - before.received, after.lost - before.lost, after.bits - before.bits};
+}
+
+TEST(Link, GetsWorseAndBetterOnceInACycle) {
+  Link link(10, 0);
+  const Link::State good = link.Now(2000 * kMillisecond);
+  const Link::State bad = link.Now(6000 * kMillisecond);
+  const Link::State better = link.Now(9500 * kMillisecond);
+  EXPECT_GT(good.capacity, 5 * bad.capacity);
+  EXPECT_GT(better.capacity, 5 * bad.capacity);
+}
+
+TEST(Link, LosesFewPacketsBelowItsCapacity) {
+  Link link(10, 0);
+  const Link::Traffic traffic = Send(link, 0, 3000 * kMillisecond, 1e6);
+  EXPECT_EQ(traffic.received + traffic.lost, 3000U);
+  EXPECT_LT(traffic.lost, 60U);
+  EXPECT_LT(link.Now(3000 * kMillisecond).delayMs, 50);
+}
+
+TEST(Link, DelaysAndLosesWhatItCannotCarry) {
+  Link link(10, 0);
+  Send(link, 0, 5000 * kMillisecond, 1e6);
+  const Link::Traffic traffic = Send(link, 5000 * kMillisecond, 7000 * kMillisecond, 1e6);
+  EXPECT_EQ(traffic.received + traffic.lost, 2000U);
+  EXPECT_GT(traffic.lost, 1000U);
+  const Link::State state = link.Now(7000 * kMillisecond);
+  EXPECT_GT(state.delayMs, 200);
+  EXPECT_LT(state.delayMs, 600);
+  EXPECT_GT(state.loss, 0.3);
+}
+
+TEST(Link, IsTheSameForEveryRun) {
+  Link one(10, 0.5);
+  Link other(10, 0.5);
+  const Link::Traffic first = Send(one, 0, 10000 * kMillisecond, 2e6);
+  const Link::Traffic second = Send(other, 0, 10000 * kMillisecond, 2e6);
+  EXPECT_EQ(first.lost, second.lost);
+  EXPECT_EQ(first.bits, second.bits);
+}
+
+}  // namespace

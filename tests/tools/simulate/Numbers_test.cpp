@@ -1,0 +1,31 @@
+#include "simulate/Numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace {
+
+TEST(Numbers, ShowADurationInTheUnitThatSuitsIt) {
+  const struct {
+    std::int64_t nanoseconds;
+    const char* shown;
+  } rows[] = {{0, "0 ns"},           {999, "999 ns"},        {1000, "1 µs"},        {1234, "1.2 µs"},
+              {123456, "123 µs"},    {1000000, "1 ms"},      {12345678, "12.3 ms"}, {999000000, "999 ms"},
+              {1000000000, "1.0 s"}, {90000000000, "90.0 s"}};
+  for (const auto& row : rows) EXPECT_EQ(simulate::Duration(row.nanoseconds), row.shown);
+}
+
+TEST(Numbers, KeepThreeDigitsTogether) {
+  EXPECT_EQ(simulate::Grouped(0), "0");
+  EXPECT_EQ(simulate::Grouped(999), "999");
+  EXPECT_EQ(simulate::Grouped(1000), "1\u202f000");
+  EXPECT_EQ(simulate::Grouped(1234567), "1\u202f234\u202f567");
+}
+
+TEST(Numbers, ShowMemoryInMebibytes) {
+  EXPECT_EQ(simulate::Mebibytes(0), "0.0 MiB");
+  EXPECT_EQ(simulate::Mebibytes(1536), "1.5 MiB");
+}
+
+}  // namespace

@@ -1,0 +1,132 @@
+#include "SimulateCommand.h"
+
+#include <atomic>
+#include <cmath>
+#include <csignal>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CommandError.h"
+#include "ExitStatus.h"
+#include "Progress.h"
+#include "simulate/Report.h"
+#include "simulate/ReportFile.h"
+#include "simulate/Simulation.h"
+#include "simulate/Summary.h"
+
+namespace {
+
+using simulate::Simulation;
+using simulate::SimulationPlan;
+
+// As many threads as a machine starts without complaint.
+constexpr unsigned kMaxComponents = 1000;
+constexpr unsigned kMaxCalls = kMaxComponents / simulate::Call::kOwnComponents;
+constexpr double kLeastSeconds = 0.05;
+constexpr double kMostSeconds = 86400;
+
+struct Options {
+  SimulationPlan plan;
+  std::vector<std::string> settings;
+  std::string report;
+  bool json = false;
+};
+
+std::atomic<bool> interrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
+
+// While it lives, the first signal that asks the program to end asks the run to end; the second one is
+// obeyed.
+class Interruption {
+ public:
+  Interruption() {
+    struct sigaction action {};
+    action.sa_handler = [](int) { interrupted = true; };
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    ::sigaction(SIGINT, &action, &m_interrupt);
+    ::sigaction(SIGTERM, &action, &m_terminate);
+  }
+  ~Interruption() {
+    ::sigaction(SIGINT, &m_interrupt, nullptr);
+    ::sigaction(SIGTERM, &m_terminate, nullptr);
+  }
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+
+ private:
+  struct sigaction m_interrupt {};
+  struct sigaction m_terminate {};
+};
+
+int Run(Options& options) {
+  SimulationPlan& plan = options.plan;
+  // Is in every range, as comparisons go.
+  if (std::isnan(plan.seconds)) throw UsageError("--seconds: not a number");
+  if (plan.calls * (simulate::Call::kOwnComponents + plan.listeners) > kMaxComponents) {
+    throw UsageError("--calls and --components: more than " + std::to_string(kMaxComponents) +
+                     " components in all");
+  }
+  const Interruption interruption;
+  plan.documents = LoadDocuments(options.settings);
+  for (const SettingsDocument& document : plan.documents) document.PrintFindings(std::cerr);
+  std::optional<simulate::ReportFile> file;
+  if (!options.report.empty()) file.emplace(options.report);
+
+  Simulation simulation(plan);
+  {
+    const Progress progress("simulating");
+    simulation.Run(interrupted);
+  }
+  if (file) file->Write(simulate::Report(simulation));
+  (options.json ? simulate::PrintSummaryAsJson : simulate::PrintSummary)(std::cout, simulation);
+  return simulation.IsSound() ? kExitFine : kExitFindings;
+}
+
+}  // namespace
+
+void AddSimulateCommand(CLI::App& app, int& exitStatus) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* const command =
+      app.add_subcommand("simulate", "Run the calls of a small media engine on the library and measure it");
+  command->add_option("--seconds", options->plan.seconds, "How long, 0.05 to 86400; 5 unless told otherwise")
+      ->check(CLI::Range(kLeastSeconds, kMostSeconds).description(""))
+      ->type_name("N");
+  command->add_option("--calls", options->plan.calls, "How many calls at once; 2 unless told otherwise")
+      ->check(CLI::Range(1U, kMaxCalls).description(""))
+      ->type_name("N");
+  command
+      ->add_option("--components", options->plan.listeners,
+                   "Components more in each call, for load: each is told of all that is set during the call, "
+                   "the first directly, the second posted, the third handed over, and so on")
+      ->check(CLI::Range(0U, kMaxComponents).description(""))
+      ->type_name("N");
+  command
+      ->add_option(
+          "--settings", options->settings,
+          "A settings document; repeatable. The first stands when the calls start, the others arrive "
+          "during the calls, evenly spread; - is standard input")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  command->add_option("--report", options->report, "Write a report with plots, one HTML file")
+      ->type_name("FILE");
+  command->add_flag("--json", options->json, "Print the summary as a JSON object, on one line");
+  command->footer(
+      "Each call has an audio and a video sender and receiver, a jitter buffer, a bandwidth controller and "
+      "a\n"
+      "reporter, each with a thread and a settings facade of its own. The call's link gets worse and better; "
+      "the\n"
+      "controller and the jitter buffer change settings, and the others are told. Latency is the time from "
+      "the\n"
+      "set to the callback; for a document's values, from the import. Ctrl-C ends the run early.\n\n" +
+      ExitStatusHelp("done", "done, but a delivery was lost, or a video frame is missing in the statistics") +
+      "\n\n"
+      "Examples:\n"
+      "  tessel simulate --settings base.json --settings low-bandwidth.json --report report.html\n"
+      "      What do the two documents do to a call, and what does the library do?\n"
+      "  tessel simulate --seconds 60 --calls 10 --components 20 --json\n"
+      "      How long do deliveries take under load?");
+  command->callback([options, &exitStatus] { exitStatus = Run(*options); });
+}

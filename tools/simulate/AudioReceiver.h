@@ -1,0 +1,28 @@
+#pragma once
+
+#include <atomic>
+
+#include "simulate/Component.h"
+#include "simulate/Rate.h"
+#include "tessel/StatsRef.h"
+
+namespace simulate {
+
+/// Plays received voice after the delay that the jitter buffer hands it.
+class AudioReceiver : public Component {
+ public:
+  explicit AudioReceiver(const CallContext& call);
+
+ private:
+  void work(RunTime now, double elapsed) override;
+  CallSettings& settings() override { return m_settings; }
+
+  std::atomic<int> m_bufferDelayMs{60};
+  std::atomic<bool> m_hasFec{false};
+  double m_seenBits = 0;
+  Rate m_received;
+  kalStore::StatsRef<kalStore::Audio> m_statistics;
+  CallSettings m_settings;
+};
+
+}  // namespace simulate

@@ -1,0 +1,73 @@
+#include "simulate/Call.h"
+
+#include <utility>
+
+#include "simulate/AudioReceiver.h"
+#include "simulate/AudioSender.h"
+#include "simulate/CallSettings.h"
+#include "simulate/Listener.h"
+#include "simulate/VideoReceiver.h"
+#include "simulate/VideoSender.h"
+
+namespace simulate {
+
+template <class T, class... Arguments>
+T* Call::add(Arguments... arguments) {
+  auto component =
+      std::make_unique<T>(CallContext{m_store.CallId(), m_recorder, m_ledger, *m_link}, arguments...);
+  T* const added = component.get();
+  m_components.push_back(std::move(component));
+  return added;
+}
+
+Call::Call(std::uint32_t callId, unsigned listeners, Recorder& recorder, std::unique_ptr<Link> link,
+           const SettingsDocument* document)
+    : m_store(callId, kalStore::CallStore::kEndsCall),
+      m_link(std::move(link)),
+      m_recorder(recorder),
+      m_ledger(recorder) {
+  if (document != nullptr) {
+    CallSettings application("application", m_ledger, m_recorder);
+    application.Join(callId);
+    application.Apply(*document);
+  }
+  m_controller = add<BandwidthController>();
+  add<JitterBuffer>();
+  add<AudioSender>();
+  add<AudioReceiver>();
+  add<VideoSender>();
+  add<VideoReceiver>();
+  m_reporter = add<Reporter>();
+  for (unsigned listener = 0; listener < listeners; ++listener) {
+    add<Listener>(kWays[listener % kWays.size()]);
+  }
+  for (const auto& component : m_components) component->Start();
+}
+
+Call::~Call() {
+  quiesce();
+}
+
+void Call::Tick() {
+  for (const auto& component : m_components) component->Tick();
+}
+
+void Call::Finish() {
+  quiesce();
+  m_reporter->ReadLast();
+}
+
+// What sets comes before what is told, but for what a setter has posted to itself: hence twice.
+void Call::quiesce() {
+  for (int round = 0; round < 2; ++round) {
+    for (const auto& component : m_components) component->Drain();
+  }
+}
+
+ConfigData Call::Value(const SettingKey& key) const {
+  ConfigData value;
+  m_store->GetKalConfig(key.first, key.second.c_str(), value);
+  return value;
+}
+
+}  // namespace simulate

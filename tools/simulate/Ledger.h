@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "simulate/Recorder.h"
+#include "simulate/Subscriber.h"
+#include "simulate/Way.h"
+#include "tessel/KalConfigGroup.h"
+
+namespace simulate {
+
+/// A setting's place in the store of a call.
+using SettingKey = std::pair<kalStore::KalConfigGroup, std::string>;
+
+/// What changes a setting: a document, or a component of the engine.
+struct Setter {
+  std::string name;
+  bool isDocument = false;
+};
+
+/// The books of one call: who subscribes to each of its settings, what they have yet to be told, and what
+/// changed each setting last.
+///
+/// Threads: Add() before anything is set; Settings() and Missing() after; the rest from any thread.
+class Ledger {
+ public:
+  struct Setting {
+    std::deque<Subscriber> subscribers;
+    std::uint64_t toldChanges = 0;  ///< Changes that the subscribers were told of.
+    RunTime lastChange = 0;
+    std::string changedBy;
+    /// Changes by components over the run; null for a setting that none of them changes.
+    std::unique_ptr<TimeBins> changesByComponents;
+  };
+
+  explicit Ledger(Recorder& recorder) : m_recorder(recorder) {}
+
+  /// A new subscription, which stays as long as the ledger.
+  Subscriber& Add(const SettingKey& key, Way way);
+
+  /// A set is about to be made. Returns its number, for Keep() or Withdraw().
+  std::uint64_t Announce(const SettingKey& key, const ConfigData& value);
+  /// The set has changed the setting.
+  void Keep(const SettingKey& key, const Setter& setter);
+  /// The set has changed nothing.
+  void Withdraw(const SettingKey& key, std::uint64_t set);
+
+  const std::map<SettingKey, Setting>& Settings() const { return m_settings; }
+  /// Deliveries that are expected and have not arrived.
+  std::size_t Missing() const;
+
+ private:
+  Recorder& m_recorder;
+  std::mutex m_mutex;  // Protects everything below; subscribers are safe by themselves.
+  std::map<SettingKey, Setting> m_settings;
+  std::uint64_t m_lastSet = Subscriber::kInitial;
+};
+
+}  // namespace simulate

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+
+#include "simulate/LatencyHistogram.h"
+#include "simulate/TimeBins.h"
+#include "simulate/Way.h"
+
+namespace simulate {
+
+/// Nanoseconds since the run began.
+using RunTime = std::int64_t;
+
+constexpr double Seconds(RunTime time) {
+  return static_cast<double>(time) * 1e-9;
+}
+
+/// What all components of a run count, and the clock that they go by.
+///
+/// Threads: all.
+class Recorder {
+ public:
+  /// The run begins now, and is to take this long.
+  explicit Recorder(double plannedSeconds) : m_plannedSeconds(plannedSeconds) {}
+
+  RunTime Now() const {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - m_start)
+        .count();
+  }
+  double PlannedSeconds() const { return m_plannedSeconds; }
+  /// The part of the planned run that is over.
+  double Share(RunTime time) const { return Seconds(time) / m_plannedSeconds; }
+
+  /// A change that was set at `set` has just arrived.
+  void AddDelivery(Way way, RunTime set) {
+    const RunTime now = Now();
+    m_latencies[IndexOf(way)].Add(now - set);
+    m_deliveries[IndexOf(way)].Add(Share(now));
+  }
+  const LatencyHistogram& Latencies(Way way) const { return m_latencies[IndexOf(way)]; }
+  const TimeBins& Deliveries(Way way) const { return m_deliveries[IndexOf(way)]; }
+
+  std::uint64_t SetCount() const { return setsTold + setsToNobody + setsUnchanged; }
+  std::uint64_t DeliveryCount() const {
+    std::uint64_t count = initialDeliveries;
+    for (const LatencyHistogram& latencies : m_latencies) count += latencies.Count();
+    return count;
+  }
+
+  using Counter = std::atomic<std::uint64_t>;
+
+  Counter setsTold{0};       ///< Sets that somebody subscribed to.
+  Counter setsToNobody{0};   ///< Sets that nobody subscribed to.
+  Counter setsUnchanged{0};  ///< Sets of the value that stood there: nobody is told.
+  Counter initialDeliveries{0};
+  Counter expectedDeliveries{0};    ///< Sets times their subscribers, and the initial ones.
+  Counter unexpectedDeliveries{0};  ///< Of values that nobody set, or twice of one set.
+  Counter deliveriesOutOfOrder{0};
+  Counter reads{0};
+  Counter statisticsWrites{0};
+  Counter statisticsReads{0};
+  Counter framesSent{0};
+  Counter framesReported{0};
+
+ private:
+  const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+  const double m_plannedSeconds;
+  PerWay<LatencyHistogram> m_latencies;
+  PerWay<TimeBins> m_deliveries;
+};
+
+}  // namespace simulate

@@ -1,0 +1,34 @@
+#include "simulate/ReportFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+#include <utility>
+
+#include "CommandError.h"
+#include "Printable.h"
+
+namespace simulate {
+
+namespace {
+
+CommandError Unwritable(const std::string& file) {
+  return CommandError(Printable(file) + ": cannot be written: " + std::generic_category().message(errno));
+}
+
+}  // namespace
+
+ReportFile::ReportFile(std::string file) : m_file(std::move(file)) {
+  std::FILE* const stream = std::fopen(m_file.c_str(), "abe");
+  if (stream == nullptr) throw Unwritable(m_file);
+  std::fclose(stream);
+}
+
+void ReportFile::Write(std::string_view text) const {
+  std::FILE* const stream = std::fopen(m_file.c_str(), "wbe");
+  if (stream == nullptr) throw Unwritable(m_file);
+  const bool isWritten = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  if (std::fclose(stream) != 0 || !isWritten) throw Unwritable(m_file);
+}
+
+}  // namespace simulate

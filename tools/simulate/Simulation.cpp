@@ -1,0 +1,60 @@
+#include "simulate/Simulation.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace simulate {
+
+namespace {
+
+constexpr std::chrono::milliseconds kTick{10};
+constexpr double kLongestCycle = 20;
+
+}  // namespace
+
+void Simulation::Run(const std::atomic<bool>& isInterrupted) {
+  const std::vector<SettingsDocument>& documents = m_plan.documents;
+  if (!documents.empty()) arrive(documents.front());
+  const double cycle = std::min(kLongestCycle, m_plan.seconds / 2);
+  for (unsigned call = 0; call < m_plan.calls; ++call) {
+    m_calls.emplace_back(call + 1, m_plan.listeners, m_recorder, std::make_unique<Link>(cycle, 0.37 * call),
+                         documents.empty() ? nullptr : &documents.front());
+  }
+
+  for (auto tick = std::chrono::steady_clock::now(); !isInterrupted; tick += kTick) {
+    const double share = m_recorder.Share(m_recorder.Now());
+    if (share >= 1) break;
+    const std::size_t next = m_arrivals.size();
+    if (next < documents.size() &&
+        share * static_cast<double>(documents.size()) >= static_cast<double>(next)) {
+      arrive(documents[next]);
+      for (Call& call : m_calls) call.Receive(documents[next]);
+    }
+    for (Call& call : m_calls) call.Tick();
+    std::this_thread::sleep_until(tick + kTick);
+  }
+  for (Call& call : m_calls) call.Finish();
+  m_elapsedSeconds = Seconds(m_recorder.Now());
+}
+
+std::size_t Simulation::ComponentCount() const {
+  return m_calls.size() * (Call::kOwnComponents + m_plan.listeners);
+}
+
+std::size_t Simulation::LostDeliveries() const {
+  std::size_t lost = 0;
+  for (const Call& call : m_calls) lost += call.Books().Missing();
+  return lost;
+}
+
+bool Simulation::IsSound() const {
+  return LostDeliveries() == 0 && m_recorder.unexpectedDeliveries == 0 &&
+         m_recorder.framesSent == m_recorder.framesReported;
+}
+
+void Simulation::arrive(const SettingsDocument& document) {
+  m_arrivals.push_back({m_recorder.Now(), document.Name()});
+}
+
+}  // namespace simulate

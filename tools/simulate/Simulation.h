@@ -1,0 +1,62 @@
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "SettingsDocument.h"
+#include "simulate/Call.h"
+#include "simulate/Recorder.h"
+
+namespace simulate {
+
+struct SimulationPlan {
+  double seconds = 5;
+  unsigned calls = 2;
+  unsigned listeners = 0;  ///< More components in each call.
+  std::vector<SettingsDocument> documents;
+};
+
+/// Calls of a media engine, on the real library and with simulated links.
+///
+/// Threads: one owner, whose thread is the media clock while Run() runs.
+class Simulation {
+ public:
+  /// The plan must outlive it.
+  explicit Simulation(const SimulationPlan& plan) : m_plan(plan), m_recorder(plan.seconds) {}
+
+  /// For as long as planned, or until `isInterrupted`. The first document stands from the start; the others
+  /// arrive during the run, evenly spread. Once.
+  void Run(const std::atomic<bool>& isInterrupted);
+
+  // What came of it.
+
+  struct Arrival {
+    RunTime time;
+    std::string title;
+  };
+  const SimulationPlan& Plan() const { return m_plan; }
+  double ElapsedSeconds() const { return m_elapsedSeconds; }
+  std::size_t ComponentCount() const;
+  const Recorder& Records() const { return m_recorder; }
+  const std::deque<Call>& Calls() const { return m_calls; }
+  /// The documents that have arrived, in order.
+  const std::vector<Arrival>& Arrivals() const { return m_arrivals; }
+  /// Deliveries that were expected and have not arrived.
+  std::size_t LostDeliveries() const;
+  /// Whether every change was told to each subscriber once, and every frame stands in the statistics once.
+  bool IsSound() const;
+
+ private:
+  void arrive(const SettingsDocument& document);
+
+  const SimulationPlan& m_plan;
+  Recorder m_recorder;
+  std::deque<Call> m_calls;
+  std::vector<Arrival> m_arrivals;
+  double m_elapsedSeconds = 0;
+};
+
+}  // namespace simulate

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+
+#include "simulate/Recorder.h"
+#include "util/ConfigData.h"
+
+namespace simulate {
+
+/// One subscription as the ledger knows it: what it has yet to be told. Measures each delivery against the
+/// set that it tells of.
+///
+/// Threads: all.
+class Subscriber {
+ public:
+  /// Stands for the delivery that subscribing itself brings.
+  static constexpr std::uint64_t kInitial = 0;
+
+  Subscriber(Recorder& recorder, Way way) : m_recorder(recorder), m_way(way) {}
+
+  /// `set` is about to tell this value.
+  void Expect(std::uint64_t set, const ConfigData& value);
+  /// `set` has changed nothing, and so tells nobody.
+  void Withdraw(std::uint64_t set);
+  /// The value has arrived, on the thread that it was to arrive on.
+  void Arrive(const ConfigData& value);
+
+  /// Deliveries of sets, the initial one not counted.
+  std::uint64_t Arrived() const;
+  /// Deliveries that are expected and have not arrived.
+  std::size_t Missing() const;
+
+ private:
+  struct Expectation {
+    std::uint64_t set;
+    RunTime time;
+    ConfigData value;
+  };
+
+  Recorder& m_recorder;
+  const Way m_way;
+  mutable std::mutex m_mutex;  // Protects everything below.
+  std::deque<Expectation> m_expected;
+  std::uint64_t m_arrived = 0;
+};
+
+}  // namespace simulate

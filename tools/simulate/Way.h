@@ -1,0 +1,33 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace simulate {
+
+/// How a change reaches a subscriber, see kalStore::IKalConfig::SubscribeConfig().
+enum class Way { kDirect, kPosted, kHandedOver };
+
+inline constexpr std::array kWays = {Way::kDirect, Way::kPosted, Way::kHandedOver};
+
+/// One of something for each way.
+template <class T>
+using PerWay = std::array<T, kWays.size()>;
+
+constexpr std::size_t IndexOf(Way way) {
+  return static_cast<std::size_t>(way);
+}
+
+/// In words: "direct", "posted", "handed over".
+constexpr const char* NameOf(Way way) {
+  constexpr PerWay<const char*> kNames = {"direct", "posted", "handed over"};
+  return kNames[IndexOf(way)];
+}
+
+/// The class that the report's style sheet shows it by.
+constexpr const char* StyleOf(Way way) {
+  constexpr PerWay<const char*> kStyles = {"s1", "s2", "s3"};
+  return kStyles[IndexOf(way)];
+}
+
+}  // namespace simulate
