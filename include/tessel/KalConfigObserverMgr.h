@@ -46,6 +46,8 @@ class HandlerSnapshot {
 /// The subscriptions and bindings of one group: per configuration name a list of handlers in the order of
 /// registration. T is a pointer to a handler. A name's entry, once made, stays.
 ///
+/// On cache lines of its own, like atomMap.
+///
 /// @threads Any operation, from any thread, each under the manager's recursive mutex.
 /// @par Example
 /// @code{.cpp}
@@ -57,7 +59,7 @@ class HandlerSnapshot {
 /// assert(handlers.Unsubscribe("MaxFps", handler, [] {}) == kResultNoSuchOrExists);
 /// @endcode
 template <class T>
-class __attribute__((visibility("default"))) KalConfigObserverMgr {
+class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
  public:
   /// What is registered for a name.
   struct Entry {

@@ -58,11 +58,14 @@ kal::CKalUnknownImpl& ReferencesOf(KalTesselEntityType type, void* entity) {
 // The lines are composed out of line, from copies: the frequent paths keep their operands in registers.
 
 [[gnu::noinline]] void TraceCreated(const CKalTessel* self, KalTesselEntityType type, std::uint32_t callId,
-                                    void* entity, std::uint32_t count) {
+                                    void* entity) {
   TraceLine line(2);
   line.Text() << "CKalTessel::createOrGetTesselEntity" << (entity == nullptr ? " failed, type=" : ", type=")
               << static_cast<int>(type) << ", callId=" << callId;
-  if (entity != nullptr) line.Text() << ", pMediaStatInfo=" << entity << ", refCnt=" << count;
+  if (entity != nullptr) {
+    line.Text() << ", pMediaStatInfo=" << entity
+                << ", refCnt=" << ReferencesOf(type, entity).ReferenceCount();
+  }
   line.Text() << This{self};
   line.Emit();
 }
@@ -105,11 +108,17 @@ void* CKalTessel::createOrGetTesselEntity(KalTesselEntityType type, std::uint32_
   const Guard guard(m_mutex);
   const auto place = find({type, callId});
   void* const entity = place != m_entities.end() ? place->second : registerEntity(type, callId);
-  std::uint32_t count = 0;
-  if (entity != nullptr) count = ReferencesOf(type, entity).AddReference();
+  if (entity != nullptr) ReferencesOf(type, entity).AddReference();
   if (IsTraced(2)) [[unlikely]]
-    TraceCreated(this, type, callId, entity, count);
+    TraceCreated(this, type, callId, entity);
   return entity;
+}
+
+int createTesselEntity(KalTesselEntityType type, std::uint32_t callId, void** out) {
+  if (out == nullptr) return kResultNotFound;
+  *out = nullptr;
+  *out = kalTesselInstant.createOrGetTesselEntity(type, callId);
+  return *out == nullptr ? kResultNotFound : kResultOk;
 }
 
 int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
