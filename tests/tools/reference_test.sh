@@ -84,12 +84,12 @@ complete_zsh() {
   [ "$(head -n 1 "$files/zsh/_tessel")" = '#compdef tessel' ] || fail "zsh does not know whose it is"
   for command in $(commands); do
     # What is handed to _arguments for the command.
-    specifications=$(zsh -fc '
+    offers=$(zsh -fc '
       _arguments() { [[ $1 == -C ]] && state=argument words=('"$command"') || print -rl -- "$@" }
       _describe() { : }
       source '"$files/zsh/_tessel")
     for option in $(options "$command"); do
-      grep -qE -- "[)*]$option=?\[" <<<"$specifications" || fail "$command $option is not offered"
+      grep -qE -- "[)*]$option=?\[" <<<"$offers" || fail "$command $option is not offered"
     done
   done
 }

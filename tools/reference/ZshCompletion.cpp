@@ -4,7 +4,7 @@
 
 namespace {
 
-// A text inside a specification, where colons and brackets part it.
+// A text inside an argument of _arguments, where colons and brackets part it.
 std::string Escaped(const std::string& text) {
   std::string out;
   for (const char letter : text) {
@@ -36,9 +36,9 @@ void WriteParameter(std::ostream& out, const Parameter& parameter) {
   if (!parameter.value.empty()) rest += ":" + Escaped(parameter.value) + ":" + Action(parameter);
   for (const std::string& name : parameter.names) {
     const bool mayBeJoined = !parameter.value.empty() && name.starts_with("--");
-    std::string specification = prefix + name;
-    specification += mayBeJoined ? "=" + rest : rest;
-    out << " \\\n        " << ShellQuoted(specification);
+    std::string argument = prefix + name;
+    argument += mayBeJoined ? "=" + rest : rest;
+    out << " \\\n        " << ShellQuoted(argument);
   }
 }
 
