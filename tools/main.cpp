@@ -22,9 +22,12 @@ int Run(int argc, char** argv) {
   CLI::App app;
   AddCommands(app, exitStatus);
   try {
+    if (argc > 1 && *argv[1] != '-') app.get_subcommand(std::string(argv[1]));
     app.parse(argc, argv);
   } catch (const CLI::Success& success) {
     return app.exit(success);  // Help or version.
+  } catch (const CLI::OptionNotFound&) {
+    return Fail("tessel: there is no command \"" + Printable(argv[1]) + "\" (tessel --help lists them)");
   } catch (const CLI::ParseError& error) {
     return Fail("tessel: " + Printable(error.what()) + " (tessel --help tells more)");
   } catch (const CommandError& error) {

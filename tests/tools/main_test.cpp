@@ -39,6 +39,12 @@ TEST(Tessel, RefusesAnUnusableCommandLineInOneLine) {
   }
 }
 
+TEST(Tessel, NamesACommandThatItDoesNotHave) {
+  const Finished run = Program().Run({"aply", "a.json"});
+  EXPECT_EQ(run.err, "tessel: there is no command \"aply\" (tessel --help lists them)\n");
+  EXPECT_EQ(run.status, 2);
+}
+
 TEST(Tessel, TellsOfEveryCommandHowItEndsAndHowItIsUsed) {
   std::istringstream help(Program().Run({"--help"}).out);
   std::vector<std::string> commands;
