@@ -21,7 +21,7 @@ void append(std::string& out, Number number, Format... format) {
 // The number with six decimals, rounded to the nearest and halves to even as everywhere, in integers: exact,
 // and much faster than to_chars. False, and nothing is written, when it is too large for them.
 bool appendSixDecimals(std::string& out, double number) {
-  __extension__ typedef unsigned __int128 Wide;
+  __extension__ using Wide = unsigned __int128;
   constexpr int kFractionBits = 52;
   constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kFractionBits;
   constexpr std::uint64_t kMillion = 1'000'000;

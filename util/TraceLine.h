@@ -41,26 +41,26 @@ inline bool IsTraced(int level) {
   return get_external_trace_mask() >= level;
 }
 
-/// Composes a line and hands it to the sink. Out of line and cold, so that the function that traces keeps a
-/// small frame: it pays for the line's buffer only when the line is wanted.
-template <class Compose, class... Label>
-[[gnu::noinline, gnu::cold]] void EmitLine(const Compose& compose, int level, Label... label) {
-  TraceLine line(level, label...);
+/// Composes a line, opened as its constructor does, and hands it to the sink. Out of line and cold, so that
+/// the function that traces keeps a small frame: it pays for the line's buffer only when the line is wanted.
+template <class Compose, class... Opening>
+[[gnu::noinline, gnu::cold]] void EmitLine(const Compose& compose, Opening... opening) {
+  TraceLine line(opening...);
   compose(line.Text());
   line.Emit();
 }
 
 /// Traces a line: job, label of the enclosing function, then the message, a chain of `<<` operands. Reads the
 /// mask and nothing else when the level is not wanted.
-#define TESSEL_TRACE(level, message) TESSEL_TRACE_LINE(message, level, __PRETTY_FUNCTION__)
+#define TESSEL_TRACE(level, message) TESSEL_TRACE_LINE(level, message, level, __PRETTY_FUNCTION__)
 
 /// The same without a label: job, then the message.
-#define TESSEL_TRACE_TEXT(level, message) TESSEL_TRACE_LINE(message, level)
+#define TESSEL_TRACE_TEXT(level, message) TESSEL_TRACE_LINE(level, message, level)
 
-#define TESSEL_TRACE_LINE(message, level, ...)                                        \
+#define TESSEL_TRACE_LINE(level, message, ...)                                        \
   do {                                                                                \
-    if (IsTraced(level)) [[unlikely]] {                                               \
+    if (IsTraced(level)) {                                                            \
       const auto compose = [&](CCmTextFormator& traceText) { traceText << message; }; \
-      EmitLine(compose, level __VA_OPT__(, ) __VA_ARGS__);                            \
+      EmitLine(compose, __VA_ARGS__);                                                 \
     }                                                                                 \
   } while (false)
