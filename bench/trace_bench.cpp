@@ -14,8 +14,8 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "TraceLine.h"
 #include "support/boundary.h"
+#include "trace/TraceLine.h"
 #include "util/util_trace.h"
 
 #ifdef TESSEL_BENCH_FMT
@@ -32,7 +32,9 @@ namespace sample {
 class Component {
  public:
   void SetLevel(int level) {
-    TESSEL_TRACE(2, ", name=" << m_name << ", level=" << level << Cid{m_callId} << This{this});
+    TESSEL_TRACE(2, "sample::Component::SetLevel",
+                 ", name=" << m_name << ", level=" << level << kalStore::internal::Cid{m_callId}
+                           << kalStore::internal::This{this});
   }
   int Snprintf(char* buffer, std::size_t size, int level) const {
     return std::snprintf(buffer, size, "sample::Component::SetLevel, name=%s, level=%d [cid=%u] [this=0x%lx]",

@@ -21,7 +21,7 @@ else()
   install(TARGETS tessel_util EXPORT tesselTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel COMPONENT runtime
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel)
-  install(DIRECTORY platform/include/util DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(DIRECTORY libutil/include/util DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   if(BUILD_SHARED_LIBS)
     # Nobody else looks there; given like this, the run path outlives the installation of a program as well.
     target_link_options(tessel_util INTERFACE

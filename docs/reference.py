@@ -35,7 +35,7 @@ def run_doxygen():
     OUT.mkdir(parents=True)
     toggles = OUT / "toggles.md"
     write_toggles_page(toggles)
-    inputs = [path.name for path in sorted(ROOT.glob("*.md"))] + ["docs", "include", "platform/include", str(toggles)]
+    inputs = [path.name for path in sorted(ROOT.glob("*.md"))] + ["docs", "include", "libutil/include", str(toggles)]
     config = (ROOT / "docs" / "Doxyfile").read_text() + f"INPUT = {' '.join(inputs)}\n"
     return subprocess.run(["doxygen", "-"], cwd=ROOT, input=config, text=True).returncode == 0
 

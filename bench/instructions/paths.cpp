@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "TraceLine.h"
 #include "support/Settings.h"
 #include "tessel/CKalTessel.h"
 #include "tessel/IKalVideoInfo.h"
 #include "tessel/json.h"
+#include "trace/TraceLine.h"
 #include "util/util.h"
 
 namespace {
@@ -110,7 +110,9 @@ struct CountedEvent : ICmEvent {
 
 struct Component {
   void Trace(int level) {
-    TESSEL_TRACE(2, ", name=" << kName << ", level=" << level << Cid{7} << This{this});
+    TESSEL_TRACE(2, "Component::Trace",
+                 ", name=" << kName << ", level=" << level << kalStore::internal::Cid{7}
+                           << kalStore::internal::This{this});
   }
 };
 

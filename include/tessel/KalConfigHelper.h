@@ -330,13 +330,13 @@ class TESSEL_API KalConfigHelper {
  private:
   std::int32_t createKalConfig(std::uint32_t callId);
   // Puts the default group in its own value's place; without one, traces for the calling operation.
-  bool resolveGroup(KalConfigGroup& group, const char* prettyFunction, const char* failure) const {
+  bool resolveGroup(KalConfigGroup& group, const char* label, const char* failure) const {
     if (group == KAL_CONFIG_GROUP_DEFAULT) group = m_defaultGroup;
     if (group != KAL_CONFIG_GROUP_DEFAULT) return true;
-    reportNoGroup(prettyFunction, failure);
+    reportNoGroup(label, failure);
     return false;
   }
-  void reportNoGroup(const char* prettyFunction, const char* failure) const;
+  void reportNoGroup(const char* label, const char* failure) const;
 
   // Constant after construction.
   const std::unique_ptr<std::recursive_mutex> m_pConfigLock;  // Guards binding.

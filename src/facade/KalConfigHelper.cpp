@@ -1,12 +1,14 @@
 #include "tessel/KalConfigHelper.h"
 
-#include "Assertion.h"
-#include "KalConfigObserverHelper.h"
-#include "SessionGroup.h"
-#include "TraceLine.h"
+#include "facade/KalConfigObserverHelper.h"
+#include "store/SessionGroup.h"
 #include "tessel/KalConfigRegistry.h"
+#include "trace/Assertion.h"
+#include "trace/TraceLine.h"
 
 namespace kalStore {
+
+using namespace internal;
 
 KalConfigHelper::KalConfigHelper()
     : m_pConfigLock(std::make_unique<std::recursive_mutex>()),
@@ -45,7 +47,8 @@ std::int32_t KalConfigHelper::SetCallId(std::uint32_t callId) {
   const std::lock_guard lock(*m_pConfigLock);
   if (m_callId == kNoCallId && callId != kNoCallId) return createKalConfig(callId);
   if (m_callId == callId && m_pIKalConfig != nullptr) return kResultOk;
-  TESSEL_TRACE(0, ", m_callId=" << m_callId.load() << ", callId=" << callId << This{this});
+  TESSEL_TRACE(0, "kalStore::KalConfigHelper::SetCallId",
+               ", m_callId=" << m_callId.load() << ", callId=" << callId << This{this});
   return kResultNotFound;
 }
 
@@ -74,8 +77,9 @@ std::int32_t KalConfigHelper::SetKalSessionType(kal::KalSessionType sessionType)
       (m_defaultGroup.compare_exchange_strong(current, group) || current == group)) {
     return kResultOk;
   }
-  TESSEL_TRACE(0, ", " << KalConfigGroup2GroupName(m_defaultGroup)
-                       << ", sessionType=" << static_cast<int>(sessionType) << This{this});
+  TESSEL_TRACE(0, "kalStore::KalConfigHelper::SetKalSessionType",
+               ", " << KalConfigGroup2GroupName(m_defaultGroup)
+                    << ", sessionType=" << static_cast<int>(sessionType) << This{this});
   return kResultNotFound;
 }
 
@@ -89,11 +93,8 @@ std::int32_t KalConfigHelper::SetDefaultGroup(KalConfigGroup group) {
   return isSet ? kResultOk : kResultNotFound;
 }
 
-void KalConfigHelper::reportNoGroup(const char* prettyFunction, const char* failure) const {
-  if (!IsTraced(0)) return;
-  TraceLine line(0, prettyFunction);
-  line.Text() << failure << Cid{m_callId} << This{this};
-  line.Emit();
+void KalConfigHelper::reportNoGroup(const char* label, const char* failure) const {
+  TESSEL_TRACE(0, label, failure << Cid{m_callId} << This{this});
 }
 
 }  // namespace kalStore

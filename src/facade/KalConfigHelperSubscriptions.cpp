@@ -1,8 +1,8 @@
 #include <utility>
 
-#include "Assertion.h"
-#include "KalConfigObserverHelper.h"
+#include "facade/KalConfigObserverHelper.h"
 #include "tessel/KalConfigHelper.h"
+#include "trace/Assertion.h"
 
 // None of these needs the store: what is asked for before there is one is recorded.
 
@@ -18,7 +18,7 @@ SubscribeId_t KalConfigHelper::SubscribeConfig(const char* szConfigName, fnConfi
                                                KalConfigGroup group, ACmThread* thread, bool async) {
   KAL_ASSERT_AT("KalConfig", __LINE__, (m_pObserverHelper != NULL) && (szConfigName != NULL));
   if (m_pObserverHelper == nullptr || szConfigName == nullptr) return 0;
-  if (!resolveGroup(group, __PRETTY_FUNCTION__, kNoGroupBlank)) return 0;
+  if (!resolveGroup(group, "kalStore::KalConfigHelper::SubscribeConfig", kNoGroupBlank)) return 0;
   return m_pObserverHelper->SubscribeConfig(group, szConfigName, std::move(cb), thread, async);
 }
 
@@ -26,7 +26,7 @@ SubscribeId_t KalConfigHelper::BindConfig(const char* szConfigName, fnConfigInvo
                                           KalConfigGroup group) {
   KAL_ASSERT_AT("KalConfig", __LINE__, (m_pObserverHelper != NULL) && (szConfigName != NULL));
   if (m_pObserverHelper == nullptr || szConfigName == nullptr) return 0;
-  if (!resolveGroup(group, __PRETTY_FUNCTION__, kNoGroupBlank)) return 0;
+  if (!resolveGroup(group, "kalStore::KalConfigHelper::BindConfig", kNoGroupBlank)) return 0;
   return m_pObserverHelper->BindConfig(group, szConfigName, std::move(cb));
 }
 
@@ -39,7 +39,7 @@ std::int32_t KalConfigHelper::UnsubscribeConfig(SubscribeId_t id) {
 std::int32_t KalConfigHelper::UnsubscribeConfig(const char* szConfigName, KalConfigGroup group) {
   KAL_ASSERT_AT("KalConfig", __LINE__, m_pObserverHelper != NULL);
   if (m_pObserverHelper == nullptr) return kResultBadArgument;
-  if (!resolveGroup(group, __PRETTY_FUNCTION__, kNoGroup)) return kResultNotFound;
+  if (!resolveGroup(group, "kalStore::KalConfigHelper::UnsubscribeConfig", kNoGroup)) return kResultNotFound;
   return m_pObserverHelper->UnsubscribeConfig(szConfigName, group);
 }
 

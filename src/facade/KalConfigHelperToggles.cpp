@@ -1,10 +1,12 @@
 #include <utility>
 
-#include "FeatureToggleKeys.h"
-#include "KalConfigObserverHelper.h"
+#include "facade/KalConfigObserverHelper.h"
+#include "store/FeatureToggleKeys.h"
 #include "tessel/KalConfigHelper.h"
 
 namespace kalStore {
+
+using namespace internal;
 
 std::int32_t KalConfigHelper::SetFeatureToggle(KalFeatureToggleID id, ConfigData value) {
   return SetKalConfig(FeatureToggleKey(id), std::move(value), KAL_CONFIG_GROUP_FEATURE, false, false);

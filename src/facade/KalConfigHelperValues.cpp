@@ -1,14 +1,17 @@
 #include <utility>
 
-#include "Assertion.h"
-#include "KalConfigObserverHelper.h"
-#include "SessionGroup.h"
+#include "facade/KalConfigObserverHelper.h"
+#include "store/SessionGroup.h"
 #include "tessel/KalConfigHelper.h"
+#include "trace/Assertion.h"
 
 // Each operation reads the store once: what was checked is what is used, also while another thread binds.
 // Reads and writes by name check and resolve alike, and then call the store's operation.
 
 namespace kalStore {
+
+using namespace internal;
+
 namespace {
 
 constexpr const char* kNoGroup = "Error KalConfigGroup";
@@ -34,7 +37,7 @@ std::int32_t KalConfigHelper::SetKalConfig(const char* szConfigName, ConfigData 
                                            bool bForceNotify, bool bTransient) {
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore, __LINE__)) return kResultBadArgument;
-  if (!resolveGroup(group, __PRETTY_FUNCTION__, kNoGroup)) return kResultNotFound;
+  if (!resolveGroup(group, "kalStore::KalConfigHelper::SetKalConfig", kNoGroup)) return kResultNotFound;
   return pStore->SetKalConfig(group, szConfigName, std::move(value), bForceNotify, bTransient);
 }
 
@@ -48,7 +51,7 @@ std::int32_t KalConfigHelper::GetKalConfig(const char* szConfigName, ConfigData&
                                            KalConfigGroup group) {
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore, __LINE__)) return kResultBadArgument;
-  if (!resolveGroup(group, __PRETTY_FUNCTION__, kNoGroup)) return kResultNotFound;
+  if (!resolveGroup(group, "kalStore::KalConfigHelper::GetKalConfig", kNoGroup)) return kResultNotFound;
   return pStore->GetKalConfig(group, szConfigName, value);
 }
 
@@ -76,7 +79,7 @@ std::int32_t KalConfigHelper::GetDynamicConfig(const char* szConfigName, ConfigD
                                                KalConfigGroup group, ConfigData defaultValue) {
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore, __LINE__)) return kResultBadArgument;
-  if (!resolveGroup(group, __PRETTY_FUNCTION__, kNoGroup)) return kResultNotFound;
+  if (!resolveGroup(group, "kalStore::KalConfigHelper::GetDynamicConfig", kNoGroup)) return kResultNotFound;
   return pStore->GetDynamicConfig(group, szConfigName, value, std::move(defaultValue));
 }
 
@@ -90,14 +93,15 @@ ConfigData KalConfigHelper::GetDynamicConfig(const char* szConfigName, KalConfig
 std::int32_t KalConfigHelper::RemoveKalConfig(const char* szConfigName, KalConfigGroup group) {
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore, __LINE__)) return kResultBadArgument;
-  if (!resolveGroup(group, __PRETTY_FUNCTION__, kNoGroup)) return kResultNotFound;
+  if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfig", kNoGroup)) return kResultNotFound;
   return pStore->RemoveKalConfig(group, szConfigName);
 }
 
 std::int32_t KalConfigHelper::RemoveKalConfigByGroup(KalConfigGroup group) {
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckStore(pStore, __LINE__)) return kResultBadArgument;
-  if (!resolveGroup(group, __PRETTY_FUNCTION__, kNoGroup)) return kResultNotFound;
+  if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfigByGroup", kNoGroup))
+    return kResultNotFound;
   return pStore->RemoveKalConfigByGroup(group);
 }
 

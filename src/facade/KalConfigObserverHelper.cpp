@@ -1,4 +1,4 @@
-#include "KalConfigObserverHelper.h"
+#include "facade/KalConfigObserverHelper.h"
 
 #include <sched.h>
 
@@ -8,10 +8,13 @@
 #include <string_view>
 #include <utility>
 
-#include "Assertion.h"
-#include "TraceLine.h"
+#include "trace/Assertion.h"
+#include "trace/TraceLine.h"
 
 namespace kalStore {
+
+using namespace internal;
+
 namespace {
 
 // The id of a record while it is being made. No store gives it: they count from 1.
@@ -67,7 +70,7 @@ SubscribeId_t KalConfigObserverHelper::SubscribeConfig(KalConfigGroup group, con
                                                        fnConfigChangedCallBack cb, ACmThread* thread,
                                                        bool async) {
   if (!IsRecordable(group, szConfigName) || !cb) {
-    TESSEL_TRACE(0, "Error parameters" << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::SubscribeConfig", "Error parameters" << This{this});
     return 0;
   }
   const Record record = MakeRecord(group, szConfigName);
@@ -80,7 +83,7 @@ SubscribeId_t KalConfigObserverHelper::SubscribeConfig(KalConfigGroup group, con
 SubscribeId_t KalConfigObserverHelper::BindConfig(KalConfigGroup group, const char* szConfigName,
                                                   fnConfigInvokeCallBack cb) {
   if (!IsRecordable(group, szConfigName) || !cb) {
-    TESSEL_TRACE(0, "Error parameters" << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::BindConfig", "Error parameters" << This{this});
     return 0;
   }
   const Record record = MakeRecord(group, szConfigName);
@@ -159,7 +162,7 @@ std::int32_t KalConfigObserverHelper::UnsubscribeConfig(SubscribeId_t id) {
 
 std::int32_t KalConfigObserverHelper::UnsubscribeConfig(const char* szConfigName, KalConfigGroup group) {
   if (!IsRecordable(group, szConfigName)) {
-    TESSEL_TRACE(0, "Error parameters" << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::UnsubscribeConfig", "Error parameters" << This{this});
     return kResultBadArgument;
   }
   SubscribeId_t id = 0;
@@ -167,7 +170,7 @@ std::int32_t KalConfigObserverHelper::UnsubscribeConfig(const char* szConfigName
     RecordsByName::Locked records(recordsOf(group));
     const auto found = records->find(std::string_view(szConfigName));
     if (found == records->end()) {
-      TESSEL_TRACE(0, "Failed" << This{this});
+      TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::UnsubscribeConfig", "Failed" << This{this});
       return kResultNotFound;
     }
     id = found->second->m_SubscribeId;
@@ -212,7 +215,8 @@ void KalConfigObserverHelper::Clean() {
   // Pairs with wrap(). A clean that follows another has nothing to wait for that the first did not give up
   // on.
   if (std::atomic_ref(*m_alive).exchange(false) && !waitForCallbacks()) {
-    TESSEL_TRACE(0, "Clean() spin-wait exceeded ceiling, breaking to avoid hang" << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::Clean",
+                 "Clean() spin-wait exceeded ceiling, breaking to avoid hang" << This{this});
   }
 
   for (;;) {

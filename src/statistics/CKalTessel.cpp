@@ -2,11 +2,13 @@
 
 #include <memory>
 
-#include "TraceLine.h"
 #include "tessel/KalContentAudioStatisticInfo.h"
 #include "tessel/KalContentVideoStatisticInfo.h"
+#include "trace/TraceLine.h"
 
 namespace kalStore {
+
+using namespace internal;
 
 namespace {
 

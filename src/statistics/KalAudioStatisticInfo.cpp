@@ -2,12 +2,12 @@
 
 #include <optional>
 
-#include "KalCodec.h"
-#include "RelaxedAccess.h"
-#include "StatisticsInterface.h"
+#include "statistics/KalCodec.h"
+#include "statistics/RelaxedAccess.h"
+#include "statistics/StatisticsInterface.h"
 #include "util/bounded_copy.h"
 
-namespace relaxed = kalStore::relaxed;
+namespace relaxed = kalStore::internal::relaxed;
 using kalStore::kResultNotFound;
 using kalStore::kResultOk;
 
@@ -32,7 +32,8 @@ void StoreWide(kalStore::st_KalUInt64& member, std::uint64_t value) {
 }
 
 void StorePayloadType(kalStore::st_KalAudioBlock& block, kalStore::KAL_AUDIO_PAYLOAD_TYPE payloadType) {
-  if (const auto code = kalStore::AudioCodecCode(payloadType)) relaxed::Store(block.codecCode, *code);
+  if (const auto code = kalStore::internal::AudioCodecCode(payloadType))
+    relaxed::Store(block.codecCode, *code);
 }
 
 // What the noise and speech levels and member 112 are before anything is measured in an interval.
@@ -214,5 +215,5 @@ std::uint32_t KalAudioStatisticInfo::GetReference() {
 }
 
 std::int32_t KalAudioStatisticInfo::QueryInterface(const kal::_tagUUID& iid, void** ppv) {
-  return kalStore::QueryStatisticsInterface(*this, iid, ppv);
+  return kalStore::internal::QueryStatisticsInterface(*this, iid, ppv);
 }

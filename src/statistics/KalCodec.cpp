@@ -1,4 +1,4 @@
-#include "KalCodec.h"
+#include "statistics/KalCodec.h"
 
 namespace kalStore {
 
@@ -15,6 +15,10 @@ std::uint32_t mapToKALCodec(kal::KalVideoCodecType codec) {
   }
   return 0;
 }
+
+}  // namespace kalStore
+
+namespace kalStore::internal {
 
 std::optional<std::uint32_t> AudioCodecCode(KAL_AUDIO_PAYLOAD_TYPE payloadType) {
   switch (payloadType) {
@@ -44,4 +48,4 @@ std::optional<std::uint32_t> AudioCodecCode(KAL_AUDIO_PAYLOAD_TYPE payloadType) 
   return std::nullopt;
 }
 
-}  // namespace kalStore
+}  // namespace kalStore::internal

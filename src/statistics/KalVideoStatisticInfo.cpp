@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <functional>
 
-#include "RelaxedAccess.h"
-#include "StatisticsInterface.h"
+#include "statistics/RelaxedAccess.h"
+#include "statistics/StatisticsInterface.h"
 #include "tessel/KalStatisticsTypes.h"
 #include "util/bounded_copy.h"
 
-namespace relaxed = kalStore::relaxed;
+namespace relaxed = kalStore::internal::relaxed;
 using kalStore::kResultNotFound;
 using kalStore::kResultOk;
 
@@ -163,5 +163,5 @@ std::uint32_t KalVideoStatisticInfo::GetReference() {
 }
 
 std::int32_t KalVideoStatisticInfo::QueryInterface(const kal::_tagUUID& iid, void** ppv) {
-  return kalStore::QueryStatisticsInterface(*this, iid, ppv);
+  return kalStore::internal::QueryStatisticsInterface(*this, iid, ppv);
 }

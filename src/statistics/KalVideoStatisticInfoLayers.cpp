@@ -3,11 +3,11 @@
 #include <functional>
 #include <iterator>
 
-#include "RelaxedAccess.h"
+#include "statistics/RelaxedAccess.h"
 #include "tessel/KalStatisticsTypes.h"
 #include "tessel/KalVideoStatisticInfo.h"
 
-namespace relaxed = kalStore::relaxed;
+namespace relaxed = kalStore::internal::relaxed;
 using kalStore::kVideoLayerCount;
 using kalStore::st_KalVideoLayer;
 using kalStore::st_KalVideoStreamStatInfo;

@@ -8,7 +8,7 @@
 // atomic one, which costs what a plain one costs. Whole blocks are taken word by word, so that no member is
 // ever torn into more than its words. The compiler's operations are used rather than std::atomic_ref because
 // words and members overlap, which atomic_ref does not allow.
-namespace kalStore::relaxed {
+namespace kalStore::internal::relaxed {
 
 template <class T>
 T Load(const T& member) {
@@ -67,4 +67,4 @@ void StoreBlock(Block& block, const Block& value) {
   }
 }
 
-}  // namespace kalStore::relaxed
+}  // namespace kalStore::internal::relaxed

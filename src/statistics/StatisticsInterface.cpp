@@ -1,9 +1,9 @@
-#include "StatisticsInterface.h"
+#include "statistics/StatisticsInterface.h"
 
 #include "tessel/IKalUnknown.h"
 #include "tessel/ResultCode.h"
 
-namespace kalStore {
+namespace kalStore::internal {
 
 std::int32_t QueryStatisticsInterface(kal::CKalUnknownImpl& part, const kal::_tagUUID& iid, void** ppv) {
   if (ppv == nullptr) return kResultNullOutput;
@@ -16,4 +16,4 @@ std::int32_t QueryStatisticsInterface(kal::CKalUnknownImpl& part, const kal::_ta
   return kResultOk;
 }
 
-}  // namespace kalStore
+}  // namespace kalStore::internal

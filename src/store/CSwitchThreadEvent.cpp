@@ -1,4 +1,4 @@
-#include "CSwitchThreadEvent.h"
+#include "store/CSwitchThreadEvent.h"
 
 namespace kalStore {
 

@@ -2,11 +2,14 @@
 
 #include <optional>
 
-#include "CSwitchThreadEvent.h"
-#include "Milliseconds.h"
-#include "TraceLine.h"
+#include "store/CSwitchThreadEvent.h"
+#include "store/Milliseconds.h"
+#include "trace/TraceLine.h"
 
 namespace kalStore {
+
+using namespace internal;
+
 namespace {
 
 constexpr unsigned int kPostPriority = 128;
@@ -52,15 +55,17 @@ bool ConfigEventHandler::Notify(const KalConfigEvent& event) {
   {
     const CallLevel level(m_nCallLevel);
     if (level.Value() > 1) {
-      TESSEL_TRACE(1, ", level=" << level.Value() << ", " << event.m_name << ", "
-                                 << KalConfigGroup2GroupName(event.m_group) << This{this});
+      TESSEL_TRACE(1, "kalStore::ConfigEventHandler::Notify",
+                   ", level=" << level.Value() << ", " << event.m_name << ", "
+                              << KalConfigGroup2GroupName(event.m_group) << This{this});
     }
     run.emplace();
     if (m_pRunThread == nullptr) {
       m_fnNotify(event);
     } else if (ICmEventQueue* queue = m_pRunThread->GetEventQueue(); queue == nullptr) {
       TESSEL_TRACE(
-          0, ", m_pRunThread=" << static_cast<void*>(m_pRunThread) << ", EventQueue == NULL" << This{this});
+          0, "kalStore::ConfigEventHandler::Notify",
+          ", m_pRunThread=" << static_cast<void*>(m_pRunThread) << ", EventQueue == NULL" << This{this});
     } else if (m_bAsync) {
       queue->PostEvent(new CSwitchThreadEvent(event, m_fnNotify), kPostPriority, 0);
     } else if (m_pRunThread->GetThreadId() == GetThreadSelfId()) {
@@ -70,8 +75,9 @@ bool ConfigEventHandler::Notify(const KalConfigEvent& event) {
     }
   }
   if (run->IsSlow()) {
-    TESSEL_TRACE(1, ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
-                         << ", cost=" << run->CostMs() << "ms" << This{this});
+    TESSEL_TRACE(1, "kalStore::ConfigEventHandler::Notify",
+                 ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
+                      << ", cost=" << run->CostMs() << "ms" << This{this});
   }
   return true;
 }
@@ -83,15 +89,17 @@ ConfigValue ConfigEventHandler::Invoke(const KalConfigEvent& event) {
   {
     const CallLevel level(m_nCallLevel);
     if (level.Value() > 1) {
-      TESSEL_TRACE(1, ", level=" << level.Value() << ", " << event.m_name << ", "
-                                 << KalConfigGroup2GroupName(event.m_group) << This{this});
+      TESSEL_TRACE(1, "kalStore::ConfigEventHandler::Invoke",
+                   ", level=" << level.Value() << ", " << event.m_name << ", "
+                              << KalConfigGroup2GroupName(event.m_group) << This{this});
     }
     run.emplace();
     value = m_fnInvoke(event);
   }
   if (run->IsSlow()) {
-    TESSEL_TRACE(1, ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
-                         << ", cost=" << run->CostMs() << "ms" << This{this});
+    TESSEL_TRACE(1, "kalStore::ConfigEventHandler::Invoke",
+                 ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
+                      << ", cost=" << run->CostMs() << "ms" << This{this});
   }
   return value;
 }

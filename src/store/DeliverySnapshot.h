@@ -8,7 +8,7 @@
 #include "tessel/ConfigEventHandler.h"
 #include "tessel/KalConfigObserverMgr.h"
 
-namespace kalStore {
+namespace kalStore::internal {
 
 /// The thread that delivers to the handler at the moment; 0: none. The field is a plain number shared between
 /// threads: set under the manager's lock, where it is 0, and cleared without it, by the thread that it names.
@@ -104,4 +104,4 @@ class DeliverySnapshot {
   unsigned long m_threadId = 0;
 };
 
-}  // namespace kalStore
+}  // namespace kalStore::internal

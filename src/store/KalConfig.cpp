@@ -3,16 +3,18 @@
 #include <string_view>
 #include <utility>
 
-#include "TraceLine.h"
+#include "trace/TraceLine.h"
 
 namespace kalStore {
 
+using namespace internal;
+
 KalConfig::KalConfig(std::uint32_t callId) : m_callId(callId) {
-  TESSEL_TRACE(2, Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::KalConfig", Cid{m_callId} << This{this});
 }
 
 KalConfig::~KalConfig() {
-  TESSEL_TRACE(2, Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::~KalConfig", Cid{m_callId} << This{this});
   for (std::size_t group = 0; group < KAL_CONFIG_GROUP_LAST; ++group) {
     ConfigMap::Locked(m_configs[group])->clear();
     ObserverMgr::Locked(m_observerMgrs[group])->clear();
@@ -22,7 +24,7 @@ KalConfig::~KalConfig() {
 std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,
                                      bool bForceNotify, bool bTransient) {
   if (!IsConfigGroup(group) || name == nullptr || !value.IsValid()) {
-    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::SetKalConfig", "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
   if (*name == '\0') return kResultBadArgument;
@@ -68,7 +70,8 @@ std::int32_t KalConfig::GetKalConfig(KalConfigGroup group, const char* name, Con
 std::int32_t KalConfig::GetDynamicConfig(KalConfigGroup group, const char* name, ConfigData& value,
                                          ConfigData defaultValue) {
   if (!IsConfigGroup(group) || name == nullptr) {
-    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::GetDynamicConfig",
+                 "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
   if (*name == '\0') return kResultBadArgument;
@@ -85,7 +88,8 @@ std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) 
       erased = true;
     }
   }
-  TESSEL_TRACE(2, ", " << name << ", ret=" << erased << Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfig",
+               ", " << name << ", ret=" << erased << Cid{m_callId} << This{this});
   return kResultOk;
 }
 
@@ -97,7 +101,8 @@ std::int32_t KalConfig::RemoveKalConfigByGroup(KalConfigGroup group) {
     size = values->size();
     values->clear();
   }
-  TESSEL_TRACE(2, ", size=" << size << Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfigByGroup",
+               ", size=" << size << Cid{m_callId} << This{this});
   return kResultOk;
 }
 

@@ -1,27 +1,31 @@
 #include <exception>
 #include <utility>
 
-#include "DeliverySnapshot.h"
-#include "SessionGroup.h"
-#include "TraceLine.h"
+#include "store/DeliverySnapshot.h"
+#include "store/SessionGroup.h"
 #include "tessel/KalConfig.h"
+#include "trace/TraceLine.h"
 
 namespace kalStore {
+
+using namespace internal;
 
 std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, ConfigValue&& oldValue,
                                    ConfigValue&& newValue, KalConfigGroup group, bool bForceNotify) {
   if (!IsConfigGroup(group) || name == nullptr) {
-    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::fireEvents", "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
   if (!bForceNotify && oldValue == newValue) return kResultUnchanged;
-  TESSEL_TRACE(2, ", " << name << ", " << oldValue.ToCstr() << " -> " << newValue.ToCstr()
-                       << ", bForceNotify=" << bForceNotify << Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents",
+               ", " << name << ", " << oldValue.ToCstr() << " -> " << newValue.ToCstr()
+                    << ", bForceNotify=" << bForceNotify << Cid{m_callId} << This{this});
   if (*name == '\0') return kResultNobody;
 
   DeliverySnapshot snapshot;
   snapshot.AnnounceToSubscriptions(observers, name, [this] {
-    TESSEL_TRACE(1, ", fireEvents Multiple notification" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(1, "kalStore::KalConfig::fireEvents",
+                 ", fireEvents Multiple notification" << Cid{m_callId} << This{this});
   });
   if (snapshot.IsEmpty()) return kResultNobody;
 
@@ -39,22 +43,24 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
   }
   if (firstError) std::rethrow_exception(firstError);
   if (told == 0) return kResultNobody;
-  TESSEL_TRACE(2, ", nObservers=" << told << Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents", ", nObservers=" << told << Cid{m_callId} << This{this});
   return kResultOk;
 }
 
 std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
                                     ConfigValue&& defaultValue, KalConfigGroup group) {
   if (!IsConfigGroup(group) || name == nullptr) {
-    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::invokeEvent", "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
-  TESSEL_TRACE(2, ", " << name << ", " << defaultValue.ToCstr() << Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::invokeEvent",
+               ", " << name << ", " << defaultValue.ToCstr() << Cid{m_callId} << This{this});
   if (*name == '\0') return kResultNobody;
 
   DeliverySnapshot snapshot;
   snapshot.AnnounceToBinding(observers, name, [this] {
-    TESSEL_TRACE(1, ", invokeEvent Multiple notification" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(1, "kalStore::KalConfig::invokeEvent",
+                 ", invokeEvent Multiple notification" << Cid{m_callId} << This{this});
   });
   if (snapshot.IsEmpty()) return kResultNobody;
 
@@ -66,8 +72,9 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
     });
   }
   if (callees > 1) {
-    TESSEL_TRACE(0, ", Bind too much, "
-                        << "nCallees=" << callees << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::invokeEvent",
+                 ", Bind too much, "
+                     << "nCallees=" << callees << Cid{m_callId} << This{this});
   }
   return kResultOk;
 }

@@ -8,11 +8,14 @@
 #include <optional>
 #include <utility>
 
-#include "TraceLine.h"
 #include "tessel/KalConfig.h"
+#include "trace/TraceLine.h"
 #include "util/CCmUtilFuncTracer.h"
 
 namespace kalStore {
+
+using namespace internal;
+
 namespace {
 
 struct StoreEntry {
@@ -77,7 +80,7 @@ class LimitedTracer {
 
 std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {
   if (ppConfig == nullptr) return kResultBadArgument;
-  TESSEL_TRACE(2, Cid{callId});
+  TESSEL_TRACE(2, "kalStore::CreateKalConfig", Cid{callId});
   std::lock_guard lock(g_mutex);
   if (*ppConfig != nullptr) return kResultBadArgument;
   if (const auto found = g_mapConfigs.find(callId); found != g_mapConfigs.end()) {
@@ -99,7 +102,7 @@ std::int32_t ReleaseKalConfig(IKalConfig* pConfig) {
   if (found == g_mapConfigs.end()) return kResultNoSuchOrExists;
   const std::uint32_t callId = found->first;
   const int counts = DropReference(found);
-  TESSEL_TRACE(2, Cid{callId} << ", counts=" << counts);
+  TESSEL_TRACE(2, "kalStore::ReleaseKalConfig", Cid{callId} << ", counts=" << counts);
   return kResultOk;
 }
 
@@ -113,7 +116,7 @@ std::int32_t CleanUpKalConfig(std::uint32_t callId) {
   const auto found = g_mapConfigs.find(callId);
   if (found == g_mapConfigs.end() || !found->second.store->MarkCleanedUp()) return kResultNoSuchOrExists;
   const int counts = DropReference(found);
-  TESSEL_TRACE(2, ", callId=" << callId << ", counts=" << counts);
+  TESSEL_TRACE(2, "kalStore::CleanUpKalConfig", ", callId=" << callId << ", counts=" << counts);
   return kResultOk;
 }
 
@@ -125,7 +128,8 @@ void DestroyKalConfig() {
   });
   std::lock_guard lock(g_mutex);
   for (const auto& entry : g_mapConfigs) {
-    TESSEL_TRACE(2, ", callId=" << entry.first << ", counts=" << entry.second.counts);
+    TESSEL_TRACE(2, "kalStore::DestroyKalConfig",
+                 ", callId=" << entry.first << ", counts=" << entry.second.counts);
   }
   DropAll();
 }

@@ -3,14 +3,17 @@
 #include <ctime>
 #include <utility>
 
-#include "Assertion.h"
-#include "DeliverySnapshot.h"
-#include "Milliseconds.h"
-#include "SessionGroup.h"
-#include "TraceLine.h"
+#include "store/DeliverySnapshot.h"
+#include "store/Milliseconds.h"
+#include "store/SessionGroup.h"
 #include "tessel/KalConfig.h"
+#include "trace/Assertion.h"
+#include "trace/TraceLine.h"
 
 namespace kalStore {
+
+using namespace internal;
+
 namespace {
 
 constexpr long kRemovalReportMs = 500;
@@ -44,7 +47,8 @@ std::int32_t KalConfig::UnsubscribeConfig(SubscribeId_t id) {
     if (auto node = ids->extract(id)) handlerPtr = std::move(node.mapped());
   }
   if (handlerPtr == nullptr) {
-    TESSEL_TRACE(0, ", " << id << "Failed" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::UnsubscribeConfig",
+                 ", " << id << "Failed" << Cid{m_callId} << This{this});
     return kResultNotFound;
   }
   return unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr);
@@ -55,11 +59,13 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
                                          bool bAsync) {
   if (!IsConfigGroup(group) || name == nullptr || handlerPtr == nullptr || !handlerPtr->m_fnNotify ||
       handlerPtr->m_SubscribeId != 0) {
-    TESSEL_TRACE(0, "Error parameters 0" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::subscribeConfig",
+                 "Error parameters 0" << Cid{m_callId} << This{this});
     return 0;
   }
   if (*name == '\0') {
-    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::subscribeConfig",
+                 "Error parameters" << Cid{m_callId} << This{this});
     return 0;
   }
 
@@ -70,10 +76,10 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
   handlerPtr->m_pRunThread = pRunThread;
   handlerPtr->m_bAsync = bAsync;
   const SubscribeId_t id = handlerPtr->m_SubscribeId;
-  TESSEL_TRACE(2, ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id
-                       << ", m_TotalObservers=" << m_TotalObservers.load()
-                       << ", pRunThread=" << static_cast<void*>(pRunThread) << ", bAsync=" << bAsync
-                       << Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::subscribeConfig",
+               ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id << ", m_TotalObservers="
+                    << m_TotalObservers.load() << ", pRunThread=" << static_cast<void*>(pRunThread)
+                    << ", bAsync=" << bAsync << Cid{m_callId} << This{this});
 
   // The initial delivery is announced before anyone else can find the handler: a removal waits for it.
   const int result = observersOf(group).Subscribe(handlerPtr->m_strName, handlerPtr,
@@ -103,11 +109,11 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
                                     ConfigEventHandler::Ptr handlerPtr) {
   if (!IsConfigGroup(group) || name == nullptr || handlerPtr == nullptr || !handlerPtr->m_fnInvoke ||
       handlerPtr->m_SubscribeId != 0) {
-    TESSEL_TRACE(0, "Error parameters 0" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::bindConfig", "Error parameters 0" << Cid{m_callId} << This{this});
     return 0;
   }
   if (*name == '\0') {
-    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::bindConfig", "Error parameters" << Cid{m_callId} << This{this});
     return 0;
   }
 
@@ -115,8 +121,9 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
   handlerPtr->m_SubscribeId = id;
   handlerPtr->m_group = group;
   handlerPtr->m_strName = name;
-  TESSEL_TRACE(2, ", " << name << ", " << id << ", m_TotalObservers=" << m_TotalObservers.load()
-                       << Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::bindConfig",
+               ", " << name << ", " << id << ", m_TotalObservers=" << m_TotalObservers.load() << Cid{m_callId}
+                    << This{this});
 
   {
     ObserverMgr::Locked names(observersOf(group));
@@ -159,13 +166,15 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
                                           ConfigEventHandler::Ptr handlerPtr) {
   if (handlerPtr == nullptr) return kResultBadArgument;
   if (!IsConfigGroup(group) || name == nullptr) {
-    TESSEL_TRACE(0, "Error parameters" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
+                 "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
   if (*name == '\0') return kResultBadArgument;
   const SubscribeId_t id = handlerPtr->m_SubscribeId;
-  TESSEL_TRACE(2, ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id
-                       << ", m_TotalObservers=" << m_TotalObservers.load() << Cid{m_callId} << This{this});
+  TESSEL_TRACE(2, "kalStore::KalConfig::unsubscribeConfig",
+               ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id
+                    << ", m_TotalObservers=" << m_TotalObservers.load() << Cid{m_callId} << This{this});
 
   const int result = observersOf(group).Unsubscribe(name, handlerPtr, [&] {
     m_TotalObservers.fetch_sub(1, std::memory_order_relaxed);
@@ -173,13 +182,14 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
     if (deliveringId == 0) return;
     const unsigned long threadId = GetThreadSelfId();
     if (deliveringId == threadId) {
-      TESSEL_TRACE(0, ", Same thread remove itself when notification"
-                          << ", " << name << ", " << deliveringId << ", " << id << Cid{m_callId}
-                          << This{this});
+      TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
+                   ", Same thread remove itself when notification"
+                       << ", " << name << ", " << deliveringId << ", " << id << Cid{m_callId} << This{this});
     } else {
-      TESSEL_TRACE(0, ", Other thread remove itself when notification"
-                          << ", " << name << ", " << deliveringId << ", " << id << ", " << threadId
-                          << Cid{m_callId} << This{this});
+      TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
+                   ", Other thread remove itself when notification"
+                       << ", " << name << ", " << deliveringId << ", " << id << ", " << threadId
+                       << Cid{m_callId} << This{this});
     }
   });
   if (result != kResultOk) return result;
@@ -193,7 +203,8 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
       SleepOneMs();
       const long nowMs = NowMs();
       if (nowMs - reportMs > kRemovalReportMs) {
-        TESSEL_TRACE(1, ", " << name << " Waiting for long time..." << Cid{m_callId} << This{this});
+        TESSEL_TRACE(1, "kalStore::KalConfig::unsubscribeConfig",
+                     ", " << name << " Waiting for long time..." << Cid{m_callId} << This{this});
         reportMs = nowMs;
       }
       if (nowMs - startMs > kRemovalCeilingMs) return kResultOk;

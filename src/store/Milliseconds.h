@@ -2,7 +2,7 @@
 
 #include "util/clock_policy.h"
 
-namespace kalStore {
+namespace kalStore::internal {
 
 /// The monotonic time in milliseconds, from the clock itself: a mock time stops neither the removal's wait
 /// nor the measure of slow callbacks.
@@ -10,4 +10,4 @@ inline long NowMs() {
   return timer_policy::now() / 1000;
 }
 
-}  // namespace kalStore
+}  // namespace kalStore::internal

@@ -1,6 +1,6 @@
-#include "SessionGroup.h"
+#include "store/SessionGroup.h"
 
-namespace kalStore {
+namespace kalStore::internal {
 namespace {
 
 struct SessionGroup {
@@ -34,4 +34,4 @@ kal::KalSessionType SessionTypeOfGroup(KalConfigGroup group) {
   return kal::KAL_SESSION_NONE;
 }
 
-}  // namespace kalStore
+}  // namespace kalStore::internal

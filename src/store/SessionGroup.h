@@ -3,7 +3,7 @@
 #include "tessel/KalConfigGroup.h"
 #include "tessel/KalSessionType.h"
 
-namespace kalStore {
+namespace kalStore::internal {
 
 /// The group of a session type; KAL_CONFIG_GROUP_DEFAULT when it has none.
 KalConfigGroup GroupOfSessionType(kal::KalSessionType sessionType);
@@ -11,4 +11,4 @@ KalConfigGroup GroupOfSessionType(kal::KalSessionType sessionType);
 /// The session type of a group, the inverse; KAL_SESSION_NONE when it has none.
 kal::KalSessionType SessionTypeOfGroup(KalConfigGroup group);
 
-}  // namespace kalStore
+}  // namespace kalStore::internal

@@ -20,9 +20,9 @@ import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FOLDERS = ("platform/src", "util", "json", "src")
-PARTS = ("CMakeLists.txt", "abi", "bench", "cmake", "examples", "fuzz", "include", "json", "platform", "src", "tests",
-         "tools", "util")
+FOLDERS = ("libutil/src", "src")
+PARTS = ("CMakeLists.txt", "abi", "bench", "cmake", "examples", "fuzz", "include", "libutil", "src", "tests",
+         "tools")
 TARGET_PERCENT = 85
 MEMORY_LIMIT = 4 << 30
 JOBS = ["-j", os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count()))]
@@ -204,7 +204,7 @@ def main():
     parser.add_argument("count", nargs="?", type=int, default=100, help="how many mutants (100)")
     parser.add_argument("--seed", type=int, default=1, help="which ones (1)")
     parser.add_argument("--minutes", type=float, default=0, help="stop after so many minutes (no limit)")
-    parser.add_argument("--only", default="", help="only files whose path starts so, for example json/")
+    parser.add_argument("--only", default="", help="only files whose path starts so, for example src/json/")
     arguments = parser.parse_args()
 
     workshop = Workshop(ROOT / "build/mutation")

@@ -1,0 +1,90 @@
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <utility>
+
+#include "json/Reader.h"
+#include "json/Writer.h"
+#include "tessel/KalConfig.h"
+#include "tessel/json.h"
+#include "trace/TraceLine.h"
+
+namespace kalStore {
+
+using namespace internal;
+
+namespace {
+
+// The text of an entry's member; null when the entry has no such text.
+std::string* TextMember(json::Value& entry, const char* key) {
+  json::Object& members = entry.ToObject();
+  const auto found = members.find(key);
+  if (found == members.end() || found->second.GetType() != json::StringVal) return nullptr;
+  return &found->second.ToString();
+}
+
+// The order of a document's members.
+const std::array<KalConfigGroup, KAL_CONFIG_GROUP_LAST>& GroupsByName() {
+  static const auto groups = [] {
+    std::array<KalConfigGroup, KAL_CONFIG_GROUP_LAST> all{};
+    for (int group = 0; group < KAL_CONFIG_GROUP_LAST; ++group) {
+      all[static_cast<std::size_t>(group)] = static_cast<KalConfigGroup>(group);
+    }
+    std::ranges::sort(all, {}, KalConfigGroup2GroupName);
+    return all;
+  }();
+  return groups;
+}
+
+}  // namespace
+
+std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
+  if (szJsonConfig == nullptr) return kResultNotFound;
+  TESSEL_TRACE(2, "kalStore::KalConfig::ApplyKalConfigs",
+               Cid{m_callId} << "szJsonConfig=" << szJsonConfig << This{this});
+
+  json::Value document = json::ParseDocument(szJsonConfig, nullptr);
+  if (document.GetType() != json::ObjectVal) return kResultNotFound;
+  for (auto& [groupName, entries] : document.ToObject()) {
+    const KalConfigGroup group = GroupName2KalConfigGroup(groupName);
+    if (!IsConfigGroup(group) || entries.GetType() != json::ArrayVal) continue;
+    for (json::Value& entry : entries.ToArray()) {
+      if (entry.GetType() != json::ObjectVal) continue;
+      const std::string* key = TextMember(entry, "key");
+      std::string* value = TextMember(entry, "value");
+      if (key == nullptr || value == nullptr) continue;
+      SetKalConfig(group, key->c_str(), ConfigData(std::move(*value)), false, false);
+    }
+  }
+  return kResultOk;
+}
+
+// Written straight from the maps: a document in memory would be many times the text.
+const char* KalConfig::DumpKalConfigs(ConfigMultGroup_t groups) {
+  TESSEL_TRACE(2, "kalStore::KalConfig::DumpKalConfigs",
+               ", groups=" << groups << Cid{m_callId} << This{this});
+  std::string text = "{";
+  for (const KalConfigGroup group : GroupsByName()) {
+    if ((groups >> group & 1) == 0) continue;
+    if (text.size() > 1) text += ',';
+    json::AppendString(text, KalConfigGroup2GroupName(group));
+    text += ":[";
+    const char* separator = "";
+    ConfigMap::Locked values(configsOf(group));
+    for (const auto& [name, value] : *values) {
+      text += std::exchange(separator, ",");
+      text += R"({"key":)";
+      json::AppendString(text, name);
+      text += R"(,"value":)";
+      json::AppendString(text, value.ToCstr());
+      text += '}';
+    }
+    text += ']';
+  }
+  text += '}';
+  std::lock_guard lock(m_dumpLock);
+  m_dumpText = std::move(text);
+  return m_dumpText.c_str();
+}
+
+}  // namespace kalStore

@@ -1,0 +1,70 @@
+#include "documents/NearestName.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kalStore::internal {
+namespace {
+
+// Costs of one edit; a wrong letter case alone always counts as near.
+constexpr std::size_t kLetterCost = 4;
+constexpr std::size_t kCaseCost = 1;
+
+char Lowered(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+std::size_t ReplacementCost(char a, char b) {
+  if (a == b) return 0;
+  return Lowered(a) == Lowered(b) ? kCaseCost : kLetterCost;
+}
+
+}  // namespace
+
+NearestName::NearestName(std::string_view text) : m_text(text) {}
+
+void NearestName::Consider(std::string_view known) {
+  const std::size_t edits = Edits(known);
+  if (m_text.size() > known.size() + edits || known.size() > m_text.size() + edits) return;
+  std::size_t limit = edits * kLetterCost + known.size() * kCaseCost;
+  if (!m_nearest.empty()) {
+    if (m_nearestDistance == 0) return;
+    limit = std::min(limit, m_nearestDistance - 1);
+  }
+  const std::size_t found = distance(known, limit);
+  if (found > limit) return;
+  m_nearest = known;
+  m_nearestDistance = found;
+}
+
+bool NearestName::MayBeImproved(std::size_t edits) const {
+  return m_nearest.empty() || edits * kLetterCost < m_nearestDistance;
+}
+
+// What it costs to turn the text into the name by inserting, removing, replacing and swapping letters; more
+// than `limit` when it is more.
+std::size_t NearestName::distance(std::string_view known, std::size_t limit) {
+  m_beforeLast.assign(known.size() + 1, 0);
+  m_last.resize(known.size() + 1);
+  m_row.resize(known.size() + 1);
+  for (std::size_t column = 0; column <= known.size(); ++column) m_last[column] = column * kLetterCost;
+  std::size_t lastLeast = 0;
+  for (std::size_t i = 1; i <= m_text.size(); ++i) {
+    m_row[0] = i * kLetterCost;
+    for (std::size_t j = 1; j <= known.size(); ++j) {
+      m_row[j] = std::min({m_last[j] + kLetterCost, m_row[j - 1] + kLetterCost,
+                           m_last[j - 1] + ReplacementCost(m_text[i - 1], known[j - 1])});
+      if (i > 1 && j > 1 && m_text[i - 1] == known[j - 2] && m_text[i - 2] == known[j - 1]) {
+        m_row[j] = std::min(m_row[j], m_beforeLast[j - 2] + kLetterCost);
+      }
+    }
+    const std::size_t least = *std::min_element(m_row.begin(), m_row.end());
+    if (least > limit && lastLeast > limit) return least;  // Costs build on the last two rows and only rise.
+    lastLeast = least;
+    std::swap(m_beforeLast, m_last);
+    std::swap(m_last, m_row);
+  }
+  return m_last[known.size()];
+}
+
+}  // namespace kalStore::internal

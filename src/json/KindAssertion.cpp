@@ -1,0 +1,13 @@
+#include "json/KindAssertion.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace json {
+
+void AssertionFailed(int line, const char* signature, const char* condition) {
+  std::fprintf(stderr, "json:%d: %s: Assertion `%s' failed.\n", line, signature, condition);
+  std::abort();
+}
+
+}  // namespace json

@@ -1,0 +1,107 @@
+#include "json/NumberText.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <system_error>
+
+namespace json {
+
+namespace {
+
+template <class Number, class... Format>
+void append(std::string& out, Number number, Format... format) {
+  char text[500];  // the largest double has 317 characters
+  const std::to_chars_result result = std::to_chars(text, text + sizeof text, number, format...);
+  out.append(text, result.ptr);
+}
+
+// The number with six decimals, rounded to the nearest and halves to even as everywhere, in integers: exact,
+// and much faster than to_chars. False, and nothing is written, when it is too large for them.
+bool appendSixDecimals(std::string& out, double number) {
+  __extension__ using Wide = unsigned __int128;
+  constexpr int kFractionBits = 52;
+  constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kFractionBits;
+  constexpr std::uint64_t kMillion = 1'000'000;
+  constexpr double kTooLarge = 9e12;  // Millionths of all below fit in 63 bits.
+  if (!(std::fabs(number) < kTooLarge)) return false;
+
+  const std::uint64_t bits = std::bit_cast<std::uint64_t>(number);
+  const int biased = static_cast<int>(bits >> kFractionBits) & 0x7FF;
+  const std::uint64_t fraction = bits & (kHiddenBit - 1);
+  // The magnitude is significand / 2^shift, with a shift above 0. Its millionths are below 2^73 / 2^shift:
+  // from a shift of 75 on, it rounds to zero.
+  const std::uint64_t significand = biased == 0 ? fraction : fraction | kHiddenBit;
+  const int shift = 1075 - std::max(biased, 1);
+  std::uint64_t millionths = 0;
+  if (shift < 75) {
+    const Wide scaled = Wide{significand} * kMillion;
+    const Wide half = Wide{1} << (shift - 1);
+    const Wide rest = scaled & ((half << 1) - 1);
+    millionths = static_cast<std::uint64_t>(scaled >> shift);
+    if (rest > half || (rest == half && (millionths & 1) != 0)) ++millionths;
+  }
+
+  char text[32];
+  char* at = text;
+  if (std::signbit(number)) *at++ = '-';
+  at = std::to_chars(at, text + sizeof text, millionths / kMillion).ptr;
+  *at++ = '.';
+  std::uint64_t decimals = millionths % kMillion;
+  for (int place = 5; place >= 0; --place) {
+    at[place] = static_cast<char>('0' + decimals % 10);
+    decimals /= 10;
+  }
+  out.append(text, at + 6);
+  return true;
+}
+
+// The power of ten of the first digit that is not zero, for a number that no double can hold.
+std::int64_t magnitudeOf(std::string_view token) {
+  const std::size_t exponentAt = std::min(token.find_first_of("eE"), token.size());
+  const std::string_view digits = token.substr(0, exponentAt);
+  const std::size_t point = std::min(digits.find('.'), digits.size());
+  const std::size_t first = std::min(digits.find_first_of("123456789"), digits.size());
+
+  std::int64_t exponent = 0;
+  if (exponentAt < token.size()) {
+    std::string_view text = token.substr(exponentAt + 1);
+    if (text.front() == '+') text.remove_prefix(1);
+    // Beyond any text's length, yet far enough from the limits that the sum below cannot overflow.
+    constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max() / 2;
+    const std::errc error = std::from_chars(text.data(), text.data() + text.size(), exponent).ec;
+    if (error != std::errc()) exponent = text.front() == '-' ? -kFar : kFar;
+    exponent = std::clamp(exponent, -kFar, kFar);
+  }
+  return exponent + static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
+}
+
+}  // namespace
+
+void AppendNumber(std::string& out, std::int64_t number) {
+  append(out, number);
+}
+
+void AppendNumber(std::string& out, double number) {
+  if (std::isnan(number)) {
+    out += "null";
+  } else if (std::isinf(number)) {
+    out += number < 0 ? "-1e999" : "1e999";
+  } else if (!appendSixDecimals(out, number)) {
+    append(out, number, std::chars_format::fixed, 6);
+  }
+}
+
+double ParseReal(std::string_view token) {
+  double number = 0;
+  const auto result = std::from_chars(token.data(), token.data() + token.size(), number);
+  if (result.ec == std::errc::result_out_of_range) {
+    number = magnitudeOf(token) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    if (token.front() == '-') number = -number;
+  }
+  return number;
+}
+
+}  // namespace json

@@ -1,0 +1,126 @@
+#include "json/Writer.h"
+
+#include "json/NumberText.h"
+#include "json/StringScan.h"
+#include "tessel/json_text.h"
+
+namespace json {
+
+namespace {
+
+void appendEscape(std::string& out, char c) {
+  constexpr const char* kHex = "0123456789abcdef";
+  out += '\\';
+  switch (c) {
+    case '"':
+    case '\\':
+      out += c;
+      return;
+    case '\b':
+      out += 'b';
+      return;
+    case '\f':
+      out += 'f';
+      return;
+    case '\n':
+      out += 'n';
+      return;
+    case '\r':
+      out += 'r';
+      return;
+    case '\t':
+      out += 't';
+      return;
+    default:
+      out += "u00";
+      out += kHex[c >> 4];
+      out += kHex[c & 0xF];
+  }
+}
+
+void appendArray(std::string& out, const Array& array);
+void appendObject(std::string& out, const Object& object);
+
+void appendValue(std::string& out, const Value& value) {
+  switch (value.GetType()) {
+    case NullVal:
+      out += "null";
+      return;
+    case StringVal:
+      return AppendString(out, value.ToString());
+    case IntVal:
+      return AppendNumber(out, value.ToInt());
+    case Int64Val:
+      return AppendNumber(out, value.ToInt64());
+    case FloatVal:
+      return AppendNumber(out, static_cast<double>(value.ToFloat()));
+    case DoubleVal:
+      return AppendNumber(out, value.ToDouble());
+    case ObjectVal:
+      return appendObject(out, value.ToObject());
+    case ArrayVal:
+      return appendArray(out, value.ToArray());
+    case BoolVal:
+      out += value.ToBool() ? "true" : "false";
+      return;
+    case UnsignedIntVal:
+      return AppendNumber(out, value.ToUnsignedInt());
+  }
+}
+
+void appendArray(std::string& out, const Array& array) {
+  out += '[';
+  bool first = true;
+  for (const Value& element : array) {
+    if (!std::exchange(first, false)) out += ',';
+    appendValue(out, element);
+  }
+  out += ']';
+}
+
+void appendObject(std::string& out, const Object& object) {
+  out += '{';
+  bool first = true;
+  for (const auto& [key, value] : object) {
+    if (!std::exchange(first, false)) out += ',';
+    AppendString(out, key);
+    out += ':';
+    appendValue(out, value);
+  }
+  out += '}';
+}
+
+}  // namespace
+
+void AppendString(std::string& out, std::string_view text) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  out += '"';
+  for (;;) {
+    const char* const special = FindSpecial<true>(at, end);
+    out.append(at, special);
+    if (special == end) break;
+    appendEscape(out, *special);
+    at = special + 1;
+  }
+  out += '"';
+}
+
+std::string Serialize(const Value& document) {
+  const ValueType type = document.GetType();
+  return type == ObjectVal || type == ArrayVal ? SerializeValue(document) : std::string();
+}
+
+std::string SerializeValue(const Value& value) {
+  std::string out;
+  appendValue(out, value);
+  return out;
+}
+
+std::string SerializeArray(const Array& array) {
+  std::string out;
+  appendArray(out, array);
+  return out;
+}
+
+}  // namespace json

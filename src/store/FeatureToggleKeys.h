@@ -1,0 +1,10 @@
+#pragma once
+
+#include "tessel/KalFeatureToggleID.h"
+
+namespace kalStore::internal {
+
+/// The configuration key of a toggle, for ever valid; null for an id that is no toggle.
+const char* FeatureToggleKey(KalFeatureToggleID id);
+
+}  // namespace kalStore::internal

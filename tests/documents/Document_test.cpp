@@ -1,0 +1,242 @@
+#include "store/StoreFixture.h"
+#include "tessel/json.h"
+
+namespace kalStore {
+namespace {
+
+using ::testing::ElementsAre;
+
+class StoreDocument : public StoreTest {
+ protected:
+  std::string Dump(ConfigMultGroup_t groups = kAllConfigGroups) { return m_store.DumpKalConfigs(groups); }
+};
+
+TEST_F(StoreDocument, AppliesEveryEntry) {
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"},{"key":"b","value":""}],
+      "Video":[{"value":"2","key":"a"}],"UnitTest":[{"key":"u","value":"3","comment":4}]})"));
+  EXPECT_EQ("1", Get("a"));
+  EXPECT_EQ("", Get("b"));
+  EXPECT_EQ("2", Get(kVideo, "a"));
+  EXPECT_EQ("3", Get(KAL_CONFIG_GROUP_UNIT_TEST, "u"));
+}
+
+TEST_F(StoreDocument, MayBeEmpty) {
+  Set("a", "1");
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs("{}"));
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(R"({"Audio":[]})"));
+  EXPECT_EQ("1", Get("a"));
+}
+
+TEST_F(StoreDocument, IsRefusedWithoutALineWhenNull) {
+  TraceLog log;
+  EXPECT_EQ(kResultNotFound, m_store.ApplyKalConfigs(nullptr));
+  EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(StoreDocument, IsRefusedAndStoresNothingWhenItIsNoObject) {
+  for (const char* text :
+       {"", " ", "[]", "null", "1", "\"Audio\"", "[{\"Audio\":[{\"key\":\"a\",\"value\":\"1\"}]}]",
+        "{\"Audio\":[{\"key\":\"a\",\"value\":\"1\"}]", "{\"Audio\":[{\"key\":\"a\",\"value\":\"1\"}]}x",
+        "{\"Audio\":[{\"key\":\"a\",\"value\":\"1\"}],}"}) {
+    EXPECT_EQ(kResultNotFound, m_store.ApplyKalConfigs(text)) << text;
+  }
+  EXPECT_EQ("(none)", Get("a"));
+}
+
+TEST_F(StoreDocument, SkipsGroupsThatAreNone) {
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(
+                           R"({"LastGroup":[{"key":"a","value":"1"}],"audio":[{"key":"a","value":"1"}],
+      "Undefined_Group":[{"key":"a","value":"1"}],"":[{"key":"a","value":"1"}],"Audio ":[{"key":"a","value":"1"}],
+      "Video":[{"key":"a","value":"2"}]})"));
+  EXPECT_EQ("2", Get(kVideo, "a"));
+  EXPECT_EQ(R"({"Video":[{"key":"a","value":"2"}]})", Dump(1U << kVideo));
+  for (int group = 0; group < 13; ++group) {
+    if (group != kVideo) {
+      EXPECT_EQ("(none)", Get(Group(group), "a")) << group;
+    }
+  }
+}
+
+TEST_F(StoreDocument, SkipsMembersThatAreNoArray) {
+  EXPECT_EQ(kResultOk,
+            m_store.ApplyKalConfigs(R"({"Common":null,"Feature":{"key":"a","value":"1"},"Metrics":"a",
+      "Audio":1,"Video":[{"key":"a","value":"2"}]})"));
+  EXPECT_EQ("2", Get(kVideo, "a"));
+  EXPECT_EQ("(none)", Get(KAL_CONFIG_GROUP_FEATURE, "a"));
+}
+
+TEST_F(StoreDocument, SkipsEntriesWithoutATextKeyAndValueAndKeepsTheRest) {
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(R"({"Audio":[null,1,"a",[],{},{"key":"a"},{"value":"1"},
+      {"key":"a","value":1},{"key":"a","value":true},{"key":"a","value":null},{"key":"a","value":["1"]},
+      {"key":1,"value":"1"},{"key":null,"value":"1"},{"Key":"a","Value":"1"},{"key":"","value":"1"},
+      {"key":"last","value":"9"}]})"));
+  EXPECT_EQ(R"({"Audio":[{"key":"last","value":"9"}]})", Dump(1U << kAudio));
+}
+
+TEST_F(StoreDocument, TellsSubscribersOfChangesAlone) {
+  Set("a", "1");
+  Set("b", "1");
+  Recorder told;
+  Subscribe("a", told.Callback());
+  Subscribe("b", told.Callback());
+  EXPECT_EQ(kResultOk,
+            m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"},{"key":"b","value":"2"}]})"));
+  EXPECT_THAT(told.Values(), ElementsAre("1", "1", "2"));
+  EXPECT_EQ("b", told.At(2).event.m_name);
+  EXPECT_STREQ("1", told.At(2).event.m_oldValue.ToCstr());
+}
+
+TEST_F(StoreDocument, AppliesGroupsByNameAndEntriesInTheirOrder) {
+  Recorder told;
+  for (const KalConfigGroup group : {kAudio, kVideo, KAL_CONFIG_GROUP_COMMON}) {
+    for (const char* name : {"a", "b"}) m_store.SubscribeConfig(group, name, told.Callback(), nullptr, false);
+  }
+  m_store.ApplyKalConfigs(R"({"Video":[{"key":"b","value":"v1"},{"key":"a","value":"v2"}],
+      "Common":[{"key":"a","value":"c"}],"Audio":[{"key":"a","value":"a1"},{"key":"a","value":"a2"}]})");
+  EXPECT_THAT(told.Values(), ElementsAre("a1", "a2", "c", "v1", "v2"));
+}
+
+TEST_F(StoreDocument, MayBeAppliedAndDumpedFromACallback) {
+  Subscribe("a", [this](const KalConfigEvent&) {
+    m_store.ApplyKalConfigs(R"({"Video":[{"key":"a","value":"inner"}]})");
+    m_store.DumpKalConfigs(kAllConfigGroups);
+  });
+  m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"}]})");
+  EXPECT_EQ("inner", Get(kVideo, "a"));
+}
+
+TEST_F(StoreDocument, GoesThroughTheVirtualSet) {
+  struct Counting : KalConfig {
+    using KalConfig::KalConfig;
+    std::int32_t SetKalConfig(KalConfigGroup group, const char* name, ConfigData value, bool force,
+                              bool transient) override {
+      EXPECT_FALSE(force);
+      EXPECT_FALSE(transient);
+      ++sets;
+      return KalConfig::SetKalConfig(group, name, std::move(value), force, transient);
+    }
+    int sets = 0;
+  } store(5);
+  store.ApplyKalConfigs(
+      R"({"Audio":[{"key":"a","value":"1"},{"key":"","value":"1"}],"None":[{"key":"a","value":"1"}]})");
+  EXPECT_EQ(2, store.sets);
+}
+
+TEST_F(StoreDocument, TracesTheTextThatIsApplied) {
+  TraceLog log;
+  m_store.ApplyKalConfigs("[]");
+  EXPECT_THAT(log.Matching(""), ElementsAre("kalStore::KalConfig::ApplyKalConfigs [cid=5]szJsonConfig=[]" +
+                                            ThisText(&m_store)));
+  EXPECT_EQ(1U, log.CountLevel(2));
+  log.Clear();
+  const std::string text = "{\"Audio\":[{\"key\":\"a\",\"value\":\"" + std::string(3000, 'x') + "\"}]}";
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text.c_str()));
+  EXPECT_EQ(1023U, log.Lines().at(0).text.size());
+  EXPECT_EQ(3000U, Get("a").size());
+}
+
+TEST_F(StoreDocument, DumpsTheGroupsAskedForEvenWhenTheyAreEmpty) {
+  EXPECT_EQ(R"({"Common":[],"Metrics":[]})", Dump(0b101));
+  EXPECT_EQ("{}", Dump(0));
+  EXPECT_EQ("{}", Dump(0xFFFFE000U));
+  EXPECT_EQ(R"({"UnitTest":[]})", Dump(1U << 12 | 1U << 13 | 1U << 31));
+}
+
+TEST_F(StoreDocument, DumpsAllThirteenGroups) {
+  json::Value document = json::Deserialize(Dump(0xFFFFFFFFU));
+  ASSERT_EQ(json::ObjectVal, document.GetType());
+  EXPECT_EQ(13U, document.ToObject().size());
+  for (int group = 0; group < 13; ++group) {
+    EXPECT_EQ(json::ArrayVal, document[KalConfigGroup2GroupName(Group(group))].GetType());
+  }
+}
+
+TEST_F(StoreDocument, DumpsNamesByteWiseAscendingAndValuesAsText) {
+  Set("b", 2);
+  Set("a", 1.5);
+  Set("B", true);
+  Set("\xff", "");
+  EXPECT_EQ(
+      "{\"Audio\":[{\"key\":\"B\",\"value\":\"1\"},{\"key\":\"a\",\"value\":\"1.5\"},"
+      "{\"key\":\"b\",\"value\":\"2\"},{\"key\":\"\xff\",\"value\":\"\"}]}",
+      Dump(1U << kAudio));
+}
+
+TEST_F(StoreDocument, EscapesWhatItDumps) {
+  Set("q\"\\", "line\nend");
+  EXPECT_EQ(R"({"Audio":[{"key":"q\"\\","value":"line\nend"}]})", Dump(1U << kAudio));
+}
+
+TEST_F(StoreDocument, TracesTheGroupsDumped) {
+  TraceLog log;
+  Dump(5);
+  Dump(0xFFFFFFFFU);
+  EXPECT_THAT(log.Matching(""),
+              ElementsAre("kalStore::KalConfig::DumpKalConfigs, groups=5" + Suffix(),
+                          "kalStore::KalConfig::DumpKalConfigs, groups=4294967295" + Suffix()));
+  EXPECT_EQ(2U, log.CountLevel(2));
+}
+
+TEST_F(StoreDocument, KeepsTheTextInTheStoreUntilTheNextDump) {
+  Set("a", std::string(100, 'x'));
+  const char* text = m_store.DumpKalConfigs(1U << kAudio);
+  const std::string copy = text;
+  Set("a", "other");
+  m_store.RemoveKalConfigByGroup(kAudio);
+  EXPECT_EQ(copy, text);
+}
+
+TEST_F(StoreDocument, RestoresTheSameValuesAndThenChangesNothing) {
+  for (int group = 0; group < 13; ++group) {
+    m_store.SetKalConfig(Group(group), "name", group, false, false);
+    m_store.SetKalConfig(Group(group), "odd \"\\\n\x01\x7f\xc3\xa4 key", "odd \"\\\t\x02\xff value", false,
+                         false);
+  }
+  const std::string text = Dump();
+  KalConfig other(6);
+  EXPECT_EQ(kResultOk, other.ApplyKalConfigs(text.c_str()));
+  EXPECT_EQ(text, other.DumpKalConfigs(kAllConfigGroups));
+
+  Recorder told;
+  m_store.SubscribeConfig(kAudio, "name", told.Callback(), nullptr, false);
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text.c_str()));
+  EXPECT_EQ(1U, told.Count());
+}
+
+TEST_F(StoreDocument, SurvivesEveryTruncationAndByteChange) {
+  const std::string text = R"({"Audio":[{"key":"aA","value":"1\n"}],"Video":[{"key":"b","value":"2"}]})";
+  for (std::size_t length = 0; length < text.size(); ++length) {
+    KalConfig store(5);
+    EXPECT_EQ(kResultNotFound, store.ApplyKalConfigs(text.substr(0, length).c_str()));
+    EXPECT_EQ(std::string("{\"Audio\":[],\"Video\":[]}"), store.DumpKalConfigs(1U << kAudio | 1U << kVideo));
+  }
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    for (int byte = 0; byte < 256; byte += 1) {
+      std::string changed = text;
+      changed[at] = static_cast<char>(byte);
+      KalConfig store(5);
+      const std::int32_t result = store.ApplyKalConfigs(changed.c_str());
+      const std::string dump = store.DumpKalConfigs(1U << kAudio | 1U << kVideo);
+      if (result != kResultOk) {
+        EXPECT_EQ("{\"Audio\":[],\"Video\":[]}", dump);
+      }
+      EXPECT_EQ(json::ObjectVal, json::Deserialize(dump).GetType());
+    }
+  }
+}
+
+TEST_F(StoreDocument, MayBeDumpedBySeveralThreadsAtOnce) {
+  for (int i = 0; i < 50; ++i) Set(std::to_string(i).c_str(), i);
+  const auto dump = [this] {
+    for (int i = 0; i < 50; ++i) EXPECT_NE(nullptr, m_store.DumpKalConfigs(kAllConfigGroups));
+  };
+  std::thread first(dump);
+  std::thread second(dump);
+  for (int i = 0; i < 200; ++i) Set("name", i);
+  first.join();
+  second.join();
+  EXPECT_EQ(51U, json::Deserialize(Dump())["Audio"].ToArray().size());
+}
+
+}  // namespace
+}  // namespace kalStore

@@ -1,0 +1,23 @@
+#include "util/ICmEvent.h"
+
+#include <gtest/gtest.h>
+
+#include "libutil/TestEvents.h"
+
+TEST(Event, KeepsItsId) {
+  EventCounts counts;
+  auto* plain = new CountedEvent(counts);
+  auto* numbered = new CountedEvent(counts, nullptr, 4711);
+  EXPECT_EQ(plain->GetEventId(), 0u);
+  EXPECT_EQ(numbered->GetEventId(), 4711u);
+  plain->OnDestorySelf();
+  numbered->OnDestorySelf();
+}
+
+TEST(Event, DeletesItselfWhenEnded) {
+  EventCounts counts;
+  ICmEvent* event = new CountedEvent(counts);
+  event->OnDestorySelf();
+  EXPECT_EQ(counts.ended, 1);
+  EXPECT_EQ(counts.fired, 0);
+}

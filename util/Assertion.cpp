@@ -1,8 +1,0 @@
-#include "Assertion.h"
-
-#include "TraceLine.h"
-
-void ReportAssertion(const char* file, int line, const char* condition) {
-  TESSEL_TRACE_TEXT(0, "[KAL_ASSERT] " << file << ":" << line << " Assert failed: " << condition);
-  cm_assertion_report();
-}
