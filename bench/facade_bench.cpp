@@ -56,8 +56,7 @@ void FacadeLife(benchmark::State& state) {
   for (auto _ : state) {
     KalConfigHelper facade(call.Id());
     for (const std::string& name : names) {
-      facade.SubscribeConfig(
-          name.c_str(), [](const KalConfigEvent&) {}, kGroup);
+      facade.SubscribeConfig(name.c_str(), [](const KalConfigEvent&) {}, kGroup);
     }
   }
 }

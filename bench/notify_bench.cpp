@@ -43,8 +43,7 @@ void Set(benchmark::State& state) {
   KalConfigHelper facade(call.Id());
   long told = 0;
   for (int i = 0; i < state.range(0); ++i) {
-    call.Store().SubscribeConfig(
-        kGroup, kName, [&told](const KalConfigEvent&) { ++told; }, nullptr, false);
+    call.Store().SubscribeConfig(kGroup, kName, [&told](const KalConfigEvent&) { ++told; }, nullptr, false);
   }
   const char* const values[] = {"one value", "another value"};
   unsigned int count = 0;
@@ -133,8 +132,7 @@ void SubscribeAndRemove(benchmark::State& state) {
   store.RemoveKalConfig(kGroup, kName);
   long told = 0;
   const auto subscribe = [&] {
-    return store.SubscribeConfig(
-        kGroup, kName, [&told](const KalConfigEvent&) { ++told; }, nullptr, false);
+    return store.SubscribeConfig(kGroup, kName, [&told](const KalConfigEvent&) { ++told; }, nullptr, false);
   };
   for (int i = 0; i < state.range(0); ++i) subscribe();
   for (auto _ : state) store.UnsubscribeConfig(subscribe());
@@ -144,8 +142,7 @@ BENCHMARK(SubscribeAndRemove)->Name("SubscribeAndRemove<Tessel>")->ArgName("othe
 void BoundRead(benchmark::State& state) {
   FilledCall call;
   KalConfigHelper facade(call.Id());
-  facade.BindConfig(
-      kName, [](const KalConfigEvent&) { return ConfigData("1"); }, kGroup);
+  facade.BindConfig(kName, [](const KalConfigEvent&) { return ConfigData("1"); }, kGroup);
   for (auto _ : state) {
     ConfigData value;
     benchmark::DoNotOptimize(facade.GetDynamicConfig(kName, value, kGroup));

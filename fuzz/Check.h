@@ -15,7 +15,7 @@ namespace fuzz {
 
 template <class T>
 std::string Shown(const T& value) {
-  if constexpr (requires(std::ostream & out) { out << value; }) {
+  if constexpr (requires(std::ostream& out) { out << value; }) {
     std::ostringstream out;
     out << value;
     return out.str();

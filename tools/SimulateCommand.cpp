@@ -43,7 +43,7 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it"
 class Interruption {
  public:
   Interruption() {
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_handler = [](int) { interrupted = true; };
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     ::sigaction(SIGINT, &action, &m_interrupt);
@@ -57,8 +57,8 @@ class Interruption {
   Interruption& operator=(const Interruption&) = delete;
 
  private:
-  struct sigaction m_interrupt {};
-  struct sigaction m_terminate {};
+  struct sigaction m_interrupt{};
+  struct sigaction m_terminate{};
 };
 
 int Run(Options& options) {

@@ -32,8 +32,7 @@ struct Stage {
     subscribe("ToldToEightDirec", 8, nullptr);
     subscribe("ToldToOnePosted1", 1, &thread);
     subscribe("SubscribedNoValu", 64, nullptr);
-    facade.BindConfig(
-        "BoundSetting0001", [](const KalConfigEvent&) { return ConfigData("1"); }, kGroup);
+    facade.BindConfig("BoundSetting0001", [](const KalConfigEvent&) { return ConfigData("1"); }, kGroup);
     documents.Store().ApplyKalConfigs(document.c_str());
     createTesselEntity(kalStore::KAL_TESSEL_VIDEO, 1, &entity);
     video = static_cast<kalStore::IKalVideoInfo*>(entity);
@@ -140,8 +139,8 @@ TESSEL_PATH(set_told_to_8) {
 TESSEL_PATH(subscribe_and_remove_beside_64) {
   kalStore::IKalConfig& store = g_stage->call.Store();
   for (int i = 0; i < kRepeats; ++i) {
-    store.UnsubscribeConfig(store.SubscribeConfig(
-        kGroup, "SubscribedNoValu", [](const KalConfigEvent&) {}, nullptr, false));
+    store.UnsubscribeConfig(
+        store.SubscribeConfig(kGroup, "SubscribedNoValu", [](const KalConfigEvent&) {}, nullptr, false));
   }
 }
 

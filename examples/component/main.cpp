@@ -67,7 +67,7 @@ int main() {
     application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 24000);
     std::cout << "adapted to " << sender.WaitForBitrate(24000) << " bit/s\n";
     application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 16000);  // Perhaps still on its way: the
-  }                                                                      // sender goes all the same.
+  }  // sender goes all the same.
   const bool isAlone =
       application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 8000) == kalStore::kResultNobody;
   std::cout << "left, " << (isAlone ? "nobody listens" : "someone still listens") << '\n';

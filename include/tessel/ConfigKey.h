@@ -46,11 +46,12 @@ concept ConfigInteger = ConfigType<T> && std::integral<T> && !std::same_as<T, bo
 void TheKeyNeedsAGroupANameAndADefaultWithinRange();
 
 template <class From, class T>
-concept ConfigDefaultFor = std::same_as<From, ConfigDefault<T>> ||(ConfigInteger<From>&& ConfigInteger<T>);
+concept ConfigDefaultFor = std::same_as<From, ConfigDefault<T>> || (ConfigInteger<From> && ConfigInteger<T>);
 
 // Of its own type alone, so that nothing is narrowed on the way; a text may be a C text as well.
 template <class From, class T>
-concept SettableAs = std::same_as<From, T> ||
+concept SettableAs =
+    std::same_as<From, T> ||
     (std::same_as<T, std::string> && (std::same_as<From, const char*> || std::same_as<From, char*>));
 
 }  // namespace detail

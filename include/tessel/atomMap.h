@@ -58,7 +58,7 @@ class alignas(64) [[gnu::visibility("default")]] atomMap {
   /// @param key  any
   /// @param out  receives a copy; untouched without the key
   /// @return Whether the key is there.
-  bool Get(K key, V & out) {
+  bool Get(K key, V& out) {
     Locked map(*this);
     const auto found = map->find(key);
     if (found == map->end()) return false;
@@ -69,24 +69,18 @@ class alignas(64) [[gnu::visibility("default")]] atomMap {
   /// Inserts the key, or overwrites its value.
   /// @param key  any
   /// @param value  any
-  void Set(K key, V value) {
-    Locked(*this)->insert_or_assign(std::move(key), std::move(value));
-  }
+  void Set(K key, V value) { Locked(*this)->insert_or_assign(std::move(key), std::move(value)); }
 
   /// Inserts the key; one that is there keeps its value.
   /// @param key  any
   /// @param value  any
   /// @return Whether the key was inserted.
-  bool SetEx(K key, V value) {
-    return Locked(*this)->try_emplace(std::move(key), std::move(value)).second;
-  }
+  bool SetEx(K key, V value) { return Locked(*this)->try_emplace(std::move(key), std::move(value)).second; }
 
   /// Asks for a key.
   /// @param key  any
   /// @return Whether it is there.
-  bool Find(K key) {
-    return Locked(*this)->contains(key);
-  }
+  bool Find(K key) { return Locked(*this)->contains(key); }
 
  private:
   std::recursive_mutex m_mutex;

@@ -8,7 +8,7 @@
 namespace {
 
 template <class Number>
-std::string textOf(Number value) {
+std::string TextOf(Number value) {
   char text[32];  // The longest, a double's shortest form, has 24 characters.
   return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
@@ -16,19 +16,19 @@ std::string textOf(Number value) {
 /// Reads a number that is the whole text: no error for one in range, `result_out_of_range` for one that is
 /// not, `invalid_argument` for any other text.
 template <class Number>
-std::errc readWhole(const std::string& text, Number& number) noexcept {
+std::errc ReadWhole(const std::string& text, Number& number) noexcept {
   const char* end = text.data() + text.size();
   const std::from_chars_result result = std::from_chars(text.data(), end, number);
   return result.ptr == end ? result.ec : std::errc::invalid_argument;
 }
 
 template <class Number>
-Number numberOr(Number defaultValue, const std::string& text) noexcept {
+Number NumberOr(Number defaultValue, const std::string& text) noexcept {
   Number number{};
-  return readWhole(text, number) == std::errc{} ? number : defaultValue;
+  return ReadWhole(text, number) == std::errc{} ? number : defaultValue;
 }
 
-bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase) noexcept {
+bool EqualsIgnoringCase(std::string_view text, std::string_view lowerCase) noexcept {
   return std::ranges::equal(text, lowerCase, [](char character, char lower) {
     const bool upperCase = character >= 'A' && character <= 'Z';
     return (upperCase ? static_cast<char>(character - 'A' + 'a') : character) == lower;
@@ -37,41 +37,41 @@ bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase) noexc
 
 }  // namespace
 
-ConfigData::ConfigData(int value) : m_text(textOf(value)), m_valid(true) {}
+ConfigData::ConfigData(int value) : m_text(TextOf(value)), m_valid(true) {}
 
-ConfigData::ConfigData(unsigned int value) : m_text(textOf(value)), m_valid(true) {}
+ConfigData::ConfigData(unsigned int value) : m_text(TextOf(value)), m_valid(true) {}
 
-ConfigData::ConfigData(long value) : m_text(textOf(value)), m_valid(true) {}
+ConfigData::ConfigData(long value) : m_text(TextOf(value)), m_valid(true) {}
 
-ConfigData::ConfigData(unsigned long value) : m_text(textOf(value)), m_valid(true) {}
+ConfigData::ConfigData(unsigned long value) : m_text(TextOf(value)), m_valid(true) {}
 
-ConfigData::ConfigData(double value) : m_text(textOf(value)), m_valid(true) {}
+ConfigData::ConfigData(double value) : m_text(TextOf(value)), m_valid(true) {}
 
 ConfigData::operator bool() const noexcept {
   return !m_text.empty() && ToBool(true);
 }
 
 int ConfigData::ToInt(int defaultValue) const noexcept {
-  return numberOr(defaultValue, m_text);
+  return NumberOr(defaultValue, m_text);
 }
 
 unsigned int ConfigData::ToUInt(unsigned int defaultValue) const noexcept {
-  return numberOr(defaultValue, m_text);
+  return NumberOr(defaultValue, m_text);
 }
 
 long ConfigData::ToInt64(long defaultValue) const noexcept {
-  return numberOr(defaultValue, m_text);
+  return NumberOr(defaultValue, m_text);
 }
 
 double ConfigData::ToDouble(double defaultValue) const noexcept {
-  return numberOr(defaultValue, m_text);
+  return NumberOr(defaultValue, m_text);
 }
 
 bool ConfigData::ToBool(bool defaultValue) const noexcept {
-  if (equalsIgnoringCase(m_text, "true")) return true;
-  if (equalsIgnoringCase(m_text, "false")) return false;
+  if (EqualsIgnoringCase(m_text, "true")) return true;
+  if (EqualsIgnoringCase(m_text, "false")) return false;
   double number = 0.0;
-  const std::errc error = readWhole(m_text, number);
+  const std::errc error = ReadWhole(m_text, number);
   if (error == std::errc::invalid_argument) return defaultValue;
   // Out of a double's range, be it too large or too small, is not zero.
   return error == std::errc::result_out_of_range || number != 0.0;

@@ -12,12 +12,12 @@
 namespace cm {
 namespace {
 
-int refuse(ICmEvent* event, int code) {
+int Refuse(ICmEvent* event, int code) {
   event->OnDestorySelf();
   return code;
 }
 
-void reportException(const ICmEvent& event, const char* what) {
+void ReportException(const ICmEvent& event, const char* what) {
   if (get_external_trace_mask() < 0) return;
   char buffer[1024];
   CCmTextFormator line(buffer, sizeof buffer);
@@ -26,22 +26,22 @@ void reportException(const ICmEvent& event, const char* what) {
 }
 
 /// Fires and ends the event; 0, or ECANCELED when it threw.
-int fire(ICmEvent* event) {
+int Fire(ICmEvent* event) {
   int result = 0;
   try {
     event->OnEventFire();
   } catch (const std::exception& error) {
-    reportException(*event, error.what());
+    ReportException(*event, error.what());
     result = ECANCELED;
   } catch (...) {
-    reportException(*event, "not a std::exception");
+    ReportException(*event, "not a std::exception");
     result = ECANCELED;
   }
   event->OnDestorySelf();
   return result;
 }
 
-ICmEvent* eventIn(std::uintptr_t inbox, std::uintptr_t flags) {
+ICmEvent* EventIn(std::uintptr_t inbox, std::uintptr_t flags) {
   return reinterpret_cast<ICmEvent*>(inbox & ~flags);  // NOLINT(performance-no-int-to-ptr)
 }
 
@@ -49,14 +49,14 @@ ICmEvent* eventIn(std::uintptr_t inbox, std::uintptr_t flags) {
 
 int EventQueue::PostEvent(ICmEvent* event, unsigned int priority, unsigned int) {
   if (event == nullptr) return EINVAL;
-  return push(event, priority, nullptr) ? 0 : refuse(event, ESHUTDOWN);
+  return push(event, priority, nullptr) ? 0 : Refuse(event, ESHUTDOWN);
 }
 
 int EventQueue::SendEvent(ICmEvent* event, unsigned int) {
   if (event == nullptr) return EINVAL;
-  if (ThreadId() == GetThreadSelfId()) return fire(event);
+  if (ThreadId() == GetThreadSelfId()) return Fire(event);
   Completion completion;
-  return push(event, kDefaultPriority, &completion) ? completion.Wait() : refuse(event, ESHUTDOWN);
+  return push(event, kDefaultPriority, &completion) ? completion.Wait() : Refuse(event, ESHUTDOWN);
 }
 
 void EventQueue::Open() {
@@ -67,7 +67,7 @@ void EventQueue::Open() {
 void EventQueue::Run() {
   while (ICmEvent* event = next()) {
     Completion* sender = event->m_sender;
-    const int result = fire(event);
+    const int result = Fire(event);
     if (sender != nullptr) sender->Complete(result);
   }
   m_threadId.store(0, std::memory_order_relaxed);
@@ -87,7 +87,7 @@ bool EventQueue::push(ICmEvent* event, unsigned int priority, Completion* sender
   std::uintptr_t inbox = m_inbox.load(std::memory_order_relaxed);
   do {
     if ((inbox & kClosed) != 0) return false;
-    event->m_next = eventIn(inbox, kFlags);
+    event->m_next = EventIn(inbox, kFlags);
     // Release: the loop that takes the event sees what was written to it. Acquire: see announce().
   } while (!m_inbox.compare_exchange_weak(inbox, reinterpret_cast<std::uintptr_t>(event),
                                           std::memory_order_acq_rel, std::memory_order_relaxed));
@@ -112,7 +112,7 @@ ICmEvent* EventQueue::next() {
       return m_ready.Pop();
     }
     const std::uintptr_t inbox = m_inbox.load(std::memory_order_relaxed);
-    if (eventIn(inbox, kFlags) != nullptr) {
+    if (EventIn(inbox, kFlags) != nullptr) {
       takeArrivals();
       continue;
     }
@@ -123,7 +123,7 @@ ICmEvent* EventQueue::next() {
 
 void EventQueue::takeArrivals() {
   m_bestArrival.store(kNoArrival, std::memory_order_relaxed);
-  ICmEvent* latest = eventIn(m_inbox.fetch_and(kClosed, std::memory_order_acq_rel), kFlags);
+  ICmEvent* latest = EventIn(m_inbox.fetch_and(kClosed, std::memory_order_acq_rel), kFlags);
   ICmEvent* earliest = nullptr;
   while (latest != nullptr) {
     ICmEvent* before = latest->m_next;

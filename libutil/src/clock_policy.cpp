@@ -14,7 +14,7 @@ constexpr long kNoMockTime = -1;
 
 std::atomic<long> g_mockTime{kNoMockTime};
 
-long microseconds(clockid_t clock) {
+long Microseconds(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
   return time.tv_sec * kMicrosecondsPerSecond + time.tv_nsec / kNanosecondsPerMicrosecond;
@@ -23,7 +23,7 @@ long microseconds(clockid_t clock) {
 }  // namespace
 
 long timer_policy::now() {
-  return microseconds(CLOCK_MONOTONIC);
+  return Microseconds(CLOCK_MONOTONIC);
 }
 
 long timer_policy::max_time_value() {
@@ -31,7 +31,7 @@ long timer_policy::max_time_value() {
 }
 
 long tick_policy::now() {
-  const long now = microseconds(CLOCK_MONOTONIC);
+  const long now = Microseconds(CLOCK_MONOTONIC);
   return now - now % kMicrosecondsPerMillisecond;
 }
 
@@ -40,7 +40,7 @@ long tick_policy::max_time_value() {
 }
 
 long low_tick_policy::now() {
-  return microseconds(CLOCK_MONOTONIC_COARSE);
+  return Microseconds(CLOCK_MONOTONIC_COARSE);
 }
 
 long low_tick_policy::max_time_value() {

@@ -23,7 +23,7 @@ thread_local bool t_jobNamed = false;
 thread_local char t_jobName[64] = "";
 
 /// Writes "[module level] text" to standard error, with one system call so that lines stay whole.
-void writeToStandardError(void*, int level, const char* module, const char* text, unsigned int length) {
+void WriteToStandardError(void*, int level, const char* module, const char* text, unsigned int length) {
   char digits[12];
   const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, level);
   const auto part = [](const char* from, std::size_t size) { return iovec{const_cast<char*>(from), size}; };
@@ -39,7 +39,7 @@ class Receiver {
  public:
   void Set(util_trace_sink sink, void* context) {
     std::unique_lock lock(m_mutex);
-    m_sink = sink == nullptr ? &writeToStandardError : sink;
+    m_sink = sink == nullptr ? &WriteToStandardError : sink;
     m_context = context;
     const unsigned long since = ++m_generation;
     // A sink cannot wait for its own call to end, and two sinks must not wait for each other.
@@ -81,14 +81,14 @@ class Receiver {
 
   std::mutex m_mutex;  // Protects everything below. Never held while a sink runs.
   std::condition_variable m_callEnded;
-  util_trace_sink m_sink = &writeToStandardError;
+  util_trace_sink m_sink = &WriteToStandardError;
   void* m_context = nullptr;
   unsigned long m_generation = 0;  // Counts the calls of Set().
   Call* m_calls = nullptr;         // Latest first.
 };
 
 /// Never destroyed: static objects may trace while the process ends.
-Receiver& receiver() {
+Receiver& TheReceiver() {
   static Receiver& instance = *new Receiver;
   return instance;
 }
@@ -104,12 +104,12 @@ void set_external_trace_mask(int mask) {
 }
 
 void set_util_trace_sink(util_trace_sink sink, void* context) {
-  receiver().Set(sink, context);
+  TheReceiver().Set(sink, context);
 }
 
 void util_adapter_trace(int level, const char* module, const char* text, unsigned int length) {
   const bool hasText = text != nullptr;
-  receiver().Trace(level, module == nullptr ? "" : module, hasText ? text : "", hasText ? length : 0);
+  TheReceiver().Trace(level, module == nullptr ? "" : module, hasText ? text : "", hasText ? length : 0);
 }
 
 unsigned int cm_get_current_threadpool_job_id() {

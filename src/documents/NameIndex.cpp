@@ -15,7 +15,7 @@ constexpr std::size_t kMost = 255;
 
 }  // namespace
 
-NameIndex::LetterCounts NameIndex::CountLetters(std::string_view text) {
+NameIndex::LetterCounts NameIndex::countLetters(std::string_view text) {
   LetterCounts counts{};
   for (const char letter : text) {
     std::uint8_t& count = counts[static_cast<unsigned char>(letter) % counts.size()];
@@ -29,9 +29,9 @@ NameIndex::LetterCounts NameIndex::CountLetters(std::string_view text) {
 // order of the difference.
 void NameIndex::findDifferences(std::string_view text) {
   for (std::size_t index = m_counts.size(); index < m_names.size(); ++index) {
-    m_counts.push_back(CountLetters(m_names[index]));
+    m_counts.push_back(countLetters(m_names[index]));
   }
-  const LetterCounts counts = CountLetters(text);
+  const LetterCounts counts = countLetters(text);
   m_differences.resize(m_names.size());
   for (std::size_t index = 0; index < m_names.size(); ++index) {
     const LetterCounts& known = m_counts[index];

@@ -28,7 +28,7 @@ class NameIndex {
   /// How many letters of each kind a name has, whatever their case.
   using LetterCounts = std::array<std::uint8_t, 32>;
 
-  static LetterCounts CountLetters(std::string_view text);
+  static LetterCounts countLetters(std::string_view text);
   void findDifferences(std::string_view text);
 
   std::vector<std::string_view> m_names;

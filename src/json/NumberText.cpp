@@ -12,7 +12,7 @@ namespace json {
 namespace {
 
 template <class Number, class... Format>
-void append(std::string& out, Number number, Format... format) {
+void Append(std::string& out, Number number, Format... format) {
   char text[500];  // the largest double has 317 characters
   const std::to_chars_result result = std::to_chars(text, text + sizeof text, number, format...);
   out.append(text, result.ptr);
@@ -20,7 +20,7 @@ void append(std::string& out, Number number, Format... format) {
 
 // The number with six decimals, rounded to the nearest and halves to even as everywhere, in integers: exact,
 // and much faster than to_chars. False, and nothing is written, when it is too large for them.
-bool appendSixDecimals(std::string& out, double number) {
+bool AppendSixDecimals(std::string& out, double number) {
   __extension__ using Wide = unsigned __int128;
   constexpr int kFractionBits = 52;
   constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kFractionBits;
@@ -59,7 +59,7 @@ bool appendSixDecimals(std::string& out, double number) {
 }
 
 // The power of ten of the first digit that is not zero, for a number that no double can hold.
-std::int64_t magnitudeOf(std::string_view token) {
+std::int64_t MagnitudeOf(std::string_view token) {
   const std::size_t exponentAt = std::min(token.find_first_of("eE"), token.size());
   const std::string_view digits = token.substr(0, exponentAt);
   const std::size_t point = std::min(digits.find('.'), digits.size());
@@ -81,7 +81,7 @@ std::int64_t magnitudeOf(std::string_view token) {
 }  // namespace
 
 void AppendNumber(std::string& out, std::int64_t number) {
-  append(out, number);
+  Append(out, number);
 }
 
 void AppendNumber(std::string& out, double number) {
@@ -89,8 +89,8 @@ void AppendNumber(std::string& out, double number) {
     out += "null";
   } else if (std::isinf(number)) {
     out += number < 0 ? "-1e999" : "1e999";
-  } else if (!appendSixDecimals(out, number)) {
-    append(out, number, std::chars_format::fixed, 6);
+  } else if (!AppendSixDecimals(out, number)) {
+    Append(out, number, std::chars_format::fixed, 6);
   }
 }
 
@@ -98,7 +98,7 @@ double ParseReal(std::string_view token) {
   double number = 0;
   const auto result = std::from_chars(token.data(), token.data() + token.size(), number);
   if (result.ec == std::errc::result_out_of_range) {
-    number = magnitudeOf(token) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    number = MagnitudeOf(token) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
     if (token.front() == '-') number = -number;
   }
   return number;

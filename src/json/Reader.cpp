@@ -17,26 +17,26 @@ namespace {
 
 constexpr std::size_t kMaxDepth = 1000;
 
-constexpr char lowered(char c) {
+constexpr char Lowered(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-constexpr int hexDigit(char c) {
+constexpr int HexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
-  const char letter = lowered(c);
+  const char letter = Lowered(c);
   return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
 // The number, or the nearest that the type holds; the fraction is cut off. NaN does not occur in a text.
 template <class Integer>
-Integer saturated(double number) {
+Integer Saturated(double number) {
   using Limits = std::numeric_limits<Integer>;
   if (number <= static_cast<double>(Limits::min())) return Limits::min();
   if (number >= static_cast<double>(Limits::max())) return Limits::max();
   return static_cast<Integer>(number);
 }
 
-float saturatedFloat(double number) {
+float SaturatedFloat(double number) {
   if (std::isinf(number)) return static_cast<float>(number);
   using Limits = std::numeric_limits<float>;
   const double limit = static_cast<double>(Limits::max());
@@ -160,7 +160,7 @@ bool Reader::open(StackDepthType record) {
 
 bool Reader::readLiteral(std::string_view word) {
   for (const char letter : word) {
-    if (m_at == m_end || lowered(*m_at) != letter) return fail("expected true, false or null");
+    if (m_at == m_end || Lowered(*m_at) != letter) return fail("expected true, false or null");
     ++m_at;
   }
   return true;
@@ -223,11 +223,11 @@ void Reader::setInteger(Value& place, double number) {
 
 void Reader::setNumber(Value& place, double number, ValueType type) {
   place.mValueType = type;
-  place.mIntVal = saturated<int>(number);
-  place.mFloatVal = saturatedFloat(number);
+  place.mIntVal = Saturated<int>(number);
+  place.mFloatVal = SaturatedFloat(number);
   place.mDoubleVal = number;
-  place.mUnsignedIntVal = saturated<unsigned int>(number);
-  place.mInt64Val = saturated<std::int64_t>(number);
+  place.mUnsignedIntVal = Saturated<unsigned int>(number);
+  place.mInt64Val = Saturated<std::int64_t>(number);
 }
 
 // The contents of a string whose opening quote has been read, with the closing quote.
@@ -270,7 +270,7 @@ bool Reader::readEscape(std::string& out) {
       int code = 0;
       for (int i = 0; i < 4; ++i) {
         ++m_at;
-        const int digit = m_at == m_end ? -1 : hexDigit(*m_at);
+        const int digit = m_at == m_end ? -1 : HexDigit(*m_at);
         if (digit < 0) return fail("expected four hexadecimal digits after \\u");
         code = code * 16 + digit;
       }

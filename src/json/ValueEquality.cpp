@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kTolerance = 1e-9;
 
-std::int64_t integerOf(const Value& value) {
+std::int64_t IntegerOf(const Value& value) {
   switch (value.GetType()) {
     case IntVal:
       return value.ToInt();
@@ -22,22 +22,22 @@ std::int64_t integerOf(const Value& value) {
 }
 
 template <class Real>
-Real realOf(const Value& value) {
+Real RealOf(const Value& value) {
   switch (value.GetType()) {
     case FloatVal:
       return static_cast<Real>(value.ToFloat());
     case DoubleVal:
       return static_cast<Real>(value.ToDouble());
     default:
-      return static_cast<Real>(integerOf(value));
+      return static_cast<Real>(IntegerOf(value));
   }
 }
 
-bool equalNumbers(const Value& left, const Value& right) {
+bool EqualNumbers(const Value& left, const Value& right) {
   const auto either = [&](ValueType type) { return left.GetType() == type || right.GetType() == type; };
-  if (either(DoubleVal)) return std::fabs(realOf<double>(left) - realOf<double>(right)) < kTolerance;
-  if (either(FloatVal)) return std::fabs(realOf<float>(left) - realOf<float>(right)) < kTolerance;
-  return integerOf(left) == integerOf(right);
+  if (either(DoubleVal)) return std::fabs(RealOf<double>(left) - RealOf<double>(right)) < kTolerance;
+  if (either(FloatVal)) return std::fabs(RealOf<float>(left) - RealOf<float>(right)) < kTolerance;
+  return IntegerOf(left) == IntegerOf(right);
 }
 
 }  // namespace
@@ -56,7 +56,7 @@ bool Value::isNumber() const {
 }
 
 bool operator==(const Value& left, const Value& right) {
-  if (left.isNumber()) return right.isNumber() && equalNumbers(left, right);
+  if (left.isNumber()) return right.isNumber() && EqualNumbers(left, right);
   if (left.mValueType != right.mValueType && !right.isNumber()) return false;
   // A number on the right is read as the left's kind, of which it holds nothing.
   switch (left.mValueType) {

@@ -8,7 +8,7 @@ namespace json {
 
 namespace {
 
-void appendEscape(std::string& out, char c) {
+void AppendEscape(std::string& out, char c) {
   constexpr const char* kHex = "0123456789abcdef";
   out += '\\';
   switch (c) {
@@ -38,10 +38,10 @@ void appendEscape(std::string& out, char c) {
   }
 }
 
-void appendArray(std::string& out, const Array& array);
-void appendObject(std::string& out, const Object& object);
+void AppendArray(std::string& out, const Array& array);
+void AppendObject(std::string& out, const Object& object);
 
-void appendValue(std::string& out, const Value& value) {
+void AppendValue(std::string& out, const Value& value) {
   switch (value.GetType()) {
     case NullVal:
       out += "null";
@@ -57,9 +57,9 @@ void appendValue(std::string& out, const Value& value) {
     case DoubleVal:
       return AppendNumber(out, value.ToDouble());
     case ObjectVal:
-      return appendObject(out, value.ToObject());
+      return AppendObject(out, value.ToObject());
     case ArrayVal:
-      return appendArray(out, value.ToArray());
+      return AppendArray(out, value.ToArray());
     case BoolVal:
       out += value.ToBool() ? "true" : "false";
       return;
@@ -68,24 +68,24 @@ void appendValue(std::string& out, const Value& value) {
   }
 }
 
-void appendArray(std::string& out, const Array& array) {
+void AppendArray(std::string& out, const Array& array) {
   out += '[';
   bool first = true;
   for (const Value& element : array) {
     if (!std::exchange(first, false)) out += ',';
-    appendValue(out, element);
+    AppendValue(out, element);
   }
   out += ']';
 }
 
-void appendObject(std::string& out, const Object& object) {
+void AppendObject(std::string& out, const Object& object) {
   out += '{';
   bool first = true;
   for (const auto& [key, value] : object) {
     if (!std::exchange(first, false)) out += ',';
     AppendString(out, key);
     out += ':';
-    appendValue(out, value);
+    AppendValue(out, value);
   }
   out += '}';
 }
@@ -100,7 +100,7 @@ void AppendString(std::string& out, std::string_view text) {
     const char* const special = FindSpecial<true>(at, end);
     out.append(at, special);
     if (special == end) break;
-    appendEscape(out, *special);
+    AppendEscape(out, *special);
     at = special + 1;
   }
   out += '"';
@@ -113,13 +113,13 @@ std::string Serialize(const Value& document) {
 
 std::string SerializeValue(const Value& value) {
   std::string out;
-  appendValue(out, value);
+  AppendValue(out, value);
   return out;
 }
 
 std::string SerializeArray(const Array& array) {
   std::string out;
-  appendArray(out, array);
+  AppendArray(out, array);
   return out;
 }
 

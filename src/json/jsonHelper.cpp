@@ -4,7 +4,7 @@
 
 namespace {
 
-jsonHelper memberOf(const json::Value& value, std::string_view key) {
+jsonHelper MemberOf(const json::Value& value, std::string_view key) {
   if (value.GetType() != json::ObjectVal) return {};
   const json::Object& object = value.ToObject();
   const auto found = object.find(key);
@@ -25,11 +25,11 @@ jsonHelper& jsonHelper::operator=(jsonHelper&& other) noexcept {
 }
 
 jsonHelper jsonHelper::operator[](std::string key) const {
-  return memberOf(*this, key);
+  return MemberOf(*this, key);
 }
 
 jsonHelper jsonHelper::operator[](const char* key) const {
-  return key ? memberOf(*this, key) : jsonHelper();
+  return key ? MemberOf(*this, key) : jsonHelper();
 }
 
 int jsonHelper::ToInt(int def) const {

@@ -54,12 +54,12 @@ class DeliverySnapshot {
   /// each that has another delivery under way. Allocates at most once.
   template <class OnOverlap>
   void AnnounceToSubscriptions(ObserverMgr& observers, std::string_view name, OnOverlap onOverlap) {
-    announce(observers, name, &ObserverMgr::Entry::told, HasNotify, onOverlap);
+    announce(observers, name, &ObserverMgr::Entry::told, hasNotify, onOverlap);
   }
   /// The same for the name's binding.
   template <class OnOverlap>
   void AnnounceToBinding(ObserverMgr& observers, std::string_view name, OnOverlap onOverlap) {
-    announce(observers, name, &ObserverMgr::Entry::asked, HasInvoke, onOverlap);
+    announce(observers, name, &ObserverMgr::Entry::asked, hasInvoke, onOverlap);
   }
 
   bool IsEmpty() const { return m_handlers.IsEmpty(); }
@@ -79,11 +79,11 @@ class DeliverySnapshot {
   using Handlers = detail::HandlerSnapshot<ConfigEventHandler::Ptr>;
 
   // Of a handler in the list, which removal leaves before it empties the callbacks.
-  static bool HasNotify(const ConfigEventHandler::Ptr& handler) { return handler->m_fnNotify != nullptr; }
-  static bool HasInvoke(const ConfigEventHandler::Ptr& handler) { return handler->m_fnInvoke != nullptr; }
+  static bool hasNotify(const ConfigEventHandler::Ptr& handler) { return handler->m_fnNotify != nullptr; }
+  static bool hasInvoke(const ConfigEventHandler::Ptr& handler) { return handler->m_fnInvoke != nullptr; }
 
   template <class IsWanted, class OnOverlap>
-  void announce(ObserverMgr& observers, std::string_view name, Handlers ObserverMgr::Entry::*kept,
+  void announce(ObserverMgr& observers, std::string_view name, Handlers ObserverMgr::Entry::* kept,
                 IsWanted isWanted, OnOverlap onOverlap) {
     ObserverMgr::Locked names(observers);
     const auto found = names->find(name);

@@ -73,8 +73,7 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
   }
   if (callees > 1) {
     TESSEL_TRACE(0, "kalStore::KalConfig::invokeEvent",
-                 ", Bind too much, "
-                     << "nCallees=" << callees << Cid{m_callId} << This{this});
+                 ", Bind too much, " << "nCallees=" << callees << Cid{m_callId} << This{this});
   }
   return kResultOk;
 }

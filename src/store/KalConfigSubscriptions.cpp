@@ -187,9 +187,9 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
                        << ", " << name << ", " << deliveringId << ", " << id << Cid{m_callId} << This{this});
     } else {
       TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
-                   ", Other thread remove itself when notification"
-                       << ", " << name << ", " << deliveringId << ", " << id << ", " << threadId
-                       << Cid{m_callId} << This{this});
+                   ", Other thread remove itself when notification" << ", " << name << ", " << deliveringId
+                                                                    << ", " << id << ", " << threadId
+                                                                    << Cid{m_callId} << This{this});
     }
   });
   if (result != kResultOk) return result;

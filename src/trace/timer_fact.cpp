@@ -3,10 +3,10 @@
 namespace {
 
 // Tags are the caller's and may be any number: differences wrap like the clock instead of overflowing.
-long wrappingSum(long a, long b) {
+long WrappingSum(long a, long b) {
   return static_cast<long>(static_cast<unsigned long>(a) + static_cast<unsigned long>(b));
 }
-long wrappingDifference(long a, long b) {
+long WrappingDifference(long a, long b) {
   return static_cast<long>(static_cast<unsigned long>(a) - static_cast<unsigned long>(b));
 }
 
@@ -36,9 +36,9 @@ long timer_fact<Policy>::since(long tag, long divisor) {
   const long current = now();
   const long currentUnits = current / divisor;
   const long tagUnits = tag / divisor;
-  if (tagUnits <= currentUnits) return wrappingDifference(currentUnits, tagUnits);
-  const long toWrap = wrappingDifference(Policy::max_time_value(), tag) / divisor;
-  return toWrap != 0 ? wrappingSum(currentUnits, toWrap) : wrappingDifference(currentUnits, tagUnits);
+  if (tagUnits <= currentUnits) return WrappingDifference(currentUnits, tagUnits);
+  const long toWrap = WrappingDifference(Policy::max_time_value(), tag) / divisor;
+  return toWrap != 0 ? WrappingSum(currentUnits, toWrap) : WrappingDifference(currentUnits, tagUnits);
 }
 
 template <class Policy>

@@ -400,8 +400,7 @@ std::size_t Imported(const std::string& text) {
   std::size_t told = 0;
   for (const auto group : {kalStore::KAL_CONFIG_GROUP_AUDIO, kalStore::KAL_CONFIG_GROUP_VIDEO}) {
     for (const char* name : {"A", "B", "C", "D", "E"}) {
-      store->SubscribeConfig(
-          group, name, [&](const kalStore::KalConfigEvent&) { ++told; }, nullptr, false);
+      store->SubscribeConfig(group, name, [&](const kalStore::KalConfigEvent&) { ++told; }, nullptr, false);
     }
   }
   EXPECT_EQ(store->ApplyKalConfigs(text.c_str()), kalStore::kResultOk);

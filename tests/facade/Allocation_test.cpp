@@ -79,8 +79,7 @@ TEST_F(AllocationTest, AFacadeThatCouldNotBeBoundCanBeBoundLater) {
   for (std::size_t n = 1;; ++n) {
     KalConfigHelper facade;
     int told = 0;
-    facade.SubscribeConfig(
-        kLongName, [&](const KalConfigEvent&) { ++told; }, kGroup);
+    facade.SubscribeConfig(kLongName, [&](const KalConfigEvent&) { ++told; }, kGroup);
     std::optional<FailAllocation> nth(n);
     bool hasThrown = false;
     try {

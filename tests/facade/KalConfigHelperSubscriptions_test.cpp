@@ -56,9 +56,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, RecordsUntilItIsBound) {
   const unsigned long reports = cm_assertion_report_count();
   TraceLog log(0);
   EXPECT_EQ(facade.SubscribeConfig("a", Note("1"), kGroup), 0U);
-  EXPECT_EQ(facade.BindConfig(
-                "b", [](const KalConfigEvent&) { return ConfigData(7); }, kGroup),
-            0U);
+  EXPECT_EQ(facade.BindConfig("b", [](const KalConfigEvent&) { return ConfigData(7); }, kGroup), 0U);
   setter.SetKalConfig("a", "early", kGroup);
   EXPECT_THAT(m_seen, IsEmpty());
   EXPECT_EQ(facade.SetCallId(kCall), 0);
@@ -90,8 +88,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, ReplacesARecordThatWaits) {
   facade.SubscribeConfig("a", Note("first"), kGroup);
   EXPECT_EQ(facade.SubscribeConfig("a", Note("second"), kGroup), 0U);
   facade.SubscribeConfig("b", Note("never"), kGroup);
-  facade.BindConfig(
-      "b", [](const KalConfigEvent&) { return ConfigData("bound"); }, kGroup);
+  facade.BindConfig("b", [](const KalConfigEvent&) { return ConfigData("bound"); }, kGroup);
   facade.SetCallId(kCall);
   EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup), 0);
   EXPECT_EQ(facade.SetKalConfig("b", 1, kGroup), kResultNobody);
@@ -103,9 +100,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, RefusesASecondSubscriptionOfAName) {
   KalConfigHelper facade(kCall);
   EXPECT_NE(facade.SubscribeConfig("a", Note("first"), kGroup), 0U);
   EXPECT_EQ(facade.SubscribeConfig("a", Note("second"), kGroup), 0U);
-  EXPECT_EQ(facade.BindConfig(
-                "a", [](const KalConfigEvent&) { return ConfigData(); }, kGroup),
-            0U);
+  EXPECT_EQ(facade.BindConfig("a", [](const KalConfigEvent&) { return ConfigData(); }, kGroup), 0U);
   facade.SetKalConfig("a", 1, kGroup);
   EXPECT_THAT(m_seen, ElementsAre("first:1"));
   EXPECT_NE(facade.SubscribeConfig("a", Note("other group"), Group(0)), 0U);
@@ -143,13 +138,10 @@ TEST_F(KalConfigHelperSubscriptionsTest, TracesBadArguments) {
   EXPECT_EQ(facade.SubscribeConfig("", Note("x"), kGroup), 0U);
   EXPECT_EQ(facade.SubscribeConfig("a", nullptr, kGroup), 0U);
   EXPECT_EQ(facade.SubscribeConfig("a", Note("x"), Group(13)), 0U);
-  EXPECT_EQ(facade.BindConfig(
-                "", [](const KalConfigEvent&) { return ConfigData(); }, kGroup),
-            0U);
+  EXPECT_EQ(facade.BindConfig("", [](const KalConfigEvent&) { return ConfigData(); }, kGroup), 0U);
   EXPECT_EQ(facade.BindConfig("a", nullptr, kGroup), 0U);
-  EXPECT_EQ(facade.BindConfig(
-                "a", [](const KalConfigEvent&) { return ConfigData(); }, Group(0xFFFFFFFE)),
-            0U);
+  EXPECT_EQ(
+      facade.BindConfig("a", [](const KalConfigEvent&) { return ConfigData(); }, Group(0xFFFFFFFE)), 0U);
   EXPECT_EQ(facade.UnsubscribeConfig(nullptr, kGroup), kResultBadArgument);
   EXPECT_EQ(facade.UnsubscribeConfig("", kGroup), kResultBadArgument);
   EXPECT_EQ(facade.UnsubscribeConfig("a", Group(13)), kResultBadArgument);
@@ -187,9 +179,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, KeepsARecordThatTheStoreRefused) {
   KalConfigHelper facade(kCall);
   {
     KalConfigHelper other(kCall);
-    ASSERT_NE(other.BindConfig(
-                  "a", [](const KalConfigEvent&) { return ConfigData(1); }, kGroup),
-              0U);
+    ASSERT_NE(other.BindConfig("a", [](const KalConfigEvent&) { return ConfigData(1); }, kGroup), 0U);
     EXPECT_EQ(facade.BindConfig("a", value, kGroup), 0U);
     EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), kResultNotFound);
     EXPECT_EQ(facade.GetDynamicConfig("a", kGroup), ConfigData(1));
@@ -213,8 +203,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, ForgetsASubscriptionWhoseInitialDeliver
 
 TEST_F(KalConfigHelperSubscriptionsTest, LetsACallbacksExceptionPass) {
   KalConfigHelper facade(kCall);
-  facade.SubscribeConfig(
-      "a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup);
+  facade.SubscribeConfig("a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup);
   EXPECT_THROW(facade.SetKalConfig("a", 1, kGroup), std::runtime_error);
   const TraceLog log(0);
   EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), 0);
@@ -225,8 +214,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, CountsARunThatThrewAsOver) {
   const TraceLog log(0);
   {
     KalConfigHelper facade(kCall);
-    facade.SubscribeConfig(
-        "a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup);
+    facade.SubscribeConfig("a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup);
     EXPECT_THROW(facade.SetKalConfig("a", 1, kGroup), std::runtime_error);
   }
   EXPECT_THAT(log.Lines(), IsEmpty());
@@ -237,8 +225,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, MakesTheOtherRecordsWhenOneThrowsWhileB
   setter.SetKalConfig("a", 1, kGroup);
   setter.SetKalConfig("b", 1, kGroup);
   KalConfigHelper facade;
-  facade.SubscribeConfig(
-      "a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup);
+  facade.SubscribeConfig("a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup);
   facade.SubscribeConfig("b", Note("b"), kGroup);
   EXPECT_THROW(facade.SetCallId(kCall), std::runtime_error);
   EXPECT_EQ(facade.SetCallId(kCall), 0) << "bound all the same";
@@ -307,8 +294,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, MakesASubscriptionOnceForTwoThreads) {
     for (int i = 0; i < 2; ++i) {
       threads[i] = std::thread([&, i] {
         for (++ready; ready < 2;) std::this_thread::yield();
-        ids[i] = facade.SubscribeConfig(
-            "a", [&](const KalConfigEvent&) { ++told; }, kGroup);
+        ids[i] = facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++told; }, kGroup);
       });
     }
     for (std::thread& thread : threads) thread.join();
@@ -329,10 +315,8 @@ TEST_F(KalConfigHelperSubscriptionsTest, LosesNoSubscriptionMadeWhileItBinds) {
     std::atomic<int> told{0};
     std::thread subscriber([&] {
       for (++ready; ready < 2;) std::this_thread::yield();
-      facade.SubscribeConfig(
-          "a", [&](const KalConfigEvent&) { ++told; }, kGroup);
-      facade.SubscribeConfig(
-          "z", [&](const KalConfigEvent&) { ++told; }, Group(12));
+      facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++told; }, kGroup);
+      facade.SubscribeConfig("z", [&](const KalConfigEvent&) { ++told; }, Group(12));
     });
     for (++ready; ready < 2;) std::this_thread::yield();
     facade.SetCallId(kCall);
@@ -349,12 +333,9 @@ TEST_F(KalConfigHelperSubscriptionsTest, RemovesEverythingAtItsEnd) {
   const auto captured = std::make_shared<int>(0);
   {
     KalConfigHelper facade(kCall);
-    facade.SubscribeConfig(
-        "a", [captured](const KalConfigEvent&) { ++*captured; }, kGroup);
-    facade.SubscribeConfig(
-        "a", [captured](const KalConfigEvent&) { ++*captured; }, Group(0));
-    facade.BindConfig(
-        "b", [captured](const KalConfigEvent&) { return ConfigData(1); }, kGroup);
+    facade.SubscribeConfig("a", [captured](const KalConfigEvent&) { ++*captured; }, kGroup);
+    facade.SubscribeConfig("a", [captured](const KalConfigEvent&) { ++*captured; }, Group(0));
+    facade.BindConfig("b", [captured](const KalConfigEvent&) { return ConfigData(1); }, kGroup);
     setter.SetKalConfig("a", 1, kGroup);
   }
   EXPECT_EQ(setter.SetKalConfig("a", 2, kGroup), kResultNobody);
@@ -368,8 +349,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, ReleasesRecordsThatWereNeverMade) {
   const auto captured = std::make_shared<int>(0);
   {
     KalConfigHelper facade;
-    facade.SubscribeConfig(
-        "a", [captured](const KalConfigEvent&) {}, kGroup);
+    facade.SubscribeConfig("a", [captured](const KalConfigEvent&) {}, kGroup);
     EXPECT_GT(captured.use_count(), 1);
   }
   EXPECT_EQ(captured.use_count(), 1);
@@ -453,8 +433,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, KeepsPostedEventsFromUserCodeAfterItsEn
     blocked.get_future().wait();
     {
       KalConfigHelper facade(kCall);
-      facade.SubscribeConfig(
-          "a", [&](const KalConfigEvent&) { ++late; }, kGroup, &thread, true);
+      facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++late; }, kGroup, &thread, true);
       for (int i = 0; i < 10; ++i) setter.SetKalConfig("a", i, kGroup);
     }
     release.set_value();

@@ -30,8 +30,7 @@ std::vector<Path> KeptInputs() {
 std::string TestName(const testing::TestParamInfo<Path>& info) {
   std::string name =
       info.param.parent_path().parent_path().filename().string() + "_" + info.param.filename().string();
-  std::replace_if(
-      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+  std::replace_if(name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
   return name;
 }
 

@@ -94,8 +94,7 @@ void showSettings() {
   facade.SubscribeConfig("Bitrate", ignore, KAL_CONFIG_GROUP_AUDIO, &media, true);
   facade.SubscribeConfig("Volume", ignore, KAL_CONFIG_GROUP_AUDIO, &media);
   facade.SubscribeConfig("Gain", ignore, KAL_CONFIG_GROUP_AUDIO);
-  facade.BindConfig(
-      "Load", [](const KalConfigEvent&) { return ConfigData(5); }, KAL_CONFIG_GROUP_METRICS);
+  facade.BindConfig("Load", [](const KalConfigEvent&) { return ConfigData(5); }, KAL_CONFIG_GROUP_METRICS);
   facade.UnsubscribeConfig("Gain", KAL_CONFIG_GROUP_AUDIO);
   config->SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", ignore, nullptr, false);
   facade.SetKalConfig("MaxFps", 60);

@@ -54,14 +54,18 @@ TEST(FuncTracer, DoesNotTellOfLeavingWhenTheMaskIsBelowItsLevelByThen) {
 
 TEST(FuncTracer, ToleratesANullText) {
   TraceLog log(2);
-  { CCmUtilFuncTracer tracer(0, nullptr); }
+  {
+    CCmUtilFuncTracer tracer(0, nullptr);
+  }
   ASSERT_EQ(log.Lines().size(), 2u);
   EXPECT_EQ(log.Lines()[0].text, " enter");
 }
 
 TEST(FuncTracer, CutsALongTextAtTheEndOfALine) {
   TraceLog log(2);
-  { CCmUtilFuncTracer tracer(2, std::string(5000, 'x').c_str()); }
+  {
+    CCmUtilFuncTracer tracer(2, std::string(5000, 'x').c_str());
+  }
   ASSERT_EQ(log.Lines().size(), 2u);
   EXPECT_EQ(log.Lines()[0].text, std::string(1023, 'x'));
 }

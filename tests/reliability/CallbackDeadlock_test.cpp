@@ -103,9 +103,8 @@ const Action kActions[] = {
      }},
     {"binds",
      [](Stage& stage) {
-       EXPECT_NE(stage.facade.BindConfig(
-                     "quiet", [](const KalConfigEvent&) { return ConfigData(1); }, kGroup),
-                 0U);
+       EXPECT_NE(
+           stage.facade.BindConfig("quiet", [](const KalConfigEvent&) { return ConfigData(1); }, kGroup), 0U);
      }},
     {"removes a binding",
      [](Stage& stage) { EXPECT_EQ(stage.other->UnsubscribeConfig("bound", kGroup), kResultOk); }},

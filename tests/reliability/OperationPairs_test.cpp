@@ -124,8 +124,7 @@ const Operation kOperations[] = {
      [](Stage& stage) {
        KalConfigHelper facade;
        facade.SubscribeConfig("direct", stage.Tell(), kGroup);
-       facade.BindConfig(
-           "leaf", [](const KalConfigEvent&) { return ConfigData(1); }, kLeafGroup);
+       facade.BindConfig("leaf", [](const KalConfigEvent&) { return ConfigData(1); }, kLeafGroup);
        facade.SetCallId(kCall);
      }},
     {"Toggle",

@@ -92,8 +92,8 @@ fnConfigChangedCallBack SoakComponent::makeCallback(KalConfigHelper& used) {
         used.GetDynamicConfig(event.m_name.c_str(), kBoundGroup);
         break;
       case 3:
-        used.UnsubscribeConfig(used.SubscribeConfig(
-            "from a callback", [](const KalConfigEvent&) {}, kLeafGroup));
+        used.UnsubscribeConfig(
+            used.SubscribeConfig("from a callback", [](const KalConfigEvent&) {}, kLeafGroup));
         break;
       default:
         break;

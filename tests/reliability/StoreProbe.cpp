@@ -29,8 +29,8 @@ void UseFromAnotherThread(IKalConfig& store) {
   std::thread([&] {
     constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_COMMON;
     int told = 0;
-    const SubscribeId_t subscription = store.SubscribeConfig(
-        kGroup, "probe", [&](const KalConfigEvent&) { ++told; }, nullptr, false);
+    const SubscribeId_t subscription =
+        store.SubscribeConfig(kGroup, "probe", [&](const KalConfigEvent&) { ++told; }, nullptr, false);
     const SubscribeId_t binding =
         store.BindConfig(kGroup, "probe", [](const KalConfigEvent&) { return ConfigData(2); });
     EXPECT_NE(subscription, 0U);

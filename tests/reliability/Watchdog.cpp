@@ -38,7 +38,7 @@ Watchdog::Watchdog(std::chrono::milliseconds limit) {
   // The first call loads what the handler needs, which a handler may not do.
   std::array<void*, 1> frame{};
   backtrace(frame.data(), 1);
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = &printStack;
   action.sa_flags = SA_RESTART;
   sigaction(SIGUSR1, &action, nullptr);

@@ -76,10 +76,8 @@ TEST_F(StoreAllocations, OfAPostOrAHandOverAreTheEventAndTheCallbacksCopy) {
     m_store.RemoveKalConfigByGroup(kAudio);
     Set("small", "0");
     Set("large", "0");
-    Subscribe(
-        "small", [this](const KalConfigEvent&) { (void)this; }, &thread, async);
-    Subscribe(
-        "large", [large](const KalConfigEvent&) { (void)large; }, &thread, async);
+    Subscribe("small", [this](const KalConfigEvent&) { (void)this; }, &thread, async);
+    Subscribe("large", [large](const KalConfigEvent&) { (void)large; }, &thread, async);
   }
   Set("small", 2);  // The subscribers changed: after that, the first set collects them.
   Set("large", 2);

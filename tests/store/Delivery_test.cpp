@@ -175,8 +175,7 @@ TEST_F(StoreDelivery, TellsMoreSubscribersThanFitTheStack) {
 }
 
 TEST_F(StoreDelivery, ReachesANestedSetOfAnotherNameFromTheRunThread) {
-  Subscribe(
-      "outer", [&](const KalConfigEvent&) { Set("inner", "1"); }, &m_thread, false);
+  Subscribe("outer", [&](const KalConfigEvent&) { Set("inner", "1"); }, &m_thread, false);
   Subscribe("inner", m_told.Callback(), &m_thread, false);
   Set("outer", "1");
   ASSERT_EQ(1U, m_told.Count());

@@ -50,8 +50,8 @@ class StoreFailedAllocations : public ::testing::Test {
         for (int group = 0; group < 13; ++group) {
           const auto other = static_cast<KalConfigGroup>(group);
           EXPECT_EQ(kResultNobody, store.SetKalConfig(other, "later", "1", false, false));
-          const SubscribeId_t id = store.SubscribeConfig(
-              other, "later", [](const KalConfigEvent&) {}, nullptr, false);
+          const SubscribeId_t id =
+              store.SubscribeConfig(other, "later", [](const KalConfigEvent&) {}, nullptr, false);
           EXPECT_NE(0U, id);
           EXPECT_EQ(kResultOk, store.SetKalConfig(other, "later", "2", false, false));
           EXPECT_EQ(kResultOk, store.UnsubscribeConfig(id));

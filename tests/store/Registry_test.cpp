@@ -202,8 +202,7 @@ TEST_F(StoreRegistry, MayBeCalledByWhatItDestroys) {
       seen = GetKalConfigSizeForUT();
       released = ReleaseKalConfig(store);
     });
-    store->SubscribeConfig(
-        KAL_CONFIG_GROUP_AUDIO, "name", [token](const KalConfigEvent&) {}, nullptr, false);
+    store->SubscribeConfig(KAL_CONFIG_GROUP_AUDIO, "name", [token](const KalConfigEvent&) {}, nullptr, false);
     token.reset();
     seen = 99;
     if (way == 0) {
@@ -229,8 +228,7 @@ TEST_F(StoreRegistry, MayBeCalledByWhatItDestroys) {
     std::fputs(isGone ? "called in" : "still there", stderr);
   };
   std::shared_ptr<int> token(new int, callIn);
-  store->SubscribeConfig(
-      KAL_CONFIG_GROUP_AUDIO, "name", [token](const KalConfigEvent&) {}, nullptr, false);
+  store->SubscribeConfig(KAL_CONFIG_GROUP_AUDIO, "name", [token](const KalConfigEvent&) {}, nullptr, false);
   token.reset();
   std::exit(0);
 }

@@ -289,8 +289,8 @@ TEST_F(StoreRemoval, DoesNotStopWhatWasPostedBefore) {
   Post(thread, [&] { go.Wait(); });
   Recorder told;
   auto captured = std::make_shared<int>(1);
-  const SubscribeId_t id = Subscribe(
-      "name", [&told, captured](const KalConfigEvent& event) { told.Add(event); }, &thread, true);
+  const SubscribeId_t id =
+      Subscribe("name", [&told, captured](const KalConfigEvent& event) { told.Add(event); }, &thread, true);
   Set("name", "1");
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
   EXPECT_EQ(0U, told.Count());

@@ -46,7 +46,9 @@ TEST_F(Scope, RemovesAgainWhatWasAbsent) {
 
 TEST_F(Scope, PutsBackTheTextOfNoCharacters) {
   m_facade.SetKalConfig("Device", "", KAL_CONFIG_GROUP_AUDIO);
-  { const ScopedConfig scope(m_facade, KAL_CONFIG_GROUP_AUDIO, "Device", "headset"); }
+  {
+    const ScopedConfig scope(m_facade, KAL_CONFIG_GROUP_AUDIO, "Device", "headset");
+  }
   EXPECT_TRUE(m_facade.HaveKalConfig("Device", KAL_CONFIG_GROUP_AUDIO));
 }
 
@@ -54,7 +56,9 @@ TEST_F(Scope, Nests) {
   const ScopedConfig outer(*m_call, kMaxFps, 20);
   {
     const ScopedConfig inner(m_facade, kMaxFps, 10);
-    { const ScopedConfig innermost(*m_call, kMaxFps, 5); }
+    {
+      const ScopedConfig innermost(*m_call, kMaxFps, 5);
+    }
     EXPECT_EQ(kMaxFps.Get(*m_call), 10);
   }
   EXPECT_EQ(kMaxFps.Get(*m_call), 20);
@@ -64,10 +68,14 @@ TEST_F(Scope, TellsSubscribersOfBothSetsButNotOfARemoval) {
   std::vector<int> told;
   const auto subscription =
       kMaxFps.Subscribe(*m_call, [&](const ConfigReading<int>& reading) { told.push_back(reading.value); });
-  { const ScopedConfig scope(*m_call, kMaxFps, 5); }
+  {
+    const ScopedConfig scope(*m_call, kMaxFps, 5);
+  }
   EXPECT_EQ(told, std::vector<int>({5}));
   kMaxFps.Set(*m_call, 15);
-  { const ScopedConfig scope(*m_call, kMaxFps, 6); }
+  {
+    const ScopedConfig scope(*m_call, kMaxFps, 6);
+  }
   EXPECT_EQ(told, std::vector<int>({5, 15, 6, 15}));
 }
 

@@ -9,7 +9,7 @@ namespace {
 struct Series {
   const char* name;
   const char* style;
-  double Sample::*member;
+  double Sample::* member;
 };
 
 struct Plot {

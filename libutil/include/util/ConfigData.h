@@ -50,8 +50,8 @@ class UTIL_API ConfigData {
   ConfigData(std::string text) noexcept : m_text(std::move(text)), m_valid(true) {}
   /// No other pointer is a value; without this, each would count as a flag.
   template <class T>
-  requires(!std::is_same_v<std::remove_cv_t<T>, char>) ConfigData(T*)
-  = delete;
+    requires(!std::is_same_v<std::remove_cv_t<T>, char>)
+  ConfigData(T*) = delete;
 
   /// Copies the text.
   ConfigData(const ConfigData&) = default;
