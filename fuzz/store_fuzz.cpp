@@ -22,8 +22,8 @@
 #include "tessel/KalConfig.h"
 #include "tessel/KalConfigHelper.h"
 #include "tessel/KalConfigRegistry.h"
+#include "tessel/post.h"
 #include "util/ACmThread.h"
-#include "util/ICmEvent.h"
 
 namespace {
 
@@ -51,18 +51,6 @@ Threads& SharedThreads() {
   static Threads threads;
   return threads;
 }
-
-class Work : public ICmEvent {
- public:
-  explicit Work(std::function<void()> work) : m_work(std::move(work)) {}
-  int OnEventFire() override {
-    m_work();
-    return 0;
-  }
-
- private:
-  const std::function<void()> m_work;
-};
 
 const char* NameOf(const Text& name) {
   return name ? name->c_str() : nullptr;
@@ -273,7 +261,7 @@ class World {
   }
   /// Waits for what was posted; then the log of posted events is complete.
   void Drain() {
-    FUZZ_EQUAL(SharedThreads().running.GetEventQueue()->SendEvent(new Work([] {}), 0), 0);
+    FUZZ_EQUAL(kalStore::Send(SharedThreads().running, [] {}), 0);
     FUZZ_CHECK(m_told.posted == m_expected.posted);
     m_told.posted.clear();
     m_expected.posted.clear();
@@ -420,7 +408,7 @@ class World {
     if (!facade || facade->model.Store() == nullptr || facade->model.Store()->HasHandedOver()) return;
     Drain();
     std::binary_semaphore gate(0);
-    SharedThreads().running.GetEventQueue()->PostEvent(new Work([&gate] { gate.acquire(); }), 128, 0);
+    kalStore::Post(SharedThreads().running, [&gate] { gate.acquire(); });
     SetThroughFacade(*facade, group, name, value, true, false);
     std::erase_if(m_expected.posted, [&](const Told& told) { return facade->model.Owns(told.tag); });
     EndFacade(facade);

@@ -7,7 +7,7 @@
 #include "Change.h"
 #include "Colour.h"
 #include "ConfigPath.h"
-#include "util/ICmEvent.h"
+#include "tessel/post.h"
 
 namespace {
 
@@ -23,12 +23,6 @@ void PrintEvent(const kalStore::KalConfigEvent& event, Watcher::Form form, const
             << thread << ")\n"
             << std::flush;
 }
-
-// Comes up in the queue after all that was posted before it.
-class QueueEnd : public ICmEvent {
- public:
-  int OnEventFire() override { return 0; }
-};
 
 }  // namespace
 
@@ -58,5 +52,5 @@ void Watcher::Watch(kalStore::KalConfigGroup group, const std::string& name) {
 }
 
 void Watcher::Drain() {
-  if (m_worker) m_worker->GetEventQueue()->SendEvent(new QueueEnd, 0);
+  if (m_worker) kalStore::Send(*m_worker, [] {});
 }

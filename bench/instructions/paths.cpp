@@ -12,6 +12,7 @@
 #include "tessel/CKalTessel.h"
 #include "tessel/IKalVideoInfo.h"
 #include "tessel/json.h"
+#include "tessel/post.h"
 #include "trace/TraceLine.h"
 #include "util/util.h"
 
@@ -70,31 +71,22 @@ Stage* g_stage = nullptr;
 class Hold {
  public:
   Hold() {
-    g_stage->thread.GetEventQueue()->PostEvent(new Event(*this), 0, 0);
+    const auto hold = [this] {
+      m_held.release();
+      m_go.acquire();
+      m_ended.release();
+    };
+    kalStore::Post(g_stage->thread, hold, 0);
     m_held.acquire();
   }
   /// Lets the thread go, and waits until it has run what is queued.
   ~Hold() {
     m_go.release();
     m_ended.acquire();
-    g_stage->thread.GetEventQueue()->SendEvent(new Nothing, 0);
+    kalStore::Send(g_stage->thread, [] {});
   }
 
  private:
-  struct Nothing : ICmEvent {
-    int OnEventFire() override { return 0; }
-  };
-  struct Event : ICmEvent {
-    explicit Event(Hold& hold) : m_hold(hold) {}
-    int OnEventFire() override {
-      m_hold.m_held.release();
-      m_hold.m_go.acquire();
-      m_hold.m_ended.release();
-      return 0;
-    }
-    Hold& m_hold;
-  };
-
   std::binary_semaphore m_held{0};
   std::binary_semaphore m_go{0};
   std::binary_semaphore m_ended{0};

@@ -3,7 +3,7 @@
 /// @file
 /// Everything that libtessel.so offers: settings per call, statistics per call, JSON, stopwatches, trace
 /// helpers. Typed settings, and handles that release themselves, are headers alone: include "tessel/typed.h"
-/// beside it.
+/// beside it; "tessel/post.h" runs functions on an ACmThread.
 
 /// @namespace kalStore
 /// Settings and statistics per call.

@@ -3,6 +3,7 @@
 // What a fragment of the documentation may use without saying so.
 
 #include <gtest/gtest.h>
+#include <tessel/post.h>
 #include <tessel/tessel.h>
 #include <tessel/typed.h>
 #include <util/util.h>

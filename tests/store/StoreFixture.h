@@ -13,6 +13,7 @@
 
 #include "support/TraceLog.h"
 #include "tessel/KalConfig.h"
+#include "tessel/post.h"
 
 namespace kalStore {
 
@@ -89,26 +90,6 @@ class Gate {
   std::condition_variable m_changed;
   bool m_open = false;
 };
-
-/// An event that runs a function.
-class FunctionEvent : public ICmEvent {
- public:
-  explicit FunctionEvent(std::function<void()> function) : m_function(std::move(function)) {}
-  int OnEventFire() override {
-    m_function();
-    return 0;
-  }
-
- private:
-  const std::function<void()> m_function;
-};
-
-inline void Post(ACmThread& thread, std::function<void()> function) {
-  thread.GetEventQueue()->PostEvent(new FunctionEvent(std::move(function)), 128, 0);
-}
-inline void Send(ACmThread& thread, std::function<void()> function) {
-  thread.GetEventQueue()->SendEvent(new FunctionEvent(std::move(function)), 0);
-}
 
 class StoreTest : public ::testing::Test {
  protected:

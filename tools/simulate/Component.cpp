@@ -5,25 +5,9 @@
 #include <system_error>
 #include <utility>
 
-#include "util/ICmEvent.h"
+#include "tessel/post.h"
 
 namespace simulate {
-
-namespace {
-
-class Task : public ICmEvent {
- public:
-  explicit Task(std::function<void()> run) : m_run(std::move(run)) {}
-  int OnEventFire() override {
-    m_run();
-    return 0;
-  }
-
- private:
-  const std::function<void()> m_run;
-};
-
-}  // namespace
 
 void Component::Start() {
   if (const int error = m_thread.Start(); error != 0) {
@@ -46,13 +30,11 @@ void Component::Tick() {
 }
 
 void Component::Post(std::function<void()> task) {
-  if (ICmEventQueue* const queue = m_thread.GetEventQueue()) {
-    queue->PostEvent(new Task(std::move(task)), ICmEventQueue::kDefaultPriority, 0);
-  }
+  kalStore::Post(m_thread, std::move(task));
 }
 
 void Component::Drain() {
-  if (ICmEventQueue* const queue = m_thread.GetEventQueue()) queue->SendEvent(new Task([] {}), 0);
+  kalStore::Send(m_thread, [] {});
 }
 
 }  // namespace simulate
