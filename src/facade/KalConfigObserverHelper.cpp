@@ -1,13 +1,12 @@
 #include "facade/KalConfigObserverHelper.h"
 
-#include <sched.h>
-
 #include <exception>
 #include <iterator>
 #include <limits>
 #include <string_view>
 #include <utility>
 
+#include "store/WaitClock.h"
 #include "trace/Assertion.h"
 #include "trace/TraceLine.h"
 
@@ -235,7 +234,7 @@ bool KalConfigObserverHelper::waitForCallbacks() const {
   const std::atomic_ref<int> inFlight(*m_inFlight);
   for (int left = kCleanYields + 1; inFlight.load() > 0;) {
     if (--left == 0) return false;
-    sched_yield();
+    CurrentWaitClock().yield();
   }
   return true;
 }

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "store/CSwitchThreadEvent.h"
-#include "store/Milliseconds.h"
+#include "store/WaitClock.h"
 #include "trace/TraceLine.h"
 
 namespace kalStore {
@@ -34,7 +34,7 @@ class CallLevel {
 class SlowCallback {
  public:
   bool IsSlow() {
-    if (m_isTraced) m_costMs = NowMs() - m_startMs;
+    if (m_isTraced) m_costMs = CurrentWaitClock().nowMs() - m_startMs;
     return m_costMs > kSlowMs;
   }
   unsigned long CostMs() const { return static_cast<unsigned long>(m_costMs); }
@@ -43,7 +43,7 @@ class SlowCallback {
   static constexpr long kSlowMs = 100;
 
   const bool m_isTraced = IsTraced(1);
-  const long m_startMs = m_isTraced ? NowMs() : 0;
+  const long m_startMs = m_isTraced ? CurrentWaitClock().nowMs() : 0;
   long m_costMs = 0;
 };
 

@@ -1,11 +1,9 @@
 #include <algorithm>
-#include <cerrno>
-#include <ctime>
 #include <utility>
 
 #include "store/DeliverySnapshot.h"
-#include "store/Milliseconds.h"
 #include "store/SessionGroup.h"
+#include "store/WaitClock.h"
 #include "tessel/KalConfig.h"
 #include "trace/Assertion.h"
 #include "trace/TraceLine.h"
@@ -18,12 +16,6 @@ namespace {
 
 constexpr long kRemovalReportMs = 500;
 constexpr long kRemovalCeilingMs = 3000;
-
-void SleepOneMs() {
-  timespec left{.tv_sec = 0, .tv_nsec = 1000000};
-  while (nanosleep(&left, &left) == -1 && errno == EINTR) {
-  }
-}
 
 }  // namespace
 
@@ -197,11 +189,11 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
   // Pairs with FinishDelivery(): what the last callback did happens before the callbacks are emptied here.
   const auto isPending = [&] { return handlerPtr->m_nPendingNotify.load(std::memory_order_acquire) >= 1; };
   if (isPending()) {
-    const long startMs = NowMs();
+    const long startMs = CurrentWaitClock().nowMs();
     long reportMs = startMs;
     do {
-      SleepOneMs();
-      const long nowMs = NowMs();
+      CurrentWaitClock().sleepOneMs();
+      const long nowMs = CurrentWaitClock().nowMs();
       if (nowMs - reportMs > kRemovalReportMs) {
         TESSEL_TRACE(1, "kalStore::KalConfig::unsubscribeConfig",
                      ", " << name << " Waiting for long time..." << Cid{m_callId} << This{this});

@@ -1,0 +1,42 @@
+#include "store/WaitClock.h"
+
+#include <sched.h>
+
+#include <atomic>
+#include <cerrno>
+#include <ctime>
+
+#include "util/clock_policy.h"
+
+namespace kalStore::internal {
+namespace {
+
+long NowMs() {
+  return timer_policy::now() / 1000;
+}
+
+void SleepOneMs() {
+  timespec left{.tv_sec = 0, .tv_nsec = 1000000};
+  while (nanosleep(&left, &left) == -1 && errno == EINTR) {
+  }
+}
+
+void Yield() {
+  sched_yield();
+}
+
+constexpr WaitClock kRealClock{&NowMs, &SleepOneMs, &Yield};
+constinit std::atomic<const WaitClock*> g_clock{&kRealClock};
+
+}  // namespace
+
+const WaitClock& CurrentWaitClock() {
+  // Pairs with SetWaitClock(): the clock is seen as it was when it was set.
+  return *g_clock.load(std::memory_order_acquire);
+}
+
+void SetWaitClock(const WaitClock* clock) {
+  g_clock.store(clock == nullptr ? &kRealClock : clock, std::memory_order_release);
+}
+
+}  // namespace kalStore::internal

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace kalStore::internal {
+
+/// The clock and the pauses of everything that waits: a removal, a facade's teardown, the measure of slow
+/// callbacks. Threads: any.
+struct WaitClock {
+  long (*nowMs)();       ///< Monotonic. The clock itself: a mock time of the meters does not stop a wait.
+  void (*sleepOneMs)();  ///< Between two looks at what is waited for.
+  void (*yield)();       ///< The same without the sleep.
+};
+
+/// The clock in use. Waits read it anew for each step; nothing else does.
+const WaitClock& CurrentWaitClock();
+
+/// Replaces the clock, so that a test moves the time itself; null restores the real one. The clock must
+/// outlive every wait.
+void SetWaitClock(const WaitClock* clock);
+
+}  // namespace kalStore::internal
