@@ -514,12 +514,14 @@ class Registry {
     const auto type =
         static_cast<kalStore::KalTesselEntityType>(input.Flag() ? input.Byte() % 4 : input.Wild());
     const Key key(type, input.Pick(kCallIds));
-    switch (input.Below(4)) {
+    switch (input.Below(5)) {
       case 0:
       case 1:
         return Create(key);
       case 2:
         return Release(key);
+      case 3:
+        return ReleaseObject(key);
       default:
         FUZZ_EQUAL(kalStore::createTesselEntity(key.first, key.second, nullptr), kResultNotFound);
         FUZZ_EQUAL(kalStore::releaseTesselEntity(key.first, key.second, nullptr), -1);
@@ -544,11 +546,23 @@ class Registry {
     Held& held = m_counts.try_emplace(key, Held{entity, 0}).first->second;
     FUZZ_CHECK(held.entity == entity);
     ++held.count;
+    FUZZ_EQUAL(MediaOf(key, entity)->GetCallId(), key.second);
+  }
+
+  static kalStore::IKalMediaInfo* MediaOf(const Key& key, void* entity) {
     const bool isVideo =
         key.first == kalStore::KAL_TESSEL_VIDEO || key.first == kalStore::KAL_TESSEL_CONTENT_VIDEO;
-    kalStore::IKalMediaInfo* media = static_cast<kalStore::IKalAudioInfo*>(entity);
-    if (isVideo) media = static_cast<kalStore::IKalVideoInfo*>(entity);
-    FUZZ_EQUAL(media->GetCallId(), key.second);
+    if (isVideo) return static_cast<kalStore::IKalVideoInfo*>(entity);
+    return static_cast<kalStore::IKalAudioInfo*>(entity);
+  }
+
+  // By the object itself: with the last reference the registry forgets it, too.
+  void ReleaseObject(const Key& key) {
+    const auto found = m_counts.find(key);
+    if (found == m_counts.end()) return;
+    const auto left = static_cast<std::uint32_t>(--found->second.count);
+    FUZZ_EQUAL(dynamic_cast<kal::IKalUnknown*>(MediaOf(key, found->second.entity))->Release(), left);
+    if (left == 0) m_counts.erase(found);
   }
 
   // Which pointer is given does not matter, as long as it is one.

@@ -21,6 +21,11 @@
 
 namespace kalStore {
 
+namespace internal {
+class Registration;
+class ProcessRegistry;
+}  // namespace internal
+
 /// What the statistics object of a call measures.
 enum KalTesselEntityType : std::int32_t {
   KAL_TESSEL_AUDIO = 0,          ///< a KalAudioStatisticInfo
@@ -29,13 +34,16 @@ enum KalTesselEntityType : std::int32_t {
   KAL_TESSEL_CONTENT_AUDIO = 3,  ///< a KalContentAudioStatisticInfo
 };
 
-/// Shares the statistics objects: whoever asks for the same type and call id holds the same object, which is
-/// made for the first and destroyed with the last reference. The registry keeps no reference of its own.
+/// Shares the statistics objects: all who ask for the same type and call id hold the same object. The first
+/// request creates it. With the last reference, given back here or by the object's own Release(), it is
+/// destroyed and its key is no longer registered. The registry has no reference of its own.
 ///
-/// An object is handed out as its media interface: IKalAudioInfo* for types 0 and 3, IKalVideoInfo* for types
-/// 1 and 2. Objects still registered when the registry ends are not released.
+/// An object is handed out as its media interface: IKalAudioInfo* for audio and content audio, IKalVideoInfo*
+/// for video and content video. Objects still registered when the registry ends stay with their holders, who
+/// may release them later.
 ///
-/// @threads Any operation, from any thread; one lock for all.
+/// @threads Any operation, from any thread. One lock serves all, also the end of an object. Trace lines are
+/// written under it: a trace sink may call any operation, but must not wait for another thread that does.
 /// @par Example
 /// @code{.cpp}
 /// CKalTessel registry;
@@ -54,57 +62,51 @@ class TESSEL_API CKalTessel {
   CKalTessel(const CKalTessel&) = delete;
   CKalTessel& operator=(const CKalTessel&) = delete;
 
-  /// Gives the object of the key, made for the first who asks. Throws what making the object throws, and then
-  /// registers nothing.
-  /// @param type  what the object measures
+  /// Finds the object of the key, or creates it. Throws std::bad_alloc, and then registers nothing.
   /// @param callId  any
   /// @return The object, with one reference more for the caller; null for an unknown type.
   void* createOrGetTesselEntity(KalTesselEntityType type, std::uint32_t callId);
 
-  /// Gives one reference to the object of the key back, and forgets the key with the last.
-  /// @param type  the key's
-  /// @param callId  the key's
-  /// @param entity  not null; which object it is does not matter
-  /// @return The references left; -1 when `entity` is null or the key is not registered.
+  /// Gives one reference to the object of the key back.
+  /// @param entity  not null; otherwise ignored: the key names the object
+  /// @return The references left; at 0 the key is no longer registered. -1 when `entity` is null or the key
+  /// is not registered.
   /// @invalidates With the caller's last reference, the object.
   int releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity);
 
-  /// Asks for a key.
-  /// @param type  the key's
-  /// @param callId  the key's
-  /// @return Whether it is registered.
+  /// @return Whether the key is registered.
   bool isTesselEntityExisted(KalTesselEntityType type, std::uint32_t callId);
 
  private:
+  friend class internal::Registration;
+  friend class internal::ProcessRegistry;
   using Key = std::pair<KalTesselEntityType, std::uint32_t>;
-  using Entities = std::map<Key, void*>;
 
-  Entities::iterator find(const Key& key);
   void* registerEntity(KalTesselEntityType type, std::uint32_t callId);
+  void forgetAll();
 
-  // Protected by m_mutex. What was found last is kept, for a call's components come one after the other.
-  Entities m_entities;
-  Entities::iterator m_found = m_entities.end();
+  std::map<Key, void*> m_entities;  // Protected by m_mutex.
   CCmMutexThreadRecursive m_mutex;
 };
 
-/// The process's registry.
+/// The process's registry. Static objects may use it in their constructors and destructors. It is emptied
+/// when the process exits.
 extern TESSEL_API CKalTessel kalTesselInstant;
 
 extern "C" {
 
-/// createOrGetTesselEntity() of the process's registry. Pair each success with one releaseTesselEntity().
-/// @param type  what the object measures
+/// createOrGetTesselEntity() of the process's registry. Pair each success with one releaseTesselEntity(), or
+/// with one Release() of the object.
 /// @param callId  any
-/// @param out  receives the object: an IKalAudioInfo* for types 0 and 3, an IKalVideoInfo* for 1 and 2
-/// @return 0; 0x46004001 when `out` is null, and for an unknown type, with `*out` null.
+/// @param out  receives the object: an IKalAudioInfo* for audio and content audio, an IKalVideoInfo* for
+/// video and content video
+/// @return kResultOk; kResultNotFound when `out` is null, and for an unknown type, with `*out` null.
 TESSEL_API int createTesselEntity(KalTesselEntityType type, std::uint32_t callId, void** out);
 
 /// releaseTesselEntity() of the process's registry.
-/// @param type  the object's
-/// @param callId  the id that it was asked for by
-/// @param entity  not null; which object it is does not matter
-/// @return The references left; -1 when `entity` is null or nothing is registered.
+/// @param callId  the id that the object was created with, also after a reset() to another id
+/// @param entity  not null; otherwise ignored: type and call id name the object
+/// @return The references left; -1 when `entity` is null or the key is not registered.
 /// @invalidates With the caller's last reference, the object.
 TESSEL_API int releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity);
 

@@ -11,10 +11,11 @@ namespace kalStore {
 /// The sent audio of one call and its received streams, 0 to 19. The Tx block and each stream's Rx block are
 /// an st_KalAudioBlock, 260 bytes.
 ///
-/// A resetting GetTxMediaInfo() sets the noise and speech levels to -100, the last two AEC levels to 0, and
-/// `stat112` to 20, after it has copied the block.
+/// A resetting GetTxMediaInfo() takes the levels of the interval: it leaves -100 in the noise and speech
+/// levels, 0 in the last two AEC levels, and 20 in `stat112`.
 ///
-/// Setters assign the members named; they cannot fail. A stream index outside 0 to 19 changes nothing.
+/// A setter assigns the members that its comment names, and cannot fail. A stream index outside 0 to 19
+/// changes nothing.
 ///
 /// @par Example
 /// @code{.cpp}
@@ -37,17 +38,14 @@ class TESSEL_API IKalAudioInfo : public IKalMediaInfo {
  public:
   /// Tx `codecStat0`, `stat4`, `encodeDropMs`, `codecStat16`, `codecStat24`, and `codecCode` from the payload
   /// type.
-  /// @param codec  read during the call alone
   virtual void updateSendCodecInfo(st_KalAudioCodecStatisticsInfo& codec) = 0;
   /// Tx `bitrate`.
   /// @param bitrate  bits per second
   virtual void updateTxBitRate(std::uint32_t bitrate) = 0;
   /// Rx `bitrate`.
-  /// @param stream  0 to 19; any other changes nothing
   /// @param bitrate  bits per second
   virtual void updateRxBitRate(std::int32_t stream, std::uint32_t bitrate) = 0;
   /// Tx `unstableEvents`.
-  /// @param count  number of events
   virtual void updateUnstableEventCount(std::uint32_t count) = 0;
   /// Tx `aecLevel`, in the order of the arguments.
   /// @param first  element 0, decibels
@@ -64,31 +62,23 @@ class TESSEL_API IKalAudioInfo : public IKalMediaInfo {
   /// @param second  element 1, decibels; -100 is none
   /// @param third  element 2, decibels; -100 is none
   virtual void updateSpeechLevel(float first, float second, float third) = 0;
-  /// Rx `codecCode`; a type that stands for no codec leaves it as it is.
-  /// @param stream  0 to 19; any other changes nothing
-  /// @param payloadType  RTP payload type, any
+  /// Rx `codecCode`; a payload type without a codec code leaves it as it is.
   virtual void updatePayloadType(std::int32_t stream, KAL_AUDIO_PAYLOAD_TYPE payloadType) = 0;
   /// Rx `lbrrFlag` and `stat4`.
-  /// @param stream  0 to 19; any other changes nothing
   /// @param lbrr  whether low bit-rate redundancy is on
-  /// @param stat4  a bare number
   virtual void updateDecodeInfo(std::int32_t stream, bool lbrr, std::uint32_t stat4) = 0;
   /// Rx `jitterStat8` to `jitterStat48` and `stat112` from `jitter`; `jitterBytes` from the numbers.
-  /// @param stream  0 to 19; any other changes nothing
-  /// @param jitter  read during the call alone
-  /// @param jitter1  a bare number, of which the low 8 bits count
-  /// @param jitter2  a bare number, of which the low 8 bits count
+  /// @param jitter1  a bare number, of which the low 8 bits are stored
+  /// @param jitter2  a bare number, of which the low 8 bits are stored
   virtual void updateJitterBufferStatistics(std::int32_t stream, st_KalAudioJitterBufferStatistics& jitter,
                                             std::int32_t jitter1, std::int32_t jitter2) = 0;
   /// Rx `e2eDelay`, in the order of the arguments.
-  /// @param stream  0 to 19; any other changes nothing
   /// @param first  element 0, milliseconds
   /// @param second  element 1, milliseconds
   /// @param third  element 2, milliseconds
   virtual void updateE2EDelayInfo(std::int32_t stream, std::uint32_t first, std::uint32_t second,
                                   std::uint32_t third) = 0;
   /// Rx `lbrrFlag`.
-  /// @param stream  0 to 19; any other changes nothing
   /// @param lbrr  whether low bit-rate redundancy is on
   virtual void updateCodecStaticsLBRRflag(std::int32_t stream, bool lbrr) = 0;
   /// Tx `lbrrFlag`: the first byte of `codecStat0` alone.
@@ -98,19 +88,19 @@ class TESSEL_API IKalAudioInfo : public IKalMediaInfo {
   /// @param milliseconds  of audio that the encoder dropped
   virtual void updateTxEncodeDropFrameinMS(std::uint32_t milliseconds) = 0;
   /// The stream's A/V-sync record.
-  /// @param stream  0 to 19; any other changes nothing
-  /// @param sync  copied
   virtual void updateAVSyncStatistics(std::int32_t stream, kal::_tagSyncStatistics& sync) = 0;
   /// Copies a stream's Rx block.
   /// @param buffer  receives the st_KalAudioBlock, 260 bytes
   /// @param stream  0 to 19
-  /// @param reset  zeroes the stream's `jitterStat12`, `jitterStat8` and `jitterStat16` afterwards
-  /// @return 0; 0x46004001 when `buffer` is null or there is no such stream, with nothing copied.
+  /// @param reset  takes the stream's `jitterStat12`, `jitterStat8` and `jitterStat16`, and leaves 0 in them
+  /// @return kResultOk; kResultNotFound when `buffer` is null or there is no such stream, with nothing
+  /// copied.
   virtual std::int32_t GetRxAudioInfo(void* buffer, std::int32_t stream, bool reset) = 0;
   /// Copies a stream's A/V-sync record.
   /// @param buffer  receives the kal::_tagSyncStatistics, 120 bytes
   /// @param stream  0 to 19
-  /// @return 0; 0x46004001 when `buffer` is null or there is no such stream, with nothing copied.
+  /// @return kResultOk; kResultNotFound when `buffer` is null or there is no such stream, with nothing
+  /// copied.
   virtual std::int32_t GetAVSyncInfo(void* buffer, std::int32_t stream) = 0;
 };
 

@@ -7,7 +7,7 @@
 
 namespace kal {
 
-/// The references of a shared object, and its interfaces.
+/// The reference count of a shared object, and its interfaces.
 /// @threads Any operation, from any thread.
 /// @lifetime The object ends with its last reference.
 /// @par Example
@@ -29,12 +29,13 @@ class TESSEL_API IKalUnknown {
   /// Gives a reference back.
   /// @pre The caller holds a reference.
   /// @return The new count (low 32 bits).
+  /// At 0 the object is destroyed. A registry that handed it out forgets it, under the registry's lock.
   /// @invalidates At 0, the object.
   virtual std::uint32_t Release() = 0;
   /// Asks for an interface.
-  /// @param iid  which; of the statistics objects: kStatisticsInterfaceId
+  /// @param iid  the interface's; the statistics objects know kStatisticsInterfaceId
   /// @param ppv  receives the interface, with one reference more; null for an unknown `iid`
-  /// @return 0; 0x46004005 for an unknown `iid`; 0x46004006 when `ppv` is null.
+  /// @return kResultOk; kResultNoInterface for an unknown `iid`; kResultNullOutput when `ppv` is null.
   virtual std::int32_t QueryInterface(const _tagUUID& iid, void** ppv) = 0;
   /// @return The count at this moment (low 32 bits), for reports.
   virtual std::uint32_t GetReference() = 0;
@@ -47,7 +48,7 @@ class TESSEL_API IKalUnknown {
 
 namespace kalStore {
 
-/// The one interface that the statistics objects can be asked for, their kal::CKalUnknownImpl:
+/// The interface that the statistics objects can be asked for, their kal::CKalUnknownImpl:
 /// 00000000-2013-0114-0123-456789ABCDEF.
 inline constexpr kal::_tagUUID kStatisticsInterfaceId{
     0x00000000, 0x2013, 0x0114, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};

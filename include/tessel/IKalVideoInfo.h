@@ -12,12 +12,13 @@ namespace kalStore {
 ///
 /// A resetting GetTxMediaInfo() reports for each layer below the stream count what happened since the
 /// previous one: `counterDelta` and `idrRequestsDelta` (the counters themselves stay cumulative),
-/// `configChanges` and `idrReasons`. It then zeroes the layers' interval members and sets the noise level to
+/// `configChanges` and `idrReasons`. It takes the layers' interval members and leaves 0 in them, and takes
+/// the noise level and leaves
 /// -1.
 ///
-/// Setters assign the members named; they cannot fail. A layer index outside 0 to 5 touches no layer, and of
-/// a count above 6 the first six layers are taken; from an array that is null nothing is copied. The plain
-/// numbers of such a call are stored all the same. Arrays are read during the call alone.
+/// A setter assigns the members that its comment names, and cannot fail. A layer index outside 0 to 5 touches
+/// no layer. Of a count above 6 the first six layers are written. Nothing is copied from a null array. The
+/// plain numbers of such a call are stored all the same. Arrays are read only during the call.
 ///
 /// @par Example
 /// @code{.cpp}
@@ -46,13 +47,10 @@ class TESSEL_API IKalVideoInfo : public IKalMediaInfo {
   /// @param fps  frames per second
   virtual void UpdateVideoEncBitrateFps(std::uint32_t bitrate, std::uint32_t bitrate2, float fps) = 0;
   /// `frameSize`, `frameSize2`, `downType`.
-  /// @param frameSize  a bare number
-  /// @param frameSize2  a bare number
   /// @param downType  how pictures are scaled down, any
   virtual void UpdateVideoEncFSAndDownType(std::uint32_t frameSize, std::uint32_t frameSize2,
                                            kal::KalVideoResDownType downType) = 0;
   /// `performanceWarnings`.
-  /// @param count  number of warnings
   virtual void UpdatePerformanceWarnCnt(std::int32_t count) = 0;
   /// Raises `noiseLevel`; a lower level than the stored one changes nothing.
   /// @param level  a bare number; -1 is none
@@ -71,22 +69,19 @@ class TESSEL_API IKalVideoInfo : public IKalMediaInfo {
   /// @param count  number of layers, 1 to 6; any other changes nothing
   virtual void UpdateEncodeControlTargetFps(float* fps, std::int32_t count) = 0;
   /// `process1`, `process2`.
-  /// @param first  a bare number
-  /// @param second  a bare number
   virtual void UpdateVideoProcessInfo(std::int32_t first, std::int32_t second) = 0;
-  /// Zeroes the Tx block and forgets what the previous resetting read reported; the call id stays.
+  /// Zeroes the Tx block, the noise level included, and forgets what was reported last; the call id stays.
   virtual void resetTxVideoStatisticInfo() = 0;
   /// `av1Metric`, `av1Name1`, `av1Name2`.
-  /// @param value  a bare number
-  /// @param name1  cut to 15 characters; null counts as ""
-  /// @param name2  cut to 63 characters; null counts as ""
+  /// @param name1  the first 15 characters are stored; null is ""
+  /// @param name2  the first 63 characters are stored; null is ""
   virtual void UpdateAV1Metrics(std::int32_t value, const char* name1, const char* name2) = 0;
   /// `idrRequests` of the block, and of layer `index` from streams[index]; with `all`, of layers 0 to
   /// index-1.
   /// @param count  IDR frames asked for, all layers
   /// @param streams  at least `index` + 1 elements, with `all` `index`; null: nothing is copied
   /// @param index  0 to 5; with `all` a count, 0 to 6
-  /// @param all  whether layers below `index` are meant
+  /// @param all  whether all layers below `index` are updated
   virtual void UpdateVideoEncIdrReqNum(std::uint32_t count, st_KalVideoStreamStatInfo* streams,
                                        std::int32_t index, bool all) = 0;
   /// `idrSent` of the block, and `idrSent` and `idrReasons` of layer `index` from streams[index].
@@ -106,15 +101,13 @@ class TESSEL_API IKalVideoInfo : public IKalMediaInfo {
   virtual void UpdateProfile(std::uint32_t* profiles, std::int32_t count) = 0;
   /// `activeStreams`, and `codecCode` through mapToKALCodec().
   /// @param streamCount  streams in use, stored as given
-  /// @param codec  any
   virtual void UpdateEncodeParam(std::int32_t streamCount, kal::KalVideoCodecType codec) = 0;
-  /// All that UpdateStreamsInfo() takes of a stream, and its identifying words, codec, `counter`,
-  /// `idrRequests` and `idrSent`, for layer `index` from streams[index]; then `encodedFrames`. `clear` then
-  /// sets the layer's interval members to 0, and its counters are reported in full by the next reset.
+  /// For layer `index` from streams[index]: all that UpdateStreamsInfo() copies of a stream, and the
+  /// identifying words, codec, `counter`, `idrRequests` and `idrSent`; then `encodedFrames`. With `clear` the
+  /// layer's interval members are then 0, and the next resetting read reports its counters in full.
   /// @param streams  at least `index` + 1 elements; null: nothing is copied
   /// @param index  0 to 5
   /// @param clear  starts a new interval for the layer
-  /// @param encodedFrames  frames
   virtual void UpdateOneVideoLayerInfo(st_KalVideoStreamStatInfo* streams, std::int32_t index, bool clear,
                                        std::uint32_t encodedFrames) = 0;
   /// `activeStreams`, and for layers 0 to count-1 the last two identifying words and the measured members of
@@ -127,22 +120,12 @@ class TESSEL_API IKalVideoInfo : public IKalMediaInfo {
   /// @param count  number of layers, 0 to 6
   virtual void UpdateVideoConfigureChange(st_KalVideoStreamStatInfo* streams, std::int32_t count) = 0;
   /// `encodedFrames`.
-  /// @param count  frames
   virtual void UpdateVideoEncFrameCnt(std::uint32_t count) = 0;
   /// `capturedFrames`.
-  /// @param count  frames
   virtual void UpdateVideoCapturedFrameCnt(std::uint32_t count) = 0;
   /// `framesFedToEncoder`.
-  /// @param count  frames
   virtual void UpdateVideoFeedToEncoderFramesCnt(std::uint32_t count) = 0;
   /// `other1`, `other2`, `other3`, `codecCode` through mapToKALCodec(), `other5`, `other6`, `other7`.
-  /// @param other1  a bare number
-  /// @param other2  a bare number
-  /// @param other3  a bare number
-  /// @param codec  any
-  /// @param other5  a bare number
-  /// @param other6  a bare number
-  /// @param other7  a bare number
   virtual void UpdateVideoEncOtherInfo(float other1, float other2, std::uint32_t other3,
                                        kal::KalVideoCodecType codec, unsigned long other5,
                                        std::int32_t other6, std::uint32_t other7) = 0;

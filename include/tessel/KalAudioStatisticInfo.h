@@ -4,6 +4,7 @@
 
 #include "tessel/IKalAudioInfo.h"
 #include "tessel/IKalUnknown.h"
+#include "tessel/StatisticsRegistration.h"
 #include "tessel/export.h"
 
 /// The audio statistics of one call; made by createTesselEntity(). Operations: see IKalAudioInfo,
@@ -51,9 +52,12 @@ class TESSEL_API KalAudioStatisticInfo : public kalStore::IKalAudioInfo,
   std::int32_t QueryInterface(const kal::_tagUUID& iid, void** ppv) override;
 
  private:
+  friend struct kalStore::internal::EntityParts;
+
   kalStore::st_KalAudioBlock m_txBlock{};
   kalStore::st_KalAudioBlock m_rxBlocks[kalStore::kAudioStreamCount]{};
   kal::_tagSyncStatistics m_syncRecords[kalStore::kAudioStreamCount]{};
+  kalStore::internal::Registration m_registration;
 };
 
 namespace kalStore {

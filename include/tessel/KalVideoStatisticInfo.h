@@ -4,6 +4,7 @@
 
 #include "tessel/IKalUnknown.h"
 #include "tessel/IKalVideoInfo.h"
+#include "tessel/StatisticsRegistration.h"
 #include "tessel/export.h"
 
 /// The video statistics of one call; made by createTesselEntity(). Operations: see IKalVideoInfo,
@@ -60,7 +61,9 @@ class TESSEL_API KalVideoStatisticInfo : public kalStore::IKalVideoInfo,
   std::int32_t QueryInterface(const kal::_tagUUID& iid, void** ppv) override;
 
  private:
-  // A layer's counters as the last resetting read left them.
+  friend struct kalStore::internal::EntityParts;
+
+  // A layer's counters as they were reported last.
   struct LayerSnapshot {
     std::uint32_t counter;
     std::uint32_t idrRequests;
@@ -68,10 +71,11 @@ class TESSEL_API KalVideoStatisticInfo : public kalStore::IKalVideoInfo,
     std::uint32_t idrReasons[11];
   };
 
-  void reportInterval(kalStore::st_KalVideoTxBlock& copy);
-  void clearInterval(int index);
+  void reportInterval(kalStore::st_KalVideoTxBlock& report);
+  void takeInterval(int index, kalStore::st_KalVideoLayer& out);
 
   LayerSnapshot m_snapshots[kalStore::kVideoLayerCount]{};
+  kalStore::internal::Registration m_registration;
 };
 
 namespace kalStore {

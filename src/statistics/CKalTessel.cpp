@@ -1,7 +1,9 @@
 #include "tessel/CKalTessel.h"
 
+#include <atomic>
 #include <memory>
 
+#include "statistics/ProcessRegistry.h"
 #include "tessel/KalContentAudioStatisticInfo.h"
 #include "tessel/KalContentVideoStatisticInfo.h"
 #include "trace/TraceLine.h"
@@ -12,7 +14,10 @@ using namespace internal;
 
 namespace {
 
-// Holds the lock if it can be had. A failed lock keeps nobody from the statistics.
+// Objects that are ending: each may use the registry that it is registered with.
+constinit std::atomic<int> g_ending{0};
+
+// Holds the lock if it can be had; a call goes on without it otherwise.
 class Guard {
  public:
   explicit Guard(CCmMutexThreadBase& mutex) : m_mutex(mutex), m_isLocked(mutex.Lock() == 0) {}
@@ -45,16 +50,34 @@ bool IsVideo(KalTesselEntityType type) {
   return type == KAL_TESSEL_VIDEO || type == KAL_TESSEL_CONTENT_VIDEO;
 }
 
-// The pointer that stands for an object outside: its media's own interface.
+// The pointer that callers receive: the interface of the object's media.
 void* EntityOf(KalTesselEntityType type, IKalMediaInfo* object) {
   if (IsVideo(type)) return static_cast<IKalVideoInfo*>(object);
   return static_cast<IKalAudioInfo*>(object);
 }
 
-// The counter behind the object's AddRef() and Release(), which only forward to it.
-kal::CKalUnknownImpl& ReferencesOf(KalTesselEntityType type, void* entity) {
-  if (IsVideo(type)) return *static_cast<KalVideoStatisticInfo*>(static_cast<IKalVideoInfo*>(entity));
-  return *static_cast<KalAudioStatisticInfo*>(static_cast<IKalAudioInfo*>(entity));
+}  // namespace
+
+struct internal::EntityParts {
+  kal::CKalUnknownImpl& references;  // What AddRef() and Release() of the object forward to.
+  Registration& registration;
+
+  static EntityParts Of(KalTesselEntityType type, void* entity) {
+    if (IsVideo(type)) return of(static_cast<KalVideoStatisticInfo&>(*static_cast<IKalVideoInfo*>(entity)));
+    return of(static_cast<KalAudioStatisticInfo&>(*static_cast<IKalAudioInfo*>(entity)));
+  }
+
+ private:
+  template <class Object>
+  static EntityParts of(Object& object) {
+    return {object, object.m_registration};
+  }
+};
+
+namespace {
+
+bool IsEnding(KalTesselEntityType type, void* entity) {
+  return EntityParts::Of(type, entity).references.ReferenceCount() == 0;
 }
 
 // The lines are composed out of line, from copies: the frequent paths keep their operands in registers.
@@ -66,7 +89,7 @@ kal::CKalUnknownImpl& ReferencesOf(KalTesselEntityType type, void* entity) {
               << static_cast<int>(type) << ", callId=" << callId;
   if (entity != nullptr) {
     line.Text() << ", pMediaStatInfo=" << entity
-                << ", refCnt=" << ReferencesOf(type, entity).ReferenceCount();
+                << ", refCnt=" << EntityParts::Of(type, entity).references.ReferenceCount();
   }
   line.Text() << This{self};
   line.Emit();
@@ -93,24 +116,49 @@ kal::CKalUnknownImpl& ReferencesOf(KalTesselEntityType type, void* entity) {
 
 }  // namespace
 
-// Made before the other static objects of the library and destroyed after them: what the stores hold at exit
-// may still give statistics objects back.
-__attribute__((init_priority(101))) CKalTessel kalTesselInstant;
+void Registration::Enter(CKalTessel& registry, KalTesselEntityType type, std::uint32_t callId) {
+  m_type = type;
+  m_callId = callId;
+  m_registry.store(&registry);
+}
+
+// The object's count is 0, so nobody holds it. The registry may still come across its entry, under its lock:
+// the object is not freed before that is no longer possible.
+Registration::~Registration() {
+  // A store and then a load here and in ~CKalTessel(), of the same two variables: with sequential consistency
+  // either the registry has already withdrawn, or it sees that this object is ending and waits.
+  g_ending.fetch_add(1);
+  if (CKalTessel* const registry = m_registry.load()) {
+    const Guard guard(registry->m_mutex);
+    const auto place = registry->m_entities.find({m_type, m_callId});
+    if (place != registry->m_entities.end() && &EntityParts::Of(m_type, place->second).registration == this) {
+      registry->m_entities.erase(place);
+    }
+  }
+  if (g_ending.fetch_sub(1) == 1) g_ending.notify_all();
+}
 
 CKalTessel::CKalTessel() = default;
 
-CKalTessel::~CKalTessel() = default;
+// The objects stay with their holders, who may end them at this very moment.
+CKalTessel::~CKalTessel() {
+  forgetAll();
+  for (int ending = g_ending.load(); ending != 0; ending = g_ending.load()) g_ending.wait(ending);
+}
 
-inline CKalTessel::Entities::iterator CKalTessel::find(const Key& key) {
-  if (m_found == m_entities.end() || m_found->first != key) m_found = m_entities.find(key);
-  return m_found;
+void CKalTessel::forgetAll() {
+  const Guard guard(m_mutex);
+  for (const auto& [key, entity] : m_entities) EntityParts::Of(key.first, entity).registration.Leave();
+  m_entities.clear();
 }
 
 void* CKalTessel::createOrGetTesselEntity(KalTesselEntityType type, std::uint32_t callId) {
   const Guard guard(m_mutex);
-  const auto place = find({type, callId});
-  void* const entity = place != m_entities.end() ? place->second : registerEntity(type, callId);
-  if (entity != nullptr) ReferencesOf(type, entity).AddReference();
+  const auto place = m_entities.find({type, callId});
+  void* entity = place != m_entities.end() ? place->second : nullptr;
+  // An object whose last reference is gone is ending on another thread, which waits for the lock.
+  if (entity == nullptr || !EntityParts::Of(type, entity).references.AddReferenceUnlessZero())
+    entity = registerEntity(type, callId);
   if (IsTraced(2)) [[unlikely]]
     TraceCreated(this, type, callId, entity);
   return entity;
@@ -119,22 +167,22 @@ void* CKalTessel::createOrGetTesselEntity(KalTesselEntityType type, std::uint32_
 int createTesselEntity(KalTesselEntityType type, std::uint32_t callId, void** out) {
   if (out == nullptr) return kResultNotFound;
   *out = nullptr;
-  *out = kalTesselInstant.createOrGetTesselEntity(type, callId);
+  *out = ProcessRegistry::Get().createOrGetTesselEntity(type, callId);
   return *out == nullptr ? kResultNotFound : kResultOk;
 }
 
 int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
   const Guard guard(m_mutex);
   if (entity == nullptr) return -1;
-  const auto place = find({type, callId});
-  if (place == m_entities.end()) {
+  const auto place = m_entities.find({type, callId});
+  if (place == m_entities.end() || IsEnding(type, place->second)) {
     if (IsTraced(2)) [[unlikely]]
       TraceUnknown(this, type, callId, entity);
     return -1;
   }
   void* const registered = place->second;
-  const std::uint32_t count = ReferencesOf(type, registered).ReleaseReference();
-  if (count == 0) m_found = m_entities.erase(place);
+  // At 0 the object ends here and takes its entry with it.
+  const std::uint32_t count = EntityParts::Of(type, registered).references.ReleaseReference();
   if (IsTraced(2)) [[unlikely]]
     TraceReleased(this, type, callId, entity, registered, count);
   return static_cast<int>(count);
@@ -142,7 +190,8 @@ int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t call
 
 bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t callId) {
   const Guard guard(m_mutex);
-  return find({type, callId}) != m_entities.end();
+  const auto place = m_entities.find({type, callId});
+  return place != m_entities.end() && !IsEnding(type, place->second);
 }
 
 // Out of line: making an object is the rare case.
@@ -150,7 +199,12 @@ bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t c
   std::unique_ptr<IKalMediaInfo> object = MakeEntity(type, callId);
   if (object == nullptr) return nullptr;
   void*& entity = m_entities[{type, callId}];
-  return entity = EntityOf(type, object.release());
+  if (entity != nullptr) EntityParts::Of(type, entity).registration.Leave();  // It is ending.
+  entity = EntityOf(type, object.release());
+  const EntityParts parts = EntityParts::Of(type, entity);
+  parts.registration.Enter(*this, type, callId);
+  parts.references.AddReference();
+  return entity;
 }
 
 }  // namespace kalStore

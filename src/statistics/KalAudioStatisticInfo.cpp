@@ -2,14 +2,17 @@
 
 #include <optional>
 
+#include "statistics/BlockCopy.h"
 #include "statistics/KalCodec.h"
 #include "statistics/RelaxedAccess.h"
 #include "statistics/StatisticsInterface.h"
-#include "util/bounded_copy.h"
 
 namespace relaxed = kalStore::internal::relaxed;
 using kalStore::kResultNotFound;
 using kalStore::kResultOk;
+using kalStore::st_KalAudioBlock;
+using kalStore::internal::CopyIn;
+using kalStore::internal::CopyOut;
 
 namespace {
 
@@ -31,22 +34,24 @@ void StoreWide(kalStore::st_KalUInt64& member, std::uint64_t value) {
   relaxed::Store(member.high, static_cast<std::uint32_t>(value >> 32));
 }
 
-void StorePayloadType(kalStore::st_KalAudioBlock& block, kalStore::KAL_AUDIO_PAYLOAD_TYPE payloadType) {
+void StorePayloadType(st_KalAudioBlock& block, kalStore::KAL_AUDIO_PAYLOAD_TYPE payloadType) {
   if (const auto code = kalStore::internal::AudioCodecCode(payloadType))
     relaxed::Store(block.codecCode, *code);
 }
 
-// What the noise and speech levels and member 112 are before anything is measured in an interval.
-void StoreInitialLevels(kalStore::st_KalAudioBlock& block) {
-  StoreTriple(block.noiseLevel, kNoLevel, kNoLevel, kNoLevel);
-  StoreTriple(block.speechLevel, kNoLevel, kNoLevel, kNoLevel);
-  relaxed::Store(block.stat112, kInitialStat112);
+// The Tx block before anything is measured.
+constexpr st_KalAudioBlock InitialTxBlock() {
+  st_KalAudioBlock block{};
+  for (float& level : block.noiseLevel) level = kNoLevel;
+  for (float& level : block.speechLevel) level = kNoLevel;
+  block.stat112 = kInitialStat112;
+  return block;
 }
 
-template <class Block>
-void CopyOut(void* buffer, const Block& block) {
-  const Block copy = relaxed::LoadBlock(block);
-  memcpy_s(buffer, sizeof copy, &copy, sizeof copy);
+// Moves what was measured in an interval from `members` to `out`, and begins the next interval with
+// `initial`.
+void TakeTriple(float (&out)[3], float (&members)[3], float initial) {
+  for (int i = 0; i < 3; ++i) out[i] = relaxed::Exchange(members[i], initial);
 }
 
 }  // namespace
@@ -58,11 +63,7 @@ KalAudioStatisticInfo::KalAudioStatisticInfo(std::uint32_t callId) {
 KalAudioStatisticInfo::~KalAudioStatisticInfo() = default;
 
 std::int32_t KalAudioStatisticInfo::UpdateTxMediaInfo(void* buffer) {
-  if (buffer == nullptr) return kResultNotFound;
-  kalStore::st_KalAudioBlock block;
-  memcpy_s(&block, sizeof block, buffer, sizeof block);
-  relaxed::StoreBlock(m_txBlock, block);
-  return kResultOk;
+  return CopyIn(m_txBlock, buffer);
 }
 
 std::int32_t KalAudioStatisticInfo::UpdateRxMediaInfo(void* /*buffer*/) {
@@ -70,14 +71,14 @@ std::int32_t KalAudioStatisticInfo::UpdateRxMediaInfo(void* /*buffer*/) {
 }
 
 std::int32_t KalAudioStatisticInfo::GetTxMediaInfo(void* buffer, bool reset) {
-  if (buffer == nullptr) return kResultNotFound;
-  CopyOut(buffer, m_txBlock);
-  if (reset) {
-    StoreInitialLevels(m_txBlock);
-    relaxed::Store(m_txBlock.aecLevel[1], 0.0F);
-    relaxed::Store(m_txBlock.aecLevel[2], 0.0F);
-  }
-  return kResultOk;
+  return CopyOut(m_txBlock, buffer, [&](st_KalAudioBlock& report) {
+    if (!reset) return;
+    TakeTriple(report.noiseLevel, m_txBlock.noiseLevel, kNoLevel);
+    TakeTriple(report.speechLevel, m_txBlock.speechLevel, kNoLevel);
+    report.aecLevel[1] = relaxed::Exchange(m_txBlock.aecLevel[1], 0);
+    report.aecLevel[2] = relaxed::Exchange(m_txBlock.aecLevel[2], 0);
+    report.stat112 = relaxed::Exchange(m_txBlock.stat112, kInitialStat112);
+  });
 }
 
 std::int32_t KalAudioStatisticInfo::GetRxMediaInfo(void* /*buffer*/, bool /*reset*/) {
@@ -85,11 +86,10 @@ std::int32_t KalAudioStatisticInfo::GetRxMediaInfo(void* /*buffer*/, bool /*rese
 }
 
 void KalAudioStatisticInfo::reset(std::uint32_t callId) {
-  relaxed::StoreBlock(m_txBlock, {});
-  for (kalStore::st_KalAudioBlock& block : m_rxBlocks) relaxed::StoreBlock(block, {});
-  for (kal::_tagSyncStatistics& record : m_syncRecords) relaxed::StoreBlock(record, {});
+  relaxed::StoreBlock(m_txBlock, InitialTxBlock());
+  relaxed::ClearBlocks(m_rxBlocks);
+  relaxed::ClearBlocks(m_syncRecords);
   relaxed::Store(m_callId, callId);
-  StoreInitialLevels(m_txBlock);
 }
 
 std::uint32_t KalAudioStatisticInfo::GetCallId() {
@@ -146,7 +146,7 @@ void KalAudioStatisticInfo::updateJitterBufferStatistics(std::int32_t stream,
                                                          kalStore::st_KalAudioJitterBufferStatistics& jitter,
                                                          std::int32_t jitter1, std::int32_t jitter2) {
   if (!IsStream(stream)) return;
-  kalStore::st_KalAudioBlock& block = m_rxBlocks[stream];
+  st_KalAudioBlock& block = m_rxBlocks[stream];
   relaxed::Store(block.jitterBytes.jitter1, static_cast<std::uint8_t>(jitter1));
   relaxed::Store(block.jitterBytes.jitter2, static_cast<std::uint8_t>(jitter2));
   relaxed::Store(block.stat112, jitter.stat36);
@@ -185,21 +185,19 @@ void KalAudioStatisticInfo::updateAVSyncStatistics(std::int32_t stream, kal::_ta
 }
 
 std::int32_t KalAudioStatisticInfo::GetRxAudioInfo(void* buffer, std::int32_t stream, bool reset) {
-  if (buffer == nullptr || !IsStream(stream)) return kResultNotFound;
-  kalStore::st_KalAudioBlock& block = m_rxBlocks[stream];
-  CopyOut(buffer, block);
-  if (reset) {
-    relaxed::Store(block.jitterStat12, 0);
-    relaxed::Store(block.jitterStat8, 0);
-    relaxed::Store(block.jitterStat16, 0);
-  }
-  return kResultOk;
+  if (!IsStream(stream)) return kResultNotFound;
+  st_KalAudioBlock& block = m_rxBlocks[stream];
+  return CopyOut(block, buffer, [&](st_KalAudioBlock& report) {
+    if (!reset) return;
+    report.jitterStat12 = relaxed::Exchange(block.jitterStat12, 0);
+    report.jitterStat8 = relaxed::Exchange(block.jitterStat8, 0);
+    report.jitterStat16 = relaxed::Exchange(block.jitterStat16, 0);
+  });
 }
 
 std::int32_t KalAudioStatisticInfo::GetAVSyncInfo(void* buffer, std::int32_t stream) {
-  if (buffer == nullptr || !IsStream(stream)) return kResultNotFound;
-  CopyOut(buffer, m_syncRecords[stream]);
-  return kResultOk;
+  if (!IsStream(stream)) return kResultNotFound;
+  return CopyOut(m_syncRecords[stream], buffer, [](const auto&) {});
 }
 
 std::uint32_t KalAudioStatisticInfo::AddRef() {

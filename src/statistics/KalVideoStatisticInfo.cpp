@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 
+#include "statistics/BlockCopy.h"
 #include "statistics/RelaxedAccess.h"
 #include "statistics/StatisticsInterface.h"
 #include "tessel/KalStatisticsTypes.h"
@@ -10,15 +11,16 @@
 
 namespace relaxed = kalStore::internal::relaxed;
 using kalStore::kResultNotFound;
-using kalStore::kResultOk;
+using kalStore::internal::CopyIn;
+using kalStore::internal::CopyOut;
 
 namespace {
 
 constexpr std::int32_t kNoNoise = -1;
 
-// The last character of the field is never anything but NUL, so that a reader beside the writer finds an end.
+// The last character of the field stays NUL, so that a reader beside the writer finds an end.
 template <std::size_t size>
-void StoreText(char (&field)[size], const char* text) {
+void StoreString(char (&field)[size], const char* text) {
   const std::size_t length = strnlen_s(text, size - 1);
   for (std::size_t i = 0; i < length; ++i) relaxed::Store(field[i], text[i]);
   relaxed::Store(field[length], '\0');
@@ -33,11 +35,7 @@ KalVideoStatisticInfo::KalVideoStatisticInfo(std::uint32_t callId) {
 KalVideoStatisticInfo::~KalVideoStatisticInfo() = default;
 
 std::int32_t KalVideoStatisticInfo::UpdateTxMediaInfo(void* buffer) {
-  if (buffer == nullptr) return kResultNotFound;
-  kalStore::st_KalVideoTxBlock block;
-  memcpy_s(&block, sizeof block, buffer, sizeof block);
-  relaxed::StoreBlock(m_txBlock, block);
-  return kResultOk;
+  return CopyIn(m_txBlock, buffer);
 }
 
 std::int32_t KalVideoStatisticInfo::UpdateRxMediaInfo(void* /*buffer*/) {
@@ -45,14 +43,11 @@ std::int32_t KalVideoStatisticInfo::UpdateRxMediaInfo(void* /*buffer*/) {
 }
 
 std::int32_t KalVideoStatisticInfo::GetTxMediaInfo(void* buffer, bool reset) {
-  if (buffer == nullptr) return kResultNotFound;
-  kalStore::st_KalVideoTxBlock copy = relaxed::LoadBlock(m_txBlock);
-  if (reset) {
-    reportInterval(copy);
-    relaxed::Store(m_txBlock.noiseLevel, kNoNoise);
-  }
-  memcpy_s(buffer, sizeof copy, &copy, sizeof copy);
-  return kResultOk;
+  return CopyOut(m_txBlock, buffer, [&](kalStore::st_KalVideoTxBlock& report) {
+    if (!reset) return;
+    reportInterval(report);
+    report.noiseLevel = relaxed::Exchange(m_txBlock.noiseLevel, kNoNoise);
+  });
 }
 
 std::int32_t KalVideoStatisticInfo::GetRxMediaInfo(void* /*buffer*/, bool /*reset*/) {
@@ -60,15 +55,17 @@ std::int32_t KalVideoStatisticInfo::GetRxMediaInfo(void* /*buffer*/, bool /*rese
 }
 
 void KalVideoStatisticInfo::reset(std::uint32_t callId) {
-  resetTxVideoStatisticInfo();
+  kalStore::st_KalVideoTxBlock initial{};
+  initial.noiseLevel = kNoNoise;
+  relaxed::StoreBlock(m_txBlock, initial);
+  relaxed::ClearBlocks(m_snapshots);
   relaxed::StoreBlock(m_rxBlock, {});
   relaxed::Store(m_callId, callId);
-  relaxed::Store(m_txBlock.noiseLevel, kNoNoise);
 }
 
 void KalVideoStatisticInfo::resetTxVideoStatisticInfo() {
   relaxed::StoreBlock(m_txBlock, {});
-  for (LayerSnapshot& snapshot : m_snapshots) relaxed::StoreBlock(snapshot, {});
+  relaxed::ClearBlocks(m_snapshots);
 }
 
 std::uint32_t KalVideoStatisticInfo::GetCallId() {
@@ -117,8 +114,8 @@ void KalVideoStatisticInfo::UpdateVideoProcessInfo(std::int32_t first, std::int3
 
 void KalVideoStatisticInfo::UpdateAV1Metrics(std::int32_t value, const char* name1, const char* name2) {
   relaxed::Store(m_txBlock.av1Metric, value);
-  StoreText(m_txBlock.av1Name1, name1);
-  StoreText(m_txBlock.av1Name2, name2);
+  StoreString(m_txBlock.av1Name1, name1);
+  StoreString(m_txBlock.av1Name2, name2);
 }
 
 void KalVideoStatisticInfo::UpdateEncodeParam(std::int32_t streamCount, kal::KalVideoCodecType codec) {

@@ -32,6 +32,19 @@ bool IsLessPositive(std::int32_t value, std::int32_t stored) {
   return value > 0 && (stored <= 0 || value < stored);
 }
 
+// Takes the growth of a counter since the previous report, and sets `total` to the counter that it goes up
+// to. Of two readers at once one takes a growth: the other one fails to exchange `reported`, and starts from
+// what the first one left. Acquire and release: the counter that is read then is at least as new as the first
+// reader's.
+std::uint32_t TakeGrowth(std::uint32_t& reported, const std::uint32_t& counter, std::uint32_t& total) {
+  std::uint32_t previous = __atomic_load_n(&reported, __ATOMIC_ACQUIRE);
+  do {
+    total = relaxed::Load(counter);
+  } while (
+      !__atomic_compare_exchange_n(&reported, &previous, total, false, __ATOMIC_RELEASE, __ATOMIC_ACQUIRE));
+  return total - previous;
+}
+
 // What every report of a stream updates in its layer.
 void StoreStream(st_KalVideoLayer& layer, const st_KalVideoStreamStatInfo& stream) {
   relaxed::Store(layer.streamWords[2], stream.streamWords[2]);
@@ -73,7 +86,8 @@ void KalVideoStatisticInfo::UpdateOneVideoLayerInfo(st_KalVideoStreamStatInfo* s
   relaxed::Store(m_txBlock.encodedFrames, encodedFrames);
   if (clear && IsLayer(index)) {
     relaxed::StoreBlock(m_snapshots[index], {});
-    clearInterval(index);
+    st_KalVideoLayer dropped;
+    takeInterval(index, dropped);
   }
 }
 
@@ -122,31 +136,31 @@ void KalVideoStatisticInfo::UpdateFBufferOcuppiedVideo(float* values, std::uint3
   relaxed::Store(m_txBlock.layer[index].bufferOccupancy, values[index]);
 }
 
-// Ends the interval of the layers in use: turns `copy`, a copy of the block, into the report of the interval,
-// and begins the next one. What is remembered is what was reported, not what the block holds by now: an
-// update that comes in between is counted by the next report.
-void KalVideoStatisticInfo::reportInterval(kalStore::st_KalVideoTxBlock& copy) {
-  for (int i = 0; i < LayerCount(copy.activeStreams); ++i) {
-    st_KalVideoLayer& layer = copy.layer[i];
-    const LayerSnapshot previous = relaxed::LoadBlock(m_snapshots[i]);
-    LayerSnapshot current{layer.counter, layer.idrRequests, layer.configChanges, {}};
-    std::copy(std::begin(layer.idrReasons), std::end(layer.idrReasons), current.idrReasons);
-    relaxed::StoreBlock(m_snapshots[i], current);
-
-    layer.counterDelta = current.counter - previous.counter;
-    layer.idrRequestsDelta = current.idrRequests - previous.idrRequests;
-    layer.configChanges = current.configChanges - previous.configChanges;
-    std::transform(std::begin(current.idrReasons), std::end(current.idrReasons), previous.idrReasons,
-                   layer.idrReasons, std::minus<>());
-    clearInterval(i);
+// Ends the interval of the layers in use: turns `report`, a copy of the block, into the report of the
+// interval. What ends with it is exchanged, so that an update beside this read is in this report or in the
+// next one.
+void KalVideoStatisticInfo::reportInterval(kalStore::st_KalVideoTxBlock& report) {
+  for (int i = 0; i < LayerCount(report.activeStreams); ++i) {
+    const st_KalVideoLayer& layer = m_txBlock.layer[i];
+    LayerSnapshot& reported = m_snapshots[i];
+    st_KalVideoLayer& out = report.layer[i];
+    out.counterDelta = TakeGrowth(reported.counter, layer.counter, out.counter);
+    out.idrRequestsDelta = TakeGrowth(reported.idrRequests, layer.idrRequests, out.idrRequests);
+    out.configChanges = TakeGrowth(reported.configChanges, layer.configChanges, out.configChanges);
+    for (std::size_t reason = 0; reason < std::size(out.idrReasons); ++reason) {
+      std::uint32_t& growth = out.idrReasons[reason];
+      growth = TakeGrowth(reported.idrReasons[reason], layer.idrReasons[reason], growth);
+    }
+    takeInterval(i, out);
   }
 }
 
-void KalVideoStatisticInfo::clearInterval(int index) {
+// Moves the interval members of a layer to `out` and begins their next interval.
+void KalVideoStatisticInfo::takeInterval(int index, st_KalVideoLayer& out) {
   st_KalVideoLayer& layer = m_txBlock.layer[index];
-  relaxed::Store(layer.interval32, 0);
-  relaxed::Store(layer.interval36, 0);
-  relaxed::Store(layer.intervalMinimum, 0);
-  relaxed::Store(layer.intervalMaximum, 0);
-  relaxed::Store(layer.intervalLast, 0);
+  out.interval32 = relaxed::Exchange(layer.interval32, 0);
+  out.interval36 = relaxed::Exchange(layer.interval36, 0);
+  out.intervalMinimum = relaxed::Exchange(layer.intervalMinimum, 0);
+  out.intervalMaximum = relaxed::Exchange(layer.intervalMaximum, 0);
+  out.intervalLast = relaxed::Exchange(layer.intervalLast, 0);
 }

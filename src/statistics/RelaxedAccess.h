@@ -22,6 +22,14 @@ void Store(T& member, std::type_identity_t<T> value) {
   __atomic_store(&member, &value, __ATOMIC_RELAXED);
 }
 
+/// Stores `value` and returns what it replaces: no update in between is lost.
+template <class T>
+T Exchange(T& member, std::type_identity_t<T> value) {
+  T replaced;
+  __atomic_exchange(&member, &value, &replaced, __ATOMIC_RELAXED);
+  return replaced;
+}
+
 /// Stores `value` if it should replace what is stored, also beside other writers.
 template <class T, class Replaces>
 void StoreIf(T& member, T value, Replaces replaces) {
@@ -65,6 +73,11 @@ void StoreBlock(Block& block, const Block& value) {
   for (std::size_t i = 0; i < sizeof(Block) / sizeof(Word); ++i) {
     __atomic_store_n(to + i, from[i], __ATOMIC_RELAXED);
   }
+}
+
+template <class Block, std::size_t count>
+void ClearBlocks(Block (&blocks)[count]) {
+  for (Block& block : blocks) StoreBlock(block, {});
 }
 
 }  // namespace kalStore::internal::relaxed

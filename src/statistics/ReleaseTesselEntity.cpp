@@ -1,11 +1,11 @@
 // Apart from the registry, so that the call goes through its exported symbol and can be interposed.
-#include "tessel/CKalTessel.h"
+#include "statistics/ProcessRegistry.h"
 
 namespace kalStore {
 
 int releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
   if (entity == nullptr) return -1;
-  return kalTesselInstant.releaseTesselEntity(type, callId, entity);
+  return internal::ProcessRegistry::Get().releaseTesselEntity(type, callId, entity);
 }
 
 }  // namespace kalStore

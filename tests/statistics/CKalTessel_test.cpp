@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
+#include <iterator>
 #include <new>
 #include <string>
 #include <type_traits>
@@ -143,6 +145,106 @@ TEST(CKalTessel, SharesTheCountWithDirectHolders) {
   EXPECT_EQ(releaseTesselEntity(kContentVideo, 8, entity), 0);
 }
 
+kal::IKalUnknown& ReferencesOf(KalTesselEntityType type, void* entity) {
+  if (type == kVideo || type == kContentVideo)
+    return dynamic_cast<kal::IKalUnknown&>(*static_cast<kalStore::IKalVideoInfo*>(entity));
+  return dynamic_cast<kal::IKalUnknown&>(*static_cast<kalStore::IKalAudioInfo*>(entity));
+}
+
+TEST(CKalTessel, ForgetsAnObjectThatEndsByItsOwnRelease) {
+  for (const auto type : {kAudio, kVideo, kContentVideo, kContentAudio}) {
+    SCOPED_TRACE(type);
+    CKalTessel registry;
+    void* entity = registry.createOrGetTesselEntity(type, 7);
+    void* const neighbour = registry.createOrGetTesselEntity(type, 8);
+    EXPECT_EQ(ReferencesOf(type, entity).AddRef(), 2U);
+    EXPECT_EQ(registry.releaseTesselEntity(type, 7, entity), 1);
+    EXPECT_EQ(ReferencesOf(type, entity).Release(), 0U);
+
+    EXPECT_FALSE(registry.isTesselEntityExisted(type, 7));
+    EXPECT_EQ(registry.releaseTesselEntity(type, 7, entity), -1);
+    EXPECT_TRUE(registry.isTesselEntityExisted(type, 8)) << "its own entry alone";
+    entity = registry.createOrGetTesselEntity(type, 7);
+    EXPECT_EQ(ReferencesOf(type, entity).GetReference(), 1U) << "a later request makes a fresh object";
+    EXPECT_EQ(registry.releaseTesselEntity(type, 7, entity), 0);
+    EXPECT_EQ(registry.releaseTesselEntity(type, 8, neighbour), 0);
+  }
+}
+
+TEST(CKalTessel, ForgetsAnObjectThatEndsThroughItsReferenceCountedPart) {
+  CKalTessel registry;
+  void* const entity = registry.createOrGetTesselEntity(kVideo, 7);
+  void* part = nullptr;
+  EXPECT_EQ(ReferencesOf(kVideo, entity).QueryInterface(kalStore::kStatisticsInterfaceId, &part), 0);
+  EXPECT_EQ(registry.releaseTesselEntity(kVideo, 7, entity), 1);
+  EXPECT_EQ(static_cast<kal::CKalUnknownImpl*>(part)->ReleaseReference(), 0U);
+  EXPECT_FALSE(registry.isTesselEntityExisted(kVideo, 7));
+}
+
+TEST(CKalTessel, ForgetsAnObjectByItsKeyThoughItsCallIdHasChanged) {
+  CKalTessel registry;
+  void* const entity = registry.createOrGetTesselEntity(kAudio, 7);
+  static_cast<kalStore::IKalAudioInfo*>(entity)->reset(8);
+  EXPECT_EQ(ReferencesOf(kAudio, entity).Release(), 0U);
+  EXPECT_FALSE(registry.isTesselEntityExisted(kAudio, 7));
+}
+
+// A sink that uses the registry from each of its lines, once for each line of the test's own calls.
+struct CallingSink {
+  explicit CallingSink(void (*calls)(CKalTessel&)) : m_calls(calls) {
+    set_util_trace_sink(&CallingSink::receive, this);
+    set_external_trace_mask(2);
+  }
+  ~CallingSink() {
+    set_external_trace_mask(0);
+    set_util_trace_sink(nullptr, nullptr);
+  }
+  CKalTessel registry;
+  int lines = 0;
+
+ private:
+  static void receive(void* context, int, const char*, const char*, unsigned int) {
+    auto& self = *static_cast<CallingSink*>(context);
+    if (self.m_isCalling) return;
+    self.m_isCalling = true;
+    ++self.lines;
+    self.m_calls(self.registry);
+    self.m_isCalling = false;
+  }
+  void (*m_calls)(CKalTessel&);
+  bool m_isCalling = false;
+};
+
+TEST(CKalTessel, MayBeUsedByASinkFromEachOfItsLines) {
+  CallingSink sink([](CKalTessel& registry) {
+    for (const std::uint32_t callId : {7U, 8U}) {
+      const bool isRegistered = registry.isTesselEntityExisted(kAudio, callId);
+      void* const entity = registry.createOrGetTesselEntity(kAudio, callId);
+      EXPECT_EQ(registry.createOrGetTesselEntity(kAudio, callId), entity);
+      EXPECT_GE(ReferencesOf(kAudio, entity).Release(), 1U);
+      EXPECT_EQ(registry.releaseTesselEntity(kAudio, callId, entity) > 0, isRegistered);
+      EXPECT_EQ(registry.isTesselEntityExisted(kAudio, callId), isRegistered);
+    }
+    EXPECT_EQ(registry.createOrGetTesselEntity(kUnknown, 7), nullptr);
+  });
+  void* const entity = sink.registry.createOrGetTesselEntity(kAudio, 7);
+  EXPECT_EQ(sink.registry.createOrGetTesselEntity(kAudio, 7), entity);
+  EXPECT_EQ(sink.registry.createOrGetTesselEntity(kUnknown, 7), nullptr);
+  EXPECT_EQ(sink.registry.releaseTesselEntity(kAudio, 7, entity), 1);
+  EXPECT_EQ(sink.registry.releaseTesselEntity(kAudio, 7, entity), 0);
+  EXPECT_EQ(sink.registry.releaseTesselEntity(kAudio, 7, entity), -1);
+  EXPECT_EQ(sink.lines, 6);
+  EXPECT_FALSE(sink.registry.isTesselEntityExisted(kAudio, 8));
+}
+
+TEST(CKalTessel, TracesNothingOfAnObjectThatEndsByItsOwnRelease) {
+  CKalTessel registry;
+  void* const entity = registry.createOrGetTesselEntity(kAudio, 7);
+  TraceLog log;
+  EXPECT_EQ(ReferencesOf(kAudio, entity).Release(), 0U);
+  EXPECT_TRUE(log.Lines().empty());
+}
+
 TEST(CKalTessel, TracesCreationAndSharing) {
   TraceLog log;
   void* first = kalTesselInstant.createOrGetTesselEntity(kVideo, 7);
@@ -267,6 +369,16 @@ TEST(CKalTessel, LeavesTheObjectsToTheirHoldersWhenItEnds) {
   EXPECT_EQ(info->GetReference(), 1U);
   EXPECT_EQ(info->GetCallId(), 7U);
   EXPECT_EQ(info->Release(), 0U);
+}
+
+TEST(CKalTessel, LeavesNoTraceOfItselfInTheObjectsThatOutliveIt) {
+  alignas(CKalTessel) unsigned char storage[sizeof(CKalTessel)];
+  auto* const registry = new (storage) CKalTessel;
+  void* const entity = registry->createOrGetTesselEntity(kVideo, 7);
+  registry->~CKalTessel();
+  std::fill(std::begin(storage), std::end(storage), static_cast<unsigned char>(0xA5));
+  EXPECT_EQ(ReferencesOf(kVideo, entity).Release(), 0U);
+  for (const unsigned char byte : storage) EXPECT_EQ(byte, 0xA5);
 }
 
 }  // namespace

@@ -44,6 +44,18 @@ class UTIL_API CCmReferenceControlT<CCmMutexThread> {
     // Relaxed: whoever adds a reference holds one already, or received the object in a synchronised way.
     return static_cast<std::uint32_t>(m_references.fetch_add(1, std::memory_order_relaxed) + 1);
   }
+  /// Adds a reference, unless the last one has been released.
+  /// @pre The object is not deleted meanwhile: OnReferenceDestory() waits for the caller, by a lock for
+  /// example.
+  /// @return Whether it was added; false when the count is 0.
+  bool AddReferenceUnlessZero() {
+    // Relaxed, as in AddReference(): the caller received the object in a synchronised way.
+    std::int64_t count = m_references.load(std::memory_order_relaxed);
+    while (count != 0) {
+      if (m_references.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+    }
+    return false;
+  }
   /// Gives a reference back.
   /// @pre The caller holds a reference.
   /// @invalidates At 0, the object.

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+/// @cond
+namespace kalStore {
+
+class CKalTessel;
+enum KalTesselEntityType : std::int32_t;
+
+namespace internal {
+
+struct EntityParts;  // What the registry reaches of an object; sees its private members.
+
+// The entry of a statistics object in the registry that hands it out. When the object ends, its entry goes
+// with it, whoever released the last reference.
+class Registration {
+ public:
+  Registration() = default;
+  // Erases the entry, unless a new object has taken it. Takes the registry's lock.
+  ~Registration();
+  Registration(const Registration&) = delete;
+  Registration& operator=(const Registration&) = delete;
+
+  // Both are called with the registry's lock held.
+  void Enter(CKalTessel& registry, KalTesselEntityType type, std::uint32_t callId);
+  void Leave() { m_registry.store(nullptr); }
+
+ private:
+  std::atomic<CKalTessel*> m_registry{nullptr};  // Null when the object has no entry.
+  KalTesselEntityType m_type{};                  // With m_callId the entry's key; constant once entered.
+  std::uint32_t m_callId = 0;
+};
+
+}  // namespace internal
+
+}  // namespace kalStore
+/// @endcond

@@ -1,0 +1,40 @@
+#include "statistics/ProcessRegistry.h"
+
+#include <cstddef>
+#include <new>
+
+namespace kalStore {
+
+// Storage without a constructor or a destructor of its own; kalTesselInstant is its name as an object.
+alignas(CKalTessel) static constinit std::byte storage[sizeof(CKalTessel)] asm("tesselRegistryStorage"){};
+extern CKalTessel kalTesselInstant __attribute__((alias("tesselRegistryStorage")));
+
+}  // namespace kalStore
+
+namespace kalStore::internal {
+
+// A function's static object: whoever uses the registry in a constructor is destroyed before it is emptied.
+CKalTessel& ProcessRegistry::Get() {
+  static const ProcessRegistry made;
+  return kalTesselInstant;
+}
+
+ProcessRegistry::ProcessRegistry() {
+  new (&kalTesselInstant) CKalTessel;
+}
+
+ProcessRegistry::~ProcessRegistry() {
+  kalTesselInstant.forgetAll();
+}
+
+namespace {
+
+// For those that use kalTesselInstant by its name: the registry is there when the library is loaded, in a
+// static program before every constructor of a later priority.
+[[gnu::constructor(101)]] void MakeEarly() {
+  ProcessRegistry::Get();
+}
+
+}  // namespace
+
+}  // namespace kalStore::internal

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "tessel/CKalTessel.h"
+
+namespace kalStore::internal {
+
+/// Makes the process's registry on first use, so that static objects of any order may use it. At exit, and
+/// when the library is unloaded, the registry is emptied but not destroyed: threads and static objects that
+/// end later still find it.
+class ProcessRegistry {
+ public:
+  static CKalTessel& Get();
+
+ private:
+  ProcessRegistry();
+  ~ProcessRegistry();
+};
+
+}  // namespace kalStore::internal
