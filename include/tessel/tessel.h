@@ -1,9 +1,24 @@
 #pragma once
 
 /// @file
-/// Everything that libtessel.so offers: settings per call, statistics per call, JSON, stopwatches, trace
-/// helpers. Typed settings, and handles that release themselves, are headers alone: include "tessel/typed.h"
-/// beside it; "tessel/post.h" runs functions on an ACmThread.
+/// The documented classes and entry points of libtessel.so: settings per call, statistics per call, JSON,
+/// stopwatches, trace helpers. What is built on top of them is included by name: "tessel/typed.h" has typed
+/// keys, and handles that release themselves; "tessel/post.h" runs functions on an ACmThread.
+///
+/// The examples in all headers are bodies of functions, in a file that begins with
+/// @code{.cpp}
+/// #include <tessel/post.h>
+/// #include <tessel/tessel.h>
+/// #include <tessel/typed.h>
+/// #include <util/util.h>
+///
+/// #include <atomic>
+/// #include <cassert>
+/// #include <cstdio>
+/// #include <cstring>
+///
+/// using namespace kalStore;
+/// @endcode
 
 /// @namespace kalStore
 /// Settings and statistics per call.

@@ -2,9 +2,10 @@
 """Makes tests of the examples in the documentation, so that none of them can go stale.
 
 An example is a block fenced by ```cpp in a Markdown file, or @code to @endcode in a comment of a header. One with an
-`int main` is a program of its own, and a block fenced by ```text right after it is what the program prints. Every
-other is the body of a function in a program that includes all headers and is `using namespace kalStore`; its own
-#include lines are moved to the top.
+`int main` is a program of its own, and a block fenced by ```text right after it is what the program prints. A block of
+nothing but #include and `using namespace` lines says how a file begins. Every other block is the body of a function
+in a file that begins so, and with nothing else: in a Markdown file the block above it counts, in the headers the one
+of tessel.h. #include lines of a function's own are moved to the top, into a file without other examples.
 """
 
 import argparse
@@ -21,14 +22,23 @@ class Example:
     line: int  # of the first line of code
     code: list[str]
     output: list[str] | None = None
+    beginning: list[str] | None = None  # of the file that a function stands in
+
+    @property
+    def document(self):
+        return re.sub(r"\W", "_", f"{self.file.parent.name}_{self.file.name}".lstrip("_"))
 
     @property
     def name(self):
-        return re.sub(r"\W", "_", f"{self.file.parent.name}_{self.file.name}_{self.line}".lstrip("_"))
+        return f"{self.document}_{self.line}"
 
     @property
     def is_program(self):
         return any(re.match(r"int main\(", line) for line in self.code)
+
+    @property
+    def is_beginning(self):
+        return all(re.fullmatch(r"#include .*|using namespace \w+;|", line) for line in self.code)
 
 
 def markdown_blocks(lines):
@@ -87,6 +97,24 @@ def examples_of(file):
         sys.exit(f"{file}: {error}")
 
 
+def with_beginnings(documents):
+    """The examples but for the beginnings, which each function gets."""
+    headers = [example for file, examples in documents for example in examples
+               if file.suffix == ".h" and example.is_beginning]
+    if len(headers) > 1:
+        sys.exit(f"{headers[1].file}:{headers[1].line}: the headers' examples begin in one way")
+    for file, examples in documents:
+        beginning = headers[0].code if headers and file.suffix == ".h" else None
+        for example in examples:
+            if example.is_beginning:
+                beginning = example.code
+                continue
+            if not example.is_program and beginning is None:
+                sys.exit(f"{file}:{example.line}: no block above it says which headers this example includes")
+            example.beginning = beginning
+            yield example
+
+
 def write(path, text):
     """Leaves a file alone that need not change, so that it is not compiled again."""
     if not path.exists() or path.read_text() != text:
@@ -97,21 +125,30 @@ def program_text(example):
     return "\n".join([f'#line {example.line} "{example.file}"', *example.code, ""])
 
 
-def fragments_text(examples):
-    includes, bodies = [], []
+def own_includes(example):
+    return [line for line in example.code if line.startswith("#include")]
+
+
+def functions_text(examples):
+    lines = [*own_includes(examples[0]), *examples[0].beginning, ""]
     for example in examples:
-        own = [line for line in example.code if line.startswith("#include")]
-        includes += own
-        bodies += [f"TEST_F(Example, {example.name}) {{", f'#line {example.line} "{example.file}"']
-        bodies += ["" if line in own else line for line in example.code]
-        bodies += ["}", ""]
-    return "\n".join(['#include "fragments.h"', *sorted(set(includes)), "", *bodies])
+        lines += [f"void {example.name}();", f"void {example.name}() {{", f'#line {example.line} "{example.file}"']
+        lines += ["" if line in own_includes(example) else line for line in example.code]
+        lines += ["}", ""]
+    return "\n".join(lines)
+
+
+def runner_text(functions):
+    lines = ['#include "Example.h"', ""]
+    for function in functions:
+        lines += [f"void {function.name}();", f"TEST_F(Example, {function.name}) {{ ::{function.name}(); }}"]
+    return "\n".join([*lines, ""])
 
 
 def generate(folder, files):
-    """Writes the programs' and the fragments' sources; prints the programs' names for CMake."""
+    """Writes the sources of programs and functions, and what CMake needs to know of them."""
     folder.mkdir(parents=True, exist_ok=True)
-    examples = [example for file in files for example in examples_of(file)]
+    examples = list(with_beginnings([(file, examples_of(file)) for file in files]))
     programs = [example for example in examples if example.is_program]
     for program in programs:
         write(folder / f"{program.name}.cpp", program_text(program))
@@ -120,12 +157,21 @@ def generate(folder, files):
             output.unlink(missing_ok=True)
         else:
             write(output, "\n".join([*program.output, ""]))
-    write(folder / "fragments.cpp", fragments_text(example for example in examples if not example.is_program))
-    print(";".join(program.name for program in programs), end="")
+
+    functions = [example for example in examples if not example.is_program]
+    sources = {}
+    for function in functions:
+        sources.setdefault(tuple(own_includes(function) + function.beginning), []).append(function)
+    names = [f"functions_{number}_{examples[0].document}.cpp" for number, examples in enumerate(sources.values(), 1)]
+    for name, together in zip(names, sources.values()):
+        write(folder / name, functions_text(together))
+    write(folder / "runner.cpp", runner_text(functions))
+    write(folder / "examples.cmake", f"set(programs {' '.join(program.name for program in programs)})\n"
+                                     f"set(functions {' '.join(names)})\n")
 
 
 def run(program, output):
-    """Runs a program, which must end well, and compares what it prints if the documentation tells that."""
+    """Runs a program, which must end well, and compares what it prints if the documentation says that."""
     result = subprocess.run([program], stdout=subprocess.PIPE, text=True, timeout=60)
     if result.returncode != 0:
         sys.exit(f"{result.stdout}{program}: ended with {result.returncode}")
@@ -136,7 +182,7 @@ def run(program, output):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     commands = parser.add_subparsers(dest="command", required=True)
-    command = commands.add_parser("generate", help="write the examples' sources, and print the programs' names")
+    command = commands.add_parser("generate", help="write the examples' sources, and examples.cmake")
     command.add_argument("folder", type=Path, help="where to write to")
     command.add_argument("files", type=Path, nargs="+", help="Markdown files and headers")
     command = commands.add_parser("run", help="run a program and compare what it prints")
