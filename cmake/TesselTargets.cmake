@@ -52,3 +52,12 @@ function(tessel_configure_library target)
   # may inline what is exported, too.
   target_compile_options(${target} PRIVATE -fno-plt -fno-semantic-interposition)
 endfunction()
+
+# A shipped library NAME, made of the object library NAME_objects, which has the sources. Tests of private parts link
+# the objects: the library hides those parts.
+function(tessel_add_library name)
+  add_library(${name}_objects OBJECT)
+  tessel_configure_library(${name}_objects)
+  add_library(${name} $<TARGET_OBJECTS:${name}_objects>)
+  tessel_configure_library(${name})
+endfunction()
