@@ -56,7 +56,9 @@ class Scope:
         self.is_described = any(text_of(compound.find(f"{kind}description")) for kind in ("brief", "detailed"))
         self.says = says(compound.find("detaileddescription"))
         self.functions = compound.findall("sectiondef/memberdef[@kind='function']")
-        self.functions += compound.findall("sectiondef/memberdef[@kind='friend']")
+        # A friend with arguments is an operator; one without is a class, which is no operation.
+        friends = compound.findall("sectiondef/memberdef[@kind='friend']")
+        self.functions += [friend for friend in friends if text_of(friend.find("argsstring"))]
 
 
 def says(description):
