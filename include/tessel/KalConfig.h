@@ -44,6 +44,10 @@ class TESSEL_API KalConfig : public IKalConfig {
   /// @return False when it was set already.
   bool MarkCleanedUp();
 
+  /// Ends every subscription and binding.
+  /// @threads The registry's alone, when the store is about to end: no other thread uses it.
+  [[gnu::visibility("hidden")]] void DropHandlers();
+
  private:
   using ObserverMgr = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
   using ConfigMap = atomMap<std::string, ConfigData>;

@@ -65,14 +65,14 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
   struct Entry {
     /// In the order of registration.
     std::list<T> handlers;
-    /// The handlers that are told of a change, for deliveries to share. Made by the first delivery after the
-    /// list changed.
-    detail::HandlerSnapshot<T> told;
-    /// The same for the one that is asked for a value.
-    detail::HandlerSnapshot<T> asked;
+    /// Those that a change notifies, for deliveries to share. The first delivery after a change of the list
+    /// makes it.
+    detail::HandlerSnapshot<T> subscriptions;
+    /// Those that compute a value, likewise.
+    detail::HandlerSnapshot<T> bindings;
 
     /// Empties the snapshots; under the lock, after each change of the list.
-    void Forget() { told = asked = {}; }
+    void Forget() { subscriptions = bindings = {}; }
   };
   /// By configuration name.
   using Map = std::map<std::string, Entry, std::less<>>;

@@ -13,6 +13,7 @@ using namespace internal;
 namespace {
 
 constexpr unsigned int kPostPriority = 128;
+constexpr long kSlowMs = 100;
 
 // Raises a handler's call level while it lives.
 class CallLevel {
@@ -30,77 +31,59 @@ class CallLevel {
   const std::int32_t m_value;
 };
 
-// Measures a callback, unless nobody would be told that it was slow.
-class SlowCallback {
- public:
-  bool IsSlow() {
-    if (m_isTraced) m_costMs = CurrentWaitClock().nowMs() - m_startMs;
-    return m_costMs > kSlowMs;
+// Runs a callback of the handler at a raised call level, and reports one that overlaps another or is slow.
+template <class Callback>
+void RunCallback(const char* label, ConfigEventHandler& handler, const KalConfigEvent& event,
+                 Callback callback) {
+  std::optional<long> startMs;  // Nobody reads how long a callback took unless level 1 is traced.
+  {
+    const CallLevel level(handler.m_nCallLevel);
+    if (level.Value() > 1) {
+      TESSEL_TRACE(1, label,
+                   ", level=" << level.Value() << ", " << event.m_name << ", "
+                              << KalConfigGroup2GroupName(event.m_group) << This{&handler});
+    }
+    if (IsTraced(1)) startMs = CurrentWaitClock().nowMs();
+    callback();
   }
-  unsigned long CostMs() const { return static_cast<unsigned long>(m_costMs); }
+  if (!startMs) return;
+  const long costMs = CurrentWaitClock().nowMs() - *startMs;
+  if (costMs > kSlowMs) {
+    TESSEL_TRACE(1, label,
+                 ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
+                      << ", cost=" << static_cast<unsigned long>(costMs) << "ms" << This{&handler});
+  }
+}
 
- private:
-  static constexpr long kSlowMs = 100;
-
-  const bool m_isTraced = IsTraced(1);
-  const long m_startMs = m_isTraced ? CurrentWaitClock().nowMs() : 0;
-  long m_costMs = 0;
-};
+// Calls, posts or hands over, as the subscription asks for.
+void Deliver(ConfigEventHandler& handler, const KalConfigEvent& event) {
+  ACmThread* const thread = handler.m_pRunThread;
+  if (thread == nullptr) {
+    handler.m_fnNotify(event);
+  } else if (ICmEventQueue* const queue = thread->GetEventQueue(); queue == nullptr) {
+    TESSEL_TRACE(0, "kalStore::ConfigEventHandler::Notify",
+                 ", m_pRunThread=" << static_cast<void*>(thread) << ", EventQueue == NULL" << This{&handler});
+  } else if (handler.m_bAsync) {
+    queue->PostEvent(new CSwitchThreadEvent(event, handler.m_fnNotify), kPostPriority, 0);
+  } else if (thread->GetThreadId() == GetThreadSelfId()) {
+    handler.m_fnNotify(event);
+  } else {
+    queue->SendEvent(new CSwitchThreadEvent(event, handler.m_fnNotify), 0);
+  }
+}
 
 }  // namespace
 
 bool ConfigEventHandler::Notify(const KalConfigEvent& event) {
   if (!m_fnNotify) return false;
-  std::optional<SlowCallback> run;
-  {
-    const CallLevel level(m_nCallLevel);
-    if (level.Value() > 1) {
-      TESSEL_TRACE(1, "kalStore::ConfigEventHandler::Notify",
-                   ", level=" << level.Value() << ", " << event.m_name << ", "
-                              << KalConfigGroup2GroupName(event.m_group) << This{this});
-    }
-    run.emplace();
-    if (m_pRunThread == nullptr) {
-      m_fnNotify(event);
-    } else if (ICmEventQueue* queue = m_pRunThread->GetEventQueue(); queue == nullptr) {
-      TESSEL_TRACE(
-          0, "kalStore::ConfigEventHandler::Notify",
-          ", m_pRunThread=" << static_cast<void*>(m_pRunThread) << ", EventQueue == NULL" << This{this});
-    } else if (m_bAsync) {
-      queue->PostEvent(new CSwitchThreadEvent(event, m_fnNotify), kPostPriority, 0);
-    } else if (m_pRunThread->GetThreadId() == GetThreadSelfId()) {
-      m_fnNotify(event);
-    } else {
-      queue->SendEvent(new CSwitchThreadEvent(event, m_fnNotify), 0);
-    }
-  }
-  if (run->IsSlow()) {
-    TESSEL_TRACE(1, "kalStore::ConfigEventHandler::Notify",
-                 ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
-                      << ", cost=" << run->CostMs() << "ms" << This{this});
-  }
+  RunCallback("kalStore::ConfigEventHandler::Notify", *this, event, [&] { Deliver(*this, event); });
   return true;
 }
 
 ConfigValue ConfigEventHandler::Invoke(const KalConfigEvent& event) {
-  if (!m_fnInvoke) return {};
   ConfigValue value;
-  std::optional<SlowCallback> run;
-  {
-    const CallLevel level(m_nCallLevel);
-    if (level.Value() > 1) {
-      TESSEL_TRACE(1, "kalStore::ConfigEventHandler::Invoke",
-                   ", level=" << level.Value() << ", " << event.m_name << ", "
-                              << KalConfigGroup2GroupName(event.m_group) << This{this});
-    }
-    run.emplace();
-    value = m_fnInvoke(event);
-  }
-  if (run->IsSlow()) {
-    TESSEL_TRACE(1, "kalStore::ConfigEventHandler::Invoke",
-                 ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
-                      << ", cost=" << run->CostMs() << "ms" << This{this});
-  }
+  if (!m_fnInvoke) return value;
+  RunCallback("kalStore::ConfigEventHandler::Invoke", *this, event, [&] { value = m_fnInvoke(event); });
   return value;
 }
 

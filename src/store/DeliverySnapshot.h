@@ -50,16 +50,15 @@ class DeliverySnapshot {
   DeliverySnapshot(const DeliverySnapshot&) = delete;
   DeliverySnapshot& operator=(const DeliverySnapshot&) = delete;
 
-  /// Announces a delivery to every subscription of the name, and calls `onOverlap`, under the lock too, for
-  /// each that has another delivery under way. Allocates at most once.
-  template <class OnOverlap>
-  void AnnounceToSubscriptions(ObserverMgr& observers, std::string_view name, OnOverlap onOverlap) {
-    announce(observers, name, &ObserverMgr::Entry::told, hasNotify, onOverlap);
+  /// Announces a delivery to every subscription of the name. Allocates at most once.
+  /// Returns how many of them have another delivery under way: to be reported once the lock is released,
+  /// since a trace sink may call in, and may wait for a thread that needs the lock.
+  std::size_t AnnounceToSubscriptions(ObserverMgr& observers, std::string_view name) {
+    return announce(observers, name, &ObserverMgr::Entry::subscriptions, hasNotify);
   }
   /// The same for the name's binding.
-  template <class OnOverlap>
-  void AnnounceToBinding(ObserverMgr& observers, std::string_view name, OnOverlap onOverlap) {
-    announce(observers, name, &ObserverMgr::Entry::asked, hasInvoke, onOverlap);
+  std::size_t AnnounceToBinding(ObserverMgr& observers, std::string_view name) {
+    return announce(observers, name, &ObserverMgr::Entry::bindings, hasInvoke);
   }
 
   bool IsEmpty() const { return m_handlers.IsEmpty(); }
@@ -82,19 +81,21 @@ class DeliverySnapshot {
   static bool hasNotify(const ConfigEventHandler::Ptr& handler) { return handler->m_fnNotify != nullptr; }
   static bool hasInvoke(const ConfigEventHandler::Ptr& handler) { return handler->m_fnInvoke != nullptr; }
 
-  template <class IsWanted, class OnOverlap>
-  void announce(ObserverMgr& observers, std::string_view name, Handlers ObserverMgr::Entry::* kept,
-                IsWanted isWanted, OnOverlap onOverlap) {
+  template <class IsWanted>
+  std::size_t announce(ObserverMgr& observers, std::string_view name, Handlers ObserverMgr::Entry::* kept,
+                       IsWanted isWanted) {
     ObserverMgr::Locked names(observers);
     const auto found = names->find(name);
-    if (found == names->end()) return;
+    if (found == names->end()) return 0;
     Handlers& handlers = found->second.*kept;
     if (handlers.IsEmpty()) handlers = Handlers(found->second.handlers, isWanted);
     m_handlers = handlers;
     m_threadId = GetThreadSelfId();
+    std::size_t overlaps = 0;
     for (const ConfigEventHandler::Ptr& handler : m_handlers.Handlers()) {
-      if (!AnnounceDelivery(*handler, m_threadId)) onOverlap();
+      if (!AnnounceDelivery(*handler, m_threadId)) ++overlaps;
     }
+    return overlaps;
   }
 
   void finishNext() { FinishDelivery(*m_handlers.Handlers()[m_finished++], m_threadId); }

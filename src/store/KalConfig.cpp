@@ -15,10 +15,8 @@ KalConfig::KalConfig(std::uint32_t callId) : m_callId(callId) {
 
 KalConfig::~KalConfig() {
   TESSEL_TRACE(2, "kalStore::KalConfig::~KalConfig", Cid{m_callId} << This{this});
-  for (std::size_t group = 0; group < KAL_CONFIG_GROUP_LAST; ++group) {
-    ConfigMap::Locked(m_configs[group])->clear();
-    ObserverMgr::Locked(m_observerMgrs[group])->clear();
-  }
+  DropHandlers();
+  for (ConfigMap& values : m_configs) ConfigMap::Locked(values)->clear();
 }
 
 std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,

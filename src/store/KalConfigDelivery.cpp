@@ -17,33 +17,37 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
     return kResultBadArgument;
   }
   if (!bForceNotify && oldValue == newValue) return kResultUnchanged;
+  // A callback may end the store: nothing of it is used once the deliveries have begun.
+  const Cid cid{m_callId};
+  const This self{this};
   TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents",
                ", " << name << ", " << oldValue.ToCstr() << " -> " << newValue.ToCstr()
-                    << ", bForceNotify=" << bForceNotify << Cid{m_callId} << This{this});
+                    << ", bForceNotify=" << bForceNotify << cid << self);
   if (*name == '\0') return kResultNobody;
 
-  DeliverySnapshot snapshot;
-  snapshot.AnnounceToSubscriptions(observers, name, [this] {
-    TESSEL_TRACE(1, "kalStore::KalConfig::fireEvents",
-                 ", fireEvents Multiple notification" << Cid{m_callId} << This{this});
-  });
-  if (snapshot.IsEmpty()) return kResultNobody;
-
-  const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
-                             group, SessionTypeOfGroup(group)};
-  unsigned int told = 0;
-  // One subscriber's exception must not keep the change from the others.
-  std::exception_ptr firstError;
-  while (snapshot.HasNext()) {
-    try {
-      snapshot.DeliverNext([&](ConfigEventHandler& handler) { told += handler.Notify(event) ? 1 : 0; });
-    } catch (...) {
-      if (!firstError) firstError = std::current_exception();
+  unsigned int notified = 0;
+  {
+    DeliverySnapshot snapshot;
+    for (std::size_t left = snapshot.AnnounceToSubscriptions(observers, name); left > 0; --left) {
+      TESSEL_TRACE(1, "kalStore::KalConfig::fireEvents", ", fireEvents Multiple notification" << cid << self);
     }
+    if (snapshot.IsEmpty()) return kResultNobody;
+
+    const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
+                               group, SessionTypeOfGroup(group)};
+    // One subscriber's exception must not keep the change from the others.
+    std::exception_ptr firstError;
+    while (snapshot.HasNext()) {
+      try {
+        snapshot.DeliverNext([&](ConfigEventHandler& handler) { notified += handler.Notify(event) ? 1 : 0; });
+      } catch (...) {
+        if (!firstError) firstError = std::current_exception();
+      }
+    }
+    if (firstError) std::rethrow_exception(firstError);
   }
-  if (firstError) std::rethrow_exception(firstError);
-  if (told == 0) return kResultNobody;
-  TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents", ", nObservers=" << told << Cid{m_callId} << This{this});
+  if (notified == 0) return kResultNobody;
+  TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents", ", nObservers=" << notified << cid << self);
   return kResultOk;
 }
 
@@ -53,27 +57,32 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
     TESSEL_TRACE(0, "kalStore::KalConfig::invokeEvent", "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
+  // As above: a binding may end the store, too.
+  const Cid cid{m_callId};
+  const This self{this};
   TESSEL_TRACE(2, "kalStore::KalConfig::invokeEvent",
-               ", " << name << ", " << defaultValue.ToCstr() << Cid{m_callId} << This{this});
+               ", " << name << ", " << defaultValue.ToCstr() << cid << self);
   if (*name == '\0') return kResultNobody;
 
-  DeliverySnapshot snapshot;
-  snapshot.AnnounceToBinding(observers, name, [this] {
-    TESSEL_TRACE(1, "kalStore::KalConfig::invokeEvent",
-                 ", invokeEvent Multiple notification" << Cid{m_callId} << This{this});
-  });
-  if (snapshot.IsEmpty()) return kResultNobody;
-
-  const KalConfigEvent event{name, {}, {}, std::move(defaultValue), group, SessionTypeOfGroup(group)};
   unsigned int callees = 0;
-  while (snapshot.HasNext()) {
-    snapshot.DeliverNext([&](ConfigEventHandler& handler) {
-      if (callees++ == 0) value = handler.Invoke(event);
-    });
+  {
+    DeliverySnapshot snapshot;
+    for (std::size_t left = snapshot.AnnounceToBinding(observers, name); left > 0; --left) {
+      TESSEL_TRACE(1, "kalStore::KalConfig::invokeEvent",
+                   ", invokeEvent Multiple notification" << cid << self);
+    }
+    if (snapshot.IsEmpty()) return kResultNobody;
+
+    const KalConfigEvent event{name, {}, {}, std::move(defaultValue), group, SessionTypeOfGroup(group)};
+    while (snapshot.HasNext()) {
+      snapshot.DeliverNext([&](ConfigEventHandler& handler) {
+        if (callees++ == 0) value = handler.Invoke(event);
+      });
+    }
   }
   if (callees > 1) {
     TESSEL_TRACE(0, "kalStore::KalConfig::invokeEvent",
-                 ", Bind too much, " << "nCallees=" << callees << Cid{m_callId} << This{this});
+                 ", Bind too much, " << "nCallees=" << callees << cid << self);
   }
   return kResultOk;
 }

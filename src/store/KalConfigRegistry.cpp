@@ -23,30 +23,45 @@ struct StoreEntry {
   int counts;                        // References handed out, and the registry's own until clean-up.
 };
 
-// Usable before any constructor of another library runs.
+using Stores = std::map<std::uint32_t, StoreEntry>;
+
+// Usable before any constructor runs.
 constinit std::recursive_mutex g_mutex;
-std::map<std::uint32_t, StoreEntry> g_mapConfigs;
 
-using Position = decltype(g_mapConfigs)::iterator;
+Stores& TheStores();
 
-// What callbacks captured may call in again while the stores go: the registry is empty by then.
+// Destroys every store. What callbacks captured may call in when it ends: the registry is empty by then, and
+// every store is still alive, since a callback may have captured a facade of another call.
 void DropAll() {
   std::lock_guard lock(g_mutex);
-  const auto doomed = std::exchange(g_mapConfigs, {});
+  while (!TheStores().empty()) {
+    const Stores doomed = std::exchange(TheStores(), {});
+    for (const auto& [callId, entry] : doomed) entry.store->DropHandlers();
+  }
 }
 
-// Goes before the map does, at exit: stores that are left find it empty, but alive.
-const struct DropAllAtExit {
-  ~DropAllAtExit() { DropAll(); }
-} g_dropAllAtExit;
+// The registry's map. Made by the first use, which may come from a static object that is constructed before
+// this library is initialised; whoever comes first in that way ends after the stores were dropped at exit.
+// Never destroyed: what ends later still finds it.
+Stores& TheStores() {
+  static Stores& stores = *new Stores;
+  static const struct DropAllAtExit {
+    ~DropAllAtExit() { DropAll(); }
+  } dropAllAtExit;
+  return stores;
+}
+
+// Made at the latest when the library is loaded: static objects that are constructed later end before the
+// stores do, whether or not they are the first to use one.
+[[maybe_unused]] const Stores& g_madeAtLoad = TheStores();
 
 // Takes one reference and returns how many are left; at none, destroys the store and its entry.
-int DropReference(Position position) {
+int DropReference(Stores::iterator position) {
   const int counts = --position->second.counts;
   if (counts < 1) {
     // What callbacks captured may call in again when the store goes: the entry is gone by then.
     const auto store = std::move(position->second.store);
-    g_mapConfigs.erase(position);
+    TheStores().erase(position);
   }
   return counts;
 }
@@ -60,7 +75,11 @@ class LimitedTracer {
     char buffer[256];
     CCmTextFormator text(buffer, sizeof(buffer));
     compose(text);
-    m_tracer.emplace(2, text);
+    try {
+      m_tracer.emplace(2, text);
+    } catch (...) {
+      // The tracer may keep a copy of the text. Destructors call what is traced here: it does without the lines.
+    }
   }
 
  private:
@@ -83,23 +102,26 @@ std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {
   TESSEL_TRACE(2, "kalStore::CreateKalConfig", Cid{callId});
   std::lock_guard lock(g_mutex);
   if (*ppConfig != nullptr) return kResultBadArgument;
-  if (const auto found = g_mapConfigs.find(callId); found != g_mapConfigs.end()) {
-    ++found->second.counts;
-    *ppConfig = found->second.store.get();
-    return kResultOk;
+  Stores& stores = TheStores();
+  std::shared_ptr<KalConfig> made;
+  auto found = stores.find(callId);
+  if (found == stores.end()) {
+    made = std::make_shared<KalConfig>(callId);
+    // The sink of its line may have called in and created the call's store: that one is shared then.
+    found = stores.try_emplace(callId, StoreEntry{made, 1}).first;
   }
-  auto store = std::make_shared<KalConfig>(callId);
-  const auto added = g_mapConfigs.emplace(callId, StoreEntry{std::move(store), 2}).first;
-  *ppConfig = added->second.store.get();
+  ++found->second.counts;
+  *ppConfig = found->second.store.get();
   return kResultOk;
 }
 
 std::int32_t ReleaseKalConfig(IKalConfig* pConfig) {
   if (pConfig == nullptr) return kResultBadArgument;
   std::lock_guard lock(g_mutex);
-  const auto found = std::find_if(g_mapConfigs.begin(), g_mapConfigs.end(),
+  Stores& stores = TheStores();
+  const auto found = std::find_if(stores.begin(), stores.end(),
                                   [&](const auto& entry) { return entry.second.store.get() == pConfig; });
-  if (found == g_mapConfigs.end()) return kResultNoSuchOrExists;
+  if (found == stores.end()) return kResultNoSuchOrExists;
   const std::uint32_t callId = found->first;
   const int counts = DropReference(found);
   TESSEL_TRACE(2, "kalStore::ReleaseKalConfig", Cid{callId} << ", counts=" << counts);
@@ -113,8 +135,8 @@ std::int32_t CleanUpKalConfig(std::uint32_t callId) {
          << ",line=" << 898 << ", callId=" << callId;
   });
   std::lock_guard lock(g_mutex);
-  const auto found = g_mapConfigs.find(callId);
-  if (found == g_mapConfigs.end() || !found->second.store->MarkCleanedUp()) return kResultNoSuchOrExists;
+  const auto found = TheStores().find(callId);
+  if (found == TheStores().end() || !found->second.store->MarkCleanedUp()) return kResultNoSuchOrExists;
   const int counts = DropReference(found);
   TESSEL_TRACE(2, "kalStore::CleanUpKalConfig", ", callId=" << callId << ", counts=" << counts);
   return kResultOk;
@@ -127,16 +149,19 @@ void DestroyKalConfig() {
          << ",line=" << __LINE__;
   });
   std::lock_guard lock(g_mutex);
-  for (const auto& entry : g_mapConfigs) {
-    TESSEL_TRACE(2, "kalStore::DestroyKalConfig",
-                 ", callId=" << entry.first << ", counts=" << entry.second.counts);
+  // By key: the sink may call in and change the map.
+  const Stores& stores = TheStores();
+  for (auto at = stores.begin(); at != stores.end();) {
+    const std::uint32_t callId = at->first;
+    TESSEL_TRACE(2, "kalStore::DestroyKalConfig", ", callId=" << callId << ", counts=" << at->second.counts);
+    at = stores.upper_bound(callId);
   }
   DropAll();
 }
 
 std::uint32_t GetKalConfigSizeForUT() {
   std::lock_guard lock(g_mutex);
-  return static_cast<std::uint32_t>(g_mapConfigs.size());
+  return static_cast<std::uint32_t>(TheStores().size());
 }
 
 }  // namespace kalStore

@@ -17,6 +17,18 @@ namespace {
 constexpr long kRemovalReportMs = 500;
 constexpr long kRemovalCeilingMs = 3000;
 
+// Pairs with FinishDelivery(): what the last callback did happens before the callbacks are emptied.
+bool HasPendingDelivery(const ConfigEventHandler& handler) {
+  return handler.m_nPendingNotify.load(std::memory_order_acquire) >= 1;
+}
+
+// REQUIRES: no delivery is pending, and nobody can announce one any more. What the callbacks captured may call
+// in when it ends: no lock is held.
+void EmptyCallbacks(ConfigEventHandler& handler) {
+  handler.m_fnNotify = nullptr;
+  handler.m_fnInvoke = nullptr;
+}
+
 }  // namespace
 
 SubscribeId_t KalConfig::SubscribeConfig(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
@@ -74,11 +86,12 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
                     << ", bAsync=" << bAsync << Cid{m_callId} << This{this});
 
   // The initial delivery is announced before anyone else can find the handler: a removal waits for it.
-  const int result = observersOf(group).Subscribe(handlerPtr->m_strName, handlerPtr,
-                                                  [&](const ConfigEventHandler::Ptr& added) {
-                                                    m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
-                                                    AnnounceDelivery(*added, threadId);
-                                                  });
+  const int result = observersOf(group).Subscribe(
+      handlerPtr->m_strName, handlerPtr, [&](const ConfigEventHandler::Ptr& added) {
+        m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
+        added->m_bRegistered.store(true, std::memory_order_relaxed);
+        AnnounceDelivery(*added, threadId);
+      });
   if (result != kResultOk) return 0;
 
   try {
@@ -131,6 +144,7 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
     entry.handlers.push_back(handlerPtr);
     entry.Forget();
     m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
+    handlerPtr->m_bRegistered.store(true, std::memory_order_relaxed);
   }
   try {
     registerId(handlerPtr, 612);
@@ -142,16 +156,42 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
 }
 
 void KalConfig::registerId(const ConfigEventHandler::Ptr& handlerPtr, int assertionLine) {
-  decltype(m_mapIDs)::Locked ids(m_mapIDs);
-  KAL_ASSERT_AT("KalConfig", assertionLine, !m_mapIDs.Find(handlerPtr->m_SubscribeId));
-  ids->insert_or_assign(handlerPtr->m_SubscribeId, handlerPtr);
+  ConfigEventHandler::Ptr replaced = handlerPtr;
+  {
+    decltype(m_mapIDs)::Locked ids(m_mapIDs);
+    (*ids)[handlerPtr->m_SubscribeId].swap(replaced);
+  }
+  // Reported once the map is whole and its lock released: a trace sink may call in.
+  if (replaced != nullptr) {
+    ReportAssertion("KalConfig", assertionLine, "!m_mapIDs.Find(handlerPtr->m_SubscribeId)");
+  }
 }
 
-// Takes a registration back whose caller is told that it failed: waits, as a removal does, for the deliveries
-// that other threads have begun.
+// Takes a registration back whose caller learns of a failure instead of the id. Waits like a removal for the
+// deliveries that other threads have begun.
 void KalConfig::withdraw(const ConfigEventHandler::Ptr& handlerPtr) {
+  // What failed may have been a callback that removed the handler, or ended the store. Nothing is synchronised
+  // here: the callback has returned, and its end is known to this thread.
+  if (!handlerPtr->m_bRegistered.load(std::memory_order_relaxed)) return;
   decltype(m_mapIDs)::Locked(m_mapIDs)->erase(handlerPtr->m_SubscribeId);
   unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr);
+}
+
+void KalConfig::DropHandlers() {
+  // What callbacks captured may call in when it ends, and may own other subscriptions of this store. So every
+  // handler is out of the maps before the first is emptied, and what is registered meanwhile goes as well.
+  for (;;) {
+    decltype(m_mapIDs)::Map ids;  // Has every handler: none ends with the lists, under a lock.
+    decltype(m_mapIDs)::Locked(m_mapIDs)->swap(ids);
+    for (ObserverMgr& observers : m_observerMgrs) ObserverMgr::Locked(observers)->clear();
+    if (ids.empty()) return;
+    m_TotalObservers.fetch_sub(static_cast<std::uint32_t>(ids.size()), std::memory_order_relaxed);
+    for (const auto& [id, handler] : ids) handler->m_bRegistered.store(false, std::memory_order_relaxed);
+    for (const auto& [id, handler] : ids) {
+      // One that is being delivered to, since its own callback ends the store, ends with its last delivery.
+      if (!HasPendingDelivery(*handler)) EmptyCallbacks(*handler);
+    }
+  }
 }
 
 std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name,
@@ -164,46 +204,51 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
   }
   if (*name == '\0') return kResultBadArgument;
   const SubscribeId_t id = handlerPtr->m_SubscribeId;
+  // What is waited for may be the store's last use: nothing of it is used after its lists have changed.
+  const Cid cid{m_callId};
+  const This self{this};
   TESSEL_TRACE(2, "kalStore::KalConfig::unsubscribeConfig",
                ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id
-                    << ", m_TotalObservers=" << m_TotalObservers.load() << Cid{m_callId} << This{this});
+                    << ", m_TotalObservers=" << m_TotalObservers.load() << cid << self);
 
+  unsigned long deliveringId = 0;
   const int result = observersOf(group).Unsubscribe(name, handlerPtr, [&] {
     m_TotalObservers.fetch_sub(1, std::memory_order_relaxed);
-    const unsigned long deliveringId = DeliveringThread(*handlerPtr).load(std::memory_order_relaxed);
-    if (deliveringId == 0) return;
+    handlerPtr->m_bRegistered.store(false, std::memory_order_relaxed);
+    deliveringId = DeliveringThread(*handlerPtr).load(std::memory_order_relaxed);
+  });
+  if (result != kResultOk) return result;
+  // Reported once the lock is released: a trace sink may call in, and may wait for a thread that needs the lock.
+  if (deliveringId != 0) {
     const unsigned long threadId = GetThreadSelfId();
     if (deliveringId == threadId) {
       TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
-                   ", Same thread remove itself when notification"
-                       << ", " << name << ", " << deliveringId << ", " << id << Cid{m_callId} << This{this});
+                   ", Same thread remove itself when notification" << ", " << name << ", " << deliveringId
+                                                                   << ", " << id << cid << self);
     } else {
       TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
                    ", Other thread remove itself when notification" << ", " << name << ", " << deliveringId
-                                                                    << ", " << id << ", " << threadId
-                                                                    << Cid{m_callId} << This{this});
+                                                                    << ", " << id << ", " << threadId << cid
+                                                                    << self);
     }
-  });
-  if (result != kResultOk) return result;
+  }
 
-  // Pairs with FinishDelivery(): what the last callback did happens before the callbacks are emptied here.
-  const auto isPending = [&] { return handlerPtr->m_nPendingNotify.load(std::memory_order_acquire) >= 1; };
-  if (isPending()) {
-    const long startMs = CurrentWaitClock().nowMs();
+  if (HasPendingDelivery(*handlerPtr)) {
+    const WaitClock& clock = CurrentWaitClock();
+    const long startMs = clock.nowMs();
     long reportMs = startMs;
     do {
-      CurrentWaitClock().sleepOneMs();
-      const long nowMs = CurrentWaitClock().nowMs();
+      clock.sleepOneMs();
+      const long nowMs = clock.nowMs();
       if (nowMs - reportMs > kRemovalReportMs) {
         TESSEL_TRACE(1, "kalStore::KalConfig::unsubscribeConfig",
-                     ", " << name << " Waiting for long time..." << Cid{m_callId} << This{this});
+                     ", " << name << " Waiting for long time..." << cid << self);
         reportMs = nowMs;
       }
       if (nowMs - startMs > kRemovalCeilingMs) return kResultOk;
-    } while (isPending());
+    } while (HasPendingDelivery(*handlerPtr));
   }
-  handlerPtr->m_fnNotify = nullptr;
-  handlerPtr->m_fnInvoke = nullptr;
+  EmptyCallbacks(*handlerPtr);
   return kResultOk;
 }
 

@@ -10,7 +10,7 @@ struct WaitClock {
   void (*yield)();       ///< The same without the sleep.
 };
 
-/// The clock in use. Waits read it anew for each step; nothing else does.
+/// The clock in use.
 const WaitClock& CurrentWaitClock();
 
 /// Replaces the clock, so that a test moves the time itself; null restores the real one. The clock must
