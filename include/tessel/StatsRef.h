@@ -9,31 +9,31 @@
 
 namespace kalStore {
 
-/// What a StatsRef refers to: a call's audio.
+/// For StatsRef: a call's audio.
 struct Audio {
   using Interface = IKalAudioInfo;                                ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_AUDIO;  ///< its type
 };
-/// What a StatsRef refers to: a call's video.
+/// For StatsRef: a call's video.
 struct Video {
   using Interface = IKalVideoInfo;                                ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_VIDEO;  ///< its type
 };
-/// What a StatsRef refers to: the audio of a call's shared content.
+/// For StatsRef: the audio of a call's shared content.
 struct ContentAudio {
   using Interface = IKalAudioInfo;                                        ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_AUDIO;  ///< its type
 };
-/// What a StatsRef refers to: the video of a call's shared content.
+/// For StatsRef: the video of a call's shared content.
 struct ContentVideo {
   using Interface = IKalVideoInfo;                                        ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_VIDEO;  ///< its type
 };
 
-/// The statistics object of a call, held for a scope: made, or shared with whoever holds it, and given back
-/// at the end; it goes with its last holder.
+/// Holds the statistics object of a call for a scope: creates it or shares the present one, and gives the
+/// reference back at the end. The object is destroyed with the last reference.
 ///
-/// @threads The handle has one owner, who may be any thread; the object is for all.
+/// @threads One thread at a time uses the handle; any thread uses the object.
 /// @par Example
 /// @code{.cpp}
 /// const StatsRef<Video> measuring(7);
@@ -49,7 +49,7 @@ class StatsRef {
   /// What the object offers: IKalAudioInfo or IKalVideoInfo.
   using Interface = typename Media::Interface;
 
-  /// Makes or shares the object. Throws what making it throws.
+  /// Creates or shares the object. Throws std::bad_alloc.
   /// @param callId  any
   explicit StatsRef(std::uint32_t callId) : m_callId(callId) {
     void* entity = nullptr;
@@ -70,8 +70,8 @@ class StatsRef {
     return *this;
   }
 
-  /// Gives the object back.
-  /// @invalidates Pointers to the object, unless somebody else holds it.
+  /// Gives the reference back.
+  /// @invalidates Pointers to the object, unless another handle holds it.
   ~StatsRef() { release(); }
 
   ///@{
@@ -79,7 +79,7 @@ class StatsRef {
   Interface& operator*() const { return *m_info; }
   Interface* operator->() const { return m_info; }
   ///@}
-  /// @return The id that the object was asked for by.
+  /// @return The call id that the object was created with.
   std::uint32_t CallId() const { return m_callId; }
 
  private:
