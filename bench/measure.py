@@ -65,9 +65,11 @@ def medians(runs, ordered):
 def conditions(context, arguments):
     """Where and how the run was made."""
     cpu = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())
-    return {"date": context["date"], "processor": cpu[1] if cpu else "unknown", "cpus": context["num_cpus"],
-            "compiler": context["compiler"].replace("GNU", "GCC"), "flags": context["flags"],
-            "repetitions": arguments.repetitions, "min_time_s": arguments.min_time}
+    commit = subprocess.run("git describe --always --dirty --exclude '*'", shell=True, cwd=report.ROOT,
+                            capture_output=True, text=True).stdout.strip()
+    return {"date": context["date"], "commit": commit or "unknown", "processor": cpu[1] if cpu else "unknown",
+            "cpus": context["num_cpus"], "compiler": context["compiler"].replace("GNU", "GCC"),
+            "flags": context["flags"], "repetitions": arguments.repetitions, "min_time_s": arguments.min_time}
 
 
 def main():

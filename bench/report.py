@@ -88,8 +88,8 @@ def console(results, is_whole):
 
 
 def run_line(run):
-    return (f"{run['processor']}, {run['cpus']} CPUs; {run['compiler']}, `{run['flags']}`; {run['date'][:10]};"
-            f" medians of {run['repetitions']} repetitions of {run['min_time_s']:g} s.")
+    return (f"{run['processor']}, {run['cpus']} CPUs; {run['compiler']}, `{run['flags']}`; {run['date'][:10]}, commit"
+            f" {run['commit']}; medians of {run['repetitions']} repetitions of {run['min_time_s']:g} s.")
 
 
 def filled(page, results):
