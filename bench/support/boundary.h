@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// The least work behind the boundary of a shared library that is built like the shipped ones.
+// What lies behind the boundary of a shared library built like the shipped ones, and does the least there.
 
 /// A flag: the least that a disabled trace line can cost.
 __attribute__((visibility("default"))) int ReadBoundaryFlag();

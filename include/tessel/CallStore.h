@@ -11,7 +11,7 @@ namespace kalStore {
 /// The store of a call, held for a scope: made, or shared with whoever holds it, and given back at the end.
 ///
 /// @threads The handle has one owner, who may be any thread; the store is for all.
-/// @lifetime What is used with the store, subscriptions too, ends before the handle. Not to be used after
+/// @lifetime Whatever uses the store, subscriptions too, must end before the handle. Do not use it after
 /// DestroyKalConfig().
 /// @par Example
 /// @code{.cpp}
@@ -31,7 +31,7 @@ class CallStore {
     kEndsCall,    ///< the call ends: the store goes with its last holder
   };
 
-  /// Makes or shares the store. Throws what making it throws.
+  /// Makes or shares the store. A failed allocation leaves the constructor as std::bad_alloc.
   /// @param callId  any
   /// @param role  what the end of the scope means for the call
   explicit CallStore(std::uint32_t callId, Role role = kSharesCall) : m_callId(callId), m_role(role) {
@@ -41,20 +41,24 @@ class CallStore {
   /// The source then holds nothing, and may only be assigned to or destroyed.
   CallStore(CallStore&& other) noexcept
       : m_callId(other.m_callId), m_role(other.m_role), m_store(std::exchange(other.m_store, nullptr)) {}
-  /// Gives back what this handle holds first.
+  /// Gives back what this handle held; the source then holds nothing.
   CallStore& operator=(CallStore&& other) noexcept {
-    if (this != &other) {
-      release();
-      m_callId = other.m_callId;
-      m_role = other.m_role;
-      m_store = std::exchange(other.m_store, nullptr);
-    }
+    if (this == &other) return *this;
+    const CallStore old(std::move(*this));  // Ends last: a callback of its store may own this handle.
+    m_callId = other.m_callId;
+    m_role = other.m_role;
+    m_store = std::exchange(other.m_store, nullptr);
     return *this;
   }
 
   /// Ends the call, as the role says, and gives the store back.
   /// @invalidates Pointers to the store, unless somebody else holds it.
-  ~CallStore() { release(); }
+  ~CallStore() {
+    if (m_store == nullptr) return;
+    // First the call, while its store is still this one.
+    if (m_role == kEndsCall) CleanUpKalConfig(m_callId);
+    ReleaseKalConfig(m_store);
+  }
 
   ///@{
   /// @return The store.
@@ -65,13 +69,6 @@ class CallStore {
   std::uint32_t CallId() const { return m_callId; }
 
  private:
-  void release() {
-    if (m_store == nullptr) return;
-    // First the call, while its store is still this one.
-    if (m_role == kEndsCall) CleanUpKalConfig(m_callId);
-    ReleaseKalConfig(m_store);
-  }
-
   std::uint32_t m_callId;
   Role m_role;
   IKalConfig* m_store = nullptr;

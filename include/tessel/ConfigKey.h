@@ -26,11 +26,10 @@ namespace kalStore {
 template <ConfigType T>
 struct ConfigReading {
   T value;            ///< what is stored, or the key's default
-  ConfigData stored;  ///< what is stored, as it is; empty when nothing is, or the store cannot be read
+  ConfigData stored;  ///< what is stored, as it is; invalid when nothing is, or the store cannot be read
   bool fromStore;     ///< whether `value` is what is stored
 
-  /// Whether something is stored that is no T.
-  /// @return True when something is stored, but not wholly a T.
+  /// @return Whether something is stored that is not wholly a T.
   bool IsRefused() const { return stored.IsValid() && !fromStore; }
 };
 
@@ -48,7 +47,7 @@ void TheKeyNeedsAGroupANameAndADefaultWithinRange();
 template <class From, class T>
 concept ConfigDefaultFor = std::same_as<From, ConfigDefault<T>> || (ConfigInteger<From> && ConfigInteger<T>);
 
-// Of its own type alone, so that nothing is narrowed on the way; a text may be a C text as well.
+// Of its own type alone, so that nothing is narrowed on the way; for a std::string a C string as well.
 template <class From, class T>
 concept SettableAs =
     std::same_as<From, T> ||
@@ -56,12 +55,13 @@ concept SettableAs =
 
 }  // namespace detail
 
-/// A setting's place, type and default: declare it once, and use it wherever the setting is read or written.
+/// A setting's group, name, type and default: declare it once, and use it wherever the setting is read or
+/// written.
 ///
-/// A stored text that is not wholly a T is refused, not narrowed: reading gives the default, and Read()
-/// tells. Writing takes a T alone: neither a wider number nor, for a number, a text compiles.
+/// A stored value that is not wholly a T is refused, not narrowed: reading gives the default, and Read() says
+/// so. Writing takes a T alone: neither a wider number nor, for a number, a string compiles.
 ///
-/// @threads A constant, for any thread; its operations are those of the store or facade it is used with.
+/// @threads A constant, for any thread; its operations are those of the store or facade that they are given.
 /// @par Example
 /// @code{.cpp}
 /// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
@@ -74,7 +74,7 @@ concept SettableAs =
 /// int fps = 0;
 /// const auto subscription = kMaxFps.Subscribe(
 ///     settings, [&](const ConfigReading<int>& reading) { fps = reading.value; });
-/// assert(fps == 15);  // told of what is stored at once
+/// assert(fps == 15);  // notified of what is stored at once
 /// settings.SetKalConfig("MaxFps", "fast", KAL_CONFIG_GROUP_VIDEO);
 /// assert(fps == 30);
 /// assert(kMaxFps.Read(settings).IsRefused());
@@ -85,7 +85,7 @@ class ConfigKey {
   /// All three are constants, checked by the compiler.
   /// @param group  0 to 12, or KAL_CONFIG_GROUP_DEFAULT for a facade's default group
   /// @param name  not null, not empty
-  /// @param defaultValue  within the range of T; for a std::string a C text
+  /// @param defaultValue  within the range of T; for a std::string a C string
   template <detail::ConfigDefaultFor<T> Default>
   consteval ConfigKey(KalConfigGroup group, const char* name, Default defaultValue)
       : m_group(group), m_name(name), m_default(static_cast<detail::ConfigDefault<T>>(defaultValue)) {
@@ -108,7 +108,7 @@ class ConfigKey {
   /// read.
   T Get(ConfigRef store) const { return Read(store).value; }
 
-  /// Reads the setting, and tells what its value comes from.
+  /// Reads the setting, and says where the value comes from.
   /// @param store  a store or a facade
   /// @return The value, what is stored, and whether one is the other.
   ConfigReading<T> Read(ConfigRef store) const {
@@ -119,20 +119,21 @@ class ConfigKey {
 
   /// Stores a value.
   /// @param store  a store or a facade
-  /// @param value  a T; for a std::string a C text as well
-  /// @param bForceNotify  tells of an equal value, too
+  /// @param value  a T; for a std::string a C string as well, not null
+  /// @param bForceNotify  notifies of an equal value, too
   /// @return As IKalConfig::SetKalConfig() or KalConfigHelper::SetKalConfig(); see IsStored().
   template <detail::SettableAs<T> Value>
   std::int32_t Set(ConfigRef store, Value value, bool bForceNotify = false) const {
     return store.Set(m_group, m_name, ConfigData(std::move(value)), bForceNotify);
   }
 
-  /// Removes what is stored, and tells nobody: the default holds again.
+  /// Removes what is stored, and notifies nobody: reading gives the default again.
   /// @param store  a store or a facade
   /// @return As IKalConfig::RemoveKalConfig() or KalConfigHelper::RemoveKalConfig().
   std::int32_t Remove(ConfigRef store) const { return store.Remove(m_group, m_name); }
 
-  /// Has `fn` told of every change, and at once of what is stored if anything is.
+  /// Notifies `fn` of every change, and at once of what is stored if anything is. A facade refuses a second
+  /// subscription of a name, see Subscription.
   /// @param store  a store or a facade; must outlive the subscription
   /// @param fn  takes a const ConfigReading<T>&
   /// @param pRunThread  where `fn` runs, see IKalConfig::SubscribeConfig(); not owned, must outlive the

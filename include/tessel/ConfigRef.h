@@ -8,9 +8,12 @@
 
 namespace kalStore {
 
-/// Whether a set has stored its value, be it told to somebody or not.
+class Subscription;
+
+/// Whether a set was carried out, whether or not a subscriber was notified. The value is then stored; a
+/// transient one is announced, and what was stored is removed.
 /// @param setResult  what a SetKalConfig() returned
-/// @return True for 0, 0x46004009 and 0x4600400a.
+/// @return True for kResultOk, kResultUnchanged and kResultNobody.
 /// @threads Any.
 /// @par Example
 /// @code{.cpp}
@@ -22,12 +25,12 @@ constexpr bool IsStored(std::int32_t setResult) {
   return setResult == kResultOk || setResult == kResultNobody || setResult == kResultUnchanged;
 }
 
-/// A call's settings, by way of its store or of a facade: what typed.h works on. Made by passing either where
-/// a ConfigRef is asked for.
+/// A call's settings, by way of its store or of a facade: what typed.h works on. Pass either where a
+/// ConfigRef is asked for.
 ///
 /// KAL_CONFIG_GROUP_DEFAULT is a facade's default group; a store refuses it.
 ///
-/// @threads Operations, results and threads are those of what it refers to.
+/// @threads As the store or facade: operations and results are theirs.
 /// @lifetime Borrows: the store or facade must outlive it.
 /// @par Example
 /// @code{.cpp}
@@ -60,54 +63,28 @@ class ConfigRef {
   std::int32_t Get(KalConfigGroup group, const char* name, ConfigData& value) const {
     return m_facade ? m_facade->GetKalConfig(name, value, group) : m_store->GetKalConfig(group, name, value);
   }
-  /// Stores a value and tells the name's subscribers.
+  /// Stores a value and notifies the name's subscribers.
   /// @param group  0 to 12, or a facade's default group
   /// @param name  not null, not empty
   /// @param value  valid
-  /// @param bForceNotify  tells of an equal value, too
+  /// @param bForceNotify  notifies of an equal value, too
   /// @return As SetKalConfig() there; see IsStored().
   std::int32_t Set(KalConfigGroup group, const char* name, ConfigData value,
                    bool bForceNotify = false) const {
     return m_facade ? m_facade->SetKalConfig(name, std::move(value), group, bForceNotify)
                     : m_store->SetKalConfig(group, name, std::move(value), bForceNotify, false);
   }
-  /// Removes a stored value and tells nobody.
+  /// Removes a stored value and notifies nobody.
   /// @param group  0 to 12, or a facade's default group
   /// @param name  not null, not empty
   /// @return As RemoveKalConfig() there.
   std::int32_t Remove(KalConfigGroup group, const char* name) const {
     return m_facade ? m_facade->RemoveKalConfig(name, group) : m_store->RemoveKalConfig(group, name);
   }
-  /// Has `fn` told of every change of the name, and at once of its current value if there is one.
-  /// @param group  0 to 12, or a facade's default group
-  /// @param name  not null, not empty
-  /// @param fn  told of the changes; not empty
-  /// @param pRunThread  where `fn` runs, see IKalConfig::SubscribeConfig(); not owned, must outlive the
-  /// subscription
-  /// @param bAsync  whether `pRunThread` is posted to rather than waited for
-  /// @return As SubscribeConfig() there.
-  SubscribeId_t Subscribe(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
-                          ACmThread* pRunThread, bool bAsync) const {
-    return m_facade ? m_facade->SubscribeConfig(name, std::move(fn), group, pRunThread, bAsync)
-                    : m_store->SubscribeConfig(group, name, std::move(fn), pRunThread, bAsync);
-  }
-  /// Removes a subscription; waits as IKalConfig::UnsubscribeConfig() does.
-  /// @param id  as Subscribe() returned it
-  /// @return As UnsubscribeConfig() there.
-  /// @invalidates The id.
-  std::int32_t Unsubscribe(SubscribeId_t id) const {
-    return m_facade ? m_facade->UnsubscribeConfig(id) : m_store->UnsubscribeConfig(id);
-  }
-  /// The same by name, of a facade alone: a store knows its subscriptions by id.
-  /// @param group  0 to 12, or a facade's default group
-  /// @param name  not null, not empty
-  /// @return As UnsubscribeConfig() of the facade; 0x46004001 of a store.
-  /// @invalidates The id.
-  std::int32_t Unsubscribe(KalConfigGroup group, const char* name) const {
-    return m_facade ? m_facade->UnsubscribeConfig(name, group) : kResultNotFound;
-  }
 
  private:
+  friend class Subscription;
+
   // Exactly one of the two is set.
   IKalConfig* m_store = nullptr;
   KalConfigHelper* m_facade = nullptr;

@@ -4,12 +4,13 @@
 
 namespace kalStore {
 
-/// The feature toggles: values of group "Feature" that are named by a number. KalFeatureToggles.def is their
+/// The feature toggles: values of group "Feature" that have a number for a name. KalFeatureToggles.def is
+/// their
 /// @ref toggle_catalogue "catalogue": id, key, kind of value and meaning of each, for example
 /// KAL_FT(5, EnableMusicDetection, "EnableMusicDetection", bool, "Detect music and ...")
-/// for KAL_FT_EnableMusicDetection = 5. A toggle that nobody set counts as on.
+/// for KAL_FT_EnableMusicDetection = 5. A toggle that is not set counts as on.
 ///
-/// 0 to 351; the last, KAL_FT_Unknow, ends the table and has a key of its own name. Compared as unsigned.
+/// 0 to 351; the last, KAL_FT_Unknow, ends the table; its key is "KAL_FT_Unknow". Compared as unsigned.
 enum KalFeatureToggleID : std::int32_t {
 #define KAL_FT(id, name, key, kind, meaning) KAL_FT_##name = (id),
 #include "tessel/KalFeatureToggles.def"

@@ -8,13 +8,13 @@
 
 namespace kalStore {
 
-/// Puts a value in place for a scope, for tests: at its end what stood before stands again, and a name that
-/// had no value is removed. Scopes of one name end in the reverse order of their beginning.
+/// Sets a value for a scope, for tests: at the end of the scope it restores the previous value, or removes a
+/// name that had none. Scopes of one name end in the reverse order of their beginning.
 ///
-/// Subscribers are told of both sets, but not of a removal. What a callback throws leaves the constructor,
-/// with what stood before in place again; at the end of the scope it is dropped.
+/// Subscribers are notified of both sets, but not of a removal. What a callback throws leaves the
+/// constructor, with the previous value restored; at the end of the scope it is dropped.
 ///
-/// @threads Begins and ends like two sets, from any threads; what others set to the name meanwhile is lost.
+/// @threads Begins and ends like two sets, from any thread; what others set to the name meanwhile is lost.
 /// @lifetime The store or facade must outlive it.
 /// @par Example
 /// @code{.cpp}
@@ -28,7 +28,7 @@ namespace kalStore {
 /// @endcode
 class ScopedConfig {
  public:
-  /// Puts the value in place.
+  /// Sets the value.
   /// @param store  a store or a facade
   /// @param group  0 to 12, or a facade's default group
   /// @param name  not null, not empty
@@ -53,12 +53,12 @@ class ScopedConfig {
   ScopedConfig(const ScopedConfig&) = delete;
   ScopedConfig& operator=(const ScopedConfig&) = delete;
 
-  /// Restores what stood before.
+  /// Restores the previous value.
   ~ScopedConfig() {
     if (m_isInPlace) restore();
   }
 
-  /// @return Whether the value was stored; otherwise the scope does nothing.
+  /// @return Whether the value was set; otherwise the scope does nothing.
   bool IsInPlace() const { return m_isInPlace; }
 
  private:
@@ -70,7 +70,7 @@ class ScopedConfig {
         m_store.Remove(m_group, m_name.c_str());
       }
     } catch (...) {
-      // A callback's exception; the value is in place.
+      // A callback's exception; the value is restored.
     }
   }
 

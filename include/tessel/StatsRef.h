@@ -9,31 +9,31 @@
 
 namespace kalStore {
 
-/// For StatsRef: a call's audio.
+/// What a StatsRef refers to: a call's audio.
 struct Audio {
   using Interface = IKalAudioInfo;                                ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_AUDIO;  ///< its type
 };
-/// For StatsRef: a call's video.
+/// What a StatsRef refers to: a call's video.
 struct Video {
   using Interface = IKalVideoInfo;                                ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_VIDEO;  ///< its type
 };
-/// For StatsRef: the audio of a call's shared content.
+/// What a StatsRef refers to: the audio of a call's shared content.
 struct ContentAudio {
   using Interface = IKalAudioInfo;                                        ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_AUDIO;  ///< its type
 };
-/// For StatsRef: the video of a call's shared content.
+/// What a StatsRef refers to: the video of a call's shared content.
 struct ContentVideo {
   using Interface = IKalVideoInfo;                                        ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_VIDEO;  ///< its type
 };
 
-/// Holds the statistics object of a call for a scope: creates it or shares the present one, and gives the
-/// reference back at the end. The object is destroyed with the last reference.
+/// The statistics object of a call, held for a scope: made, or shared with whoever holds it, and given back
+/// at the end; the last holder ends it.
 ///
-/// @threads One thread at a time uses the handle; any thread uses the object.
+/// @threads The handle has one owner, who may be any thread; the object is for all.
 /// @par Example
 /// @code{.cpp}
 /// const StatsRef<Video> measuring(7);
@@ -49,7 +49,7 @@ class StatsRef {
   /// What the object offers: IKalAudioInfo or IKalVideoInfo.
   using Interface = typename Media::Interface;
 
-  /// Creates or shares the object. Throws std::bad_alloc.
+  /// Makes or shares the object. A failed allocation leaves the constructor as std::bad_alloc.
   /// @param callId  any
   explicit StatsRef(std::uint32_t callId) : m_callId(callId) {
     void* entity = nullptr;
@@ -60,33 +60,30 @@ class StatsRef {
   /// The source then holds nothing, and may only be assigned to or destroyed.
   StatsRef(StatsRef&& other) noexcept
       : m_callId(other.m_callId), m_info(std::exchange(other.m_info, nullptr)) {}
-  /// Gives back what this handle holds first.
+  /// Gives back what this handle held; the source then holds nothing.
   StatsRef& operator=(StatsRef&& other) noexcept {
-    if (this != &other) {
-      release();
-      m_callId = other.m_callId;
-      m_info = std::exchange(other.m_info, nullptr);
-    }
+    if (this == &other) return *this;
+    const StatsRef old(std::move(*this));
+    m_callId = other.m_callId;
+    m_info = std::exchange(other.m_info, nullptr);
     return *this;
   }
 
-  /// Gives the reference back.
-  /// @invalidates Pointers to the object, unless another handle holds it.
-  ~StatsRef() { release(); }
+  /// Gives the object back.
+  /// @invalidates Pointers to the object, unless somebody else holds it.
+  ~StatsRef() {
+    if (m_info != nullptr) releaseTesselEntity(Media::kType, m_callId, m_info);
+  }
 
   ///@{
   /// @return The object.
   Interface& operator*() const { return *m_info; }
   Interface* operator->() const { return m_info; }
   ///@}
-  /// @return The call id that the object was created with.
+  /// @return The id that the object was asked for by.
   std::uint32_t CallId() const { return m_callId; }
 
  private:
-  void release() {
-    if (m_info != nullptr) releaseTesselEntity(Media::kType, m_callId, m_info);
-  }
-
   std::uint32_t m_callId;
   Interface* m_info = nullptr;
 };

@@ -1,113 +1,42 @@
 #pragma once
 
-#include <atomic>
-#include <chrono>
 #include <memory>
-#include <string>
-#include <thread>
-#include <utility>
 
 #include "tessel/ConfigRef.h"
 
 namespace kalStore {
 
-namespace detail {
-
-/// What a subscription shares with its callback.
-struct SubscriptionGate {
-  std::atomic<bool> open{true};
-  std::atomic<int> running{0};  ///< Deliveries that have begun and not ended.
-};
-
-/// One subscription, from registration to removal.
-class Registration {
- public:
-  Registration(ConfigRef store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
-               ACmThread* pRunThread, bool bAsync)
-      : m_store(store),
-        m_group(group),
-        m_name(name ? name : ""),
-        m_pRunThread(pRunThread),
-        m_id(store.Subscribe(group, name, guarded(std::move(fn)), pRunThread, bAsync)) {}
-  Registration(const Registration&) = delete;
-  Registration& operator=(const Registration&) = delete;
-
-  ~Registration() {
-    m_gate->open.store(false);
-    if (m_id != 0) {
-      m_store.Unsubscribe(m_id);
-    } else if (Stands()) {
-      m_store.Unsubscribe(m_group, m_name.c_str());
-    }
-    awaitPosted();
-  }
-
-  SubscriptionGate& Gate() const { return *m_gate; }
-
-  /// Made, or recorded by a facade that is not bound: then it has no id, but its callback is kept.
-  bool Stands() const { return m_id != 0 || m_gate.use_count() > 1; }
-
- private:
-  fnConfigChangedCallBack guarded(fnConfigChangedCallBack fn) const {
-    if (!fn) return fn;
-    return [gate = m_gate, fn = std::move(fn)](const KalConfigEvent& event) {
-      // Counted first, then asked, against the removal, which closes first and then reads the count: one of
-      // the two sees the other. Both are a store followed by a load of another variable, which takes
-      // sequential consistency.
-      struct Run {
-        explicit Run(std::atomic<int>& counter) : m_counter(counter) { m_counter.fetch_add(1); }
-        ~Run() { m_counter.fetch_sub(1); }
-        Run(const Run&) = delete;
-        Run& operator=(const Run&) = delete;
-        std::atomic<int>& m_counter;
-      };
-      const Run run(gate->running);
-      if (gate->open.load()) fn(event);
-    };
-  }
-
-  // The store's removal waits for every delivery but a posted one.
-  void awaitPosted() const {
-    if (m_pRunThread == nullptr || m_pRunThread->GetThreadId() == GetThreadSelfId()) return;
-    constexpr std::chrono::milliseconds kCeiling{3000};
-    const auto start = std::chrono::steady_clock::now();
-    while (m_gate->running.load() != 0 && std::chrono::steady_clock::now() - start < kCeiling) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-  }
-
-  const std::shared_ptr<SubscriptionGate> m_gate = std::make_shared<SubscriptionGate>();
-  const ConfigRef m_store;
-  const KalConfigGroup m_group;
-  const std::string m_name;
-  ACmThread* const m_pRunThread;
-  const SubscribeId_t m_id;
-};
-
-}  // namespace detail
+namespace internal {
+class Registration;
+}
 
 /// A subscription that removes itself. Where and when its callback runs: IKalConfig::SubscribeConfig().
 ///
-/// |        | Pause() | Resume() | Remove(), destruction, assignment |
-/// |--------|---------|----------|-----------------------------------|
-/// | stands | paused  | stands   | empty                             |
-/// | paused | paused  | stands   | empty                             |
-/// | empty  | empty   | empty    | empty                             |
+/// A facade has one subscription or binding per name and group. A second one through the same facade is
+/// refused, without a trace line: the new Subscription is empty. Check it, or use a facade of your own. To
+/// replace a subscription, assign to it: what was refused is then subscribed in place of the old one.
 ///
-/// Paused, it drops what it is told: changes made meanwhile are not made up for; read the value after
-/// Resume(). A delivery that is running when Pause() is called runs to its end.
+/// |            | Pause() | Resume()   | Remove(), destruction, move from it |
+/// |------------|---------|------------|-------------------------------------|
+/// | subscribed | paused  | subscribed | empty                               |
+/// | paused     | paused  | subscribed | empty                               |
+/// | empty      | empty   | empty      | empty                               |
 ///
-/// Once removed, the callback does not run any more and will not, posted deliveries included: removal waits
-/// for deliveries in progress, at most 3000 ms. Inside its own callback that wait can only give up, unless
-/// the delivery was posted: call Pause() there, which takes effect at once, and remove elsewhere.
+/// While it is paused, changes are dropped: read the value after Resume(). A run in progress at Pause() ends
+/// as usual.
 ///
-/// A facade that is not bound records the subscription: it stands, and is made when the facade binds. If it
-/// is removed before that, its callback never runs, but the facade keeps the name taken until it binds;
-/// another subscription of the name before that takes its place.
+/// Once removed, the callback is not called any more, however late a delivery comes, handed over and posted
+/// ones included. Removal waits for runs in progress on other threads, at most 3000 ms in all. When that wait
+/// gives up, a run that has begun may still go on; what it captured is released after it. Inside the callback
+/// itself, called directly or handed over, the wait can only give up: call Pause() there, which holds from
+/// the next run on, and remove elsewhere; or subscribe with `bAsync`, which removes at once there.
+///
+/// A facade that is not bound records the subscription and makes it when it binds; it counts as subscribed.
+/// Removed before that, it leaves the name free.
 ///
 /// @threads Pause(), Resume() and IsPaused() may be called from any thread, the callback's included, while
-/// nobody removes, moves or destroys the object; everything else is for one owner.
-/// @lifetime The store or facade, and the run thread, must outlive it.
+/// nobody removes, moves, assigns or destroys the object; everything else is for one owner.
+/// @lifetime The store or facade, and the run thread, must outlive it. Its callback may own it.
 /// @par Example
 /// @code{.cpp}
 /// KalConfigHelper settings(7);
@@ -125,7 +54,7 @@ class Registration {
 /// settings.SetKalConfig("Bitrate", 8000, KAL_CONFIG_GROUP_AUDIO);
 /// assert(!kept && changes == 1);
 /// @endcode
-class [[nodiscard]] Subscription {
+class [[nodiscard, gnu::visibility("default")]] Subscription {
  public:
   /// Empty.
   Subscription() = default;
@@ -135,48 +64,47 @@ class [[nodiscard]] Subscription {
   /// @param store  a store or a facade
   /// @param group  0 to 12, or a facade's default group
   /// @param name  not null, not empty
-  /// @param fn  told of the changes; not empty
+  /// @param fn  notified of the changes; not empty
   /// @param pRunThread  where `fn` runs; not owned
   /// @param bAsync  whether `pRunThread` is posted to rather than waited for
   Subscription(ConfigRef store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
-               ACmThread* pRunThread = nullptr, bool bAsync = false)
-      : m_registration(
-            std::make_unique<detail::Registration>(store, group, name, std::move(fn), pRunThread, bAsync)) {
-    if (!m_registration->Stands()) m_registration.reset();
-  }
+               ACmThread* pRunThread = nullptr, bool bAsync = false);
 
   /// The source is empty afterwards.
   Subscription(Subscription&&) noexcept = default;
-  /// Removes what the target had first; the source is empty afterwards.
-  Subscription& operator=(Subscription&& other) noexcept {
-    if (this != &other) {
-      Remove();
-      m_registration = std::move(other.m_registration);
-    }
-    return *this;
-  }
+  /// Removes what the target had; the source is empty afterwards. If the source was refused, because the
+  /// facade had a subscription of that name, it is subscribed now; what its callback throws at the initial
+  /// delivery leaves the assignment, and the target is empty.
+  /// @par Example
+  /// @code{.cpp}
+  /// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
+  /// KalConfigHelper settings(7);
+  /// int first = 0, second = 0;
+  /// Subscription subscription =
+  ///     kMaxFps.Subscribe(settings, [&](const auto& reading) { first = reading.value; });
+  /// subscription = kMaxFps.Subscribe(settings, [&](const auto& reading) { second = reading.value; });
+  /// kMaxFps.Set(settings, 15);
+  /// assert(subscription && first == 0 && second == 15);
+  /// @endcode
+  Subscription& operator=(Subscription&& other);
   ~Subscription() = default;
 
   /// @return Whether it is not empty.
-  explicit operator bool() const { return m_registration != nullptr; }
+  explicit operator bool() const;
 
-  /// Drops what it is told from now on.
-  void Pause() {
-    if (m_registration) m_registration->Gate().open.store(false);
-  }
-  /// Hands on what it is told from now on.
-  void Resume() {
-    if (m_registration) m_registration->Gate().open.store(true);
-  }
+  /// Drops changes from now on.
+  void Pause();
+  /// Ends a pause.
+  void Resume();
   /// @return Whether it is paused.
-  bool IsPaused() const { return m_registration && !m_registration->Gate().open.load(); }
+  bool IsPaused() const;
 
-  /// Removes the subscription, with the wait told of above.
-  /// @invalidates What the callback captured by reference may go, subject to that wait.
+  /// Removes the subscription; waits as described above.
+  /// @invalidates What the callback captured by reference may go, unless the wait gave up.
   void Remove() { m_registration.reset(); }
 
  private:
-  std::unique_ptr<detail::Registration> m_registration;
+  std::shared_ptr<internal::Registration> m_registration;
 };
 
 }  // namespace kalStore

@@ -16,12 +16,12 @@ concept ConfigType =
     std::same_as<T, bool> || std::same_as<T, int> || std::same_as<T, unsigned int> || std::same_as<T, long> ||
     std::same_as<T, unsigned long> || std::same_as<T, double> || std::same_as<T, std::string>;
 
-/// Reads a value as a T, or not at all: no blanks around it, no fraction for an integer, no sign for an
-/// unsigned one. A flag is read as ConfigData::ToBool() does: "true", "false" and numbers. Every text is a
+/// Reads a value as a T, or not at all: no white space around it, no fraction for an integer, no sign for an
+/// unsigned one. A bool is read as by ConfigData::ToBool(): "true", "false" and numbers. Any value reads as a
 /// std::string. The same in every locale.
 /// @param value  any
-/// @return The value as a T; nothing when it is empty, or its text is not wholly a T within range.
-/// @threads Any, on a value that nobody else writes.
+/// @return The value as a T; nothing when it is invalid, or its string is not wholly a T within range.
+/// @threads Any, on a value that no other thread writes.
 /// @par Example
 /// @code{.cpp}
 /// assert(ReadAs<int>("15") == 15);

@@ -1,8 +1,7 @@
 #pragma once
 
-/// @file
-/// The library in types, and by scope: header-only, on top of what tessel.h offers. Its short names (Audio,
-/// Subscription, CallStore...) are the reason why tessel.h does not include it.
+/// @file The library in types, and by scope, on top of what tessel.h offers. Its names are short (Audio,
+/// Subscription, CallStore...) and might clash with a component's own: tessel.h does not include it.
 
 #include "tessel/CallStore.h"
 #include "tessel/ConfigKey.h"

@@ -1,9 +1,9 @@
 #include "tessel/KalConfigHelper.h"
 
+#include "facade/Check.h"
 #include "facade/KalConfigObserverHelper.h"
 #include "store/SessionGroup.h"
 #include "tessel/KalConfigRegistry.h"
-#include "trace/Assertion.h"
 #include "trace/TraceLine.h"
 
 namespace kalStore {
@@ -31,7 +31,7 @@ KalConfigHelper::~KalConfigHelper() {
   try {
     if (pStore != nullptr) ReleaseKalConfig(pStore);
   } catch (...) {
-    // Without the registry's lock, the reference cannot be given back.
+    // The registry's lock cannot be had: the reference stays.
   }
 }
 
@@ -42,11 +42,12 @@ std::int32_t KalConfigHelper::InitKalConfig(std::uint32_t callId, kal::KalSessio
 }
 
 std::int32_t KalConfigHelper::SetCallId(std::uint32_t callId) {
-  KAL_ASSERT_AT("KalConfig", 1246, m_pConfigLock != nullptr);
-  if (m_pConfigLock == nullptr) return kResultNotFound;
-  const std::lock_guard lock(*m_pConfigLock);
-  if (m_callId == kNoCallId && callId != kNoCallId) return createKalConfig(callId);
-  if (m_callId == callId && m_pIKalConfig != nullptr) return kResultOk;
+  if (!Check(m_pConfigLock != nullptr, "m_pConfigLock != nullptr", 1246)) return kResultNotFound;
+  {
+    const std::lock_guard lock(*m_pConfigLock);
+    if (m_callId == kNoCallId && callId != kNoCallId) return createKalConfig(callId);
+    if (m_callId == callId && m_pIKalConfig != nullptr) return kResultOk;
+  }
   TESSEL_TRACE(0, "kalStore::KalConfigHelper::SetCallId",
                ", m_callId=" << m_callId.load() << ", callId=" << callId << This{this});
   return kResultNotFound;
@@ -56,15 +57,24 @@ std::uint32_t KalConfigHelper::GetCallId() const {
   return m_callId;
 }
 
-// Nothing changes unless there is a store: a call id alone would keep the facade from ever being bound.
 std::int32_t KalConfigHelper::createKalConfig(std::uint32_t callId) {
-  KAL_ASSERT_AT("KalConfig", 1549, m_pConfigLock != nullptr);
-  if (m_pConfigLock == nullptr) return kResultNotFound;
+  if (!Check(m_pConfigLock != nullptr, "m_pConfigLock != nullptr", 1549)) return kResultNotFound;
   const std::lock_guard lock(*m_pConfigLock);
   if (m_pIKalConfig != nullptr || callId == kNoCallId) return kResultNotFound;
-  IKalConfig* pStore = nullptr;
-  if (CreateKalConfig(callId, &pStore) != kResultOk) return kResultNotFound;
+  // Set before the store is made, which traces: a trace sink that calls SetCallId() does not bind a second
+  // time.
   m_callId = callId;
+  IKalConfig* pStore = nullptr;
+  try {
+    CreateKalConfig(callId, &pStore);
+  } catch (...) {
+    m_callId = kNoCallId;
+    throw;
+  }
+  if (pStore == nullptr) {
+    m_callId = kNoCallId;
+    return kResultNotFound;
+  }
   m_pIKalConfig = pStore;
   m_pObserverHelper->SetStore(*pStore);
   return kResultOk;

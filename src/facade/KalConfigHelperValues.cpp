@@ -1,9 +1,10 @@
+#include <source_location>
 #include <utility>
 
+#include "facade/Check.h"
 #include "facade/KalConfigObserverHelper.h"
 #include "store/SessionGroup.h"
 #include "tessel/KalConfigHelper.h"
-#include "trace/Assertion.h"
 
 // Each operation reads the store once: what was checked is what is used, also while another thread binds.
 // Reads and writes by name check and resolve alike, and then call the store's operation.
@@ -14,21 +15,14 @@ using namespace internal;
 
 namespace {
 
-constexpr const char* kNoGroup = "Error KalConfigGroup";
-
-// Reports an argument check of the facade; readers of traces know it under this source name.
-bool Check(bool holds, int line, const char* condition) {
-  if (!holds) ReportAssertion("KalConfig", line, condition);
-  return holds;
+bool CheckNameAndStore(const char* szConfigName, const IKalConfig* pStore,
+                       unsigned int line = std::source_location::current().line()) {
+  return Check(szConfigName != nullptr && pStore != nullptr,
+               "(szConfigName != NULL) && (m_pIKalConfig != NULL)", line);
 }
 
-bool CheckNameAndStore(const char* szConfigName, const IKalConfig* pStore, int line) {
-  return Check(szConfigName != nullptr && pStore != nullptr, line,
-               "(szConfigName != NULL) && (m_pIKalConfig != NULL)");
-}
-
-bool CheckStore(const IKalConfig* pStore, int line) {
-  return Check(pStore != nullptr, line, "(m_pIKalConfig != NULL)");
+bool CheckStore(const IKalConfig* pStore, unsigned int line = std::source_location::current().line()) {
+  return Check(pStore != nullptr, "(m_pIKalConfig != NULL)", line);
 }
 
 }  // namespace
@@ -36,7 +30,7 @@ bool CheckStore(const IKalConfig* pStore, int line) {
 std::int32_t KalConfigHelper::SetKalConfig(const char* szConfigName, ConfigData value, KalConfigGroup group,
                                            bool bForceNotify, bool bTransient) {
   IKalConfig* const pStore = m_pIKalConfig;
-  if (!CheckNameAndStore(szConfigName, pStore, __LINE__)) return kResultBadArgument;
+  if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::SetKalConfig", kNoGroup)) return kResultNotFound;
   return pStore->SetKalConfig(group, szConfigName, std::move(value), bForceNotify, bTransient);
 }
@@ -50,7 +44,7 @@ std::int32_t KalConfigHelper::SetKalConfig(kal::KalSessionType sessionType, cons
 std::int32_t KalConfigHelper::GetKalConfig(const char* szConfigName, ConfigData& value,
                                            KalConfigGroup group) {
   IKalConfig* const pStore = m_pIKalConfig;
-  if (!CheckNameAndStore(szConfigName, pStore, __LINE__)) return kResultBadArgument;
+  if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::GetKalConfig", kNoGroup)) return kResultNotFound;
   return pStore->GetKalConfig(group, szConfigName, value);
 }
@@ -78,7 +72,7 @@ bool KalConfigHelper::HaveKalConfig(const char* szConfigName, KalConfigGroup gro
 std::int32_t KalConfigHelper::GetDynamicConfig(const char* szConfigName, ConfigData& value,
                                                KalConfigGroup group, ConfigData defaultValue) {
   IKalConfig* const pStore = m_pIKalConfig;
-  if (!CheckNameAndStore(szConfigName, pStore, __LINE__)) return kResultBadArgument;
+  if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::GetDynamicConfig", kNoGroup)) return kResultNotFound;
   return pStore->GetDynamicConfig(group, szConfigName, value, std::move(defaultValue));
 }
@@ -92,14 +86,14 @@ ConfigData KalConfigHelper::GetDynamicConfig(const char* szConfigName, KalConfig
 
 std::int32_t KalConfigHelper::RemoveKalConfig(const char* szConfigName, KalConfigGroup group) {
   IKalConfig* const pStore = m_pIKalConfig;
-  if (!CheckNameAndStore(szConfigName, pStore, __LINE__)) return kResultBadArgument;
+  if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfig", kNoGroup)) return kResultNotFound;
   return pStore->RemoveKalConfig(group, szConfigName);
 }
 
 std::int32_t KalConfigHelper::RemoveKalConfigByGroup(KalConfigGroup group) {
   IKalConfig* const pStore = m_pIKalConfig;
-  if (!CheckStore(pStore, __LINE__)) return kResultBadArgument;
+  if (!CheckStore(pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfigByGroup", kNoGroup))
     return kResultNotFound;
   return pStore->RemoveKalConfigByGroup(group);
@@ -107,13 +101,13 @@ std::int32_t KalConfigHelper::RemoveKalConfigByGroup(KalConfigGroup group) {
 
 const char* KalConfigHelper::DumpKalConfigs(ConfigMultGroup_t groups) {
   IKalConfig* const pStore = m_pIKalConfig;
-  if (!CheckStore(pStore, __LINE__)) return nullptr;
+  if (!CheckStore(pStore)) return nullptr;
   return pStore->DumpKalConfigs(groups);
 }
 
 std::int32_t KalConfigHelper::ApplyKalConfigs(const char* szJsonConfig) {
   IKalConfig* const pStore = m_pIKalConfig;
-  if (!Check(szJsonConfig != nullptr && pStore != nullptr, __LINE__,
+  if (!Check(szJsonConfig != nullptr && pStore != nullptr,
              "(szJsonConfig != NULL) && (m_pIKalConfig != NULL)")) {
     return kResultBadArgument;
   }

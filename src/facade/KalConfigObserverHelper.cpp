@@ -16,7 +16,7 @@ using namespace internal;
 
 namespace {
 
-// The id of a record while it is being made. No store gives it: they count from 1.
+// The id of a record that is being registered. No store gives it: they count from 1.
 constexpr SubscribeId_t kRegistering = std::numeric_limits<SubscribeId_t>::max();
 
 constexpr int kCleanYields = 50000;
@@ -37,11 +37,11 @@ bool IsRecordable(KalConfigGroup group, const char* name) {
   return name != nullptr && *name != '\0' && IsConfigGroup(group);
 }
 
-ConfigEventHandler::Ptr MakeRecord(KalConfigGroup group, const char* name) {
-  auto record = std::make_shared<ConfigEventHandler>();
-  record->m_group = group;
-  record->m_strName = name;
-  return record;
+// Where the record is, or the end: its name may be free, or another's.
+template <class Map, class Record>
+auto Find(Map& records, const Record& record) {
+  const auto found = records.find(record->m_strName);
+  return found != records.end() && found->second == record ? found : records.end();
 }
 
 }  // namespace
@@ -50,12 +50,12 @@ KalConfigObserverHelper::~KalConfigObserverHelper() {
   try {
     Clean();
   } catch (...) {
-    // A destructor completes; the callbacks are kept from user code by the first thing that Clean() does.
+    // A destructor completes; the first thing that Clean() does shuts the callbacks off.
   }
 }
 
 void KalConfigObserverHelper::SetStore(IKalConfig& store) {
-  // Before the first group is looked through: who records after that sees the store, see file().
+  // Before the first group is looked through: who records after that sees the store, see File().
   m_store.store(&store, std::memory_order_release);
   ReSubscribeConfig();
 }
@@ -65,40 +65,46 @@ void KalConfigObserverHelper::ForgetStore() {
   m_store.store(nullptr, std::memory_order_release);
 }
 
-SubscribeId_t KalConfigObserverHelper::SubscribeConfig(KalConfigGroup group, const char* szConfigName,
-                                                       fnConfigChangedCallBack cb, ACmThread* thread,
-                                                       bool async) {
-  if (!IsRecordable(group, szConfigName) || !cb) {
-    TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::SubscribeConfig", "Error parameters" << This{this});
-    return 0;
-  }
-  const Record record = MakeRecord(group, szConfigName);
-  record->m_fnNotify = std::move(cb);
-  record->m_pRunThread = thread;
-  record->m_bAsync = async;
-  return file(record);
-}
-
 SubscribeId_t KalConfigObserverHelper::BindConfig(KalConfigGroup group, const char* szConfigName,
                                                   fnConfigInvokeCallBack cb) {
   if (!IsRecordable(group, szConfigName) || !cb) {
     TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::BindConfig", "Error parameters" << This{this});
     return 0;
   }
-  const Record record = MakeRecord(group, szConfigName);
+  const auto record = std::make_shared<ObserverRecord>();
+  record->m_group = group;
+  record->m_strName = szConfigName;
   record->m_fnInvoke = std::move(cb);
-  return file(record);
+  return File(record).value_or(0);
 }
 
-// Puts the record in its place and makes it if there is a store.
-SubscribeId_t KalConfigObserverHelper::file(const Record& record) {
+KalConfigObserverHelper::Record KalConfigObserverHelper::MakeRecord(KalConfigGroup group,
+                                                                    const char* szConfigName,
+                                                                    fnConfigChangedCallBack cb,
+                                                                    ACmThread* thread, bool async) {
+  if (!IsRecordable(group, szConfigName) || !cb) {
+    TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::SubscribeConfig", "Error parameters" << This{this});
+    return nullptr;
+  }
+  auto record = std::make_shared<ObserverRecord>(std::move(cb), async && thread != nullptr);
+  record->m_group = group;
+  record->m_strName = szConfigName;
+  record->m_pRunThread = thread;
+  record->m_bAsync = async;
+  return record;
+}
+
+std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record) {
   IKalConfig* store = nullptr;
   Record replaced;  // Ends after the lock: what its callback captured may call in again.
   {
     RecordsByName::Locked records(recordsOf(record->m_group));
+    // Under the lock: Remove() finds the record here, or has closed it before. After Clean() nothing new
+    // comes, so that it ends, whatever a trace sink subscribes meanwhile.
+    if (record->m_callback.IsClosed() || !isAlive()) return std::nullopt;
     const auto [position, isNew] = records->try_emplace(record->m_strName, record);
     if (!isNew) {
-      if (position->second->m_SubscribeId != 0) return 0;
+      if (position->second->m_SubscribeId != 0) return std::nullopt;
       replaced = std::exchange(position->second, record);
     }
     // Under the lock: either SetStore() came first and the store is here, or it finds the record waiting.
@@ -109,52 +115,89 @@ SubscribeId_t KalConfigObserverHelper::file(const Record& record) {
 
   SubscribeId_t id = 0;
   try {
-    id = registerWith(*store, *record);
+    id = registerWith(*store, record);
     if (id != 0) m_recordsById.Set(id, record);
   } catch (...) {
     if (id != 0) store->UnsubscribeConfig(id);
     erase(record);
     throw;
   }
-  const RecordsByName::Locked records(recordsOf(record->m_group));
-  record->m_SubscribeId = id;
-  return id;
+  {
+    RecordsByName::Locked records(recordsOf(record->m_group));
+    if (Find(*records, record) != records->end()) {
+      record->m_SubscribeId = id;
+      return id;
+    }
+  }
+  // Removed in the meantime: Remove() waits for the end of this.
+  UnsubscribeConfig(id);
+  erase(record);
+  return std::nullopt;
 }
 
-SubscribeId_t KalConfigObserverHelper::registerWith(IKalConfig& store,
-                                                    const ConfigEventHandler& record) const {
-  const char* name = record.m_strName.c_str();
-  if (record.m_fnInvoke) return store.BindConfig(record.m_group, name, record.m_fnInvoke);
-  return store.SubscribeConfig(record.m_group, name, wrap(record.m_fnNotify), record.m_pRunThread,
-                               record.m_bAsync);
+void KalConfigObserverHelper::Remove(const Record& record) {
+  record->m_callback.Close();
+  RecordsByName::Map::node_type erased;  // Ends after the lock, like `replaced` in File().
+  SubscribeId_t id = 0;
+  {
+    RecordsByName::Locked records(recordsOf(record->m_group));
+    const auto found = Find(*records, record);
+    if (found == records->end()) return;
+    id = record->m_SubscribeId;
+    if (id == 0 || id == kRegistering) erased = records->extract(found);
+  }
+  if (id == kRegistering) {
+    awaitRegistration(*record);
+  } else if (id != 0) {
+    UnsubscribeConfig(id);
+  }
+}
+
+void KalConfigObserverHelper::awaitRegistration(const ObserverRecord& record) {
+  const long deadlineMs = CurrentWaitClock().nowMs() + kRemovalCeilingMs;
+  const auto isRegistering = [&] {
+    const RecordsByName::Locked records(recordsOf(record.m_group));
+    return record.m_SubscribeId == kRegistering;
+  };
+  while (isRegistering() && CurrentWaitClock().nowMs() < deadlineMs) CurrentWaitClock().sleepOneMs();
+}
+
+SubscribeId_t KalConfigObserverHelper::registerWith(IKalConfig& store, const Record& record) const {
+  const char* name = record->m_strName.c_str();
+  if (record->m_fnInvoke) return store.BindConfig(record->m_group, name, record->m_fnInvoke);
+  return store.SubscribeConfig(record->m_group, name, wrap(record), record->m_pRunThread, record->m_bAsync);
 }
 
 // What is copied with each posted delivery is one pointer.
-fnConfigChangedCallBack KalConfigObserverHelper::wrap(fnConfigChangedCallBack cb) const {
+fnConfigChangedCallBack KalConfigObserverHelper::wrap(const Record& record) const {
   struct Wrapped {
     std::shared_ptr<bool> alive;
     std::shared_ptr<int> inFlight;
-    fnConfigChangedCallBack cb;
+    Record record;
   };
-  return [wrapped = std::make_shared<const Wrapped>(Wrapped{m_alive, m_inFlight, std::move(cb)})](
+  return [wrapped = std::make_shared<const Wrapped>(Wrapped{m_alive, m_inFlight, record})](
              const KalConfigEvent& event) {
     // Counted first, then asked, against Clean(), which says no first and then reads the count: one of the
     // two sees the other. Both are a store followed by a load of another variable, which takes sequential
     // consistency.
     const InFlight run(*wrapped->inFlight);
-    if (std::atomic_ref(*wrapped->alive).load()) wrapped->cb(event);
+    if (std::atomic_ref(*wrapped->alive).load()) wrapped->record->m_callback.Run(event);
   };
 }
 
 std::int32_t KalConfigObserverHelper::UnsubscribeConfig(SubscribeId_t id) {
-  Record record;
+  Record record;  // The last to go: what its callback captured may own the facade.
   {
     RecordsById::Locked records(m_recordsById);
     if (auto node = records->extract(id)) record = std::move(node.mapped());
   }
   if (record == nullptr) return kResultNotFound;
-  // A record by id is made, so there is a store.
-  const std::int32_t result = m_store.load(std::memory_order_acquire)->UnsubscribeConfig(id);
+  const auto unsubscribe = [&] {
+    // A record by id is registered, so there is a store.
+    return m_store.load(std::memory_order_acquire)->UnsubscribeConfig(id);
+  };
+  // Clean() has waited for what runs, as long as it may.
+  const std::int32_t result = isAlive() ? record->m_callback.Remove(unsubscribe) : unsubscribe();
   erase(record);
   return result;
 }
@@ -164,45 +207,47 @@ std::int32_t KalConfigObserverHelper::UnsubscribeConfig(const char* szConfigName
     TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::UnsubscribeConfig", "Error parameters" << This{this});
     return kResultBadArgument;
   }
-  SubscribeId_t id = 0;
+  std::optional<SubscribeId_t> id;
   {
     RecordsByName::Locked records(recordsOf(group));
     const auto found = records->find(std::string_view(szConfigName));
-    if (found == records->end()) {
-      TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::UnsubscribeConfig", "Failed" << This{this});
-      return kResultNotFound;
-    }
-    id = found->second->m_SubscribeId;
+    if (found != records->end()) id = found->second->m_SubscribeId;
   }
-  return UnsubscribeConfig(id);
+  if (!id) {
+    TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::UnsubscribeConfig", "Failed" << This{this});
+    return kResultNotFound;
+  }
+  return UnsubscribeConfig(*id);
 }
 
+// Ends the record's time here: its name is free again, unless another record has taken it already.
 void KalConfigObserverHelper::erase(const Record& record) {
-  RecordsByName::Map::node_type erased;  // Ends after the lock, like `replaced` in file().
+  RecordsByName::Map::node_type erased;  // Ends after the lock, like `replaced` in File().
   RecordsByName::Locked records(recordsOf(record->m_group));
-  const auto found = records->find(record->m_strName);
-  if (found != records->end() && found->second == record) erased = records->extract(found);
+  const auto found = Find(*records, record);
+  if (found != records->end()) erased = records->extract(found);
+  record->m_SubscribeId = 0;
 }
 
 void KalConfigObserverHelper::ReSubscribeConfig() {
   std::exception_ptr firstError;
-  for (std::size_t idx = 0; idx < m_records.size(); ++idx) {
+  for (int idx = 0; idx < KAL_CONFIG_GROUP_LAST; ++idx) {
     RecordsByName::Map waiting;  // The very nodes: taking them out cannot fail and lose one.
     {
-      RecordsByName::Locked records(m_records[idx]);
+      RecordsByName::Locked records(recordsOf(static_cast<KalConfigGroup>(idx)));
       for (auto at = records->begin(); at != records->end();) {
         const auto next = std::next(at);
-        // What a callback or another thread makes by itself stays where it is.
+        // What a callback or another thread registers by itself stays where it is.
         if (at->second->m_SubscribeId == 0) waiting.insert(records->extract(at));
         at = next;
       }
     }
     for (const auto& [name, handler] : waiting) {
-      KAL_ASSERT(idx == static_cast<std::size_t>(handler->m_group));
+      KAL_ASSERT(idx == handler->m_group);
       try {
-        file(handler);
+        File(handler);
       } catch (...) {
-        // One callback's exception must not keep the others from being told.
+        // The exception of one callback must not leave the other records without their subscription.
         if (!firstError) firstError = std::current_exception();
       }
     }
@@ -237,6 +282,10 @@ bool KalConfigObserverHelper::waitForCallbacks() const {
     CurrentWaitClock().yield();
   }
   return true;
+}
+
+bool KalConfigObserverHelper::isAlive() const {
+  return std::atomic_ref(*m_alive).load();
 }
 
 }  // namespace kalStore

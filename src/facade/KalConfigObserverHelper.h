@@ -5,47 +5,73 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "facade/GuardedCallback.h"
 #include "tessel/ConfigEventHandler.h"
 #include "tessel/IKalConfig.h"
 #include "tessel/atomMap.h"
 
 namespace kalStore {
 
-/// The subscriptions and bindings of one facade: recorded at once, made with the store as soon as there is
-/// one, and removed together. Groups are resolved by the facade; a group above 12 is refused here.
+namespace internal {
+
+/// One subscription or binding as a facade records it. Its change callback is in m_callback, not in
+/// m_fnNotify: what is registered with the store shares the record, and runs what the record still allows.
+struct ObserverRecord : ConfigEventHandler {
+  explicit ObserverRecord(fnConfigChangedCallBack cb = nullptr, bool isPosted = false)
+      : m_callback(std::move(cb), isPosted) {}
+
+  GuardedCallback m_callback;
+};
+
+}  // namespace internal
+
+/// The subscriptions and bindings of one facade: recorded at once, registered with the store as soon as there
+/// is one, and removed together. The facade resolves groups; a group above 12 is refused here.
 ///
 /// A record, by its m_SubscribeId (guarded by the lock of its group's map):
 ///   0             waits for a store, or was refused by it; a second call for its name replaces it
-///   kRegistering  is being made with the store on some thread; a second call for its name is refused
-///   an id         is made, and in m_recordsById too; a second call for its name is refused
+///   kRegistering  some thread is registering it with the store; a second call for its name is refused
+///   an id         is registered, and in m_recordsById too; a second call for its name is refused
 ///
-/// Threads: any operation but the destructor, from any thread. No lock is held while the store is called, and
-/// so none while a callback runs.
+/// Threads: any operation but the destructor, from any thread. No lock is held while the store is called or a
+/// line is traced, and so none while a callback or a trace sink runs.
 class KalConfigObserverHelper {
  public:
+  using Record = std::shared_ptr<internal::ObserverRecord>;
+
   KalConfigObserverHelper() = default;
   KalConfigObserverHelper(const KalConfigObserverHelper&) = delete;
   KalConfigObserverHelper& operator=(const KalConfigObserverHelper&) = delete;
   /// Cleans first.
   virtual ~KalConfigObserverHelper();
 
-  /// Gives the helper its store, once, and makes what was recorded so far. The store must outlive the helper,
-  /// or the next ForgetStore(). Throws what the first failing record threw, after all others were made.
+  /// Gives the helper its store, once, and registers what was recorded so far. The store must outlive the
+  /// helper, or the next ForgetStore(). Throws what the first failing record threw, after all others were
+  /// registered.
   void SetStore(IKalConfig& store);
   /// Cleans and forgets the store.
   void ForgetStore();
 
+  /// A subscription, to be filed. Null for bad arguments.
+  Record MakeRecord(KalConfigGroup group, const char* szConfigName, fnConfigChangedCallBack cb,
+                    ACmThread* thread, bool async);
+  /// Puts the record in its place and registers it if there is a store. Returns the id; 0 when it waits for
+  /// the store; nothing when its name is taken, or when it was removed. What is refused can be filed again.
+  std::optional<SubscribeId_t> File(const Record& record);
+  /// Removes this very record, be it waiting or registered. Waits like UnsubscribeConfig() by id.
+  void Remove(const Record& record);
+
   /// The id, or 0: refused, already there, or recorded for later.
-  SubscribeId_t SubscribeConfig(KalConfigGroup group, const char* szConfigName, fnConfigChangedCallBack cb,
-                                ACmThread* thread, bool async);
   SubscribeId_t BindConfig(KalConfigGroup group, const char* szConfigName, fnConfigInvokeCallBack cb);
+  /// Waits like the store's removal, and within the same 3000 ms for a posted run on another thread.
   std::int32_t UnsubscribeConfig(SubscribeId_t id);
-  /// A record that was never made has no id to remove by: 0x46004001, and it stays.
+  /// A record that was never registered has no id to remove by: kResultNotFound, and it stays.
   std::int32_t UnsubscribeConfig(const char* szConfigName, KalConfigGroup group);
 
-  /// Makes every record that waits. A name that a callback has made in the meantime keeps what it made.
+  /// Registers every record that waits. A name that a callback has subscribed in the meantime keeps that one.
   void ReSubscribeConfig();
 
   /// Keeps change callbacks from user code from now on, waits for those that run, at most 50000 yields, and
@@ -53,16 +79,16 @@ class KalConfigObserverHelper {
   void Clean();
 
  private:
-  using Record = ConfigEventHandler::Ptr;
   using RecordsByName = atomMap<std::string, Record>;
   using RecordsById = atomMap<SubscribeId_t, Record>;
 
   RecordsByName& recordsOf(KalConfigGroup group) { return m_records[static_cast<std::size_t>(group)]; }
-  SubscribeId_t file(const Record& record);
-  SubscribeId_t registerWith(IKalConfig& store, const ConfigEventHandler& record) const;
+  SubscribeId_t registerWith(IKalConfig& store, const Record& record) const;
+  fnConfigChangedCallBack wrap(const Record& record) const;
+  void awaitRegistration(const internal::ObserverRecord& record);
   void erase(const Record& record);
-  fnConfigChangedCallBack wrap(fnConfigChangedCallBack cb) const;
   bool waitForCallbacks() const;
+  bool isAlive() const;
 
   RecordsById m_recordsById;
   std::array<RecordsByName, KAL_CONFIG_GROUP_LAST> m_records;

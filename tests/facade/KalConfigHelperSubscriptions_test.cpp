@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <chrono>
 #include <future>
 #include <memory>
 #include <stdexcept>
@@ -355,63 +354,6 @@ TEST_F(KalConfigHelperSubscriptionsTest, ReleasesRecordsThatWereNeverMade) {
   EXPECT_EQ(captured.use_count(), 1);
 }
 
-TEST_F(KalConfigHelperSubscriptionsTest, WaitsAtItsEndForARunningCallback) {
-  KalConfigHelper setter(kCall);
-  ACmThread thread;
-  ASSERT_EQ(thread.Start(), 0);
-  std::promise<void> started;
-  std::atomic<bool> ended{false};
-  TraceLog log(0);
-  {
-    KalConfigHelper facade(kCall);
-    facade.SubscribeConfig(
-        "a",
-        [&](const KalConfigEvent&) {
-          started.set_value();
-          std::this_thread::sleep_for(std::chrono::milliseconds(2));
-          EXPECT_EQ(facade.GetKalConfig("a", kGroup), ConfigData(1))
-              << "the facade still serves the callback";
-          ended = true;
-        },
-        kGroup, &thread, true);
-    setter.SetKalConfig("a", 1, kGroup);
-    started.get_future().wait();
-  }
-  // The wait counts yields, not time: on a machine where yields are very cheap it may give up.
-  if (log.Count("Clean() spin-wait") == 0) {
-    EXPECT_TRUE(ended);
-  }
-  thread.Stop();
-}
-
-TEST_F(KalConfigHelperSubscriptionsTest, GivesUpOnACallbackThatDoesNotReturn) {
-  KalConfigHelper setter(kCall);
-  ACmThread thread;
-  ASSERT_EQ(thread.Start(), 0);
-  std::promise<void> started, release;
-  TraceLog log(0);
-  {
-    KalConfigHelper facade(kCall);
-    facade.SubscribeConfig(
-        "a",
-        [&, released = release.get_future().share()](const KalConfigEvent&) {
-          started.set_value();
-          released.wait();
-        },
-        kGroup, &thread, true);
-    setter.SetKalConfig("a", 1, kGroup);
-    started.get_future().wait();
-  }
-  ASSERT_EQ(log.Lines().size(), 1U);
-  const TraceLog::Line line = log.Lines()[0];
-  const std::string begin =
-      kObserverHelper + "CleanClean() spin-wait exceeded ceiling, breaking to avoid hang [this=0x";
-  EXPECT_EQ(line.level, 0);
-  EXPECT_EQ(line.text.substr(0, begin.size()), begin);
-  release.set_value();
-  thread.Stop();
-}
-
 TEST_F(KalConfigHelperSubscriptionsTest, KeepsPostedEventsFromUserCodeAfterItsEnd) {
   KalConfigHelper setter(kCall);
   ACmThread thread;
@@ -442,17 +384,40 @@ TEST_F(KalConfigHelperSubscriptionsTest, KeepsPostedEventsFromUserCodeAfterItsEn
   EXPECT_EQ(late, 0);
 }
 
-TEST_F(KalConfigHelperSubscriptionsTest, GoesInMicrosecondsWhenIdle) {
-  KalConfigHelper keeper(kCall);
-  auto best = std::chrono::steady_clock::duration::max();
-  for (int round = 0; round < 20; ++round) {
-    auto facade = std::make_unique<KalConfigHelper>(kCall);
-    facade->SubscribeConfig("a", Note("x"), kGroup);
-    const auto start = std::chrono::steady_clock::now();
-    facade.reset();
-    best = std::min(best, std::chrono::steady_clock::now() - start);
-  }
-  EXPECT_LT(best, std::chrono::milliseconds(1));
+// A facade that nobody owns but the callback of one of its subscriptions.
+class OwnedByItsCallback : public FacadeTest {
+ protected:
+  std::shared_ptr<KalConfigHelper> m_owner = std::make_shared<KalConfigHelper>(kCall);
+  KalConfigHelper& m_facade = *m_owner;
+  std::weak_ptr<KalConfigHelper> m_watch = m_owner;
+};
+
+TEST_F(OwnedByItsCallback, EndsWithTheSubscription) {
+  const SubscribeId_t id =
+      m_facade.SubscribeConfig("a", [owner = std::move(m_owner)](const KalConfigEvent&) {}, kGroup);
+  EXPECT_EQ(m_facade.UnsubscribeConfig(id), kResultOk);
+  EXPECT_TRUE(m_watch.expired());
+}
+
+TEST_F(OwnedByItsCallback, EndsWithTheSubscriptionRemovedByName) {
+  m_facade.SubscribeConfig("a", [owner = std::move(m_owner)](const KalConfigEvent&) {}, kGroup);
+  EXPECT_EQ(m_facade.UnsubscribeConfig("a", kGroup), kResultOk);
+  EXPECT_TRUE(m_watch.expired());
+}
+
+TEST_F(OwnedByItsCallback, EndsWithTheBinding) {
+  auto value = [owner = std::move(m_owner)](const KalConfigEvent&) { return ConfigData(1); };
+  const SubscribeId_t id = m_facade.BindConfig("a", std::move(value), kGroup);
+  EXPECT_EQ(m_facade.UnsubscribeConfig(id), kResultOk);
+}
+
+TEST_F(OwnedByItsCallback, EndsWithTheRecordThatIsReplaced) {
+  auto owner = std::make_shared<KalConfigHelper>();
+  KalConfigHelper& facade = *owner;
+  const std::weak_ptr<KalConfigHelper> watch = owner;
+  facade.SubscribeConfig("a", [owner = std::move(owner)](const KalConfigEvent&) {}, kGroup);
+  EXPECT_EQ(facade.SubscribeConfig("a", [](const KalConfigEvent&) {}, kGroup), 0U);
+  EXPECT_TRUE(watch.expired());
 }
 
 }  // namespace

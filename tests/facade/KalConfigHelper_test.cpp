@@ -2,8 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
 #include <thread>
 #include <type_traits>
+#include <utility>
 
 #include "FacadeTest.h"
 
@@ -109,6 +114,92 @@ TEST_F(KalConfigHelperTest, IsBoundOnceByManyThreads) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(bound, 4);
+}
+
+// Calls in from every line that it is given, but not from those that it causes itself.
+class CallingSink {
+ public:
+  CallingSink(int mask, std::function<void(const std::string& text)> call) : m_call(std::move(call)) {
+    set_external_trace_mask(mask);
+    set_util_trace_sink(&CallingSink::sink, this);
+  }
+  ~CallingSink() {
+    set_external_trace_mask(0);
+    set_util_trace_sink(nullptr, nullptr);
+  }
+  CallingSink(const CallingSink&) = delete;
+  CallingSink& operator=(const CallingSink&) = delete;
+
+  int Calls() const { return m_calls; }
+
+ private:
+  static void sink(void* context, int, const char*, const char* text, unsigned int length) {
+    auto* const self = static_cast<CallingSink*>(context);
+    if (self->m_isCalling.exchange(true)) return;
+    ++self->m_calls;
+    self->m_call(std::string(text, length));
+    self->m_isCalling = false;
+  }
+
+  const std::function<void(const std::string& text)> m_call;
+  std::atomic<bool> m_isCalling{false};
+  std::atomic<int> m_calls{0};
+};
+
+TEST_F(KalConfigHelperTest, BindsOnceWhenATraceSinkBindsItMeanwhile) {
+  for (const std::uint32_t other : {kCall, kCall + 1}) {
+    KalConfigHelper facade;
+    int notified = 0;
+    facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++notified; }, KAL_CONFIG_GROUP_COMMON);
+    {
+      CallingSink sink(2, [&](const std::string& text) {
+        if (text.find("CreateKalConfig") == std::string::npos) return;
+        EXPECT_EQ(facade.SetCallId(other), kResultNotFound);
+        EXPECT_EQ(facade.GetCallId(), kCall);
+      });
+      EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
+      EXPECT_GT(sink.Calls(), 0);
+    }
+    EXPECT_EQ(facade.SetKalConfig("a", 1, KAL_CONFIG_GROUP_COMMON), kResultOk);
+    EXPECT_EQ(notified, 1);
+    EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore + 1);
+    CleanUpKalConfig(kCall);
+  }
+  EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore) << "one reference each, and given back";
+}
+
+TEST_F(KalConfigHelperTest, HoldsNoLockWhileItTracesAFailure) {
+  KalConfigHelper facade(kCall);
+  // Another thread would wait for a lock that the tracing thread holds, which waits for it here.
+  CallingSink sink(0, [&](const std::string&) {
+    std::thread([&] {
+      EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
+      const SubscribeId_t id =
+          facade.SubscribeConfig("a", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_COMMON);
+      EXPECT_EQ(facade.UnsubscribeConfig(id), kResultOk);
+    }).join();
+  });
+  EXPECT_EQ(facade.SetCallId(kCall + 1), kResultNotFound);
+  EXPECT_EQ(facade.UnsubscribeConfig("a", KAL_CONFIG_GROUP_COMMON), kResultNotFound);
+  EXPECT_EQ(facade.UnsubscribeConfig("", KAL_CONFIG_GROUP_COMMON), kResultBadArgument);
+  EXPECT_EQ(facade.SubscribeConfig("", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_COMMON), 0U);
+  EXPECT_EQ(facade.SubscribeConfig("a", [](const KalConfigEvent&) {}), 0U);
+  EXPECT_EQ(facade.GetKalConfig(nullptr).IsValid(), false);
+  EXPECT_EQ(facade.SetKalSessionType(Session(6)), kResultNotFound);
+  EXPECT_EQ(sink.Calls(), 7);
+}
+
+TEST_F(KalConfigHelperTest, EndsUnderATraceSinkThatSubscribes) {
+  auto facade = std::make_unique<KalConfigHelper>(kCall);
+  KalConfigHelper* const raw = facade.get();
+  const auto ignore = [](const KalConfigEvent&) {};
+  raw->SubscribeConfig("a", ignore, KAL_CONFIG_GROUP_COMMON);
+  int name = 0;
+  CallingSink sink(2, [&](const std::string&) {
+    raw->SubscribeConfig(std::to_string(++name).c_str(), ignore, KAL_CONFIG_GROUP_COMMON);
+  });
+  facade.reset();
+  EXPECT_GT(sink.Calls(), 0);
 }
 
 struct SessionRow {
