@@ -1,5 +1,7 @@
 #include "ApplyCommand.h"
 
+#include <unistd.h>
+
 #include <charconv>
 #include <cstdint>
 #include <functional>
@@ -18,6 +20,8 @@
 #include "CommandError.h"
 #include "ConfigPath.h"
 #include "ExitStatus.h"
+#include "Glob.h"
+#include "OptionChecks.h"
 #include "Printable.h"
 #include "Progress.h"
 #include "SettingsDocument.h"
@@ -30,16 +34,16 @@ namespace {
 using kalStore::ConfigMultGroup_t;
 using kalStore::IKalConfig;
 
-constexpr std::string_view kAllNames = "*";
+constexpr unsigned kMostTraceLevel = 2;
 constexpr std::uint32_t kCallId = 1;
 
-// The options as they stand on the command line.
+// The options as the command line has them.
 struct ApplyOptions {
   std::vector<std::string> files;
   std::vector<std::string> sets;
   std::vector<std::string> watches;
   std::optional<std::string> dump;
-  std::optional<int> traceLevel;
+  std::optional<unsigned> traceLevel;
   bool strict = false;
   bool async = false;
   bool quiet = false;
@@ -53,18 +57,30 @@ SettingsEntry ParseAssignment(const std::string& text) {
   return {path.group, std::move(path.name), text.substr(equals + 1), true};
 }
 
-ConfigMultGroup_t ParseMask(std::string_view text) {
-  if (text == "all") return kalStore::kAllConfigGroups;
-  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
-  const std::string_view digits = hexadecimal ? text.substr(2) : text;
+// "Audio,Video"
+ConfigMultGroup_t ParseGroups(const std::string& text) {
   ConfigMultGroup_t mask = 0;
-  const auto [end, error] =
-      std::from_chars(digits.data(), digits.data() + digits.size(), mask, hexadecimal ? 16 : 10);
-  if (error != std::errc() || end != digits.data() + digits.size()) {
-    throw UsageError("--dump " + Quoted(text) +
-                     ": expected \"all\" or a 32-bit mask, decimal or 0x and hexadecimal");
+  for (const std::string& name : CLI::detail::split(text + ',', ',')) {
+    const kalStore::KalConfigGroup group = kalStore::GroupName2KalConfigGroup(name);
+    if (!kalStore::IsConfigGroup(group)) {
+      throw UsageError(
+          "--dump " + Quoted(text) + ": " + UnknownGroup(name) +
+          "; expected \"all\", names of groups with commas between, or a 32-bit mask, decimal or "
+          "0x and hexadecimal");
+    }
+    mask |= ConfigMultGroup_t{1} << group;
   }
   return mask;
+}
+
+ConfigMultGroup_t ParseMask(const std::string& text) {
+  if (text == "all") return kalStore::kAllConfigGroups;
+  const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  const char* const begin = text.data() + (isHexadecimal ? 2 : 0);
+  const char* const end = text.data() + text.size();
+  ConfigMultGroup_t mask = 0;
+  const auto [stop, error] = std::from_chars(begin, end, mask, isHexadecimal ? 16 : 10);
+  return error == std::errc() && stop == end ? mask : ParseGroups(text);
 }
 
 // Everything that the command line asks for, read and found usable.
@@ -92,17 +108,19 @@ struct ApplyPlan {
   }
 
   void watch(ConfigPath path) {
-    if (path.name != kAllNames) {
+    if (!IsGlob(path.name)) {
       watched.emplace(path.group, std::move(path.name));
       return;
     }
-    for (const SettingsDocument& document : documents) watchAll(path.group, document.Entries());
-    watchAll(path.group, assignments);
+    for (const SettingsDocument& document : documents) watchFitting(path, document.Entries());
+    watchFitting(path, assignments);
   }
 
-  void watchAll(kalStore::KalConfigGroup group, const std::vector<SettingsEntry>& entries) {
+  void watchFitting(const ConfigPath& pattern, const std::vector<SettingsEntry>& entries) {
     for (const SettingsEntry& entry : entries) {
-      if (entry.group == group) watched.emplace(group, entry.name);
+      if (entry.group == pattern.group && FitsGlob(pattern.name, entry.name)) {
+        watched.emplace(entry.group, entry.name);
+      }
     }
   }
 };
@@ -160,14 +178,23 @@ class Applier {
   const ApplyOptions& m_options;
 };
 
+// Byte by byte where a program reads it; a person sees the same values.
+void PrintDump(std::string_view dump) {
+  if (IsTerminal(STDOUT_FILENO)) {
+    std::cout << PrintableJson(dump) << '\n';
+  } else {
+    std::cout << dump << '\n';
+  }
+}
+
 int Apply(const ApplyOptions& options) {
   const ApplyPlan plan(options);
-  if (options.traceLevel) set_external_trace_mask(*options.traceLevel);
+  if (options.traceLevel) set_external_trace_mask(static_cast<int>(*options.traceLevel));
 
   const kalStore::CallStore store(kCallId, kalStore::CallStore::kEndsCall);
   bool skipped = false;
   {
-    Watcher watcher(*store, options.async ? Watcher::Delivery::kPosted : Watcher::Delivery::kDirect,
+    Watcher watcher(*store, options.async ? Way::kPosted : Way::kDirect,
                     options.json ? Watcher::Form::kJson : Watcher::Form::kText);
     for (const auto& [group, name] : plan.watched) watcher.Watch(group, name);
 
@@ -178,7 +205,7 @@ int Apply(const ApplyOptions& options) {
     }
     if (!plan.assignments.empty()) applier.Apply(plan.assignments);
   }
-  if (plan.dumpMask) std::cout << store->DumpKalConfigs(*plan.dumpMask) << '\n';
+  if (plan.dumpMask) PrintDump(store->DumpKalConfigs(*plan.dumpMask));
   return options.strict && skipped ? kExitFindings : kExitFine;
 }
 
@@ -191,8 +218,9 @@ std::string Footer() {
          "      What does the second document change in a call that runs with the first?\n"
          "  tessel apply base.json --set Video/MaxFps=15 --quiet --dump all > merged.json\n"
          "      One document of both.\n"
+         "  tessel apply base.json --quiet --dump Audio,Video\n"
          "  tessel apply base.json lab.json --watch 'Feature/*' --async --quiet\n"
-         "      What would a component hear that has feature toggles posted to its thread?\n"
+         "      Which events would a component get that has feature toggles posted to its thread?\n"
          "  generate-settings | tessel apply - --strict --quiet\n"
          "      Would import pass over anything?";
 }
@@ -203,32 +231,36 @@ void AddApplyCommand(CLI::App& app, int& exitStatus) {
   const auto options = std::make_shared<ApplyOptions>();
   CLI::App* const command =
       app.add_subcommand("apply", "Apply settings documents to a call's store and show what they change");
-  command
-      ->add_option("FILE", options->files, "Settings documents, applied in this order; - is standard input")
-      ->type_name("FILE")
-      ->required();
+  SetFile(*command
+               ->add_option("FILE", options->files,
+                            "Settings documents, applied in this order; - is standard input")
+               ->required());
   command->add_option("--set", options->sets, "Set a value after the documents; repeatable")
       ->type_name("GROUP/NAME=VALUE")
       ->allow_extra_args(false);
   command
       ->add_option("--dump", options->dump,
-                   "Then print the store as a line of JSON: all groups, or those of a mask (bit g: group g)")
-      ->type_name("MASK|all");
-  CLI::Option* const watch = command
-                                 ->add_option("--watch", options->watches,
-                                              "Subscribe and print each event; repeatable; * is any name")
-                                 ->type_name("GROUP/NAME")
-                                 ->allow_extra_args(false);
+                   "Then print the store as a line of JSON: all groups, those named, or those of a mask, "
+                   "decimal or 0x "
+                   "and hexadecimal (bit g: group g)")
+      ->type_name("GROUP,...|MASK|all");
+  CLI::Option* const watch =
+      command
+          ->add_option("--watch", options->watches,
+                       "Subscribe and print each event; repeatable; in NAME, * is any text and ? any letter")
+          ->type_name("GROUP/NAME")
+          ->allow_extra_args(false);
   command->add_flag("--async", options->async, "Have the events of --watch posted to a worker thread")
       ->needs(watch);
   command->add_flag("--strict", options->strict, "Exit with status 1 when import skips an entry");
   command->add_flag("--json", options->json,
                     "A JSON object per change, with its document, and per event, with its thread");
   command->add_flag("-q,--quiet", options->quiet, "Print no changes, only events and the dump");
-  command
-      ->add_option("--trace", options->traceLevel,
-                   "Trace the library up to this level on standard error: 0 to 2")
-      ->type_name("LEVEL");
+  CLI::Option* const trace = command
+                                 ->add_option("--trace", options->traceLevel,
+                                              "Trace the library up to this level on standard error: 0 to 2")
+                                 ->type_name("LEVEL");
+  SetRange(*trace, 0, kMostTraceLevel);
   command->footer(Footer());
   command->callback([options, &exitStatus] { exitStatus = Apply(*options); });
 }

@@ -2,6 +2,7 @@
 
 #include "Colour.h"
 #include "ConfigPath.h"
+#include "JsonObject.h"
 #include "Printable.h"
 
 namespace {
@@ -37,10 +38,6 @@ Colour ColourOf(Kind kind) {
   return Colour::kBold;
 }
 
-std::string JsonValue(const ConfigData& value) {
-  return value.IsValid() ? Quoted(value.ToString()) : "null";
-}
-
 // "3 new, 1 changed": the counts that are not zero.
 class Counts {
  public:
@@ -69,11 +66,13 @@ void PrintChange(std::ostream& out, const Change& change) {
 
 void PrintChangeAsJson(std::ostream& out, const Change& change, std::string_view label,
                        std::string_view labelValue) {
-  out << '{';
-  if (!label.empty()) out << Quoted(label) << ':' << Quoted(labelValue) << ',';
-  out << "\"change\":\"" << NameOf(KindOf(change)) << "\",\"group\":" << Quoted(GroupName(change.group))
-      << ",\"name\":" << Quoted(change.name) << ",\"before\":" << JsonValue(change.before)
-      << ",\"after\":" << JsonValue(change.after) << "}\n";
+  JsonObject line(out);
+  if (!label.empty()) line.Member(label, labelValue);
+  line.Member("change", NameOf(KindOf(change)))
+      .Member("group", GroupName(change.group))
+      .Member("name", change.name)
+      .Member("before", change.before)
+      .Member("after", change.after);
 }
 
 std::string ChangeCounts(const std::vector<Change>& changes, std::size_t unchanged, std::size_t skipped) {

@@ -8,7 +8,7 @@
 #include "tessel/IKalConfig.h"
 
 /// What a step changes in a store: the values before it against those after it, so that a name which the step
-/// sets twice is told once, with what stays.
+/// sets twice is reported once, with the last value.
 class ChangeReport {
  public:
   /// Notes the values that the entries' names have now. Both arguments must outlive the report.

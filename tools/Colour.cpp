@@ -24,16 +24,20 @@ const char* Start(Colour colour) {
 
 }  // namespace
 
-// NOLINTBEGIN(concurrency-mt-unsafe): nothing here changes the environment.
 bool IsTerminal(int descriptor) {
+  return ::isatty(descriptor) == 1;
+}
+
+// NOLINTBEGIN(concurrency-mt-unsafe): nothing here changes the environment.
+bool IsCapableTerminal(int descriptor) {
   const char* const terminal = std::getenv("TERM");
-  return (terminal == nullptr || std::string_view(terminal) != "dumb") && ::isatty(descriptor) == 1;
+  return (terminal == nullptr || std::string_view(terminal) != "dumb") && IsTerminal(descriptor);
 }
 
 bool WantsColour() {
   static const bool kWanted = [] {
     const char* const noColour = std::getenv("NO_COLOR");
-    return (noColour == nullptr || *noColour == '\0') && IsTerminal(STDOUT_FILENO);
+    return (noColour == nullptr || *noColour == '\0') && IsCapableTerminal(STDOUT_FILENO);
   }();
   return kWanted;
 }

@@ -5,8 +5,11 @@
 
 enum class Colour { kRed, kGreen, kYellow, kCyan, kBold };
 
-/// Whether the descriptor leads to a terminal that can do more than print letters.
+/// Whether the descriptor leads to a terminal.
 bool IsTerminal(int descriptor);
+
+/// Whether it leads to a terminal that can do more than print letters: TERM is not "dumb".
+bool IsCapableTerminal(int descriptor);
 
 /// Whether standard output shows colour: it is a terminal, and the environment has neither NO_COLOR nor
 /// TERM=dumb.

@@ -13,7 +13,7 @@
 
 namespace {
 
-// The help as CLI11 writes it, but with nothing beside an option's name except what stands for its value.
+// The help as CLI11 writes it, but with the placeholder of an option's value as all that follows its name.
 class HelpFormatter : public CLI::Formatter {
  public:
   std::string make_option_opts(const CLI::Option* option) const override {
@@ -37,9 +37,9 @@ void AddCommands(CLI::App& app, int& exitStatus) {
   AddStatsCommand(app, exitStatus);
   AddTogglesCommand(app, exitStatus);
   app.footer(
-      "What import passes over is told on standard error; so is, where that is a terminal, what takes "
-      "longer\n"
-      "than a second. Standard output has colour where it is a terminal, unless NO_COLOR is set.\n\n" +
+      "What import skips is reported on standard error; where that is a terminal, so is the progress of"
+      " a run of\n"
+      "more than a second. Standard output has colour where it is a terminal, unless NO_COLOR is set.\n\n" +
       ExitStatusHelp("done", "done, and there are findings or differences") +
       "\n\n"
       "Examples:\n"

@@ -4,8 +4,8 @@
 #include <cstddef>
 
 #include "CommandError.h"
+#include "Nearest.h"
 #include "Printable.h"
-#include "tessel/settings_check.h"
 
 using kalStore::KalConfigGroup;
 
@@ -34,9 +34,7 @@ std::string GroupsHelp() {
 }
 
 std::string UnknownGroup(const std::string& name) {
-  const std::string nearest = kalStore::NearestGroupName(name);
-  return "unknown group " + Quoted(name) +
-         (nearest.empty() ? "" : " (did you mean " + Quoted(nearest) + "?)");
+  return "unknown group " + Quoted(name) + DidYouMean(name, GroupNames());
 }
 
 ConfigPath ParseConfigPath(std::string_view option, std::string_view text) {

@@ -11,6 +11,7 @@
 #include "ConfigPath.h"
 #include "DocumentDifference.h"
 #include "ExitStatus.h"
+#include "OptionChecks.h"
 #include "Progress.h"
 #include "SettingsDocument.h"
 
@@ -55,13 +56,10 @@ int Run(const Options& options) {
 void AddDiffCommand(CLI::App& app, int& exitStatus) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command = app.add_subcommand(
-      "diff", "Tell what a settings document changes when it is applied after another one");
-  command->add_option("A", options->first, "A settings document; - is standard input")
-      ->type_name("FILE")
-      ->required();
-  command->add_option("B", options->second, "The one that is applied after it; - is standard input")
-      ->type_name("FILE")
-      ->required();
+      "diff", "Show what a settings document changes when it is applied after another one");
+  SetFile(*command->add_option("A", options->first, "A settings document; - is standard input")->required());
+  SetFile(*command->add_option("B", options->second, "The one that is applied after it; - is standard input")
+               ->required());
   command->add_flag("--exact", options->exact,
                     "Compare the documents themselves, for example two dumps: what only A has is removed");
   command->add_flag("--json", options->json, "A JSON object per change, each on a line");

@@ -29,7 +29,7 @@ std::vector<Change> ChangesInStore(const SettingsDocument& first, const Settings
   std::vector<Change> changes;
   Change change;
   for (const SettingsEntry& entry : second.Entries()) {
-    if (!entry.stays) continue;  // A value that is soon replaced is no difference.
+    if (!entry.stays) continue;  // A value that a later entry replaces is no difference.
     const char* const name = entry.name.c_str();
     store->GetKalConfig(entry.group, name, change.before);
     if (Set(*store, entry) == kalStore::kResultUnchanged) continue;

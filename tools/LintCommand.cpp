@@ -10,8 +10,10 @@
 #include "ExitStatus.h"
 #include "LintOutput.h"
 #include "NamesList.h"
+#include "OptionChecks.h"
 #include "OutputFormat.h"
 #include "Progress.h"
+#include "SettingsDocument.h"
 #include "TextFile.h"
 #include "tessel/settings_check.h"
 
@@ -26,7 +28,9 @@ struct Options {
 std::vector<kalStore::SettingsFinding> Check(const std::string& file, const kalStore::SettingsNames& known) {
   const std::string text = ReadFile(file);
   const Progress progress("checking " + FileTitle(file));
-  return kalStore::CheckSettings(text, known);
+  std::vector<kalStore::SettingsFinding> findings = kalStore::CheckSettings(text, known);
+  ExplainEncoding(text, findings);
+  return findings;
 }
 
 int Run(const Options& options) {
@@ -57,28 +61,26 @@ int Run(const Options& options) {
 void AddLintCommand(CLI::App& app, int& exitStatus) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command = app.add_subcommand(
-      "lint", "Tell everything in settings documents that import would pass over in silence");
-  command->add_option("FILE", options->files, "Settings documents; - is standard input")
-      ->type_name("FILE")
-      ->required();
-  command
-      ->add_option("--names", options->names,
-                   "Report every name that this list of known names does not have; repeatable")
-      ->type_name("FILE")
-      ->allow_extra_args(false);
+      "lint", "Report everything in settings documents that import would skip without a word");
+  SetFile(
+      *command->add_option("FILE", options->files, "Settings documents; - is standard input")->required());
+  SetFile(*command
+               ->add_option("--names", options->names,
+                            "Report every name that this list of known names does not have; repeatable")
+               ->allow_extra_args(false));
   AddFormatOption(*command, options->format, {"text", "json", "github"});
   command->footer(
-      "A finding tells the place, the part of the document, and what is wrong. What import refuses or skips "
+      "A finding has the place, the part of the document, and what is wrong. What import refuses or skips "
       "is\n"
-      "found, and what it takes but is most likely a mistake: a name that stands twice, or an unknown "
+      "found, and what it takes but is most likely a mistake: a name that is set twice, or an unknown "
       "feature\n"
-      "toggle. A malformed document is one finding, at its first fault: import would pass over all of it.\n\n"
+      "toggle. A malformed document is one finding, at its first fault: import would refuse all of it.\n\n"
       "Names:\n"
       "  A list of known names is a JSON object of groups, each an array of\n"
       "  names: {\"Video\":[\"MaxFps\",\"MaxWidth\"],\"Audio\":[\"Bitrate\"]}\n"
-      "  An entry in place of a name stands for its key, so that a settings\n"
+      "  An entry in place of a name counts as its key, so that a settings\n"
       "  document or a dump is a list, too. A group that no list has may have\n"
-      "  any name; Feature has the feature toggles besides.\n\n"
+      "  any name; Feature also has the feature toggles.\n\n"
       "Formats:\n"
       "  text    FILE:LINE:COLUMN: PART: REASON (did you mean \"NAME\"?)\n"
       "  json    an object per finding, each on a line\n"

@@ -2,6 +2,6 @@
 
 #include <CLI/CLI.hpp>
 
-/// Adds `tessel lint`, which tells everything in settings documents that import would pass over in silence.
+/// Adds `tessel lint`, which reports everything in settings documents that import would skip without a word.
 /// Running it sets `exitStatus`, or throws CommandError.
 void AddLintCommand(CLI::App& app, int& exitStatus);

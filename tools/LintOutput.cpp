@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "Colour.h"
+#include "JsonObject.h"
 #include "Printable.h"
 #include "SettingsDocument.h"
 
@@ -81,16 +82,21 @@ void PrintFindingAsText(std::ostream& out, const std::string& name, const Settin
 }
 
 void PrintFindingAsJson(std::ostream& out, const std::string& name, const SettingsFinding& finding) {
-  out << "{\"file\":" << Quoted(name) << ",\"line\":" << finding.line << ",\"column\":" << finding.column
-      << ",\"problem\":\"" << NameOf(finding.problem) << "\",\"effect\":\""
-      << NameOf(kalStore::EffectOf(finding.problem)) << "\",\"path\":" << Quoted(finding.path)
-      << ",\"name\":" << Quoted(finding.name) << ",\"nearest\":" << Quoted(finding.nearest)
-      << ",\"reason\":" << Quoted(finding.reason) << "}\n";
+  JsonObject(out)
+      .Member("file", name)
+      .Member("line", finding.line)
+      .Member("column", finding.column)
+      .Member("problem", NameOf(finding.problem))
+      .Member("effect", NameOf(kalStore::EffectOf(finding.problem)))
+      .Member("path", finding.path)
+      .Member("name", finding.name)
+      .Member("nearest", finding.nearest)
+      .Member("reason", finding.reason);
 }
 
 void PrintFindingForGithub(std::ostream& out, const std::string& name, const SettingsFinding& finding) {
   const bool imported = kalStore::EffectOf(finding.problem) == SettingsEffect::kImported;
-  out << (imported ? "::warning" : "::error") << " file=" << ForGithub(name, "%\r\n:,")
-      << ",line=" << finding.line << ",col=" << finding.column
-      << "::" << ForGithub(FindingText(finding), "%\r\n") << '\n';
+  out << (imported ? "::warning" : "::error") << " file=" << ForGithub(Printable(name), "%:,")
+      << ",line=" << finding.line << ",col=" << finding.column << "::" << ForGithub(FindingText(finding), "%")
+      << '\n';
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The name that an element of a list stands for; null when it is neither a name nor an entry with one.
+// The name that an element of a list gives; null when it is neither a name nor an entry with one.
 const std::string* NameOf(const json::Value& element) {
   if (element.GetType() == json::StringVal) return &element.ToString();
   if (element.GetType() != json::ObjectVal || !element.HasKey("key")) return nullptr;
@@ -22,8 +22,10 @@ void ReadNamesList(const std::string& file, kalStore::SettingsNames& names) {
   const auto refuse = [&](const std::string& reason) {
     return CommandError(FileTitle(file) + ": " + reason);
   };
+  const std::string text = ReadFile(file);
   json::ParseError error;
-  const json::Value list = json::Deserialize(ReadFile(file), error);
+  const json::Value list = json::Deserialize(text, error);
+  if (error.reason != nullptr && !ForeignEncoding(text).empty()) throw refuse(ForeignEncoding(text));
   if (error.reason != nullptr) {
     throw CommandError(FileTitle(file) + ":" + std::to_string(error.line) + ":" +
                        std::to_string(error.column) + ": " + error.reason);

@@ -2,14 +2,12 @@
 
 #include <iterator>
 
-void SetChoices(CLI::Option& option, const std::vector<std::string>& names) {
-  option.type_name(CLI::detail::join(names, "|"))->check(CLI::IsMember(names).description(""));
-}
+#include "OptionChecks.h"
 
 void AddFormatOption(CLI::App& command, std::string& format, const std::vector<std::string>& names) {
   format = names.front();
   CLI::Option* const option =
-      command.add_option("--format", format, "What is written, " + names.front() + " unless told otherwise");
+      command.add_option("--format", format, "What is written, " + names.front() + " by default");
   SetChoices(*option, names);
   std::vector<CLI::Option*> others = {option};
   for (auto name = std::next(names.begin()); name != names.end(); ++name) {

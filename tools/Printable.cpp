@@ -5,8 +5,12 @@
 
 namespace {
 
-constexpr std::uint32_t kFirstC1 = 0x80;
-constexpr std::uint32_t kLastC1 = 0x9F;
+// Control characters past ASCII, the separators of lines and paragraphs, and the characters that turn the
+// reading direction around, by which a line can look like another one.
+bool IsControl(std::uint32_t code) {
+  return (code >= 0x80 && code <= 0x9F) || (code >= 0x2028 && code <= 0x202E) ||
+         (code >= 0x2066 && code <= 0x2069);
+}
 
 // The length of the well-formed UTF-8 sequence that `text` begins with, 0 when there is none, and 0 for a
 // control character.
@@ -24,8 +28,7 @@ std::size_t ShownLength(std::string_view text) {
   }
   const std::uint32_t smallest = length == 4 ? 0x10000 : length == 3 ? 0x800 : 0x80;
   const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-  const bool control = code >= kFirstC1 && code <= kLastC1;
-  return code < smallest || code > 0x10FFFF || surrogate || control ? 0 : length;
+  return code < smallest || code > 0x10FFFF || surrogate || IsControl(code) ? 0 : length;
 }
 
 void AppendEscape(std::string& out, char byte) {
@@ -55,33 +58,33 @@ void AppendEscape(std::string& out, char byte) {
   }
 }
 
-void AppendShown(std::string& out, std::string_view text, bool escapeQuotes) {
+// The text, in which a backslash comes before each of the `special` characters.
+std::string Shown(std::string_view text, std::string_view special) {
+  std::string out;
+  out.reserve(text.size() + 2);
   while (!text.empty()) {
     const std::size_t length = ShownLength(text);
     if (length == 0) {
       AppendEscape(out, text.front());
     } else {
-      if (text.front() == '\\' || (escapeQuotes && text.front() == '"')) out += '\\';
+      if (special.find(text.front()) != std::string_view::npos) out += '\\';
       out += text.substr(0, length);
     }
     text.remove_prefix(length == 0 ? 1 : length);
   }
+  return out;
 }
 
 }  // namespace
 
 std::string Printable(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  AppendShown(out, text, false);
-  return out;
+  return Shown(text, "\\");
 }
 
 std::string Quoted(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() + 2);
-  out += '"';
-  AppendShown(out, text, true);
-  out += '"';
-  return out;
+  return '"' + Shown(text, "\"\\") + '"';
+}
+
+std::string PrintableJson(std::string_view json) {
+  return Shown(json, "");
 }

@@ -17,12 +17,12 @@ const Clock::time_point kStart = Clock::now();
 }  // namespace
 
 Progress::Progress(const std::string& activity) {
-  if (!IsTerminal(STDERR_FILENO)) return;
-  m_teller = std::jthread([this, activity](const std::stop_token& stop) { tell(stop, activity); });
+  if (!IsCapableTerminal(STDERR_FILENO)) return;
+  m_thread = std::jthread([this, activity](const std::stop_token& stop) { show(stop, activity); });
 }
 
-// Writes the line anew every second, and takes it away in the end.
-void Progress::tell(const std::stop_token& stop, const std::string& activity) {
+// Writes the line again every second, and removes it in the end.
+void Progress::show(const std::stop_token& stop, const std::string& activity) {
   std::unique_lock lock(m_mutex);
   seconds shown{0};
   for (seconds next{1};; next = shown + seconds(1)) {

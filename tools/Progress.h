@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-/// Tells on standard error what the program is at, from its first second on and until the object ends; only
+/// Shows on standard error what the program does, from its first second on and until the object ends; only
 /// where standard error is a terminal. One at a time, and nothing else is written to the terminal meanwhile.
 class Progress {
  public:
@@ -15,9 +15,9 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
  private:
-  void tell(const std::stop_token& stop, const std::string& activity);
+  void show(const std::stop_token& stop, const std::string& activity);
 
   std::mutex m_mutex;
   std::condition_variable_any m_ended;
-  std::jthread m_teller;  // Ends before what it waits by.
+  std::jthread m_thread;  // Ends before what it waits by.
 };

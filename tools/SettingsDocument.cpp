@@ -15,7 +15,9 @@ namespace {
 
 kalStore::SettingsContents Contents(const std::string& name, const std::string& text) {
   const Progress progress("checking " + Printable(name));
-  return kalStore::ReadSettings(text);
+  kalStore::SettingsContents contents = kalStore::ReadSettings(text);
+  ExplainEncoding(text, contents.findings);
+  return contents;
 }
 
 }  // namespace
@@ -25,7 +27,17 @@ std::string FindingPlace(const std::string& title, const SettingsFinding& findin
 }
 
 std::string FindingText(const SettingsFinding& finding) {
-  return (finding.path.empty() ? "" : Printable(finding.path) + ": ") + finding.reason;
+  return (finding.path.empty() ? "" : Printable(finding.path) + ": ") + Printable(finding.reason);
+}
+
+void ExplainEncoding(const std::string& text, std::vector<SettingsFinding>& findings) {
+  if (findings.empty() || kalStore::EffectOf(findings.front().problem) != SettingsEffect::kRefused) return;
+  const std::string reason = ForeignEncoding(text);
+  if (reason.empty()) return;
+  SettingsFinding& finding = findings.front();
+  finding = SettingsFinding();
+  finding.reason = reason;
+  finding.line = finding.column = 1;
 }
 
 SettingsDocument::SettingsDocument(std::string name, std::string text)

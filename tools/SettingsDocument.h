@@ -13,6 +13,10 @@ using kalStore::SettingsEntry;
 std::string FindingPlace(const std::string& title, const kalStore::SettingsFinding& finding);
 std::string FindingText(const kalStore::SettingsFinding& finding);
 
+/// A document that is refused for its encoding, or because it is empty, is said to be so: the finding that
+/// refuses it gets that reason.
+void ExplainEncoding(const std::string& text, std::vector<kalStore::SettingsFinding>& findings);
+
 /// A settings document that import accepts, read whole, with what import will make of each of its entries.
 class SettingsDocument {
  public:
@@ -26,7 +30,7 @@ class SettingsDocument {
   std::string Title() const;
   /// The text, as the file has it.
   const std::string& Text() const { return m_text; }
-  /// What import sets, in its order. A name may stand more than once: the last value stays.
+  /// What import sets, in its order. A name may occur more than once: the last value stays.
   const std::vector<SettingsEntry>& Entries() const { return m_contents.entries; }
   /// Writes a line for each part that import skips or that is most likely a mistake, in the order of the
   /// text.

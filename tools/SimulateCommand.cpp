@@ -1,17 +1,21 @@
 #include "SimulateCommand.h"
 
 #include <atomic>
-#include <cmath>
 #include <csignal>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "CommandError.h"
 #include "ExitStatus.h"
+#include "OptionChecks.h"
+#include "Printable.h"
 #include "Progress.h"
+#include "TextFile.h"
 #include "simulate/Report.h"
 #include "simulate/ReportFile.h"
 #include "simulate/Simulation.h"
@@ -61,14 +65,23 @@ class Interruption {
   struct sigaction m_terminate{};
 };
 
+void RefuseUnusableReport(const Options& options) {
+  if (options.report == kStandardInput) throw UsageError("--report -: a report needs a file of its own");
+  for (const std::string& document : options.settings) {
+    std::error_code isNoFile;
+    if (std::filesystem::equivalent(options.report, document, isNoFile)) {
+      throw UsageError("--report " + Quoted(options.report) + ": is a document of --settings");
+    }
+  }
+}
+
 int Run(Options& options) {
   SimulationPlan& plan = options.plan;
-  // Is in every range, as comparisons go.
-  if (std::isnan(plan.seconds)) throw UsageError("--seconds: not a number");
   if (plan.calls * (simulate::Call::kOwnComponents + plan.listeners) > kMaxComponents) {
     throw UsageError("--calls and --components: more than " + std::to_string(kMaxComponents) +
                      " components in all");
   }
+  RefuseUnusableReport(options);
   const Interruption interruption;
   plan.documents = LoadDocuments(options.settings);
   for (const SettingsDocument& document : plan.documents) document.PrintFindings(std::cerr);
@@ -91,34 +104,30 @@ void AddSimulateCommand(CLI::App& app, int& exitStatus) {
   const auto options = std::make_shared<Options>();
   CLI::App* const command =
       app.add_subcommand("simulate", "Run the calls of a small media engine on the library and measure it");
-  command->add_option("--seconds", options->plan.seconds, "How long, 0.05 to 86400; 5 unless told otherwise")
-      ->check(CLI::Range(kLeastSeconds, kMostSeconds).description(""))
-      ->type_name("N");
-  command->add_option("--calls", options->plan.calls, "How many calls at once; 2 unless told otherwise")
-      ->check(CLI::Range(1U, kMaxCalls).description(""))
-      ->type_name("N");
-  command
-      ->add_option("--components", options->plan.listeners,
-                   "Components more in each call, for load: each is told of all that is set during the call, "
-                   "the first directly, the second posted, the third handed over, and so on")
-      ->check(CLI::Range(0U, kMaxComponents).description(""))
-      ->type_name("N");
-  command
-      ->add_option(
-          "--settings", options->settings,
-          "A settings document; repeatable. The first stands when the calls start, the others arrive "
-          "during the calls, evenly spread; - is standard input")
-      ->type_name("FILE")
-      ->allow_extra_args(false);
-  command->add_option("--report", options->report, "Write a report with plots, one HTML file")
-      ->type_name("FILE");
+  const auto number = [&](const char* name, auto& value, const char* description) -> CLI::Option& {
+    return *command->add_option(name, value, description)->type_name("N");
+  };
+  SetRange(number("--seconds", options->plan.seconds, "How long, 0.05 to 86400; 5 by default"), kLeastSeconds,
+           kMostSeconds);
+  SetRange(number("--calls", options->plan.calls, "How many calls at once; 2 by default"), 1, kMaxCalls);
+  SetRange(number("--components", options->plan.listeners,
+                  "More components in each call, for load: each is notified of all that is set during the "
+                  "call, the first directly, the second posted, the third handed over, and so on"),
+           0, kMaxComponents);
+  SetFile(*command
+               ->add_option("--settings", options->settings,
+                            "A settings document; repeatable. The first is applied when the calls start, the "
+                            "others arrive during the calls, evenly spread; - is standard input")
+               ->allow_extra_args(false));
+  SetFile(*command->add_option("--report", options->report, "Write a report with plots, one HTML file"));
   command->add_flag("--json", options->json, "Print the summary as a JSON object, on one line");
   command->footer(
       "Each call has an audio and a video sender and receiver, a jitter buffer, a bandwidth controller and "
       "a\n"
       "reporter, each with a thread and a settings facade of its own. The call's link gets worse and better; "
       "the\n"
-      "controller and the jitter buffer change settings, and the others are told. Latency is the time from "
+      "controller and the jitter buffer change settings, and the others are notified. Latency is the time "
+      "from "
       "the\n"
       "set to the callback; for a document's values, from the import. Ctrl-C ends the run early.\n\n" +
       ExitStatusHelp("done", "done, but a delivery was lost, or a video frame is missing in the statistics") +

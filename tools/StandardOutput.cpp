@@ -8,10 +8,11 @@
 #include <cstddef>
 #include <iostream>
 
-void OpenMissingDescriptors() {
+void ReserveStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    // Descriptors are given out lowest first, so an open after a failed look fills the one that is missing.
-    if (::fcntl(descriptor, F_GETFD) == -1 && ::open("/dev/null", O_RDWR) == -1) return;
+    // The lowest free descriptor is given out first: this one. It is there in every file system, and O_PATH
+    // lets nobody read or write.
+    if (::fcntl(descriptor, F_GETFD) == -1 && ::open("/", O_PATH) == -1) return;
   }
 }
 

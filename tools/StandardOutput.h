@@ -4,13 +4,14 @@
 #include <ostream>
 #include <streambuf>
 
-/// Gives a program whose standard input, output or error was closed an empty one, so that no file it opens
-/// takes their place.
-void OpenMissingDescriptors();
+/// Fills the descriptors of standard input, output and error where the program was started without, so that
+/// no file it opens takes their place. To read or write there fails, as it does with a closed descriptor.
+void ReserveStandardDescriptors();
 
 /// Standard output of the program while it lives: std::cout writes through it, to file descriptor 1. A reader
-/// that leaves early ends nothing: what is written after it goes nowhere, in silence. One at a time; threads
-/// as std::cout with a buffer of its own, so one at a time.
+/// that leaves early ends nothing: what is written afterwards is dropped.
+///
+/// Threads: one at a time. Only one object at a time.
 class StandardOutput : private std::streambuf {
  public:
   StandardOutput();

@@ -4,6 +4,7 @@
 #include <iomanip>
 #include <string>
 
+#include "JsonObject.h"
 #include "Printable.h"
 
 namespace {
@@ -81,18 +82,16 @@ std::string JsonNumber(const std::string& value) {
 }
 
 void PrintJson(std::ostream& out, const StatisticsKind& kind, std::size_t number, std::string_view block) {
-  out << "{\"block\":" << number << ",\"kind\":\"" << kind.name << '"';
+  JsonObject line(out);
+  line.Member("block", number).Member("kind", kind.name);
   for (const StatisticsSection& section : kind.sections) {
-    out << ",\"" << section.title << "\":{";
-    const char* separator = "";
-    for (const StatisticsMember& member : *section.members) {
-      const std::string value = Value(section, member, block);
-      out << separator << '"' << member.name << "\":" << (member.isText ? Quoted(value) : JsonNumber(value));
-      separator = ",";
-    }
-    out << '}';
+    line.Member(section.title, [&](JsonObject& members) {
+      for (const StatisticsMember& member : *section.members) {
+        const std::string value = Value(section, member, block);
+        members.Raw(member.name, member.isText ? Quoted(value) : JsonNumber(value));
+      }
+    });
   }
-  out << "}\n";
 }
 
 }  // namespace

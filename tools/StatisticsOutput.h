@@ -8,7 +8,7 @@
 
 enum class StatisticsFormat { kText, kCsv, kJson };
 
-/// Writes blocks of one kind that stand in a row; `blocks` is a whole number of them.
+/// Writes blocks of one kind, one after the other; `blocks` is a whole number of them.
 ///   kText  a table per block, by section; a layer that is nothing but zero bytes is only named
 ///   kCsv    a line of names with their units, then a line per block
 ///   kJson   an object per block, on a line of its own

@@ -7,6 +7,7 @@
 
 #include "CommandError.h"
 #include "ExitStatus.h"
+#include "OptionChecks.h"
 #include "OutputFormat.h"
 #include "StatisticsMembers.h"
 #include "StatisticsOutput.h"
@@ -64,21 +65,20 @@ void Run(const Options& options) {
 void AddStatsCommand(CLI::App& app, int& exitStatus) {
   const auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("stats", "Print raw statistics blocks with names and units");
-  command
-      ->add_option("FILE", options->file,
-                   "Blocks in a row, as the library hands them out; - is standard input")
-      ->type_name("FILE")
-      ->required();
+  SetFile(*command
+               ->add_option("FILE", options->file,
+                            "Blocks in a row, as the library hands them out; - is standard input")
+               ->required());
   std::vector<std::string> names;
   for (const StatisticsKind& kind : StatisticsKinds()) names.emplace_back(kind.name);
   SetChoices(*command->add_option("--kind", options->kind,
-                                  "What the blocks are of; told by their size where it is left out"),
+                                  "The kind of the blocks; found from their size without it"),
              names);
   AddFormatOption(*command, options->format, {"text", "csv", "json"});
   command->footer(
-      "A video block has 2064 bytes, an audio block, sent or received, 260. The text names a layer that is "
+      "A video block has 2064 bytes, an audio block, sent or received, 260. As text, a layer that is "
       "all\n"
-      "zero bytes and leaves it at that.\n\n"
+      "zero bytes is named only.\n\n"
       "Formats:\n"
       "  text  a table per block\n"
       "  csv   a line of names, then a line per block\n"

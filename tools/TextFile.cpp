@@ -1,12 +1,15 @@
 #include "TextFile.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <optional>
 #include <system_error>
 
@@ -23,8 +26,32 @@ struct CloseUnlessStandard {
   }
 };
 
+constexpr std::size_t kMostBytes = std::size_t{1} << 30;
+
+CommandError Unreadable(const std::string& file, const std::string& reason) {
+  return CommandError(FileTitle(file) + ": cannot be read: " + reason);
+}
+
 CommandError Unreadable(const std::string& file) {
-  return CommandError(FileTitle(file) + ": cannot be read: " + std::generic_category().message(errno));
+  return Unreadable(file, std::generic_category().message(errno));
+}
+
+// Known beforehand of a file on a disk, so that nothing is read in vain; a device or a pipe has size 0.
+std::size_t SizeOf(std::FILE* stream) {
+  struct stat status{};
+  return ::fstat(::fileno(stream), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+}
+
+std::string ReadAll(const std::string& file, std::FILE* stream) {
+  std::string text;
+  std::array<char, 65536> chunk;
+  for (std::size_t size = SizeOf(stream); size <= kMostBytes; size = text.size()) {
+    const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), stream);
+    if (std::ferror(stream) != 0) throw Unreadable(file);
+    if (count == 0) return text;
+    text.append(chunk.data(), count);
+  }
+  throw Unreadable(file, "more than 1 GiB");
 }
 
 }  // namespace
@@ -49,11 +76,22 @@ std::string ReadFile(const std::string& file) {
   const std::unique_ptr<std::FILE, CloseUnlessStandard> stream(
       file == kStandardInput ? stdin : std::fopen(file.c_str(), "rbe"));
   if (stream == nullptr) throw Unreadable(file);
-  std::string text;
-  std::array<char, 65536> chunk;
-  while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), stream.get())) {
-    text.append(chunk.data(), count);
+  try {
+    return ReadAll(file, stream.get());
+  } catch (const std::bad_alloc&) {
+    throw Unreadable(file, "not enough memory");
   }
-  if (std::ferror(stream.get()) != 0) throw Unreadable(file);
-  return text;
+}
+
+std::string ForeignEncoding(std::string_view text) {
+  using namespace std::string_view_literals;
+  if (text.find_first_not_of(" \t\n\v\f\r") == text.npos) return "the file is empty";
+  if (text.starts_with("\xEF\xBB\xBF")) return "begins with a byte order mark: save it as UTF-8 without one";
+  // The mark, or an ASCII character and the zero bytes beside it.
+  const bool isUtf32 = text.starts_with("\xFF\xFE\0\0"sv) || text.starts_with("\0\0"sv) ||
+                       (text.size() > 3 && text.substr(1, 3) == "\0\0\0"sv);
+  if (isUtf32) return "is in UTF-32: save it as UTF-8";
+  const bool isUtf16 = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || text[0] == '\0' ||
+                       (text.size() > 1 && text[1] == '\0');
+  return isUtf16 ? "is in UTF-16: save it as UTF-8" : "";
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// The name that stands for standard input.
@@ -15,5 +16,9 @@ std::string FileTitle(const std::string& file);
 /// Throws UsageError when standard input is among the files more than once.
 void RefuseRepeatedInput(const std::vector<std::string>& files, const std::vector<std::string>& others = {});
 
-/// The whole of a file, or of standard input. Throws CommandError with the system's reason.
+/// The whole of a file, or of standard input; of up to 1 GiB. Throws CommandError with the reason.
 std::string ReadFile(const std::string& file);
+
+/// Why a text cannot be JSON, as its first bytes show: it is empty, has a byte order mark, or is in UTF-16 or
+/// UTF-32. "" when they show nothing of the kind.
+std::string ForeignEncoding(std::string_view text);

@@ -4,6 +4,9 @@
 #include <cstddef>
 #include <utility>
 
+#include "Ascii.h"
+#include "Glob.h"
+
 namespace {
 
 constexpr std::size_t kSuggestions = 3;
@@ -13,37 +16,6 @@ constexpr ToggleInfo kToggles[] = {
 #include "tessel/KalFeatureToggles.def"
 #undef KAL_FT
 };
-
-char Lowered(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-std::string Lowered(std::string_view text) {
-  std::string lowered(text);
-  for (char& letter : lowered) letter = Lowered(letter);
-  return lowered;
-}
-
-// Goes back to the last * alone: what an earlier one takes is never worth another try.
-bool FitsGlob(std::string_view pattern, std::string_view text) {
-  std::size_t p = 0, t = 0;
-  std::size_t afterStar = std::string_view::npos, starTakes = 0;
-  while (t < text.size()) {
-    if (p < pattern.size() && pattern[p] == '*') {
-      afterStar = ++p;
-      starTakes = t;
-    } else if (p < pattern.size() && (pattern[p] == '?' || pattern[p] == text[t])) {
-      ++p;
-      ++t;
-    } else if (afterStar != std::string_view::npos) {
-      p = afterStar;
-      t = ++starTakes;
-    } else {
-      return false;
-    }
-  }
-  return pattern.substr(p).find_first_not_of('*') == std::string_view::npos;
-}
 
 // How many letters of the pattern must be changed, inserted or removed to find it in the text.
 std::size_t DistanceToPart(std::string_view pattern, std::string_view text) {
@@ -69,17 +41,16 @@ std::span<const ToggleInfo> ToggleCatalogue() {
 }
 
 bool MatchesToggle(std::string_view pattern, std::string_view key) {
-  const std::string lowered = Lowered(pattern);
-  if (lowered.find_first_of("*?") != std::string::npos) return FitsGlob(lowered, Lowered(key));
-  return Lowered(key).find(lowered) != std::string::npos;
+  if (IsGlob(pattern)) return FitsGlob(pattern, key);
+  return LowerCase(key).find(LowerCase(pattern)) != std::string::npos;
 }
 
 std::vector<std::string_view> NearestToggles(std::string_view pattern) {
-  std::string text = Lowered(pattern);
+  std::string text = LowerCase(pattern);
   std::erase_if(text, [](char letter) { return letter == '*' || letter == '?'; });
   std::vector<std::pair<std::size_t, std::string_view>> near;
   for (const ToggleInfo& toggle : kToggles) {
-    const std::size_t distance = DistanceToPart(text, Lowered(toggle.key));
+    const std::size_t distance = DistanceToPart(text, LowerCase(toggle.key));
     if (distance <= text.size() / 3) near.emplace_back(distance, toggle.key);
   }
   std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });

@@ -1,5 +1,7 @@
 #include "TogglesCommand.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -10,9 +12,13 @@
 #include <string_view>
 #include <vector>
 
+#include "CommandError.h"
 #include "ExitStatus.h"
+#include "JsonObject.h"
+#include "OptionChecks.h"
 #include "Printable.h"
 #include "SettingsDocument.h"
+#include "TextFile.h"
 #include "ToggleCatalogue.h"
 #include "tessel/KalConfigHelper.h"
 #include "tessel/KalConfigRegistry.h"
@@ -100,17 +106,26 @@ void PrintTable(const std::vector<Row>& rows, bool withValues) {
 
 void PrintJson(const std::vector<Row>& rows, bool withValues) {
   for (const Row& row : rows) {
-    std::cout << "{\"id\":" << row.toggle->id << ",\"key\":" << Quoted(row.toggle->key)
-              << ",\"kind\":" << Quoted(row.toggle->kind) << ",\"meaning\":" << Quoted(row.toggle->meaning);
-    if (withValues) {
-      std::cout << ",\"value\":" << (row.value.IsValid() ? Quoted(row.value.ToString()) : "null")
-                << ",\"on\":" << (row.isOn ? "true" : "false");
-    }
-    std::cout << "}\n";
+    JsonObject line(std::cout);
+    line.Member("id", static_cast<std::uint32_t>(row.toggle->id))
+        .Member("key", row.toggle->key)
+        .Member("kind", row.toggle->kind)
+        .Member("meaning", row.toggle->meaning);
+    if (withValues) line.Member("value", row.value).Member("on", row.isOn);
   }
 }
 
+// All arguments after --from are its documents; one of them may have been meant as the pattern.
+void RefuseLatePattern(const Options& options) {
+  if (!options.pattern.empty() || options.files.size() < 2) return;
+  const std::string& last = options.files.back();
+  if (last == kStandardInput || ::access(last.c_str(), F_OK) == 0) return;
+  throw UsageError("--from takes all files that follow it, and there is no file " + Quoted(last) +
+                   ": a pattern goes before --from");
+}
+
 int Run(const Options& options) {
+  RefuseLatePattern(options);
   const std::vector<SettingsDocument> documents = LoadDocuments(options.files);
   std::vector<Row> rows = MatchingRows(options.pattern);
   if (rows.empty()) {
@@ -136,11 +151,9 @@ void AddTogglesCommand(CLI::App& app, int& exitStatus) {
   command->add_option(
       "PATTERN", options->pattern,
       "A part of the key, or all of it with * and ?, in any letter case; all toggles without it");
-  command
-      ->add_option(
-          "--from", options->files,
-          "Settings documents, applied in this order: adds the value set, and whether the toggle is on")
-      ->type_name("FILE");
+  SetFile(*command->add_option(
+      "--from", options->files,
+      "Settings documents, applied in this order: adds the value set, and whether the toggle is on"));
   command->add_flag("--json", options->json, "A JSON object per toggle, each on a line");
   command->footer("A toggle that no document sets has no value, and is on.\n\n" +
                   ExitStatusHelp("done", "no toggle matches") +

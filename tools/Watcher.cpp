@@ -1,8 +1,8 @@
 #include "Watcher.h"
 
-#include <cstring>
 #include <iostream>
 #include <stdexcept>
+#include <system_error>
 
 #include "Change.h"
 #include "Colour.h"
@@ -26,8 +26,8 @@ void PrintEvent(const kalStore::KalConfigEvent& event, Watcher::Form form, const
 
 }  // namespace
 
-Watcher::Watcher(kalStore::IKalConfig& store, Delivery delivery, Form form) : m_store(store), m_form(form) {
-  if (delivery == Delivery::kDirect) return;
+Watcher::Watcher(kalStore::IKalConfig& store, Way way, Form form) : m_store(store), m_form(form) {
+  if (way == Way::kDirect) return;
   m_worker.emplace("worker");
   if (const int error = m_worker->Start(); error != 0) {
     throw std::runtime_error(std::string("no worker thread: ") + std::generic_category().message(error));

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Way.h"
 #include "tessel/IKalConfig.h"
 #include "util/ACmThread.h"
 
@@ -13,11 +14,10 @@
 /// Between a change and the next Drain(), standard output belongs to the events.
 class Watcher {
  public:
-  enum class Delivery { kDirect, kPosted };
   enum class Form { kText, kJson };
 
-  /// Starts the worker when changes are to be posted. The store must outlive the watcher.
-  Watcher(kalStore::IKalConfig& store, Delivery delivery, Form form);
+  /// Changes arrive directly or are posted; the latter starts the worker. The store must outlive the watcher.
+  Watcher(kalStore::IKalConfig& store, Way way, Form form);
   /// Ends the subscriptions, once all events have arrived.
   ~Watcher();
   Watcher(const Watcher&) = delete;

@@ -1,14 +1,17 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 #include <system_error>
 
 #include "CommandError.h"
 #include "Commands.h"
 #include "ExitStatus.h"
+#include "ParseErrors.h"
 #include "Printable.h"
 #include "StandardOutput.h"
+#include "TraceOutput.h"
 
 namespace {
 
@@ -22,14 +25,11 @@ int Run(int argc, char** argv) {
   CLI::App app;
   AddCommands(app, exitStatus);
   try {
-    if (argc > 1 && *argv[1] != '-') app.get_subcommand(std::string(argv[1]));
     app.parse(argc, argv);
   } catch (const CLI::Success& success) {
     return app.exit(success);  // Help or version.
-  } catch (const CLI::OptionNotFound&) {
-    return Fail("tessel: there is no command \"" + Printable(argv[1]) + "\" (tessel --help lists them)");
   } catch (const CLI::ParseError& error) {
-    return Fail("tessel: " + Printable(error.what()) + " (tessel --help tells more)");
+    return Fail("tessel: " + Printable(Explained(error, app)));
   } catch (const CommandError& error) {
     return Fail(error.what());
   }
@@ -39,13 +39,16 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  OpenMissingDescriptors();
+  ReserveStandardDescriptors();
+  ShowTraceLines();
   StandardOutput output;
   int exitStatus = kExitNotUsable;
   try {
     exitStatus = Run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    Fail("tessel: not enough memory");
   } catch (const std::exception& error) {
-    Fail(std::string("tessel: ") + error.what());
+    Fail("tessel: " + Printable(error.what()));
   }
   if (const int error = output.Finish(); error != 0) {
     return Fail(std::string("tessel: standard output cannot be written: ") +

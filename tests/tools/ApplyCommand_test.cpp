@@ -30,7 +30,7 @@ TEST(Apply, PrintsTheValuesOfAFirstDocumentAsNew) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(Apply, TellsNewChangedAndUnchangedValuesOfALaterDocumentApart) {
+TEST(Apply, DistinguishesNewChangedAndUnchangedValuesOfALaterDocument) {
   const Finished run =
       Program().File("base.json", kBase).File("low.json", kLow).Run({"apply", "base.json", "low.json"});
   EXPECT_EQ(run.out.substr(run.out.find("low.json")),
@@ -160,6 +160,8 @@ TEST(Apply, ReadsDumpMasks) {
       {"0X2", "{\"Feature\":[]}\n"},
       {"0xFFFFE001", "{\"Common\":[]}\n"},
       {"4294959105", "{\"Common\":[]}\n"},
+      {"Audio", "{\"Audio\":[]}\n"},
+      {"Video,Audio,Video", "{\"Audio\":[],\"Video\":[]}\n"},
   };
   for (const auto& [mask, dump] : masks) {
     const Finished run = Program().Input("{}").Run({"apply", "-", "--quiet", "--dump", mask});
@@ -168,16 +170,25 @@ TEST(Apply, ReadsDumpMasks) {
   }
 }
 
-TEST(Apply, RefusesWhatIsNoDumpMask) {
-  for (const std::string mask :
-       {"", "x", "0x", "08a", "1 ", " 1", "+1", "-1", "ALL", "Audio", "0x1ffffffff", "4294967296"}) {
+TEST(Apply, RefusesWhatIsNeitherADumpMaskNorNamesOfGroups) {
+  for (const std::string mask : {"x", "0x", "08a", "1 ", " 1", "+1", "-1", "ALL", "Audio,", "Audio Video",
+                                 "Audio,8", "0x1ffffffff", "4294967296", "LastGroup"}) {
     const Finished run = Program().Input("{}").Run({"apply", "-", "--dump=" + mask});
     EXPECT_EQ(run.out, "") << mask;
     EXPECT_EQ(run.status, 2) << mask;
-    if (mask.empty()) continue;  // The option parser has words of its own for it.
-    EXPECT_EQ(run.err, "tessel: --dump \"" + mask +
-                           "\": expected \"all\" or a 32-bit mask, decimal or 0x and hexadecimal\n");
+    EXPECT_TRUE(run.err.starts_with("tessel: --dump \"" + mask + "\": unknown group \"")) << run.err;
+    EXPECT_TRUE(
+        run.err.ends_with("expected \"all\", names of groups with commas between, or a 32-bit mask, "
+                          "decimal or 0x and hexadecimal\n"))
+        << run.err;
   }
+  EXPECT_EQ(Program().Input("{}").Run({"apply", "-", "--dump="}).status, 2);
+  EXPECT_EQ(Program().Input("{}").Run({"apply", "-", "--dump", ""}).status, 2);
+  EXPECT_NE(Program()
+                .Input("{}")
+                .Run({"apply", "-", "--dump", "Audio,Vido"})
+                .err.find("unknown group \"Vido\" (did you mean \"Video\"?)"),
+            std::string::npos);
 }
 
 TEST(Apply, ChangesNothingWithItsOwnDump) {
@@ -232,6 +243,26 @@ TEST(Apply, TracesTheLibraryOnRequest) {
   const Finished run = program.Run({"apply", "base.json", "--trace", "2"});
   EXPECT_NE(run.err.find("[UTIL 2] kalStore::CreateKalConfig [cid=1]\n"), std::string::npos) << run.err;
   EXPECT_EQ(run.out, program.Run({"apply", "base.json"}).out);
+}
+
+TEST(Apply, TracesALineForALineWhateverAValueHolds) {
+  const Finished run =
+      Program()
+          .Input(R"({"Audio":[{"key":"A","value":"\n[UTIL 0] forged\u001b]0;title\u0007"}]})")
+          .Run({"apply", "-", "--trace", "2"});
+  EXPECT_EQ(run.err.find("\n[UTIL 0] forged"), std::string::npos) << run.err;
+  EXPECT_EQ(run.err.find('\033'), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("\\n[UTIL 0] forged"), std::string::npos) << run.err;
+}
+
+TEST(Apply, RefusesATraceLevelThatThereIsNot) {
+  for (const std::string level : {"9", "3", "-1", "loud", "", "1.5", "0x1", " 1"}) {
+    const Finished run = Program().Input("{}").Run({"apply", "-", "--trace", level});
+    EXPECT_EQ(run.err, "tessel: --trace: expected a whole number from 0 to 2, not \"" + level +
+                           "\" (tessel apply --help tells more)\n");
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.status, 2);
+  }
 }
 
 TEST(Apply, AppliesAHugeDocument) {

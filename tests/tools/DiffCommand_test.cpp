@@ -126,7 +126,7 @@ TEST(DiffCommand, RefusesWhatItCannotCompare) {
       {{"diff", "a.json", "missing.json"}, "missing.json: cannot be read: No such file or directory\n"},
       {{"diff", "a.json", "bad.json"}, "bad.json:1:2: expected a key in double quotes\n"},
       {{"diff", "-", "-"}, "tessel: standard input can be read once only\n"},
-      {{"diff", "a.json"}, "tessel: B is required (tessel --help tells more)\n"},
+      {{"diff", "a.json"}, "tessel: B is required (tessel diff --help tells more)\n"},
   };
   for (const auto& [arguments, message] : rows) {
     const Finished run = Program().File("a.json", kA).File("bad.json", "{").Run(arguments);
@@ -148,13 +148,11 @@ TEST(DiffCommand, ComparesHugeDocuments) {
 }
 
 TEST(DiffCommand, KeepsItsStatusWhenNobodyReads) {
-  for (const Program::Output output : {Program::Output::kNoReader, Program::Output::kClosed}) {
-    const Finished run = Program()
-                             .File("a.json", "{}")
-                             .File("b.json", Numbered("1"))
-                             .To(output)
-                             .Run({"diff", "a.json", "b.json"});
-    EXPECT_EQ(run.err, "");
-    EXPECT_EQ(run.status, 1);
-  }
+  const Finished run = Program()
+                           .File("a.json", "{}")
+                           .File("b.json", Numbered("1"))
+                           .To(Program::Output::kNoReader)
+                           .Run({"diff", "a.json", "b.json"});
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 1);
 }

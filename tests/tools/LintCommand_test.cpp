@@ -29,7 +29,7 @@ TEST(LintCommand, IsSilentAboutCleanDocuments) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(LintCommand, TellsThePlaceAndReasonOfEveryFinding) {
+TEST(LintCommand, PrintsThePlaceAndReasonOfEveryFinding) {
   const Finished run = Program().File("a.json", kOdd).Input("{\"Common\":7}").Run({"lint", "a.json", "-"});
   EXPECT_EQ(run.out,
             "a.json:1:2: Audoi: unknown group (did you mean \"Audio\"?)\n"
@@ -41,7 +41,7 @@ TEST(LintCommand, TellsThePlaceAndReasonOfEveryFinding) {
   EXPECT_EQ(run.status, 1);
 }
 
-TEST(LintCommand, TellsTheFirstFaultOfAMalformedDocument) {
+TEST(LintCommand, PrintsTheFirstFaultOfAMalformedDocument) {
   const Finished run = Program()
                            .File("a.json", "{\n  \"Audio\": [,]\n}")
                            .File("b.json", "[]")
@@ -106,7 +106,7 @@ TEST(LintCommand, AnnotatesLinesForGithub) {
   EXPECT_EQ(run.status, 1);
 }
 
-TEST(LintCommand, TellsTheNamesThatAListDoesNotHave) {
+TEST(LintCommand, ReportsTheNamesThatAListDoesNotHave) {
   const Finished run =
       Program()
           .File("video.json", R"({"Video":["MaxFps","MaxHeight"]})")
@@ -211,10 +211,35 @@ TEST(LintCommand, ChecksAHugeDocument) {
             "\"EnableMusicDetection\"?)");
   EXPECT_EQ(run.status, 1);
 
-  for (const Program::Output output : {Program::Output::kNoReader, Program::Output::kClosed}) {
-    const Finished unread = program.To(output).Run({"lint", "-"});
-    EXPECT_EQ(unread.err, "");
-    EXPECT_EQ(unread.status, 1);
-  }
+  const Finished unread = program.To(Program::Output::kNoReader).Run({"lint", "-"});
+  EXPECT_EQ(unread.err, "");
+  EXPECT_EQ(unread.status, 1);
   EXPECT_EQ(program.To(Program::Output::kFullDevice).Run({"lint", "-"}).status, 2);
+}
+
+TEST(LintCommand, NamesTheEncodingOfATextThatIsNoUtf8) {
+  using namespace std::string_literals;
+  const std::string utf16 = " is in UTF-16: save it as UTF-8";
+  const std::string utf32 = " is in UTF-32: save it as UTF-8";
+  const std::pair<std::string, std::string> rows[] = {
+      {"", " the file is empty"},
+      {" \n\t", " the file is empty"},
+      {"\xEF\xBB\xBF{}", " begins with a byte order mark: save it as UTF-8 without one"},
+      {"\xFF\xFE{\0}\0"s, utf16},
+      {"\xFE\xFF\0{\0}"s, utf16},
+      {"{\0}\0"s, utf16},
+      {"\0{\0}"s, utf16},
+      {"\xFF\xFE\0\0{\0\0\0"s, utf32},
+      {"\0\0\xFE\xFF\0\0\0{"s, utf32},
+      {"{\0\0\0}\0\0\0"s, utf32},
+  };
+  for (const auto& [text, reason] : rows) {
+    Program program;
+    program.File("a.json", text);
+    EXPECT_EQ(program.Run({"lint", "a.json"}).out, "a.json:1:1:" + reason + "\n");
+    const Finished applied = program.Run({"apply", "a.json"});
+    EXPECT_EQ(applied.err, "a.json:1:1:" + reason + "\n");
+    EXPECT_EQ(applied.status, 2);
+    EXPECT_EQ(program.Input("{}").Run({"lint", "-", "--names", "a.json"}).err, "a.json:" + reason + "\n");
+  }
 }

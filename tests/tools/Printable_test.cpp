@@ -2,6 +2,7 @@
 
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "Program.h"
 
@@ -19,6 +20,8 @@ TEST(Printable, KeepsWellFormedTextAndEscapesTheRest) {
       {"\xe2\x82z", "\\u00e2\\u0082z"},
       {"\x1b[31m\x7f", "\\u001b[31m\\u007f"},
       {"\xc2\x9b", "\\u00c2\\u009b"},  // A control character that some terminals obey.
+      {"\u202egnp\u2066", "\\u00e2\\u0080\\u00aegnp\\u00e2\\u0081\\u00a6"},  // Turn the direction around.
+      {"\u2028", "\\u00e2\\u0080\\u00a8"},                                   // Ends a line.
       {"\b\f\n\r\t\x01", "\\b\\f\\n\\r\\t\\u0001"},
       {"back\\slash", "back\\\\slash"},
   };
@@ -46,4 +49,61 @@ TEST(Printable, QuotesReadBackToTheSameBytes) {
 TEST(Printable, LeavesTheDumpAsTheLibraryWritesIt) {
   const std::string text = "{\"Audio\":[{\"key\":\"\xff\xc2\x9b\",\"value\":\"\x7f\x80\"}]}";
   EXPECT_EQ(Program().Input(text).Run({"apply", "-", "-q", "--dump", "8"}).out, text + "\n");
+}
+
+TEST(Printable, ShowsTheSameDumpOnATerminalWithoutWhatItWouldObey) {
+  const std::string text = "{\"Audio\":[{\"key\":\"\\\\\",\"value\":\"\x7f\xc2\x9b\x80\u00e9\\\"\\u001b\"}]}";
+  const Finished run =
+      Program().Input(text).To(Program::Output::kTerminal).Run({"apply", "-", "-q", "--dump", "8"});
+  EXPECT_EQ(
+      run.out,
+      "{\"Audio\":[{\"key\":\"\\\\\",\"value\":\"\\u007f\\u00c2\\u009b\\u0080\u00e9\\\"\\u001b\"}]}\r\n");
+  EXPECT_EQ(Program().Input(run.out).Run({"apply", "-", "-q", "--dump", "8"}).out,
+            Program().Input(text).Run({"apply", "-", "-q", "--dump", "8"}).out);
+}
+
+TEST(Printable, HoldsForEverythingThatACommandShows) {
+  const std::string evil = "\x1b]0;owned\x07\n[UTIL 0] forged\x7f\xc2\x9b\x80";
+  const std::string json = R"(\u001b]0;owned\u0007\n[UTIL 0] forged\u007f\u00c2\u009b\u0080)";
+  const std::string entry = R"({"key":")" + json + R"(","value":")" + json + "\"}";
+  const std::vector<std::string> commandLines[] = {
+      {"apply", "a.json", "--trace", "2", "--watch", "Audio/*", "--dump", "all"},
+      {"apply", "a.json", "--json", "--async", "--watch", "Audio/*"},
+      {"apply", evil},
+      {"apply", "a.json", "--set", evil},
+      {"apply", "a.json", "--set", "Audio/" + evil + "=" + evil},
+      {"apply", "a.json", "--watch", evil},
+      {"apply", "a.json", "--dump", evil},
+      {"apply", "a.json", "--trace", evil},
+      {"apply", "a.json", "--" + evil},
+      {"apply", "a.json", "-" + evil},
+      {"diff", "empty.json", "a.json"},
+      {"diff", "a.json", "empty.json", evil},
+      {"lint", "a.json", "--names", "names.json"},
+      {"lint", "a.json", "--names", "names.json", "--json"},
+      {"lint", "a.json", "--names", "names.json", "--github"},
+      {"lint", "named\x1b.json", "--github"},
+      {"lint", "a.json", "--format", evil},
+      {"toggles", evil},
+      {"toggles", "audio", "--from", evil},
+      {"toggles", "audio", "--from", "a.json", evil},
+      {"stats", evil},
+      {"simulate", "--seconds", evil},
+      {"simulate", "--seconds", "0.05", "--report", evil + "/x"},
+      {"simulate", "--seconds", "0.05", "--settings", "a.json"},
+      {evil},
+  };
+  for (std::vector<std::string> arguments : commandLines) {
+    Program program;
+    program
+        .File("a.json", R"({"Audio":[)" + entry + R"(],"Feature":[)" + entry + R"(],")" + json + R"(":[]})")
+        .File("empty.json", "{}")
+        .File("named\x1b.json", "")
+        .File("names.json", R"({"Audio":[")" + json + R"(x"]})");
+    const Finished run = program.To(Program::Output::kTerminal).Environment("NO_COLOR=1").Run(arguments);
+    for (const char* raw : {"\x1b", "\x07", "\x7f", "\xc2\x9b", "\x80", "\n[UTIL 0] forged"}) {
+      EXPECT_EQ(run.out.find(raw), std::string::npos) << arguments.front() << ": " << run.out;
+      EXPECT_EQ(run.err.find(raw), std::string::npos) << arguments.front() << ": " << run.err;
+    }
+  }
 }

@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -68,14 +69,15 @@ Pipe OpenPipe() {
   return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
-// What the program wrote to a terminal that nobody else writes to any more.
-std::string ReadTerminal(int terminal) {
-  std::string text;
+// Appends what the program writes to a terminal that nobody else writes to any more: all of it, or up to the
+// awaited text.
+void ReadTerminal(int terminal, std::string& text, const std::string& awaited = "") {
   char chunk[4096];
-  for (ssize_t count; (count = ::read(terminal, chunk, sizeof chunk)) > 0;) {
+  while (awaited.empty() || text.find(awaited) == std::string::npos) {
+    const ssize_t count = ::read(terminal, chunk, sizeof chunk);
+    if (count <= 0) return;
     text.append(chunk, static_cast<std::size_t>(count));
   }
-  return text;
 }
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
@@ -100,7 +102,7 @@ Program::~Program() {
 }
 
 Program& Program::File(const std::string& name, const std::string& text) {
-  std::ofstream(path(name), std::ios::binary) << text;
+  std::ofstream(Path(name), std::ios::binary) << text;
   return *this;
 }
 
@@ -112,6 +114,21 @@ Program& Program::Input(std::string text) {
 Program& Program::LateInput(std::string text, std::chrono::milliseconds delay) {
   m_delay = delay;
   return Input(std::move(text));
+}
+
+Program& Program::InputOnceShown(std::string text, std::string shown) {
+  m_awaited = std::move(shown);
+  return Input(std::move(text));
+}
+
+Program& Program::Without(int descriptor) {
+  m_closed.push_back(descriptor);
+  return *this;
+}
+
+Program& Program::MemoryLimit(std::size_t bytes) {
+  m_memoryLimit = bytes;
+  return *this;
 }
 
 Program& Program::ErrorsToTerminal() {
@@ -135,7 +152,7 @@ Program& Program::InterruptOnceItMakes(std::string name) {
 }
 
 std::string Program::Contents(const std::string& name) const {
-  return ContentsOf(path(name));
+  return ContentsOf(Path(name));
 }
 
 Finished Program::Run(std::vector<std::string> arguments) {
@@ -143,11 +160,11 @@ Finished Program::Run(std::vector<std::string> arguments) {
   const std::vector<char*> argv = Pointers(arguments);
   const std::vector<char*> environment = Pointers(m_environment);
 
-  const std::string inName = path(".in");
-  const std::string outName = path(".out");
-  const std::string errName = path(".err");
+  const std::string inName = Path(".in");
+  const std::string outName = Path(".out");
+  const std::string errName = Path(".err");
   std::ofstream(inName, std::ios::binary) << m_input;
-  const bool isLate = m_delay.count() != 0;
+  const bool isLate = m_delay.count() != 0 || !m_awaited.empty();
   Pipe late = OpenPipe();
   const Descriptor in =
       isLate ? std::move(late.from) : Descriptor(::open(inName.c_str(), O_RDONLY | O_CLOEXEC));
@@ -173,26 +190,29 @@ Finished Program::Run(std::vector<std::string> arguments) {
     ::dup2(in.Number(), STDIN_FILENO);
     ::dup2(out.Number(), STDOUT_FILENO);
     ::dup2(err.Number(), STDERR_FILENO);
-    if (m_output == Output::kClosed) ::close(STDOUT_FILENO);
+    for (const int descriptor : m_closed) ::close(descriptor);
+    const rlimit limit{m_memoryLimit, m_memoryLimit};
+    if (m_memoryLimit != 0) ::setrlimit(RLIMIT_AS, &limit);
     if (::chdir(m_folder.c_str()) == 0) ::execve(TESSEL_PROGRAM, argv.data(), environment.data());
     ::_exit(127);
   }
   out.Close();
   err.Close();
+  Finished finished;
+  std::string& shown = m_errorsToTerminal ? finished.err : finished.out;
   if (isLate) {
     std::this_thread::sleep_for(m_delay);
+    if (!m_awaited.empty()) ReadTerminal(terminal.here.Number(), shown, m_awaited);
     (void)!::write(late.to.Number(), m_input.data(), m_input.size());  // Small enough for the pipe.
   }
   late.to.Close();
   if (!m_interruptingFile.empty()) {
-    while (!std::filesystem::exists(path(m_interruptingFile)) && ::waitpid(child, nullptr, WNOHANG) == 0) {
+    while (!std::filesystem::exists(Path(m_interruptingFile)) && ::waitpid(child, nullptr, WNOHANG) == 0) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     ::kill(child, SIGINT);
   }
-  Finished finished;
-  std::string& shown = m_errorsToTerminal ? finished.err : finished.out;
-  if (m_errorsToTerminal || m_output == Output::kTerminal) shown = ReadTerminal(terminal.here.Number());
+  if (m_errorsToTerminal || m_output == Output::kTerminal) ReadTerminal(terminal.here.Number(), shown);
   int status = 0;
   ::waitpid(child, &status, 0);
   finished.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,7 +18,7 @@ struct Finished {
 class Program {
  public:
   /// Where standard output leads. kTerminal is a terminal; the others but kFile leave `out` empty.
-  enum class Output { kFile, kTerminal, kClosed, kNoReader, kFullDevice };
+  enum class Output { kFile, kTerminal, kNoReader, kFullDevice };
 
   /// What TERM says.
   enum class Terminal { kColour, kDumb };
@@ -33,7 +34,13 @@ class Program {
   Program& Input(std::string text);
   /// The same, but it arrives through a pipe, after a while.
   Program& LateInput(std::string text, std::chrono::milliseconds delay);
+  /// The same, once standard error, which must be a terminal, has shown a text.
+  Program& InputOnceShown(std::string text, std::string shown);
   Program& To(Output output);
+  /// Starts the program with a descriptor closed: 0, 1 or 2.
+  Program& Without(int descriptor);
+  /// Lets the program have so many bytes of address space.
+  Program& MemoryLimit(std::size_t bytes);
   /// Makes standard error a terminal.
   Program& ErrorsToTerminal();
   /// Sets a variable, "NAME=value", in an environment that has only TERM otherwise.
@@ -45,13 +52,16 @@ class Program {
   Finished Run(std::vector<std::string> arguments);
   /// What is in a file of the folder; "" when there is none.
   std::string Contents(const std::string& name) const;
+  /// Where a file of the folder is.
+  std::string Path(const std::string& name) const { return m_folder + "/" + name; }
 
  private:
-  std::string path(const std::string& name) const { return m_folder + "/" + name; }
-
   std::string m_folder;
   std::string m_input;
   std::chrono::milliseconds m_delay{};
+  std::string m_awaited;
+  std::vector<int> m_closed;
+  std::size_t m_memoryLimit = 0;
   Output m_output = Output::kFile;
   bool m_errorsToTerminal = false;
   std::vector<std::string> m_environment;

@@ -23,7 +23,6 @@ TEST(SettingsDocument, IsReadFromStandardInputOnceOnly) {
 TEST(SettingsDocument, MustBeReadable) {
   const std::tuple<const char*, const char*> refusals[] = {
       {"missing.json", "missing.json: cannot be read: No such file or directory\n"},
-      {"", ": cannot be read: No such file or directory\n"},
       {".", ".: cannot be read: Is a directory\n"},
       {"new\nline", "new\\nline: cannot be read: No such file or directory\n"},
   };
@@ -46,8 +45,7 @@ TEST(SettingsDocument, MayHaveAnyName) {
 
 TEST(SettingsDocument, IsRefusedAtItsFirstFault) {
   const std::tuple<std::string, std::string> refusals[] = {
-      {"", "1:1: expected a value"},
-      {"  \n ", "2:2: expected a value"},
+      {"  \n ", "1:1: the file is empty"},
       {"{", "1:2: expected a key in double quotes"},
       {"{\"Audio\":[]", "1:12: expected ',' or '}'"},
       {"{\"Audio\":[]}\n\nx", "3:1: nothing but white space may follow the document"},
@@ -85,7 +83,7 @@ TEST(SettingsDocument, IsRefusedWhenItIsAnEndlessOpening) {
   EXPECT_EQ(run.status, 2);
 }
 
-TEST(SettingsDocument, TellsEveryPartThatImportPassesOver) {
+TEST(SettingsDocument, ReportsEveryPartThatImportSkips) {
   const std::string text = R"({
     "Audoi": [{"key":"A","value":"1"}],
     "LastGroup": [],
@@ -137,7 +135,7 @@ TEST(SettingsDocument, TellsEveryPartThatImportPassesOver) {
   EXPECT_EQ(quiet.status, 1);
 }
 
-TEST(SettingsDocument, IsFineWithStrictWhenNothingIsPassedOver) {
+TEST(SettingsDocument, IsFineWithStrictWhenNothingIsSkipped) {
   EXPECT_EQ(Program()
                 .Input(R"({"Audio":[{"key":"A","value":"1","note":"kept out"}]})")
                 .Run({"apply", "-", "--strict"})
@@ -151,7 +149,7 @@ TEST(SettingsDocument, NamesAValueAsTheStoreDoesUpToAZeroByte) {
   EXPECT_EQ(run.out, "<stdin>\n  new      Audio/A: \"1\\u00002\"\n  1 new\n");
 }
 
-TEST(SettingsDocument, TellsWhatIsMostLikelyAMistakeWithoutCountingItAsSkipped) {
+TEST(SettingsDocument, ReportsWhatIsMostLikelyAMistakeWithoutCountingItAsSkipped) {
   const Finished run = Program()
                            .Input(R"({"Audio":[{"key":"A","value":"1"},{"key":"A","value":"2"}],)"
                                   "\n"
@@ -164,7 +162,7 @@ TEST(SettingsDocument, TellsWhatIsMostLikelyAMistakeWithoutCountingItAsSkipped) 
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(SettingsDocument, TellsThatOnlyTheLastOfTwoEqualGroupsIsRead) {
+TEST(SettingsDocument, ReportsThatOnlyTheLastOfTwoEqualGroupsIsRead) {
   const Finished run = Program()
                            .Input("{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"}],\n\"Audio\":[]}")
                            .Run({"apply", "-", "--strict"});

@@ -18,23 +18,45 @@ TEST(StandardOutput, MayHaveLostItsReader) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(StandardOutput, MayBeClosed) {
-  const Finished run = Program()
-                           .Input(kText)
-                           .To(Program::Output::kClosed)
-                           .Run({"apply", "-", "--dump", "all", "--watch", "Audio/*", "--strict"});
-  EXPECT_EQ(run.err, kSkipped);
-  EXPECT_EQ(run.status, 1);
+TEST(StandardOutput, ThatIsClosedMakesTheRunFail) {
+  const Finished run =
+      Program().Input(kText).Without(1).Run({"apply", "-", "--dump", "all", "--watch", "Audio/*"});
+  EXPECT_EQ(run.err,
+            std::string(kSkipped) + "tessel: standard output cannot be written: Bad file descriptor\n");
+  EXPECT_EQ(run.status, 2);
+  for (const char* option : {"--help", "--version"}) EXPECT_EQ(Program().Without(1).Run({option}).status, 2);
 }
 
-TEST(StandardOutput, MayBeClosedForHelpAndVersion) {
+TEST(StandardOutput, MayBeClosedWhenThereIsNothingToWrite) {
+  const Finished run = Program().Input("{}").Without(1).Run({"lint", "-"});
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(StandardOutput, MayHaveLostItsReaderForHelpAndVersion) {
   for (const char* option : {"--help", "--version"}) {
-    for (const Program::Output output : {Program::Output::kNoReader, Program::Output::kClosed}) {
-      const Finished run = Program().To(output).Run({option});
-      EXPECT_EQ(run.err, "");
-      EXPECT_EQ(run.status, 0);
-    }
+    const Finished run = Program().To(Program::Output::kNoReader).Run({option});
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
   }
+}
+
+TEST(StandardInput, ThatIsClosedCannotBeRead) {
+  const Finished run = Program().Without(0).Run({"lint", "-"});
+  EXPECT_EQ(run.err, "<stdin>: cannot be read: Bad file descriptor\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(StandardStreams, ThatAreClosedAreNotReplacedByTheFilesOfTheRun) {
+  Program program;
+  program.File("a.json", R"({"Nowhere":[]})").Without(0).Without(1).Without(2);
+  EXPECT_EQ(program.Run({"lint", "a.json", "-"}).status, 2) << "standard input is not a.json";
+  EXPECT_EQ(program.Run({"simulate", "--seconds", "0.05", "--settings", "a.json", "--report", "report.html"})
+                .status,
+            2);
+  EXPECT_TRUE(program.Contents("report.html").ends_with("</body></html>\n"))
+      << "no summary is written into it";
+  EXPECT_EQ(program.Contents("a.json"), R"({"Nowhere":[]})");
 }
 
 TEST(StandardOutput, ThatTakesNothingMakesTheRunFail) {

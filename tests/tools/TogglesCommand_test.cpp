@@ -53,12 +53,12 @@ TEST(TogglesCommand, ShowsWhatADocumentSets) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(TogglesCommand, CountsAToggleThatNobodySetAsOn) {
+TEST(TogglesCommand, CountsAToggleThatIsNotSetAsOn) {
   const Finished run = Program().File("a.json", "{}").Run({"toggles", "MusicDetection", "--from", "a.json"});
   EXPECT_NE(run.out.find("bool    -      on     Detect"), std::string::npos) << run.out;
 }
 
-TEST(TogglesCommand, LetsTheLastDocumentStand) {
+TEST(TogglesCommand, KeepsTheValueOfTheLastDocument) {
   const Finished run = Program()
                            .File("a.json", kDocument)
                            .File("b.json", R"({"Feature":[{"key":"EnableMusicDetection","value":"1"}]})")
@@ -112,7 +112,21 @@ TEST(TogglesCommand, RefusesADocumentThatCannotBeUsed) {
   EXPECT_EQ(array.err.substr(0, 11), "a.json:1:1:") << array.err;
 }
 
-TEST(TogglesCommand, TellsWhatImportSkips) {
+TEST(TogglesCommand, SaysWhereThePatternGoesWhenItIsTakenForADocument) {
+  Program program;
+  program.File("a.json", "{}");
+  const Finished run = program.Run({"toggles", "--from", "a.json", "music"});
+  EXPECT_EQ(
+      run.err,
+      "tessel: --from takes all files that follow it, and there is no file \"music\": a pattern goes before "
+      "--from\n");
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(program.Run({"toggles", "music", "--from", "a.json", "missing.json"}).err,
+            "missing.json: cannot be read: No such file or directory\n");
+}
+
+TEST(TogglesCommand, ReportsWhatImportSkips) {
   const Finished run =
       Program().File("a.json", R"({"feature":[]})").Run({"toggles", "MusicDetection", "--from", "a.json"});
   EXPECT_EQ(run.err, "a.json:1:2: feature: unknown group (did you mean \"Feature\"?)\n");

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 #include "Program.h"
 
@@ -40,7 +41,7 @@ TEST(Watcher, PrintsEachChangeOfANameAsItArrivesOnTheMainThread) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(Watcher, HearsAllNamesOfAGroupOnceEach) {
+TEST(Watcher, GetsTheEventsOfAllNamesOfAGroupOnceEach) {
   Program program;
   const Finished run =
       Documents(program).Run({"apply", "1.json", "2.json", "--quiet", "--set", "Audio/C=6", "--watch",
@@ -53,7 +54,22 @@ TEST(Watcher, HearsAllNamesOfAGroupOnceEach) {
             "  event    Audio/C: none -> \"6\" (on main)\n");
 }
 
-TEST(Watcher, HearsOnTheWorkerInOrderWhatIsPosted) {
+TEST(Watcher, WatchesTheNamesThatFitAWildcardInAnyLetterCase) {
+  Program program;
+  program.File("a.json", R"({"Audio":[{"key":"MinBitrate","value":"1"},{"key":"Bitrate","value":"2"},
+{"key":"BitrateMode","value":"3"}],"Video":[{"key":"Bitrate","value":"4"}]})");
+  const std::string minimum = "  event    Audio/MinBitrate: none -> \"1\" (on main)\n";
+  const std::string bitrate = "  event    Audio/Bitrate: none -> \"2\" (on main)\n";
+  const std::string mode = "  event    Audio/BitrateMode: none -> \"3\" (on main)\n";
+  const std::pair<std::string, std::string> patterns[] = {
+      {"Audio/*bitrate", minimum + bitrate}, {"Audio/B*", bitrate + mode}, {"Audio/???bitrate", minimum},
+      {"Audio/*", minimum + bitrate + mode}, {"Audio/bitrate", ""},        {"Audio/?", ""}};
+  for (const auto& [pattern, events] : patterns) {
+    EXPECT_EQ(program.Run({"apply", "a.json", "-q", "--watch", pattern}).out, events) << pattern;
+  }
+}
+
+TEST(Watcher, GetsPostedEventsOnTheWorkerInOrder) {
   Program program;
   const Finished run = Documents(program).Run(
       {"apply", "1.json", "2.json", "--async", "--watch", "Audio/*", "--set", "Audio/A=9"});
@@ -77,7 +93,7 @@ TEST(Watcher, HearsOnTheWorkerInOrderWhatIsPosted) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(Watcher, HearsNothingOfANameThatIsNotSet) {
+TEST(Watcher, GetsNoEventOfANameThatIsNotSet) {
   Program program;
   const Finished run = Documents(program).Run({"apply", "2.json", "--quiet", "--watch", "Audio/Nothing",
                                                "--watch", "Common/*", "--watch", "Video/B"});
@@ -106,9 +122,9 @@ TEST(Watcher, LosesNoEventOfThousands) {
   }
 }
 
-TEST(Watcher, RefusesToPostWhatNobodyWatches) {
+TEST(Watcher, RefusesToPostWithoutAWatch) {
   const Finished run = Program().Input("{}").Run({"apply", "-", "--async"});
   EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.err, "tessel: --async requires --watch (tessel --help tells more)\n");
+  EXPECT_EQ(run.err, "tessel: --async requires --watch (tessel apply --help tells more)\n");
   EXPECT_EQ(run.status, 2);
 }

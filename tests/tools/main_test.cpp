@@ -2,6 +2,7 @@
 
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Program.h"
@@ -39,13 +40,51 @@ TEST(Tessel, RefusesAnUnusableCommandLineInOneLine) {
   }
 }
 
-TEST(Tessel, NamesACommandThatItDoesNotHave) {
-  const Finished run = Program().Run({"aply", "a.json"});
-  EXPECT_EQ(run.err, "tessel: there is no command \"aply\" (tessel --help lists them)\n");
-  EXPECT_EQ(run.status, 2);
+TEST(Tessel, SuggestsTheNearestCommandOrOption) {
+  const std::pair<std::vector<std::string>, std::string> refusals[] = {
+      {{}, "a command is missing (tessel --help tells more)"},
+      {{"aply", "a.json"},
+       "there is no command \"aply\" (did you mean \"apply\"?) (tessel --help tells more)"},
+      {{"Lint"}, "there is no command \"Lint\" (did you mean \"lint\"?) (tessel --help tells more)"},
+      {{"music"}, "there is no command \"music\" (tessel --help tells more)"},
+      {{"--versoin"},
+       "there is no option \"--versoin\" (did you mean \"--version\"?) (tessel --help tells more)"},
+      {{"apply", "a.json", "--wacth", "Audio/A"},
+       "there is no option \"--wacth\" (did you mean \"--watch\"?) (tessel apply --help tells more)"},
+      {{"lint", "a.json", "--fromat=json"},
+       "there is no option \"--fromat\" (did you mean \"--format\"?) (tessel lint --help tells more)"},
+      {{"lint", "a.json", "-z"}, "there is no option \"-z\" (tessel lint --help tells more)"},
+      {{"lint", "a.json", "--format", "jsn"},
+       "--format: expected text or json or github, not \"jsn\" (did you mean \"json\"?) (tessel lint --help "
+       "tells "
+       "more)"},
+      {{"stats", "a", "b"}, "\"b\" is one argument too many (tessel stats --help tells more)"},
+  };
+  for (const auto& [arguments, reason] : refusals) {
+    const Finished run = Program().Run(arguments);
+    EXPECT_EQ(run.err, "tessel: " + reason + "\n");
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.status, 2);
+  }
 }
 
-TEST(Tessel, TellsOfEveryCommandHowItEndsAndHowItIsUsed) {
+TEST(Tessel, RefusesAFileWithoutAName) {
+  for (const auto& arguments : {std::vector<std::string>{"apply", ""},
+                                {"diff", "", "a.json"},
+                                {"diff", "a.json", ""},
+                                {"lint", ""},
+                                {"lint", "a.json", "--names", ""},
+                                {"toggles", "--from", ""},
+                                {"stats", ""},
+                                {"simulate", "--settings", ""},
+                                {"simulate", "--report", ""}}) {
+    const Finished run = Program().File("a.json", "{}").Run(arguments);
+    EXPECT_NE(run.err.find(": expected the name of a file, not \"\""), std::string::npos) << run.err;
+    EXPECT_EQ(run.status, 2);
+  }
+}
+
+TEST(Tessel, ShowsExitStatusesAndExamplesInTheHelpOfEveryCommand) {
   std::istringstream help(Program().Run({"--help"}).out);
   std::vector<std::string> commands;
   std::string line;

@@ -72,7 +72,8 @@ complete_bash() {
   expect 'c.json' tessel toggles --from c
   expect 'c.json' tessel diff 'a b.json' c
   expect 'Video/|VideoSlide/' tessel apply c.json --set Vid
-  expect 'all' tessel apply c.json --dump ''
+  expect 'all' tessel apply c.json --dump a
+  expect 'Audio|AudioSi|AudioSlide' tessel apply c.json --dump Aud
   expect '' tessel apply c.json --trace ''
   expect '' tessel toggles mus
   expect '' tessel nothing ''

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Stands before the tables of the command line.
+// Comes before the tables of the command line.
 constexpr const char* kHead = R"(# Made from the definition of the command line.
 _NAME_offer() {
   mapfile -t COMPREPLY < <(compgen "$@" -- "$current")
@@ -31,7 +31,7 @@ std::string Offer(const std::string& program, const Parameter& parameter) {
   return values.areBeginnings ? "compopt -o nospace 2>/dev/null; " + offer : offer;
 }
 
-// What stands after an option that takes a value.
+// The words after an option that takes a value.
 void WriteValues(std::ostream& out, const std::string& program, const Command& command) {
   for (const Parameter& parameter : command.parameters) {
     if (parameter.isArgument || parameter.value.empty()) continue;
@@ -44,7 +44,7 @@ void WriteValues(std::ostream& out, const std::string& program, const Command& c
   }
 }
 
-// What may stand elsewhere: an option, or an argument.
+// The words elsewhere: options, or an argument.
 void WriteWords(std::ostream& out, const std::string& program, const Command& command) {
   std::vector<std::string> options;
   std::string argument = ":";

@@ -75,8 +75,9 @@ Values ValuesOf(const Parameter& parameter) {
     values.areBeginnings = true;
     for (const std::string& group : GroupNames()) values.words.push_back(group + "/");
   } else if (parameter.value.find('|') != std::string::npos) {
+    if (parameter.value.starts_with("GROUP,")) values.words.assign(GroupNames().begin(), GroupNames().end());
     for (const std::string& word : CLI::detail::split(parameter.value, '|')) {
-      // What is in capitals only stands for a value.
+      // A word in capitals is a placeholder.
       if (std::ranges::any_of(word, [](char letter) { return letter >= 'a' && letter <= 'z'; })) {
         values.words.push_back(word);
       }

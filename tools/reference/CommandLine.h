@@ -5,15 +5,15 @@
 
 /// An option or argument, as a reader knows it.
 struct Parameter {
-  std::vector<std::string> names;  ///< -q, --quiet; of an argument, what stands for it.
-  std::string value;               ///< What stands for the value; "" where there is none.
+  std::vector<std::string> names;  ///< -q, --quiet; of an argument, its placeholder.
+  std::string value;               ///< The placeholder of the value; "" where there is none.
   std::string description;
   bool isArgument;
   bool isRequired;
   bool isRepeatable;
 };
 
-/// A part of a command's help below its options. Without a title it is running text, with one its lines stand
+/// A part of a command's help below its options. Without a title it is running text, with one its lines are kept
 /// as they are.
 struct HelpSection {
   std::string title;
@@ -37,7 +37,7 @@ struct CommandLine {
 /// The definitions that the program itself parses by.
 CommandLine ReadCommandLine();
 
-/// What the value of a parameter may be, as far as it can be told beforehand.
+/// What the value of a parameter may be, as far as it is known beforehand.
 struct Values {
   bool areFiles = false;
   bool areBeginnings = false;  ///< The words are beginnings of values.

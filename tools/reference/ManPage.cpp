@@ -12,7 +12,7 @@ std::string Upper(std::string text) {
   return text;
 }
 
-// A text that troff prints as it is, wherever it stands.
+// A text that troff prints as it is, wherever it is.
 std::string Literal(const std::string& text) {
   std::string out;
   for (const char letter : text) {

@@ -5,7 +5,7 @@
 
 namespace simulate {
 
-/// An axis from 0: where its lines stand, and how they are marked.
+/// An axis from 0: where its lines are, and how they are marked.
 struct Axis {
   // Both for numbers above 0.
 

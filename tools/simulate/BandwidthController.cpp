@@ -15,7 +15,7 @@ constexpr double kCongestedLoss = 0.08;
 constexpr double kLossyShare = 0.02;
 constexpr double kBitsPerPicture = 30000;  // What a picture of the lowest layer needs to look like something.
 
-// Cut to a few digits, so that small changes tell nobody.
+// Cut to a few digits, so that small changes notify no subscriber.
 int Rounded(double bitrate) {
   bitrate = std::clamp<double>(bitrate, 0, kMostBitrate);
   const double step = bitrate >= 1e6 ? 50000 : bitrate >= 1e5 ? 10000 : 1000;

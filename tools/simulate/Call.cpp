@@ -1,5 +1,7 @@
 #include "simulate/Call.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "simulate/AudioReceiver.h"
@@ -52,12 +54,18 @@ void Call::Tick() {
   for (const auto& component : m_components) component->Tick();
 }
 
+unsigned Call::Ticks() const {
+  unsigned least = std::numeric_limits<unsigned>::max();
+  for (const auto& component : m_components) least = std::min(least, component->Ticks());
+  return least;
+}
+
 void Call::Finish() {
   quiesce();
   m_reporter->ReadLast();
 }
 
-// What sets comes before what is told, but for what a setter has posted to itself: hence twice.
+// Setters come before those whom they notify, but a setter may have posted to itself: hence twice.
 void Call::quiesce() {
   for (int round = 0; round < 2; ++round) {
     for (const auto& component : m_components) component->Drain();

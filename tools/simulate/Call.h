@@ -35,6 +35,8 @@ class Call {
 
   /// A tick of the media clock.
   void Tick();
+  /// How many ticks every component has worked.
+  unsigned Ticks() const;
   void Receive(const SettingsDocument& document) { m_controller->Receive(document); }
   /// Waits until nothing runs any more, and has the statistics read a last time. No ticks after this.
   void Finish();
@@ -44,7 +46,7 @@ class Call {
   std::uint32_t Id() const { return m_store.CallId(); }
   const Ledger& Books() const { return m_ledger; }
   const std::vector<Sample>& Samples() const { return m_reporter->Samples(); }
-  /// The value that stands in the store.
+  /// The value in the store.
   ConfigData Value(const SettingKey& key) const;
 
  private:

@@ -28,12 +28,12 @@ double CallSettings::ReadComputed(const kalStore::ConfigKey<double>& key) {
   return m_facade.GetDynamicConfig(key.Name(), key.Group()).ToDouble(key.Default());
 }
 
-// What the import changes is known beforehand: an entry whose value is not the one that stands.
+// What the import changes is known beforehand: an entry whose value is not the one in the store.
 void CallSettings::Apply(const SettingsDocument& document) {
-  std::map<SettingKey, ConfigData> standing;
+  std::map<SettingKey, ConfigData> current;
   std::vector<const SettingKey*> changed;
   for (const SettingsEntry& entry : document.Entries()) {
-    const auto [found, isFirst] = standing.try_emplace({entry.group, entry.name});
+    const auto [found, isFirst] = current.try_emplace({entry.group, entry.name});
     auto& [key, value] = *found;
     if (isFirst) m_facade.GetKalConfig(entry.name.c_str(), value, entry.group);
     ConfigData next(entry.value);

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "SettingsDocument.h"
+#include "Way.h"
 #include "simulate/Ledger.h"
 #include "simulate/Recorder.h"
-#include "simulate/Way.h"
 #include "tessel/ConfigKey.h"
 #include "tessel/KalConfigHelper.h"
 #include "tessel/KalFeatureToggleID.h"
@@ -33,7 +33,7 @@ class CallSettings {
   CallSettings(const CallSettings&) = delete;
   CallSettings& operator=(const CallSettings&) = delete;
 
-  /// Has `react` told of each change: the value, or the key's default where the text is no T.
+  /// Calls `react` with each change: the value, or the key's default where the string is no T.
   template <kalStore::ConfigType T>
   void Subscribe(const kalStore::ConfigKey<T>& key, Way way, std::function<void(const T&)> react) {
     subscribe({key.Group(), key.Name()}, way,

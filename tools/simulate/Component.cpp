@@ -26,6 +26,7 @@ void Component::Tick() {
     const double elapsed = Seconds(now - m_lastTick);
     m_lastTick = now;
     work(now, elapsed);
+    ++m_ticks;
   });
 }
 

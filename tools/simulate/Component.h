@@ -34,6 +34,8 @@ class Component {
   void Start();
   /// Has work() run soon, unless that of the last tick has not begun.
   void Tick();
+  /// How often work() has run.
+  unsigned Ticks() const { return m_ticks; }
   /// Has `task` run on the thread, after what was posted before.
   void Post(std::function<void()> task);
   /// Returns when everything that was posted has run.
@@ -54,6 +56,7 @@ class Component {
  private:
   const char* const m_name;
   std::atomic<bool> m_isTickPending{false};
+  std::atomic<unsigned> m_ticks{0};
   RunTime m_lastTick = 0;  // Of the thread.
   ACmThread m_thread;
 };

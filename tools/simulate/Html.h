@@ -5,7 +5,7 @@
 
 namespace simulate {
 
-/// The text as it can stand in an HTML document, between tags and in quoted attributes: what no page can show
+/// The text as an HTML document can have it, between tags and in quoted attributes: what no page can show
 /// is escaped as Printable() does, and a text of more than 400 bytes is cut.
 std::string HtmlText(std::string_view text);
 

@@ -10,7 +10,7 @@ namespace simulate {
 
 namespace {
 
-// The target is set in steps, so that small changes tell nobody.
+// The target is set in steps, so that small changes notify no subscriber.
 constexpr int kStepMs = 5;
 
 }  // namespace

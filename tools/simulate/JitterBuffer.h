@@ -8,7 +8,7 @@
 namespace simulate {
 
 /// Keeps received voice for as long as the link's jitter asks for, within the limits of the settings, and
-/// tells the receivers for how long.
+/// notifies the receivers for how long.
 class JitterBuffer : public Component {
  public:
   explicit JitterBuffer(const CallContext& call);

@@ -10,7 +10,7 @@ namespace simulate {
 /// Counts durations in buckets that are at most 1/32 of their value wide, so that a run of any length takes
 /// the same memory.
 ///
-/// Threads: Add() from any; the rest tells of all additions that happened before.
+/// Threads: Add() from any; the rest includes all additions that happened before.
 class LatencyHistogram {
  public:
   void Add(std::int64_t nanoseconds);

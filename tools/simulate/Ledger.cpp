@@ -18,10 +18,10 @@ void Ledger::Keep(const SettingKey& key, const Setter& setter) {
   const std::lock_guard lock(m_mutex);
   Setting& setting = m_settings[key];
   if (setting.subscribers.empty()) {
-    ++m_recorder.setsToNobody;
+    ++m_recorder.setsWithoutSubscribers;
   } else {
-    ++m_recorder.setsTold;
-    ++setting.toldChanges;
+    ++m_recorder.setsNotified;
+    ++setting.notifiedChanges;
   }
   setting.lastChange = m_recorder.Now();
   setting.changedBy = setter.name;

@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "Way.h"
 #include "simulate/Recorder.h"
 #include "simulate/Subscriber.h"
-#include "simulate/Way.h"
 #include "tessel/KalConfigGroup.h"
 
 namespace simulate {
@@ -26,7 +26,7 @@ struct Setter {
   bool isDocument = false;
 };
 
-/// The books of one call: who subscribes to each of its settings, what they have yet to be told, and what
+/// The books of one call: who subscribes to each of its settings, which deliveries are due, and what
 /// changed each setting last.
 ///
 /// Threads: Add() before anything is set; Settings() and Missing() after; the rest from any thread.
@@ -34,7 +34,7 @@ class Ledger {
  public:
   struct Setting {
     std::deque<Subscriber> subscribers;
-    std::uint64_t toldChanges = 0;  ///< Changes that the subscribers were told of.
+    std::uint64_t notifiedChanges = 0;  ///< Changes that the subscribers are notified of.
     RunTime lastChange = 0;
     std::string changedBy;
     /// Changes by components over the run; null for a setting that none of them changes.

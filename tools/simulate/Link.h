@@ -12,7 +12,7 @@ enum class Media { kAudio, kVideo };
 
 /// A link with a queue before it that gets worse and better: its capacity falls from 3 Mbit/s to a tenth and
 /// comes back, once in a cycle. What it cannot carry waits in the queue, and is lost where the queue is full;
-/// a bad link loses more besides. The same for every run.
+/// a bad link also loses more. The same for every run.
 ///
 /// Threads: all.
 class Link {

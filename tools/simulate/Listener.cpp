@@ -14,12 +14,12 @@ constexpr const ConfigKey<bool>* kFlags[] = {&kAudioFec, &kRetransmissionFec};
 
 Listener::Listener(const CallContext& call, Way way)
     : Component("listener", call), m_settings(makeSettings()) {
-  for (const auto* key : kNumbers) m_settings.Subscribe<int>(*key, way, [this](int) { hear(); });
-  for (const auto* key : kFlags) m_settings.Subscribe<bool>(*key, way, [this](bool) { hear(); });
+  for (const auto* key : kNumbers) m_settings.Subscribe<int>(*key, way, [this](int) { notice(); });
+  for (const auto* key : kFlags) m_settings.Subscribe<bool>(*key, way, [this](bool) { notice(); });
 }
 
 void Listener::work(RunTime, double) {
-  if (!m_wasTold.exchange(false)) return;
+  if (!m_isNotified.exchange(false)) return;
   for (const auto* key : kNumbers) m_settings.Read(*key);
   for (const auto* key : kFlags) m_settings.Read(*key);
 }

@@ -15,9 +15,9 @@ class Listener : public Component {
  private:
   void work(RunTime now, double elapsed) override;
   CallSettings& settings() override { return m_settings; }
-  void hear() { m_wasTold = true; }
+  void notice() { m_isNotified = true; }
 
-  std::atomic<bool> m_wasTold{false};
+  std::atomic<bool> m_isNotified{false};
   CallSettings m_settings;
 };
 

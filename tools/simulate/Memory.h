@@ -4,7 +4,7 @@
 
 namespace simulate {
 
-/// What the process takes of the machine's memory, in KiB; 0 where the system does not tell.
+/// What the process takes of the machine's memory, in KiB; 0 where the system does not say.
 struct Memory {
   std::uint64_t residentKiB = 0;
   std::uint64_t peakKiB = 0;

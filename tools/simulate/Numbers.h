@@ -7,7 +7,7 @@ namespace simulate {
 
 /// With so many decimals, the same in every locale.
 std::string Fixed(double value, int decimals);
-/// In groups of three digits, which blanks that break no line keep apart.
+/// In groups of three digits, with spaces between that break no line.
 std::string Grouped(std::uint64_t value);
 /// "1 call", "2 calls".
 std::string Plural(std::uint64_t count, const std::string& what);

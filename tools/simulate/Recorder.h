@@ -4,9 +4,9 @@
 #include <chrono>
 #include <cstdint>
 
+#include "Way.h"
 #include "simulate/LatencyHistogram.h"
 #include "simulate/TimeBins.h"
-#include "simulate/Way.h"
 
 namespace simulate {
 
@@ -42,7 +42,7 @@ class Recorder {
   const LatencyHistogram& Latencies(Way way) const { return m_latencies[IndexOf(way)]; }
   const TimeBins& Deliveries(Way way) const { return m_deliveries[IndexOf(way)]; }
 
-  std::uint64_t SetCount() const { return setsTold + setsToNobody + setsUnchanged; }
+  std::uint64_t SetCount() const { return setsNotified + setsWithoutSubscribers + setsUnchanged; }
   std::uint64_t DeliveryCount() const {
     std::uint64_t count = initialDeliveries;
     for (const LatencyHistogram& latencies : m_latencies) count += latencies.Count();
@@ -51,12 +51,12 @@ class Recorder {
 
   using Counter = std::atomic<std::uint64_t>;
 
-  Counter setsTold{0};       ///< Sets that somebody subscribed to.
-  Counter setsToNobody{0};   ///< Sets that nobody subscribed to.
-  Counter setsUnchanged{0};  ///< Sets of the value that stood there: nobody is told.
+  Counter setsNotified{0};            ///< Sets with a subscriber.
+  Counter setsWithoutSubscribers{0};  ///< Sets without a subscriber.
+  Counter setsUnchanged{0};           ///< Sets of the value that the store has: no one is notified.
   Counter initialDeliveries{0};
   Counter expectedDeliveries{0};    ///< Sets times their subscribers, and the initial ones.
-  Counter unexpectedDeliveries{0};  ///< Of values that nobody set, or twice of one set.
+  Counter unexpectedDeliveries{0};  ///< Of values that were not set, or twice of one set.
   Counter deliveriesOutOfOrder{0};
   Counter reads{0};
   Counter statisticsWrites{0};

@@ -18,7 +18,7 @@ namespace simulate {
 
 namespace {
 
-// Plots of more calls than that would be looked at by nobody.
+// No reader looks at the plots of more calls.
 constexpr std::size_t kShownCalls = 4;
 
 void Tile(std::ostream& out, std::string_view name, const std::string& figure, const std::string& note) {
@@ -40,8 +40,8 @@ void Head(std::ostream& out, const Simulation& simulation) {
   out << "</p>\n<dl class=\"tiles\">\n";
 
   Tile(out, "sets", Grouped(records.SetCount()),
-       Grouped(records.setsTold) + " told, " + Grouped(records.setsToNobody) + " to nobody, " +
-           Grouped(records.setsUnchanged) + " unchanged");
+       Grouped(records.setsNotified) + " notified, " + Grouped(records.setsWithoutSubscribers) +
+           " without subscribers, " + Grouped(records.setsUnchanged) + " unchanged");
   const std::size_t lost = simulation.LostDeliveries();
   Tile(out, "deliveries", Grouped(records.DeliveryCount()),
        (lost == 0 ? "none lost" : "<span class=\"bad\">" + Grouped(lost) + " lost</span>") + ", " +
@@ -141,7 +141,7 @@ std::string Report(const Simulation& simulation) {
   WriteTimeLine(out, simulation);
   out << "</section>\n";
   CallSections(out, simulation);
-  out << "<section><h2>Toggles that differ from their default</h2>\n<p>A toggle that nobody sets is on. In "
+  out << "<section><h2>Toggles that differ from their default</h2>\n<p>A toggle that is not set is on. In "
          "call "
          "1:</p>\n";
   WriteTogglesTable(out, simulation);

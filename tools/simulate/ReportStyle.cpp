@@ -26,8 +26,7 @@ h3 { margin: 1.1rem 0 .35rem; font-size: .85rem; font-weight: 600; color: var(--
 h3:first-child { margin-top: 0; }
 p { margin: .25rem 0 .9rem; color: var(--soft); max-width: 46rem; }
 code { font: .92em ui-monospace, "DejaVu Sans Mono", Menlo, Consolas, monospace; }
-code, th, td { overflow-wrap: break-word; unicode-bidi: isolate; }
-p code { overflow-wrap: anywhere; }
+code, th, td { overflow-wrap: anywhere; unicode-bidi: isolate; }
 .card, .plot, .tiles div {
   background: var(--card); border: 1px solid var(--rule); border-radius: 8px; padding: .9rem 1rem;
 }
@@ -111,7 +110,7 @@ footer { margin-top: 2.5rem; font-size: .85rem; color: var(--soft); }
   .settings tr > :nth-child(n + 3), .toggles tr > :nth-child(n + 3) {
     flex: 1 1 60%; font-size: .78rem; color: var(--soft);
   }
-  .settings tr > :nth-child(n + 3) { flex: none; }
+  .settings tr > :nth-child(n + 3) { flex: 0 1 auto; }
   .settings tr > :last-child { margin-left: auto; }
   .settings .every { display: none; }
   .call::before { content: "call "; }

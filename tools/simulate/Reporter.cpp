@@ -47,7 +47,7 @@ void Reporter::read(RunTime now) {
 
   const double elapsed = Seconds(now - m_lastRead);
   m_lastRead = now;
-  if (elapsed < m_intervalSeconds / 2) return;  // The last read: too soon to tell how much per second.
+  if (elapsed < m_intervalSeconds / 2) return;  // The last read: too short for figures per second.
 
   const Packets audioPackets{received.jitterStat40.Value(), received.jitterStat48};
   const Packets videoPackets{sync.value[kSyncVideoPackets], sync.value[kSyncVideoLost]};

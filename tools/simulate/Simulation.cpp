@@ -10,6 +10,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kTick{10};
 constexpr double kLongestCycle = 20;
+// A run lasts longer than planned where the machine has not got through so many ticks, or half of those planned.
+constexpr double kLeastTicks = 100;
 
 }  // namespace
 
@@ -22,9 +24,8 @@ void Simulation::Run(const std::atomic<bool>& isInterrupted) {
                          documents.empty() ? nullptr : &documents.front());
   }
 
-  for (auto tick = std::chrono::steady_clock::now(); !isInterrupted; tick += kTick) {
+  for (auto tick = std::chrono::steady_clock::now(); !isInterrupted && !isOver();) {
     const double share = m_recorder.Share(m_recorder.Now());
-    if (share >= 1) break;
     const std::size_t next = m_arrivals.size();
     if (next < documents.size() &&
         share * static_cast<double>(documents.size()) >= static_cast<double>(next)) {
@@ -33,9 +34,17 @@ void Simulation::Run(const std::atomic<bool>& isInterrupted) {
     }
     for (Call& call : m_calls) call.Tick();
     std::this_thread::sleep_until(tick + kTick);
+    tick = std::max(tick + kTick, std::chrono::steady_clock::now());
   }
   for (Call& call : m_calls) call.Finish();
   m_elapsedSeconds = Seconds(m_recorder.Now());
+}
+
+bool Simulation::isOver() const {
+  if (m_recorder.Share(m_recorder.Now()) < 1 || m_arrivals.size() < m_plan.documents.size()) return false;
+  const double planned = m_plan.seconds / std::chrono::duration<double>(kTick).count();
+  const double least = std::min(kLeastTicks, planned / 2);
+  return std::ranges::all_of(m_calls, [least](const Call& call) { return call.Ticks() >= least; });
 }
 
 std::size_t Simulation::ComponentCount() const {

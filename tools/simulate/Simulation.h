@@ -27,8 +27,9 @@ class Simulation {
   /// The plan must outlive it.
   explicit Simulation(const SimulationPlan& plan) : m_plan(plan), m_recorder(plan.seconds) {}
 
-  /// For as long as planned, or until `isInterrupted`. The first document stands from the start; the others
-  /// arrive during the run, evenly spread. Once.
+  /// For as long as planned, or until `isInterrupted`. The first document is applied at the start; the others
+  /// arrive during the run, evenly spread. A machine that is too busy takes longer, so that every document
+  /// arrives and every component works for a while. Once.
   void Run(const std::atomic<bool>& isInterrupted);
 
   // What came of it.
@@ -46,10 +47,11 @@ class Simulation {
   const std::vector<Arrival>& Arrivals() const { return m_arrivals; }
   /// Deliveries that were expected and have not arrived.
   std::size_t LostDeliveries() const;
-  /// Whether every change was told to each subscriber once, and every frame stands in the statistics once.
+  /// Whether each subscriber was notified of every change once, and the statistics have every frame once.
   bool IsSound() const;
 
  private:
+  bool isOver() const;
   void arrive(const SettingsDocument& document);
 
   const SimulationPlan& m_plan;

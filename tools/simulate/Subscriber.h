@@ -10,20 +10,20 @@
 
 namespace simulate {
 
-/// One subscription as the ledger knows it: what it has yet to be told. Measures each delivery against the
-/// set that it tells of.
+/// One subscription as the ledger knows it: which deliveries it has yet to get. Measures each
+/// delivery against its set.
 ///
 /// Threads: all.
 class Subscriber {
  public:
-  /// Stands for the delivery that subscribing itself brings.
+  /// The number of the delivery that subscribing itself causes.
   static constexpr std::uint64_t kInitial = 0;
 
   Subscriber(Recorder& recorder, Way way) : m_recorder(recorder), m_way(way) {}
 
-  /// `set` is about to tell this value.
+  /// `set` is about to notify of this value.
   void Expect(std::uint64_t set, const ConfigData& value);
-  /// `set` has changed nothing, and so tells nobody.
+  /// `set` has changed nothing, and so notifies no one.
   void Withdraw(std::uint64_t set);
   /// The value has arrived, on the thread that it was to arrive on.
   void Arrive(const ConfigData& value);

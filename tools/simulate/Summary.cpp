@@ -9,7 +9,7 @@
 
 #include "Colour.h"
 #include "ConfigPath.h"
-#include "Printable.h"
+#include "JsonObject.h"
 #include "simulate/Memory.h"
 #include "simulate/Numbers.h"
 
@@ -30,24 +30,34 @@ void Line(std::ostream& out, std::string_view name, std::uint64_t count, const s
 }
 
 // Each setting that has subscribers, of all calls.
-struct Told {
+struct Notified {
   std::uint64_t subscribers = 0;
   std::uint64_t sets = 0;
   std::uint64_t deliveries = 0;
 };
 
-std::map<SettingKey, Told> ToldSettings(const Simulation& simulation) {
-  std::map<SettingKey, Told> told;
+std::map<SettingKey, Notified> NotifiedSettings(const Simulation& simulation) {
+  std::map<SettingKey, Notified> notified;
   for (const Call& call : simulation.Calls()) {
     for (const auto& [key, setting] : call.Books().Settings()) {
       if (setting.subscribers.empty()) continue;
-      Told& one = told[key];
+      Notified& one = notified[key];
       one.subscribers = setting.subscribers.size();
-      one.sets += setting.toldChanges;
+      one.sets += setting.notifiedChanges;
       for (const Subscriber& subscriber : setting.subscribers) one.deliveries += subscriber.Arrived();
     }
   }
-  return told;
+  return notified;
+}
+
+void WriteLatencies(JsonObject& deliveries, Way way, const LatencyHistogram& latencies) {
+  constexpr PerWay<const char*> kKeys = {"direct", "posted", "handedOver"};
+  deliveries.Member(kKeys[IndexOf(way)], [&](JsonObject& members) {
+    members.Member("count", latencies.Count())
+        .Member("p50Ns", latencies.Quantile(0.5))
+        .Member("p99Ns", latencies.Quantile(0.99))
+        .Member("maxNs", latencies.Greatest());
+  });
 }
 
 }  // namespace
@@ -59,8 +69,8 @@ void PrintSummary(std::ostream& out, const Simulation& simulation) {
                                      Fixed(simulation.ElapsedSeconds(), 1) + " s")
       << '\n';
   Line(out, "sets", records.SetCount(),
-       std::to_string(records.setsTold) + " told, " + std::to_string(records.setsToNobody) + " to nobody, " +
-           std::to_string(records.setsUnchanged) + " unchanged");
+       std::to_string(records.setsNotified) + " notified, " + std::to_string(records.setsWithoutSubscribers) +
+           " without subscribers, " + std::to_string(records.setsUnchanged) + " unchanged");
   Line(out, "deliveries", records.DeliveryCount(),
        std::to_string(records.expectedDeliveries) + " expected, " +
            std::to_string(simulation.LostDeliveries()) + " lost, " +
@@ -87,34 +97,44 @@ void PrintSummary(std::ostream& out, const Simulation& simulation) {
 void PrintSummaryAsJson(std::ostream& out, const Simulation& simulation) {
   const Recorder& records = simulation.Records();
   const Memory memory = MemoryInUse();
-  out << "{\"seconds\":" << Fixed(simulation.ElapsedSeconds(), 3)
-      << ",\"calls\":" << simulation.Calls().size() << ",\"components\":" << simulation.ComponentCount()
-      << ",\"sets\":{\"told\":" << records.setsTold << ",\"toNobody\":" << records.setsToNobody
-      << ",\"unchanged\":" << records.setsUnchanged
-      << "},\"deliveries\":{\"expected\":" << records.expectedDeliveries
-      << ",\"lost\":" << simulation.LostDeliveries() << ",\"unexpected\":" << records.unexpectedDeliveries
-      << ",\"outOfOrder\":" << records.deliveriesOutOfOrder
-      << ",\"onSubscribing\":" << records.initialDeliveries;
-  for (const Way way : kWays) {
-    const LatencyHistogram& latencies = records.Latencies(way);
-    constexpr PerWay<const char*> kKeys = {"direct", "posted", "handedOver"};
-    out << ',' << Quoted(kKeys[IndexOf(way)]) << ":{\"count\":" << latencies.Count()
-        << ",\"p50Ns\":" << latencies.Quantile(0.5) << ",\"p99Ns\":" << latencies.Quantile(0.99)
-        << ",\"maxNs\":" << latencies.Greatest() << '}';
-  }
-  out << "},\"reads\":" << records.reads << ",\"statistics\":{\"writes\":" << records.statisticsWrites
-      << ",\"reads\":" << records.statisticsReads << ",\"framesSent\":" << records.framesSent
-      << ",\"framesReported\":" << records.framesReported
-      << "},\"memory\":{\"residentKiB\":" << memory.residentKiB << ",\"peakKiB\":" << memory.peakKiB
-      << "},\"settings\":[";
-  const char* separator = "";
-  for (const auto& [key, told] : ToldSettings(simulation)) {
-    out << separator << "{\"setting\":" << Quoted(ShownPath(key.first, key.second))
-        << ",\"subscribers\":" << told.subscribers << ",\"sets\":" << told.sets
-        << ",\"deliveries\":" << told.deliveries << '}';
-    separator = ",";
-  }
-  out << "]}\n";
+  JsonObject(out)
+      .Raw("seconds", Fixed(simulation.ElapsedSeconds(), 3))
+      .Member("calls", simulation.Calls().size())
+      .Member("components", simulation.ComponentCount())
+      .Member("sets",
+              [&](JsonObject& sets) {
+                sets.Member("notified", records.setsNotified.load())
+                    .Member("withoutSubscribers", records.setsWithoutSubscribers.load())
+                    .Member("unchanged", records.setsUnchanged.load());
+              })
+      .Member("deliveries",
+              [&](JsonObject& deliveries) {
+                deliveries.Member("expected", records.expectedDeliveries.load())
+                    .Member("lost", simulation.LostDeliveries())
+                    .Member("unexpected", records.unexpectedDeliveries.load())
+                    .Member("outOfOrder", records.deliveriesOutOfOrder.load())
+                    .Member("onSubscribing", records.initialDeliveries.load());
+                for (const Way way : kWays) WriteLatencies(deliveries, way, records.Latencies(way));
+              })
+      .Member("reads", records.reads.load())
+      .Member("statistics",
+              [&](JsonObject& statistics) {
+                statistics.Member("writes", records.statisticsWrites.load())
+                    .Member("reads", records.statisticsReads.load())
+                    .Member("framesSent", records.framesSent.load())
+                    .Member("framesReported", records.framesReported.load());
+              })
+      .Member("memory",
+              [&](JsonObject& members) {
+                members.Member("residentKiB", memory.residentKiB).Member("peakKiB", memory.peakKiB);
+              })
+      .Array("settings", NotifiedSettings(simulation), [](JsonObject& setting, const auto& entry) {
+        const auto& [key, notified] = entry;
+        setting.Member("setting", ShownPath(key.first, key.second))
+            .Member("subscribers", notified.subscribers)
+            .Member("sets", notified.sets)
+            .Member("deliveries", notified.deliveries);
+      });
 }
 
 }  // namespace simulate

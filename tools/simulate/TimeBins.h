@@ -10,7 +10,7 @@ namespace simulate {
 
 /// How often something happened over the run, in a fixed number of equal spans.
 ///
-/// Threads: Add() from any; Count() tells of all additions that happened before.
+/// Threads: Add() from any; Count() includes all additions that happened before.
 class TimeBins {
  public:
   static constexpr std::size_t kCount = 240;

@@ -10,6 +10,7 @@
 #include "simulate/Axis.h"
 #include "simulate/Html.h"
 #include "simulate/Numbers.h"
+#include "simulate/ReportStyle.h"
 
 namespace simulate {
 

@@ -9,7 +9,7 @@
 
 namespace simulate {
 
-/// Shows received video in step with the voice: the jitter buffer tells it directly.
+/// Shows received video in step with the voice: the jitter buffer notifies it directly.
 class VideoReceiver : public Component {
  public:
   explicit VideoReceiver(const CallContext& call);

@@ -6,7 +6,6 @@ namespace {
 
 using simulate::Recorder;
 using simulate::Subscriber;
-using simulate::Way;
 
 struct SubscriberTest : testing::Test {
   Recorder recorder{1.0};
@@ -34,7 +33,7 @@ TEST_F(SubscriberTest, MissesWhatDoesNotArrive) {
   EXPECT_EQ(subscriber.Missing(), 1U);
 }
 
-TEST_F(SubscriberTest, NoticesWhatNobodySetAndWhatArrivesTwice) {
+TEST_F(SubscriberTest, NoticesWhatWasNotSetAndWhatArrivesTwice) {
   subscriber.Expect(1, 10);
   subscriber.Arrive(11);
   EXPECT_EQ(recorder.unexpectedDeliveries, 1U);

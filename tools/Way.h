@@ -3,8 +3,6 @@
 #include <array>
 #include <cstddef>
 
-namespace simulate {
-
 /// How a change reaches a subscriber, see kalStore::IKalConfig::SubscribeConfig().
 enum class Way { kDirect, kPosted, kHandedOver };
 
@@ -23,11 +21,3 @@ constexpr const char* NameOf(Way way) {
   constexpr PerWay<const char*> kNames = {"direct", "posted", "handed over"};
   return kNames[IndexOf(way)];
 }
-
-/// The class that the report's style sheet shows it by.
-constexpr const char* StyleOf(Way way) {
-  constexpr PerWay<const char*> kStyles = {"s1", "s2", "s3"};
-  return kStyles[IndexOf(way)];
-}
-
-}  // namespace simulate

@@ -1,0 +1,35 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Program.h"
+
+TEST(TextFile, IsRefusedWhenItIsTooLarge) {
+  Program program;
+  program.File("huge.json", "{}");
+  std::filesystem::resize_file(program.Path("huge.json"), (std::uintmax_t{1} << 30) + 1);
+  const Finished run = program.Run({"lint", "huge.json"});
+  EXPECT_EQ(run.err, "huge.json: cannot be read: more than 1 GiB\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(TextFile, IsRefusedWhenItIsNoFile) {
+  for (const auto& arguments : {std::vector<std::string>{"apply", "."},
+                                {"lint", "."},
+                                {"lint", "a.json", "--names", "."},
+                                {"stats", "."}}) {
+    const Finished run = Program().File("a.json", "{}").Run(arguments);
+    EXPECT_EQ(run.err, ".: cannot be read: Is a directory\n");
+    EXPECT_EQ(run.status, 2);
+  }
+}
+
+#ifndef __SANITIZE_ADDRESS__  // It needs terabytes of address space for itself.
+TEST(TextFile, WithoutAnEndIsRefusedWhenMemoryRunsOut) {
+  const Finished run = Program().MemoryLimit(std::size_t{200} << 20).Run({"lint", "/dev/zero"});
+  EXPECT_EQ(run.err, "/dev/zero: cannot be read: not enough memory\n");
+  EXPECT_EQ(run.status, 2);
+}
+#endif

@@ -1,0 +1,138 @@
+#include "simulate/CallSettings.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "tessel/CallStore.h"
+#include "tessel/post.h"
+
+namespace {
+
+using kalStore::ConfigKey;
+using simulate::CallSettings;
+using simulate::Ledger;
+using simulate::Recorder;
+using simulate::SettingKey;
+
+constexpr std::uint32_t kCallId = 4711;
+constexpr ConfigKey<int> kBitrate{kalStore::KAL_CONFIG_GROUP_AUDIO, "Bitrate", 32000};
+constexpr ConfigKey<double> kDelay{kalStore::KAL_CONFIG_GROUP_AUDIO, "Delay", 60.0};
+
+struct TemporaryFile {
+  explicit TemporaryFile(const char* text) { std::ofstream(name) << text; }
+  ~TemporaryFile() { std::remove(name.c_str()); }
+  const std::string name = testing::TempDir() + "tessel_CallSettings_test_" + std::to_string(::getpid());
+};
+
+struct CallSettingsTest : testing::Test {
+  CallSettingsTest() { thread.Start(); }
+  void Drain() {
+    kalStore::Send(thread, [] {});
+  }
+
+  const kalStore::CallStore store{kCallId, kalStore::CallStore::kEndsCall};
+  Recorder recorder{1.0};
+  Ledger ledger{recorder};
+  ACmThread thread{"component"};
+  std::vector<int> seen;
+  CallSettings settings{"component", ledger, recorder, &thread};
+};
+
+TEST_F(CallSettingsTest, ExpectsTheValuesOfTheStoreOnJoining) {
+  store->SetKalConfig(kBitrate.Group(), kBitrate.Name(), 16000, false, false);
+  settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
+  settings.Join(kCallId);
+  EXPECT_EQ(seen, std::vector<int>{16000});
+  EXPECT_EQ(recorder.initialDeliveries, 1U);
+  EXPECT_EQ(recorder.unexpectedDeliveries, 0U);
+  EXPECT_EQ(ledger.Missing(), 0U);
+}
+
+struct CallSettingsByWayTest : CallSettingsTest, testing::WithParamInterface<Way> {};
+
+TEST_P(CallSettingsByWayTest, DeliversEachSetOnceWhereItBelongs) {
+  std::atomic<unsigned long> where{0};
+  settings.Subscribe<int>(kBitrate, GetParam(), [&](int) { where = GetThreadSelfId(); });
+  settings.Join(kCallId);
+  CallSettings setter("setter", ledger, recorder);
+  setter.Join(kCallId);
+  setter.Set(kBitrate, 1000);
+  Drain();
+  EXPECT_EQ(where, GetParam() == Way::kDirect ? GetThreadSelfId() : thread.GetThreadId());
+  EXPECT_EQ(recorder.Latencies(GetParam()).Count(), 1U);
+  EXPECT_EQ(recorder.unexpectedDeliveries, 0U);
+  EXPECT_EQ(ledger.Missing(), 0U);
+  EXPECT_EQ(ledger.Settings().at({kBitrate.Group(), kBitrate.Name()}).changedBy, "setter");
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, CallSettingsByWayTest, testing::ValuesIn(kWays));
+
+TEST_F(CallSettingsTest, CountsASetOfTheSameValueAsUnchanged) {
+  settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
+  settings.Join(kCallId);
+  settings.Set(kBitrate, 5);
+  settings.Set(kBitrate, 5);
+  EXPECT_EQ(seen, std::vector<int>{5});
+  EXPECT_EQ(recorder.setsNotified, 1U);
+  EXPECT_EQ(recorder.setsUnchanged, 1U);
+  EXPECT_EQ(ledger.Missing(), 0U);
+}
+
+TEST_F(CallSettingsTest, GivesTheDefaultWhereTheTextIsNoSuchValue) {
+  settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
+  settings.Join(kCallId);
+  store->SetKalConfig(kBitrate.Group(), kBitrate.Name(), "soon", false, false);
+  EXPECT_EQ(seen, std::vector<int>{32000});
+  EXPECT_EQ(recorder.unexpectedDeliveries, 1U) << "a set that is not in the books";
+}
+
+TEST_F(CallSettingsTest, ReadsAndCountsIt) {
+  settings.Join(kCallId);
+  EXPECT_EQ(settings.Read(kBitrate), 32000);
+  settings.Set(kBitrate, 8000);
+  EXPECT_EQ(settings.Read(kBitrate), 8000);
+  EXPECT_TRUE(settings.IsOn(kalStore::KAL_FT_EnableMusicDetection));
+  EXPECT_EQ(recorder.reads, 3U);
+}
+
+TEST_F(CallSettingsTest, ComputesABoundValueWhenItIsRead) {
+  settings.Bind(kDelay, [] { return 12.5; });
+  settings.Join(kCallId);
+  EXPECT_EQ(settings.ReadComputed(kDelay), 12.5);
+}
+
+TEST_F(CallSettingsTest, FollowsAValue) {
+  std::atomic<int> bitrate{0};
+  settings.Follow(kBitrate, Way::kHandedOver, bitrate);
+  settings.Join(kCallId);
+  CallSettings setter("setter", ledger, recorder);
+  setter.Join(kCallId);
+  setter.Set(kBitrate, 24000);
+  EXPECT_EQ(bitrate, 24000);
+}
+
+TEST_F(CallSettingsTest, EntersWhatADocumentChangesIntoTheBooks) {
+  const TemporaryFile file(R"({"Audio":[{"key":"Bitrate","value":"1"},{"key":"Bitrate","value":"1"},
+{"key":"Bitrate","value":"2"},{"key":"Other","value":"x"}]})");
+  const SettingsDocument document = SettingsDocument::Load(file.name);
+  settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
+  settings.Join(kCallId);
+  settings.Apply(document);
+  EXPECT_EQ(seen, (std::vector<int>{1, 2}));
+  EXPECT_EQ(recorder.setsNotified, 2U);
+  EXPECT_EQ(recorder.setsWithoutSubscribers, 1U);
+  EXPECT_EQ(recorder.setsUnchanged, 1U);
+  EXPECT_EQ(ledger.Settings().at({kBitrate.Group(), "Other"}).changedBy, file.name);
+  settings.Apply(document);
+  EXPECT_EQ(seen, (std::vector<int>{1, 2, 1, 2}));
+  EXPECT_EQ(ledger.Missing(), 0U);
+  EXPECT_EQ(recorder.unexpectedDeliveries, 0U);
+}
+
+}  // namespace

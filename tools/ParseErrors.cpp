@@ -1,0 +1,50 @@
+#include "ParseErrors.h"
+
+#include <vector>
+
+#include "Nearest.h"
+
+namespace {
+
+std::vector<std::string> CommandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* const command : app.get_subcommands({})) names.push_back(command->get_name());
+  return names;
+}
+
+std::vector<std::string> OptionNames(const CLI::App& command) {
+  std::vector<std::string> names;
+  for (const CLI::Option* const option : command.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
+// An argument that nothing takes.
+std::string Unexpected(const std::string& argument, const CLI::App& app, const CLI::App& command) {
+  if (argument.size() > 1 && argument.front() == '-') {
+    const std::string option = argument.substr(0, argument.find('='));
+    return "there is no option \"" + option + "\"" + DidYouMean(option, OptionNames(command));
+  }
+  if (&command == &app) {
+    return "there is no command \"" + argument + "\"" + DidYouMean(argument, CommandNames(app));
+  }
+  return "\"" + argument + "\" is one argument too many";
+}
+
+std::string Reason(const CLI::ParseError& error, const CLI::App& app, const CLI::App& command) {
+  const std::vector<std::string> unexpected = app.remaining(true);
+  const bool needsCommand = &command == &app && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  if (needsCommand && unexpected.empty()) return "a command is missing";
+  const bool isUnexpected = needsCommand || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+  return isUnexpected && !unexpected.empty() ? Unexpected(unexpected.front(), app, command) : error.what();
+}
+
+}  // namespace
+
+std::string Explained(const CLI::ParseError& error, const CLI::App& app) {
+  const std::vector<CLI::App*> running = app.get_subcommands();
+  const CLI::App& command = running.empty() ? app : *running.front();
+  return Reason(error, app, command) + " (tessel " + (running.empty() ? "" : command.get_name() + " ") +
+         "--help tells more)";
+}
