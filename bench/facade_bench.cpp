@@ -1,8 +1,8 @@
-// What else does a component pay at the facade: a toggle, a read without a facade, and a facade's own life?
+// What do a toggle, a read without a facade, and the construction and destruction of a facade cost?
 //
 //   facade_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
-// One thread works; 100 settings in the group; nothing is traced.
+// One thread runs; 100 settings in the group; nothing is traced.
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks of build/bench and tells how they compare with the goals.
+"""Runs the benchmarks of build/bench and compares them with the goals.
 
 A whole run is kept in build/bench/results.json, one with a FILTER in build/bench/filtered.json. Medians are kept,
 beside the least and the most of all repetitions.
@@ -25,14 +25,14 @@ def command(program, arguments):
 
 
 def names(program, arguments):
-    """The benchmarks that are to run, in the order of the source."""
+    """The benchmarks to run, in the order of the source."""
     listed = subprocess.run(command(program, arguments) + ["--benchmark_list_tests"], capture_output=True, text=True,
                             check=True)
     return listed.stdout.split() if "Failed to match" not in listed.stdout + listed.stderr else []
 
 
 def run(program, arguments):
-    """What Google Benchmark's JSON says of the program."""
+    """Google Benchmark's JSON of the program."""
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
         ended = subprocess.run(command(program, arguments) + [
             "--benchmark_enable_random_interleaving=true", f"--benchmark_repetitions={arguments.repetitions}",
@@ -44,7 +44,7 @@ def run(program, arguments):
 
 
 def medians(runs, ordered):
-    """By name, the median of the repetitions: CPU time of what one thread does, else the time that passes."""
+    """By name, the median of the repetitions: CPU time where one thread works, else elapsed time."""
     repetitions = {name: [] for name in ordered}
     for one in runs:
         if one["run_type"] == "iteration" and not one.get("error_occurred"):
@@ -65,9 +65,11 @@ def medians(runs, ordered):
 def conditions(context, arguments):
     """Where and how the run was made."""
     cpu = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())
-    return {"date": context["date"], "processor": cpu[1] if cpu else "unknown", "cpus": context["num_cpus"],
-            "compiler": context["compiler"].replace("GNU", "GCC"), "flags": context["flags"],
-            "repetitions": arguments.repetitions, "min_time_s": arguments.min_time}
+    commit = subprocess.run("git describe --always --dirty --exclude '*'", shell=True, cwd=report.ROOT,
+                            capture_output=True, text=True).stdout.strip()
+    return {"date": context["date"], "commit": commit or "unknown", "processor": cpu[1] if cpu else "unknown",
+            "cpus": context["num_cpus"], "compiler": context["compiler"].replace("GNU", "GCC"),
+            "flags": context["flags"], "repetitions": arguments.repetitions, "min_time_s": arguments.min_time}
 
 
 def main():

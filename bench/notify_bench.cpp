@@ -1,10 +1,10 @@
-// What does it cost to tell subscribers of a change, to come and go as a subscriber, and to read a bound
-// name, beside the signal libraries and beside the least of them, a vector of std::function?
+// What does it cost to notify subscribers of a change, to subscribe and unsubscribe, and to read a bound
+// name, compared with the signal libraries and with the simplest of them, a vector of std::function?
 //
 //   notify_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
-// Subscribers are told directly, on the setter's thread, and count. Set is the whole set, look-up and
-// overwrite included; less Set with no subscriber it is the telling. Names of 16 characters, 100 in the
+// Subscribers are notified directly, on the setter's thread, and count. Set is the whole set, look-up and
+// overwrite included; minus Set with no subscriber it is the notification. Names of 16 characters, 100 in the
 // group.
 
 #include <benchmark/benchmark.h>
@@ -41,18 +41,19 @@ constexpr const char* kName = "VideoSetting0042";
 void Set(benchmark::State& state) {
   FilledCall call;
   KalConfigHelper facade(call.Id());
-  long told = 0;
+  long notified = 0;
   for (int i = 0; i < state.range(0); ++i) {
-    call.Store().SubscribeConfig(kGroup, kName, [&told](const KalConfigEvent&) { ++told; }, nullptr, false);
+    call.Store().SubscribeConfig(
+        kGroup, kName, [&notified](const KalConfigEvent&) { ++notified; }, nullptr, false);
   }
   const char* const values[] = {"one value", "another value"};
   unsigned int count = 0;
   for (auto _ : state) benchmark::DoNotOptimize(facade.SetKalConfig(kName, values[++count % 2], kGroup));
-  benchmark::DoNotOptimize(told);
+  benchmark::DoNotOptimize(notified);
 }
 BENCHMARK(Set)->Name("Set<Tessel>")->ArgName("subscribers")->Arg(0)->Arg(1)->Arg(8)->Arg(64);
 
-// The signal libraries: connecting gives what disconnects.
+// The signal libraries: Connect() returns what Disconnect() takes.
 
 struct FunctionVector {
   using Slot = std::function<void(const KalConfigEvent&)>;
@@ -94,19 +95,19 @@ struct SigCpp {
 template <class Signal>
 void Emit(benchmark::State& state) {
   Signal signal;
-  long told = 0;
-  for (int i = 0; i < state.range(0); ++i) signal.Connect([&told](const KalConfigEvent&) { ++told; });
+  long notified = 0;
+  for (int i = 0; i < state.range(0); ++i) signal.Connect([&notified](const KalConfigEvent&) { ++notified; });
   const KalConfigEvent event{kName, "one value", "another value", {}, kGroup, kal::KAL_SESSION_AUDIO};
   for (auto _ : state) signal.Emit(event);
-  benchmark::DoNotOptimize(told);
+  benchmark::DoNotOptimize(notified);
 }
 
 template <class Signal>
 void ConnectAndDisconnect(benchmark::State& state) {
   Signal signal;
-  long told = 0;
-  for (int i = 0; i < state.range(0); ++i) signal.Connect([&told](const KalConfigEvent&) { ++told; });
-  for (auto _ : state) signal.Disconnect(signal.Connect([&told](const KalConfigEvent&) { ++told; }));
+  long notified = 0;
+  for (int i = 0; i < state.range(0); ++i) signal.Connect([&notified](const KalConfigEvent&) { ++notified; });
+  for (auto _ : state) signal.Disconnect(signal.Connect([&notified](const KalConfigEvent&) { ++notified; }));
 }
 
 #define TESSEL_BENCH_SIGNAL(signal)                                         \
@@ -125,14 +126,15 @@ TESSEL_BENCH_SIGNAL(Signals2);
 TESSEL_BENCH_SIGNAL(SigCpp);
 #endif
 
-// The name has no value, so that no subscriber is told of one at once.
+// The name has no value, so that a subscription delivers nothing at once.
 void SubscribeAndRemove(benchmark::State& state) {
   FilledCall call;
   kalStore::IKalConfig& store = call.Store();
   store.RemoveKalConfig(kGroup, kName);
-  long told = 0;
+  long notified = 0;
   const auto subscribe = [&] {
-    return store.SubscribeConfig(kGroup, kName, [&told](const KalConfigEvent&) { ++told; }, nullptr, false);
+    return store.SubscribeConfig(
+        kGroup, kName, [&notified](const KalConfigEvent&) { ++notified; }, nullptr, false);
   };
   for (int i = 0; i < state.range(0); ++i) subscribe();
   for (auto _ : state) store.UnsubscribeConfig(subscribe());

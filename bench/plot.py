@@ -1,4 +1,4 @@
-"""Draws the figures of the README and of docs/performance.md, each fit for a light and a dark page."""
+"""Draws the figures of the README and of docs/performance.md, each for a light and a dark page."""
 
 from html import escape
 
@@ -20,7 +20,7 @@ THEMES = {
 }
 WIDTH, MARGIN, GAP = 880, 24, 40
 PANEL = (WIDTH - 2 * MARGIN - GAP) / 2
-LABEL, VALUE = 140, 64  # Room for the text before and after a bar.
+LABEL, VALUE = 140, 64  # Space for the text before and after a bar.
 BAR, STEP = 14, 22
 HEAD, PANEL_HEAD, PANEL_FOOT = 70, 30, 18
 
@@ -93,7 +93,7 @@ def figures(results):
         ("overwrite, 100 names", bars("values", "Overwrite", "/names:100", stores)),
     ]
 
-    def telling(count):
+    def notifying(count):
         notify = results["notify"]
         ours = notify[f"Set<Tessel>/subscribers:{count}"]["ns"] - notify["Set<Tessel>/subscribers:0"]["ns"]
         return [("Tessel", ours), *bars("notify", "Emit", f"/subscribers:{count}",
@@ -103,8 +103,8 @@ def figures(results):
         all_bars = bars("thread", "Post", f"/cpus:{cpus}/manual_time", ("Tessel", "Floor", "Asio"))
         return [("Queue" if name == "Floor" else name, ns) for name, ns in all_bars]
 
-    yield "delivery", "Subscribers told, events posted", [
-        ("telling 1 subscriber", telling(1)), ("telling 8 subscribers", telling(8)),
+    yield "delivery", "Subscribers notified, events posted", [
+        ("notifying 1 subscriber", notifying(1)), ("notifying 8 subscribers", notifying(8)),
         ("posting 10,000 events, one CPU", posting(1)), ("posting 10,000 events, two CPUs", posting(2)),
     ]
 

@@ -1,4 +1,4 @@
-"""Tells what a run of the benchmarks showed: on the console, in docs/performance.md and in docs/images."""
+"""Reports a run of the benchmarks: on the console, in docs/performance.md and in docs/images."""
 
 import json
 import pathlib
@@ -13,7 +13,7 @@ GOALS_HEAD = ("path", "yardstick", "ours", "yardstick's", "ratio", "goal", "")
 
 
 def amount(measured):
-    """What one measurement says, as a text."""
+    """One measurement as a string."""
     return f"{measured['bytes']:.0f} B" if "bytes" in measured else plot.in_time(measured["ns"])
 
 
@@ -47,7 +47,7 @@ def goal_rows(results, section=None):
 
 
 def time_rows(measured):
-    """The head and the cells of all that one program measured: a row for each work, a column for each who did it."""
+    """The head and the cells of all that one program measured: a row for each task, a column for each library."""
     works, doers = {}, []
     for name, one in measured.items():
         work, doer, variant = re.fullmatch(r"(\w+)<(\w+)>(.*)", name).groups()
@@ -75,7 +75,7 @@ def markdown_table(head, rows, left):
 
 
 def console(results, is_whole):
-    """The table of goals; before it every time, unless the run was whole: then they are too many."""
+    """The table of goals, after all times; a whole run leaves the times out, as there are too many."""
     tables = [] if is_whole else [text_table(*time_rows(measured), left=1)
                                   for section, measured in results.items() if section != "run"]
     rows = list(goal_rows(results))
@@ -88,12 +88,12 @@ def console(results, is_whole):
 
 
 def run_line(run):
-    return (f"{run['processor']}, {run['cpus']} CPUs; {run['compiler']}, `{run['flags']}`; {run['date'][:10]};"
-            f" medians of {run['repetitions']} repetitions of {run['min_time_s']:g} s.")
+    return (f"{run['processor']}, {run['cpus']} CPUs; {run['compiler']}, `{run['flags']}`; {run['date'][:10]}, commit"
+            f" {run['commit']}; medians of {run['repetitions']} repetitions of {run['min_time_s']:g} s.")
 
 
 def filled(page, results):
-    """The page with what stands between its marks, <!-- KIND SECTION --> and <!-- end -->, made anew."""
+    """The page with the parts between its marks, <!-- KIND SECTION --> and <!-- end -->, replaced."""
     def block(mark):
         kind, section = mark[1], mark[2]
         if kind == "run":

@@ -1,16 +1,16 @@
 // What does it cost to measure (a setter), to report (a whole block), and to share an object (create and
-// release of a present key)? Each beside the least that the same work could cost:
+// release of a present key)? Each is compared with the least that the same work could cost:
 //
 //   statistics_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
 //   Setter         a setter, through the interface
-//                  against a virtual call into a library that stores one word
+//                  compared with a virtual call into a library that stores one word
 //   ReadBlock      GetTxMediaInfo() without reset and with it, six layers in use
-//                  against memcpy of the 2064 bytes
+//                  compared with memcpy of the 2064 bytes
 //   CreateRelease  create and release of a present key among N, in shuffled order
-//                  against two look-ups in a std::map, each under a recursive mutex and with an atomic count
+//                  compared with two look-ups in a std::map, each under a recursive mutex, and a counter
 //
-// One thread works.
+// One thread runs.
 
 #include <benchmark/benchmark.h>
 

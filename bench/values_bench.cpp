@@ -1,11 +1,11 @@
-// What do a read and an overwrite through the facade cost, beside the least that the same work could cost (a
-// look-up in an ordered map under a recursive mutex, and a copy) and beside what could be used instead?
+// What do a read and an overwrite through the facade cost, compared with the least that the same work could
+// cost (a look-up in an ordered map under a recursive mutex, and a copy) and with other libraries?
 //
 //   values_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
-// Names of 16 characters in one group, in shuffled order; values short enough for a std::string to hold
-// without memory of its own; nobody subscribed, nothing traced. GKeyFile and property_tree have no lock of
-// their own and are given none.
+// Names of 16 characters in one group, in shuffled order; values short enough for a std::string to store
+// without an allocation; no subscribers, nothing traced. GKeyFile and property_tree have no lock and get
+// none.
 
 #include <benchmark/benchmark.h>
 
@@ -95,7 +95,7 @@ class KeyFile {
 #endif
 
 #ifdef TESSEL_BENCH_TBB
-/// Compares keys without making a std::string of each, which TBB leaves to who knows how.
+/// Compares keys without constructing a std::string; TBB finds entries by std::string_view then.
 struct TransparentCompare {
   using is_transparent = void;
   static std::size_t hash(std::string_view key) { return std::hash<std::string_view>()(key); }
@@ -138,7 +138,7 @@ void Read(benchmark::State& state) {
   for (auto _ : state) store.Get(names.Next());
 }
 
-// Every overwrite is a change: no pass over the names gives a name the value that it has.
+// Every overwrite is a change: no pass over the names sets the value that a name has.
 template <class Store>
 void Overwrite(benchmark::State& state) {
   Rotation names(NamesOf(state.range(0)));

@@ -9,7 +9,7 @@ namespace fuzz {
 
 constexpr int kStreams = 20;
 
-/// What an audio statistics object must hold, byte for byte, kept by the documented offsets alone.
+/// What an audio statistics object must hold, byte for byte, by the documented offsets only.
 class AudioModel {
  public:
   using Block = ByteBlock<260>;
@@ -18,7 +18,7 @@ class AudioModel {
   explicit AudioModel(std::uint32_t callId) { Reset(callId); }
 
   void Reset(std::uint32_t callId);
-  /// What a read gives; with `reset` the interval ends.
+  /// What a read returns; with `reset` the interval ends.
   Block ReadTx(bool reset);
   Block ReadRx(int stream, bool reset);
   Block& Tx() { return m_tx; }

@@ -39,7 +39,7 @@ class ByteBlock {
   std::array<std::uint8_t, size> m_bytes{};
 };
 
-/// A caller's buffer for one block, at an address of any alignment, with bytes around it that must stay.
+/// A caller's buffer for one block, of any alignment, with bytes around it that must not change.
 template <std::size_t size>
 class GuardedBuffer {
  public:
@@ -48,7 +48,7 @@ class GuardedBuffer {
 
   void* Pointer() { return m_bytes.data() + m_at; }
 
-  /// What was written there, or the marks; the bytes around it are checked.
+  /// The bytes written there, or the marks; checks the bytes around them.
   ByteBlock<size> Contents() const {
     const auto isMark = [](std::uint8_t byte) { return byte == kMark; };
     const auto begin = m_bytes.begin() + static_cast<std::ptrdiff_t>(m_at);
@@ -71,7 +71,7 @@ class GuardedBuffer {
   std::vector<std::uint8_t> m_bytes;
 };
 
-/// Bytes that look random, the same for the same seed, with every fourth word small: counters, levels.
+/// Pseudo-random bytes, the same for the same seed, with every fourth word small: counters, levels.
 inline void FillPattern(std::uint8_t* bytes, std::size_t size, std::uint16_t seed) {
   std::uint32_t state = seed * 2654435761U + 1;
   for (std::size_t i = 0; i < size; i += 4) {

@@ -7,7 +7,7 @@
 
 namespace fuzz {
 
-/// Ends the process: how a fuzz target tells that a property does not hold.
+/// Ends the process: a fuzz target reports so that a property does not hold.
 [[noreturn]] inline void Fail(const char* file, int line, const std::string& what) {
   std::fprintf(stderr, "%s:%d: does not hold: %s\n", file, line, what.c_str());
   std::abort();

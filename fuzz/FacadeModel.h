@@ -14,14 +14,14 @@ namespace fuzz {
 constexpr std::uint32_t kNoCall = 0xFFFFFFFF;
 constexpr std::uint32_t kDefaultGroup = 0xFFFFFFFF;
 
-/// What one facade must answer. The call's store is handed to it by its owner, who counts references.
+/// What one facade must return. Its owner hands it the call's store, and counts references.
 class FacadeModel {
  public:
   std::uint32_t CallId() const { return m_callId; }
   StoreModel* Store() const { return m_store; }
   /// Whether SetCallId(callId) binds; the owner then calls Bind.
   bool CanBind(std::uint32_t callId) const { return m_callId == kNoCall && callId != kNoCall; }
-  /// Makes what was recorded; throws what the first callback threw.
+  /// Registers what was recorded; throws what the first callback threw.
   void BindTo(std::uint32_t callId, StoreModel& store);
   /// Removes everything from the store.
   void Clean();
@@ -30,7 +30,8 @@ class FacadeModel {
   std::int32_t SetDefaultGroup(std::uint32_t group);
   int SessionType() const { return SessionTypeOf(m_defaultGroup); }
 
-  /// What stands in the way of an operation on values; 0 when nothing does, with `group` resolved.
+  /// The error of an operation on values before it reaches the store; 0 when there is none, with `group`
+  /// resolved.
   std::int32_t Refusal(const Text& name, std::uint32_t& group) const;
   bool Resolve(std::uint32_t& group) const;
 

@@ -10,8 +10,8 @@
 
 namespace fuzz {
 
-/// Takes decisions off the bytes of one input, front to back. Past the end every decision is 0, so that
-/// cutting an input means leaving out its last decisions.
+/// Reads decisions from the bytes of one input, front to back. Past the end every decision is 0: a shorter
+/// input leaves out the last decisions.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : m_at(data), m_left(size) {}
@@ -37,7 +37,7 @@ class Input {
     return number;
   }
 
-  /// An index or count as callers get them wrong: mostly small, sometimes at a limit or anywhere.
+  /// An index or count with the mistakes of callers: mostly small, sometimes at a limit or any number.
   std::int32_t Wild() {
     using Limits = std::numeric_limits<std::int32_t>;
     constexpr std::int32_t kEdges[] = {

@@ -12,7 +12,7 @@ constexpr int kSessionAudioSi = 14;
 constexpr std::uint32_t kGroupAudioSi = 9;
 constexpr int kNoSession = 15;
 
-// Holds a value for a while and puts the old one back, whatever leaves the scope.
+// Sets a value for a scope, and restores the old one however the scope is left.
 template <class T>
 class Scoped {
  public:
@@ -50,29 +50,29 @@ std::int32_t StoreModel::Set(std::uint32_t group, const Text& name, const Text& 
                              bool transient) {
   if (isBad(group, name) || !value) return kBadArgument;
   auto& values = m_values[group];
-  Told told{0, *name, {}, value, {}, group, SessionTypeOf(group)};
-  if (const auto found = values.find(*name); found != values.end()) told.oldValue = found->second;
+  Notification notification{0, *name, {}, value, {}, group, SessionTypeOf(group)};
+  if (const auto found = values.find(*name); found != values.end()) notification.oldValue = found->second;
   if (transient) {
     values.erase(*name);
   } else {
     values[*name] = *value;
   }
-  if (!force && told.oldValue == told.newValue) return kUnchanged;
+  if (!force && notification.oldValue == notification.newValue) return kUnchanged;
 
-  bool isTold = false;
+  bool isNotified = false;
   std::exception_ptr first;
   const std::list<Handler> snapshot = m_handlers[{group, *name}];
   for (const Handler& handler : snapshot) {
     if (handler.isBinding) continue;
-    isTold = true;
+    isNotified = true;
     try {
-      deliver(handler.callback, told);
+      deliver(handler.callback, notification);
     } catch (const Thrown&) {
       if (!first) first = std::current_exception();
     }
   }
   if (first) std::rethrow_exception(first);
-  return isTold ? 0 : kNobody;
+  return isNotified ? 0 : kNobody;
 }
 
 std::int32_t StoreModel::Get(std::uint32_t group, const Text& name, Text& value) const {
@@ -156,12 +156,12 @@ bool StoreModel::HasHandedOver() const {
   return false;
 }
 
-void StoreModel::deliver(const Callback& callback, const Told& told) {
+void StoreModel::deliver(const Callback& callback, const Notification& notification) {
   switch (callback.way) {
     case Way::kDropped:
       return;
     case Way::kPosted:
-      m_log.posted.push_back(told);
+      m_log.posted.push_back(notification);
       m_log.posted.back().tag = callback.tag;
       return;
     case Way::kHandedOver:
@@ -169,24 +169,24 @@ void StoreModel::deliver(const Callback& callback, const Told& told) {
       if (!m_isOnRunThread) {
         const Scoped onRunThread(m_isOnRunThread, true);
         try {
-          run(callback, told);
+          run(callback, notification);
         } catch (const Thrown&) {
         }
         return;
       }
       [[fallthrough]];
     case Way::kDirect:
-      run(callback, told);
+      run(callback, notification);
   }
 }
 
-void StoreModel::run(const Callback& callback, const Told& told) {
-  m_log.waitedFor.push_back(told);
+void StoreModel::run(const Callback& callback, const Notification& notification) {
+  m_log.waitedFor.push_back(notification);
   m_log.waitedFor.back().tag = callback.tag;
   if (callback.act == Act::kThrow) throw Thrown{callback.tag};
   if (callback.act != Act::kSet || m_setDepth == kDeepestSet) return;
   const Scoped depth(m_setDepth, m_setDepth + 1);
-  Set(told.group, callback.target, told.newValue.value_or("") + "+", false, false);
+  Set(notification.group, callback.target, notification.newValue.value_or("") + "+", false, false);
 }
 
 }  // namespace fuzz

@@ -18,12 +18,12 @@ constexpr std::int32_t kNoSuchOrExists = 0x46000001;
 constexpr std::int32_t kUnchanged = 0x46004009;
 constexpr std::int32_t kNobody = 0x4600400a;
 
-/// A text, or none: a value that is not valid, a name that is null.
+/// A string, or none: a value that is not valid, a name that is null.
 using Text = std::optional<std::string>;
 
 /// Where a callback runs.
 enum class Way { kDirect, kHandedOver, kPosted, kDropped };
-/// What a callback does beside logging; one that is posted only logs.
+/// What a callback does besides logging; a posted one only logs.
 enum class Act { kLog, kSet, kThrow };
 
 struct Callback {
@@ -38,8 +38,8 @@ struct Thrown {
   int tag;
 };
 
-/// What a callback was told.
-struct Told {
+/// What a callback received.
+struct Notification {
   int tag;
   std::string name;
   Text oldValue;
@@ -48,23 +48,23 @@ struct Told {
   std::uint32_t group;
   int sessionType;
 
-  friend bool operator==(const Told&, const Told&) = default;
+  friend bool operator==(const Notification&, const Notification&) = default;
 };
 
-/// What callbacks were told: those that are waited for, and those that run later.
+/// What callbacks received: those that are waited for, and those that run later.
 struct Log {
-  std::vector<Told> waitedFor;
-  std::vector<Told> posted;
+  std::vector<Notification> waitedFor;
+  std::vector<Notification> posted;
 };
 
-/// How deep callbacks that set values may make others run.
+/// How deep callbacks that set values may nest.
 constexpr int kDeepestSet = 3;
 
 int SessionTypeOf(std::uint32_t group);
 /// 0xFFFFFFFF when the type has no group.
 std::uint32_t GroupOf(std::int32_t sessionType);
 
-/// What one store must hold and tell, with deliveries spelled out.
+/// What one store must hold and deliver, with deliveries spelled out.
 class StoreModel {
  public:
   explicit StoreModel(Log& log) : m_log(log) {}
@@ -90,8 +90,8 @@ class StoreModel {
   };
   using Key = std::pair<std::uint32_t, std::string>;
 
-  void deliver(const Callback& callback, const Told& told);
-  void run(const Callback& callback, const Told& told);
+  void deliver(const Callback& callback, const Notification& notification);
+  void run(const Callback& callback, const Notification& notification);
 
   Log& m_log;
   SettingsValues m_values;

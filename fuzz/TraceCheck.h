@@ -2,7 +2,7 @@
 
 namespace fuzz {
 
-/// From the first call on, every trace line is composed, checked for its form, and dropped.
+/// After the first call every trace line is composed, its form is checked, and it is dropped.
 void CheckTraceLines();
 
 }  // namespace fuzz

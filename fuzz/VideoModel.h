@@ -14,7 +14,7 @@ constexpr std::size_t kStreamSize = 400;
 /// The streams that a caller hands in: raw records of kStreamSize bytes; null for none.
 using StreamBytes = const std::uint8_t*;
 
-/// What a video statistics object must hold, byte for byte, kept by the documented offsets alone.
+/// What a video statistics object must hold, byte for byte, by the documented offsets only.
 class VideoModel {
  public:
   using Block = ByteBlock<2064>;
@@ -23,7 +23,7 @@ class VideoModel {
 
   void Reset(std::uint32_t callId);
   void ResetTx();
-  /// What a read gives; with `reset` the interval ends.
+  /// What a read returns; with `reset` the interval ends.
   Block Read(bool reset);
   Block& Tx() { return m_tx; }
   std::uint32_t CallId() const { return m_callId; }

@@ -1,7 +1,6 @@
-// Statistics objects and their registry under any sequence of operations, with indexes and counts as callers
-// get them wrong, null arrays, and arrays that are exactly as long as an operation may read. After each
-// operation the objects hold what a model made of documented offsets holds, byte for byte, and nothing around
-// buffers has changed.
+// Statistics objects and their registry under any sequence of operations, with wrong indexes and counts, null
+// arrays, and arrays that are exactly as long as an operation may read. After each operation the objects hold
+// what a model by documented offsets holds, byte for byte, and nothing around buffers has changed.
 
 #include <algorithm>
 #include <cstdint>
@@ -33,11 +32,11 @@ using kalStore::kResultNotFound;
 
 constexpr int kMostOperations = 100;
 
-/// Records of one type, on the heap at their very size, so that reading past them shows; or none at all.
+/// Records of one type, on the heap at their exact size so that a sanitizer sees a read past them; or null.
 template <class Record>
 class Records {
  public:
-  /// Null now and then, otherwise `count` records. REQUIRES: count >= 0.
+  /// Null sometimes, otherwise `count` records. REQUIRES: count >= 0.
   Records(Input& input, int count) {
     const std::uint8_t choice = input.Byte();
     if (choice % 16 == 15) return;
@@ -64,7 +63,7 @@ int ForIndex(std::int32_t index) {
   return index >= 0 && index < fuzz::kLayers ? index + 1 : 0;
 }
 
-/// A text for a field of `limit` characters: null, or long and then without an end of its own.
+/// A string for a field of `limit` characters: null, or of any length; a long one is not terminated.
 class Name {
  public:
   Name(Input& input, std::size_t limit) {
@@ -85,7 +84,7 @@ class Name {
   std::unique_ptr<char[]> m_buffer;
 };
 
-/// What the references of any statistics object do.
+/// The reference counting of any statistics object.
 template <class Object>
 void CheckReferences(Object& object, Input& input) {
   const std::uint32_t count = object.GetReference();
@@ -295,7 +294,7 @@ class Video {
     }
   }
 
-  // The text and its end; what the field holds after them is left to the object.
+  // The string and its NUL; the characters after it are left to the object.
   void PutName(std::size_t offset, std::size_t size, const std::string& text) {
     GuardedBuffer<2064> buffer(0);
     FUZZ_EQUAL(m_object.GetTxMediaInfo(buffer.Pointer(), false), 0);
@@ -329,7 +328,7 @@ class Audio {
     CheckTx(input);
     ReadStream(input, stream, false);
   }
-  /// After the last operation: the streams that were not meant as well.
+  /// After the last operation: also the streams that no operation named.
   void CheckAll(Input& input) {
     CheckTx(input);
     for (std::int32_t stream = -1; stream <= fuzz::kStreams; ++stream) ReadStream(input, stream, false);
@@ -502,7 +501,7 @@ class Audio {
   AudioModel m_model;
 };
 
-/// The process's registry beside a map of counts.
+/// The process's registry, compared with a map of counts.
 class Registry {
  public:
   ~Registry() {
@@ -556,7 +555,7 @@ class Registry {
     return static_cast<kalStore::IKalAudioInfo*>(entity);
   }
 
-  // By the object itself: with the last reference the registry forgets it, too.
+  // By the object itself: the last reference also ends its registration.
   void ReleaseObject(const Key& key) {
     const auto found = m_counts.find(key);
     if (found == m_counts.end()) return;
@@ -565,7 +564,7 @@ class Registry {
     if (left == 0) m_counts.erase(found);
   }
 
-  // Which pointer is given does not matter, as long as it is one.
+  // Any pointer that is not null does.
   void Release(const Key& key) {
     const auto found = m_counts.find(key);
     const int left = found == m_counts.end() ? -1 : --found->second.count;

@@ -29,8 +29,8 @@ namespace {
 
 using fuzz::Act;
 using fuzz::Callback;
+using fuzz::Notification;
 using fuzz::Text;
-using fuzz::Told;
 using fuzz::Way;
 using kalStore::ConfigValue;
 using kalStore::IKalConfig;
@@ -83,7 +83,7 @@ class Deeper {
   int& m_depth;
 };
 
-/// What a call returned, or which callback's exception left it.
+/// The result of a call, or the callback whose exception left it.
 template <class Operation>
 auto OutcomeOf(Operation operation) {
   using Result = decltype(operation());
@@ -123,8 +123,8 @@ class World {
   void Run() {
     for (int i = 0; i < kMostOperations && !m_input.IsEmpty(); ++i) {
       Operate();
-      FUZZ_CHECK(m_told.waitedFor == m_expected.waitedFor);
-      m_told.waitedFor.clear();
+      FUZZ_CHECK(m_received.waitedFor == m_expected.waitedFor);
+      m_received.waitedFor.clear();
       m_expected.waitedFor.clear();
       FUZZ_EQUAL(kalStore::GetKalConfigSizeForUT(), m_stores.size());
     }
@@ -193,7 +193,7 @@ class World {
     return callback;
   }
 
-  // Callbacks as the library sees them.
+  // Callbacks that the library calls.
 
   static ACmThread* ThreadOf(const std::optional<Callback>& callback) {
     if (!callback || callback->way == Way::kDirect) return nullptr;
@@ -203,7 +203,7 @@ class World {
     return callback && (callback->way == Way::kPosted || callback->tag % 2 != 0) &&
            callback->way != Way::kHandedOver;
   }
-  static Told ToldOf(int tag, const KalConfigEvent& event) {
+  static Notification NotificationOf(int tag, const KalConfigEvent& event) {
     return {tag,
             event.m_name,
             TextOf(event.m_oldValue),
@@ -214,7 +214,7 @@ class World {
   }
   void RunCallback(const Callback& callback, const KalConfigEvent& event, const Setter& set) {
     if (callback.way == Way::kHandedOver) FUZZ_CHECK(IsOnRunThread());
-    m_told.waitedFor.push_back(ToldOf(callback.tag, event));
+    m_received.waitedFor.push_back(NotificationOf(callback.tag, event));
     const Deeper running(t_running);
     if (callback.act == Act::kThrow) throw fuzz::Thrown{callback.tag};
     if (callback.act != Act::kSet || m_setDepth == fuzz::kDeepestSet) return;
@@ -228,7 +228,7 @@ class World {
       // Later, and on its thread, even when that thread is the setter's.
       FUZZ_CHECK(IsOnRunThread());
       FUZZ_EQUAL(t_running, 0);
-      m_told.posted.push_back(ToldOf(callback.tag, event));
+      m_received.posted.push_back(NotificationOf(callback.tag, event));
     };
   }
   kalStore::fnConfigInvokeCallBack Invoked(const std::optional<Callback>& callback, Setter set) {
@@ -262,8 +262,8 @@ class World {
   /// Waits for what was posted; then the log of posted events is complete.
   void Drain() {
     FUZZ_EQUAL(kalStore::Send(SharedThreads().running, [] {}), 0);
-    FUZZ_CHECK(m_told.posted == m_expected.posted);
-    m_told.posted.clear();
+    FUZZ_CHECK(m_received.posted == m_expected.posted);
+    m_received.posted.clear();
     m_expected.posted.clear();
   }
   void CompareWhole(std::uint32_t callId) {
@@ -399,7 +399,7 @@ class World {
         });
   }
 
-  // A facade ends while its thread has yet to run what was posted to it: none of that reaches its callbacks.
+  // A facade ends before its thread has run what was posted to it: none of that reaches its callbacks.
   void TearDownWithEventsPosted() {
     const Text name = Name();
     const std::uint32_t group = Group();
@@ -410,7 +410,8 @@ class World {
     std::binary_semaphore gate(0);
     kalStore::Post(SharedThreads().running, [&gate] { gate.acquire(); });
     SetThroughFacade(*facade, group, name, value, true, false);
-    std::erase_if(m_expected.posted, [&](const Told& told) { return facade->model.Owns(told.tag); });
+    std::erase_if(m_expected.posted,
+                  [&](const Notification& notification) { return facade->model.Owns(notification.tag); });
     EndFacade(facade);
     gate.release();
     Drain();
@@ -443,7 +444,7 @@ class World {
             [&] { return model.Bind(group, name, callback); });
       }
       case 2: {
-        // Not one of a facade: that one would go on with an id that is not its own any more.
+        // Not one of a facade, which would then use an id that is no longer its own.
         const std::uint64_t id = m_input.Byte();
         if (IsFacadeBound(found->first)) return;
         return Compare([&] { return real.UnsubscribeConfig(id); }, [&] { return model.Unsubscribe(id); });
@@ -696,9 +697,9 @@ class World {
   }
 
   fuzz::Input& m_input;
-  // What callbacks were told, and must be told. Posted callbacks run beside the operations, and write to
-  // m_told.posted alone; all others are waited for.
-  fuzz::Log m_told;
+  // What callbacks received, and must receive. Posted callbacks run beside the operations, and write to
+  // m_received.posted alone; all others are waited for.
+  fuzz::Log m_received;
   fuzz::Log m_expected;
   int m_setDepth = 0;
   int m_lastTag = 0;

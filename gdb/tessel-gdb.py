@@ -1,7 +1,7 @@
 """Loads the printers of libtessel and libutil into gdb.
 
-Installed as share/tessel/gdb/tessel-gdb.py, to be given to gdb's `source`, and where gdb looks for what belongs to a
-library, below share/gdb/auto-load. See tessel_gdb/__init__.py for what the printers show.
+Installed as share/tessel/gdb/tessel-gdb.py, for gdb's command `source`, and below share/gdb/auto-load, where gdb looks
+for the printers of a library. See tessel_gdb/__init__.py for what the printers show.
 """
 
 import os
@@ -14,7 +14,7 @@ folder = os.path.join(folder, "tessel", "gdb") if auto_load else os.path.dirname
 if folder not in sys.path:
     sys.path.insert(0, folder)
 
-# No compiled copies are left beside the files.
+# Leave no compiled copies beside the files.
 writes_nothing, sys.dont_write_bytecode = sys.dont_write_bytecode, True
 import tessel_gdb
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Counts the instructions of the fast paths and compares them with those kept in bench/instructions.txt.
 
-A path that takes over 5 % more than is kept fails; one that takes over 5 % less is told of. UPDATE=1 keeps the new
+A path that takes over 5 % more than is kept fails; one that takes over 5 % less is reported. UPDATE=1 keeps the new
 counts instead.
 
 What is counted is the same on every machine: the instructions of the two libraries, of the C++ runtime and of the
@@ -40,7 +40,7 @@ def self_cost(profile):
             if line.startswith("ob="):
                 is_counted = objects[number]
         elif line.startswith("calls="):
-            is_call = True  # The next line has the cost of what is called: it counts where it is spent.
+            is_call = True  # The next line has the cost of the called function: it counts where it is spent.
         elif re.match(r"[0-9+*-]", line):
             if is_counted and not is_call:
                 total += int(line.split()[1])
@@ -59,8 +59,8 @@ def count():
     paths = {}
     for (path, _), (_, cost) in zip(costs, costs[1:]):  # A path's profile is written before the next begins.
         name = path.removeprefix("Path_").removesuffix(".cold")
-        begun = paths[name] if path.endswith(".cold") else 0  # What the compiler put apart is a profile of its own.
-        paths[name] = begun + round(cost / REPEATS)  # The last call's stays.
+        begun = paths[name] if path.endswith(".cold") else 0  # A function's cold part has a profile of its own.
+        paths[name] = begun + round(cost / REPEATS)  # The last call's count stays.
     paths.pop("end")
     return paths
 

@@ -1,6 +1,6 @@
-// The fast paths, for count.py to count the instructions of: each function Path_NAME repeats its operation
-// kRepeats times (documents have as many entries). It is called twice, so that what only the first time costs
-// is over when the second is counted.
+// The fast paths, whose instructions count.py counts: each function Path_NAME repeats its operation kRepeats
+// times (documents have as many entries). It is called twice: only the second call is counted, without what
+// is done once.
 
 #include <cstdint>
 #include <cstdio>
@@ -25,13 +25,13 @@ constexpr int kRepeats = 200;
 constexpr const char* kName = "VideoSetting0042";
 const char* const kValues[] = {"one value", "another value"};
 
-/// What the paths work on: a call with 100 settings, and subscribers of some.
+/// The data of the paths: a call with 100 settings, and subscribers of some.
 struct Stage {
   Stage() {
     for (const std::string& name : NamesOf(100)) facade.SetKalConfig(name.c_str(), "before", kGroup);
-    subscribe("ToldToOneDirect1", 1, nullptr);
-    subscribe("ToldToEightDirec", 8, nullptr);
-    subscribe("ToldToOnePosted1", 1, &thread);
+    subscribe("NotifyOneDirect1", 1, nullptr);
+    subscribe("NotifyEightDirec", 8, nullptr);
+    subscribe("NotifyOnePosted1", 1, &thread);
     subscribe("SubscribedNoValu", 64, nullptr);
     facade.BindConfig("BoundSetting0001", [](const KalConfigEvent&) { return ConfigData("1"); }, kGroup);
     documents.Store().ApplyKalConfigs(document.c_str());
@@ -46,14 +46,14 @@ struct Stage {
   void subscribe(const char* name, int subscribers, ACmThread* runThread) {
     for (int i = 0; i < subscribers; ++i) {
       call.Store().SubscribeConfig(
-          kGroup, name, [this](const KalConfigEvent&) { ++told; }, runThread, runThread != nullptr);
+          kGroup, name, [this](const KalConfigEvent&) { ++notified; }, runThread, runThread != nullptr);
     }
   }
   void set(const char* name) {
     for (int i = 0; i < kRepeats; ++i) facade.SetKalConfig(name, kValues[i % 2], kGroup);
   }
 
-  long told = 0;
+  long notified = 0;
   ACmThread thread;
   Call call;
   KalConfigHelper facade{call.Id()};
@@ -66,8 +66,8 @@ struct Stage {
 
 Stage* g_stage = nullptr;
 
-/// Keeps the stage's thread from running what is queued while it lives: how two threads meet is not the same
-/// twice, what each does is.
+/// While it lives, the stage's thread runs nothing that is queued: the two threads' instructions are then the
+/// same in every run.
 class Hold {
  public:
   Hold() {
@@ -79,7 +79,7 @@ class Hold {
     kalStore::Post(g_stage->thread, hold, 0);
     m_held.acquire();
   }
-  /// Lets the thread go, and waits until it has run what is queued.
+  /// Releases the thread, and waits until it has run what is queued.
   ~Hold() {
     m_go.release();
     m_ended.acquire();
@@ -94,7 +94,7 @@ class Hold {
 
 struct CountedEvent : ICmEvent {
   int OnEventFire() override {
-    ++g_stage->told;
+    ++g_stage->notified;
     return 0;
   }
 };
@@ -120,12 +120,12 @@ TESSEL_PATH(overwrite) {
   g_stage->set(kName);
 }
 
-TESSEL_PATH(set_told_to_1) {
-  g_stage->set("ToldToOneDirect1");
+TESSEL_PATH(set_notify_1) {
+  g_stage->set("NotifyOneDirect1");
 }
 
-TESSEL_PATH(set_told_to_8) {
-  g_stage->set("ToldToEightDirec");
+TESSEL_PATH(set_notify_8) {
+  g_stage->set("NotifyEightDirec");
 }
 
 TESSEL_PATH(subscribe_and_remove_beside_64) {
@@ -153,9 +153,9 @@ TESSEL_PATH(post_and_run) {
   for (int i = 0; i < kRepeats; ++i) queue->PostEvent(new CountedEvent, ICmEventQueue::kDefaultPriority, 0);
 }
 
-TESSEL_PATH(set_told_to_1_posted) {
+TESSEL_PATH(set_notify_1_posted) {
   const Hold hold;
-  g_stage->set("ToldToOnePosted1");
+  g_stage->set("NotifyOnePosted1");
 }
 
 TESSEL_PATH(parse_entry) {
@@ -210,9 +210,9 @@ int main() {
   g_stage = &stage;
   for (int time = 0; time < 2; ++time) {
     for (const auto path :
-         {Path_read, Path_overwrite, Path_set_told_to_1, Path_set_told_to_8,
+         {Path_read, Path_overwrite, Path_set_notify_1, Path_set_notify_8,
           Path_subscribe_and_remove_beside_64, Path_bound_read, Path_toggle_read, Path_post_and_run,
-          Path_set_told_to_1_posted, Path_parse_entry, Path_write_entry, Path_apply_entry, Path_dump_entry,
+          Path_set_notify_1_posted, Path_parse_entry, Path_write_entry, Path_apply_entry, Path_dump_entry,
           Path_create_or_get_and_release, Path_statistics_setter, Path_statistics_block_read,
           Path_disabled_trace_line, Path_enabled_trace_line, Path_end}) {
       path();

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-/// The least that a store of named values can cost: an ordered map under a recursive mutex, and nothing else.
+/// The least that a store of named values can cost: an ordered map under a recursive mutex.
 class FloorStore {
  public:
   bool Get(std::string_view name, std::string& value) {
@@ -18,13 +18,13 @@ class FloorStore {
     return true;
   }
 
-  /// As the standard library has it: with a std::string made of the name, be it there or not.
+  /// As the standard library does it: with a std::string of the name, present or not.
   void Set(std::string name, std::string value) {
     const std::lock_guard lock(m_mutex);
     m_values.insert_or_assign(std::move(name), std::move(value));
   }
 
-  /// The same by hand: nothing is made of a name that is there.
+  /// The same by hand: no std::string for a name that is present.
   void SetInPlace(std::string_view name, std::string value) {
     const std::lock_guard lock(m_mutex);
     const auto place = m_values.lower_bound(name);

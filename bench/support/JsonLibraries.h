@@ -20,7 +20,7 @@
 #include <json/json.h>
 #endif
 
-// Each library as it comes: a text to a document that owns all it holds, and back to a compact text.
+// Each library with its defaults: JSON text to a document that owns all it holds, and back to compact text.
 
 struct Tessel {
   static constexpr const char* kName = "Tessel";

@@ -2,8 +2,8 @@
 
 #include <sched.h>
 
-/// Keeps the calling thread on one CPU while it lives; threads that it starts meanwhile stay there for good.
-/// Left to themselves two threads often share a CPU, and contention vanishes from what is measured.
+/// Keeps the calling thread on one CPU while it lives; threads that it starts meanwhile stay there.
+/// Without it two threads often share a CPU, and the measurement shows no contention.
 class Pin {
  public:
   /// `index` counts the CPUs that the process may use. REQUIRES: index < Cpus().

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-/// Gives its items one after another, for ever, in an order that is shuffled but the same in every run: what
-/// is looked up must not be what the caches and the branch predictor saw last.
+/// Returns its items one after another, repeatedly, in a shuffled order that is the same in every run: the
+/// caches and the branch predictor must not have seen the next item last.
 template <class T>
 class Rotation {
  public:

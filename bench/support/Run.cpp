@@ -22,8 +22,8 @@ class Company {
 
 int RunBenchmarks(int argc, char** argv) {
   const Company company;
-  // Memory that was once taken from the system stays in the process, as in an engine that runs for hours:
-  // what page faults cost depends on what ran before, not on what is measured.
+  // Memory once taken from the system stays in the process, as in an engine that runs for hours: page faults
+  // depend on what ran before, not on what is measured.
   mallopt(M_MMAP_THRESHOLD, 32 << 20);
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
   benchmark::Initialize(&argc, argv);

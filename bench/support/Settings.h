@@ -10,7 +10,7 @@
 /// The group that the benchmarks use.
 inline constexpr kalStore::KalConfigGroup kGroup = kalStore::KAL_CONFIG_GROUP_AUDIO;
 
-/// A call with an empty store of its own, which goes with it.
+/// A call with an empty store of its own, which ends with it.
 class Call {
  public:
   Call();
@@ -26,9 +26,9 @@ class Call {
   kalStore::IKalConfig* m_store = nullptr;
 };
 
-/// Names of 16 characters, in order: one more than a std::string holds without memory of its own.
+/// Names of 16 characters, in order: one more than a std::string stores without an allocation.
 std::vector<std::string> NamesOf(std::int64_t count);
 
 /// A settings document of so many entries, spread evenly over all groups in turn, as a store exports it:
-/// numbers, flags, and short and longer texts.
+/// numbers, flags, and short and longer strings.
 std::string SettingsDocument(std::int64_t entries);

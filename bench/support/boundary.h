@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// What lies behind the boundary of a shared library built like the shipped ones, and does the least there.
+// The least work behind the boundary of a shared library that is built like the shipped ones.
 
 /// A flag: the least that a disabled trace line can cost.
 __attribute__((visibility("default"))) int ReadBoundaryFlag();

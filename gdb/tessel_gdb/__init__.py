@@ -16,15 +16,15 @@
     $7 = started at 1000000 us of timer_policy
 
 Numbers of a document end as literals do: 30 is an int, 30u unsigned, 30l a 64-bit int, 1.5f a float, 1.5 a double.
-`print/r` shows a value as it lies in memory, `disable pretty-printer` switches the printers off, `set print elements`
-limits long texts and containers, `set print pretty on` gives a line to each member.
+`print/r` shows a value as it is in memory, `disable pretty-printer` switches the printers off, `set print elements`
+limits long strings and containers, `set print pretty on` gives a line to each member.
 
-They need the libraries' debug information, and say so where there is none. What they show is read from memory: nothing
-in the program is called or changed, and no lock is taken, so that a core file will do. A value that was never
-initialised, was destroyed or overwritten gives a message in angle brackets.
+They need the libraries' debug information, and say so where there is none. They only read memory: nothing in the
+program is called or changed, and no lock is taken, so that they also work on a core file. For a value that was never
+initialised, was destroyed or overwritten, they show a message in angle brackets.
 
-`reading` knows gdb and the standard library, `layout` the members of the project's classes, `printers` makes texts of
-both. When a member is renamed, `layout` is the place to say so.
+`reading` knows gdb and the standard library, `layout` the members of the project's classes; `printers` prints what both
+read. When a member is renamed, change `layout`.
 """
 
 import gdb

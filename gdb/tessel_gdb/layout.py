@@ -1,4 +1,4 @@
-"""Where the project's classes keep what the printers show: the one place that names their members."""
+"""Reads the members of the project's classes: the only file that names them."""
 
 from tessel_gdb.reading import (each_of_array, each_of_list, each_of_map, each_of_vector, is_callable, member, plain,
                                 require, size_of_map, sole, target)
@@ -49,12 +49,12 @@ def json_scalar(value):
 
 
 def json_object(value):
-    """The json::Object of a json::Value; None when it was never written to."""
+    """The json::Object of a json::Value; None when nothing was ever written to it."""
     return json_held(member(value, "mObjectVal"))
 
 
 def json_array(value):
-    """The json::Array of a json::Value; None when it was never written to."""
+    """The json::Array of a json::Value; None when nothing was ever written to it."""
     return json_held(member(value, "mArrayVal"))
 
 
@@ -128,13 +128,13 @@ def facade_store(facade):
 
 
 def facade_records(facade):
-    """For each group what was recorded, an atomMap."""
+    """The records of each group, an atomMap."""
     return each_of_array(member(target(sole(member(facade, "m_pObserverHelper"))), "m_records"))
 
 
 # ConfigEventHandler
 
-BEING_MADE = 2**64 - 1  # The id of a facade's record while the store makes its subscription.
+BEING_MADE = 2**64 - 1  # The id of a facade's record while the store registers its subscription.
 
 
 def handler_id(handler):
@@ -148,7 +148,7 @@ def handler_kind(handler):
 
 
 def handler_thread(handler):
-    """The pointer to the thread that is told; null when the setter's."""
+    """The pointer to the subscriber's thread; null for a direct delivery."""
     return member(handler, "m_pRunThread")
 
 
@@ -157,7 +157,7 @@ def handler_is_posted(handler):
 
 
 def handler_deliveries(handler):
-    """Those that a removal waits for."""
+    """The number of deliveries that a removal waits for."""
     return int(sole(member(handler, "m_nPendingNotify")))
 
 

@@ -1,4 +1,4 @@
-"""Makes texts of what the layout gives. Nothing raised here or below reaches gdb: a message stands in its place."""
+"""Prints what `layout` reads. No exception raised here or below reaches gdb: a message replaces the value."""
 
 import gdb
 
@@ -6,7 +6,7 @@ from tessel_gdb import layout, reading
 
 
 class Printer:
-    """What gdb asks of a value that is a text. A subclass gives `text()`, which may raise."""
+    """The printer of a value that is one string. A subclass defines `text()`, which may raise."""
 
     def __init__(self, value):
         self.value = value
@@ -24,7 +24,7 @@ class Printer:
 
 
 class Compound(Printer):
-    """What gdb asks of a value that has parts. A subclass gives `parts()`, pairs of name and value, which may raise."""
+    """The printer of a value with parts. A subclass defines `parts()`, pairs of name and value, which may raise."""
 
     hint = None
 
@@ -42,7 +42,7 @@ class Compound(Printer):
 
     def child(self, count, name, part):
         if self.hint == "map":
-            # gdb shows neither, but tells them apart by their names.
+            # gdb shows neither name, but needs different ones.
             yield f"key {count}", name
             yield f"value {count}", part
         else:
@@ -54,7 +54,7 @@ def message(problem):
 
 
 def guarded(make):
-    """`make`, which makes a printer of a value, in the form that gdb calls."""
+    """A function for gdb around `make`, which returns the printer of a value."""
 
     def printer(value):
         try:
@@ -66,22 +66,22 @@ def guarded(make):
 
 
 def shown(part):
-    """A part as gdb can show it: texts, and what is pointed to in place of what owns it."""
+    """A part as gdb can show it: strings, and objects in place of the pointers that own them."""
     if not isinstance(part, gdb.Value):
         return part
     if reading.is_a(part, "std::__cxx11::basic_string"):
         text = reading.text(part)
-        # Development environments show the string itself, if the standard library's printers are there.
+        # Development environments show the string itself, if the printers of the standard library are loaded.
         return text if gdb.default_visualizer(part) is None else part
     if reading.is_a(part, "std::shared_ptr"):
         pointer = reading.pointer_of(part)
         return reading.target(pointer) if pointer != 0 else "null"
-    # A number of one byte is no character.
+    # A number of one byte is not a character.
     return int(part) if part.type.sizeof == 1 and not reading.is_class(part.type) else part
 
 
 class Text(Printer):
-    """A text that is there already."""
+    """A string that is given."""
 
     def text(self):
         return self.value
@@ -105,7 +105,7 @@ class Meter(Printer):
 
 
 class Sequence(Compound):
-    """What consists of entries."""
+    """A container of entries."""
 
     nothing = "{}"
 
@@ -114,9 +114,9 @@ class Sequence(Compound):
 
 
 class Nested(Sequence):
-    """What consists of entries of its own kind. Damage may make it a part of itself, which would be shown for ever."""
+    """A container of containers. A damaged one may contain itself, and would be shown without end."""
 
-    open = []  # What is being shown now, from the outside in.
+    open = []  # The containers being shown, the outermost first.
 
     def entries(self):
         return ()
@@ -195,14 +195,14 @@ class Handler(Compound):
 
 
 class Event(Compound):
-    """What a callback receives."""
+    """The event that a callback receives."""
 
     def parts(self):
         return layout.event_members(self.value).items()
 
 
 def group_names():
-    """The groups' names in their order, as the enumerators end."""
+    """The groups' names in their order: the ends of the enumerators' names."""
     groups = gdb.lookup_type("kalStore::KalConfigGroup").fields()
     return [field.name.rpartition("KAL_CONFIG_GROUP_")[2] for field in sorted(groups, key=lambda field: field.enumval)
             if field.enumval >= 0]
@@ -268,7 +268,7 @@ class WideNumber(Printer):
 
 
 class Statistics(Compound):
-    """A statistics object: of what, and which blocks it has."""
+    """A statistics object: its medium and its blocks."""
 
     def __init__(self, medium, blocks, value):
         super().__init__(value)

@@ -1,14 +1,14 @@
-"""Reads what gdb and the standard library hold; knows nothing of the project.
+"""Reads values of gdb and of the standard library; knows nothing of the project.
 
-Whatever is wrong with a value raises an exception, and nothing is followed for ever: containers are checked while they
-are gone through, so that memory of any contents comes to an end.
+Every fault of a value raises an exception. Containers are checked while they are read, so that reading ends whatever
+the memory contains.
 """
 
 import gdb
 
 
 class Unreadable(Exception):
-    """Why a value cannot be shown; stands in its place."""
+    """Why a value cannot be shown; shown in its place."""
 
 
 def require(condition):
@@ -17,7 +17,7 @@ def require(condition):
 
 
 def referred(value):
-    """What a reference stands for; any other value itself."""
+    """The object of a reference; any other value itself."""
     return value.referenced_value() if value.type.code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF) else value
 
 
@@ -27,7 +27,7 @@ def place(value):
 
 
 def plain(kind):
-    """The type itself: neither another name for it, nor const."""
+    """The type without typedefs and qualifiers."""
     return kind.strip_typedefs().unqualified()
 
 
@@ -58,7 +58,7 @@ def member(value, *path):
 
 
 def loaded(value):
-    """The value, known to be in memory that can be read."""
+    """The value; raises when its memory cannot be read."""
     value.fetch_lazy()
     return value
 
@@ -68,7 +68,7 @@ def target(pointer):
 
 
 def sole(value):
-    """The one thing that a std::atomic or std::unique_ptr consists of: its value, or its pointer."""
+    """The one part of a std::atomic or std::unique_ptr: its value, or its pointer."""
     held = plain(value.type).template_argument(0)
     if is_a(value, "std::unique_ptr"):
         held = held.pointer()
@@ -98,7 +98,7 @@ def size_of_map(tree):
 
 
 def each_of_map(tree):
-    """The pairs of a std::map in order. A node counts only where it names the parent that led to it."""
+    """The pairs of a std::map in order. A node is accepted only when it points to its parent."""
     pair = plain(tree.type).template_argument(3).template_argument(0)
     header = member(tree, "_M_t", "_M_impl", "_M_header")
     require(header.address is not None)
@@ -119,7 +119,7 @@ def each_of_map(tree):
 
 
 def each_of_list(chain):
-    """The elements of a std::list. A node counts only where it leads back to the one before it."""
+    """The elements of a std::list. A node is accepted only when it points to the one before it."""
     element = plain(chain.type).template_argument(0)
     header = member(chain, "_M_impl", "_M_node")
     require(header.address is not None)

@@ -7,15 +7,15 @@
 #include "tessel/StatisticsRegistration.h"
 #include "tessel/export.h"
 
-/// The audio statistics of one call; made by createTesselEntity(). Operations: see IKalAudioInfo,
+/// The audio statistics of one call, created by createTesselEntity(). Operations: see IKalAudioInfo and
 /// IKalUnknown.
 class TESSEL_API KalAudioStatisticInfo : public kalStore::IKalAudioInfo,
                                          public kal::IKalUnknown,
                                          public kal::CKalUnknownImpl {
  public:
-  /// With all blocks zero but the Tx noise and speech levels, -100, and `stat112`, 20; the reference count is
-  /// 0: the first owner adds the first one.
-  /// @param callId  the call's, any
+  /// All blocks are zero, except the Tx noise and speech levels, -100, and `stat112`, 20. The reference count
+  /// is 0: the first owner adds the first reference.
+  /// @param callId  any
   explicit KalAudioStatisticInfo(std::uint32_t callId);
   ~KalAudioStatisticInfo() override;
 

@@ -6,7 +6,7 @@
 
 namespace kal {
 
-/// The video codecs of an encoder; named after the codec code that the blocks carry for them.
+/// The video codecs of an encoder, named after their codec codes in the blocks.
 enum KalVideoCodecType : std::int32_t {
   KAL_VIDEO_CODEC_CODE_100 = 0,
   KAL_VIDEO_CODEC_CODE_101 = 1,
@@ -14,7 +14,7 @@ enum KalVideoCodecType : std::int32_t {
   KAL_VIDEO_CODEC_CODE_104 = 3,
 };
 
-/// How an encoder scales its pictures down; stored as given. The engine's own values are all allowed.
+/// How an encoder scales its pictures down; stored as given. All values of the engine are allowed.
 enum KalVideoResDownType : std::int32_t {
   KAL_VIDEO_RES_DOWN_NONE = 0,
 };
@@ -23,7 +23,7 @@ enum KalVideoResDownType : std::int32_t {
 
 namespace kalStore {
 
-/// The RTP payload types that stand for an audio codec. Every other value stands for none.
+/// The RTP payload types of an audio codec. Every other value has no codec code.
 enum KAL_AUDIO_PAYLOAD_TYPE : std::int32_t {
   KAL_AUDIO_PAYLOAD_PCMU = 0,           ///< codec code 1
   KAL_AUDIO_PAYLOAD_PCMA = 8,           ///< codec code 2
@@ -38,7 +38,7 @@ enum KAL_AUDIO_PAYLOAD_TYPE : std::int32_t {
   KAL_AUDIO_PAYLOAD_DYNAMIC_107 = 107,  ///< codec code 12
 };
 
-/// Finds the code of a video codec in the blocks.
+/// Converts a video codec to its code in the blocks.
 /// @param codec  any
 /// @return 100, 101, 0 and 104 for types 0 to 3; 0 for every other value.
 /// @threads Any.

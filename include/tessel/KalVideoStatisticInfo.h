@@ -7,15 +7,15 @@
 #include "tessel/StatisticsRegistration.h"
 #include "tessel/export.h"
 
-/// The video statistics of one call; made by createTesselEntity(). Operations: see IKalVideoInfo,
+/// The video statistics of one call, created by createTesselEntity(). Operations: see IKalVideoInfo and
 /// IKalUnknown.
 class TESSEL_API KalVideoStatisticInfo : public kalStore::IKalVideoInfo,
                                          public kal::IKalUnknown,
                                          public kal::CKalUnknownImpl {
  public:
-  /// With all blocks zero but the noise level, -1; the reference count is 0: the first owner adds the first
-  /// one.
-  /// @param callId  the call's, any
+  /// All blocks are zero, except the noise level, -1. The reference count is 0: the first owner adds the
+  /// first reference.
+  /// @param callId  any
   explicit KalVideoStatisticInfo(std::uint32_t callId);
   ~KalVideoStatisticInfo() override;
 

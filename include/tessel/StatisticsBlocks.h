@@ -3,11 +3,10 @@
 /// @file
 /// The raw blocks that the statistics objects hand out, and the records that components hand in.
 ///
-/// All are plain bytes, in the machine's byte order, and may be copied with memcpy. Every member stands at
-/// the offset that its comment begins with, in bytes from the start of its structure; what lies between is
-/// reserved: the library hands it through and gives it no meaning. Members that only the measuring components
-/// can name carry their place as a number: what is copied from where is in their comments. Without a unit in
-/// the comment a member is a bare number.
+/// All are plain bytes, in the machine's byte order, and may be copied with memcpy. The comment of a member
+/// begins with its offset, in bytes from the start of its structure. The bytes between members are reserved:
+/// the library copies them and gives them no meaning. Members that only the measuring components can name
+/// have their offset in the name, and their source in the comment. A member without a unit is a bare number.
 
 #include <cstddef>
 #include <cstdint>
@@ -22,7 +21,7 @@ inline constexpr int kVideoLayerCount = 6;
 /// The receive streams of an audio object: stream indexes 0 to 19.
 inline constexpr int kAudioStreamCount = 20;
 
-/// An unsigned 64-bit number that may stand at any multiple of 4 bytes.
+/// An unsigned 64-bit number at any multiple of 4 bytes. A read beside a write may see halves of two numbers.
 /// @threads A plain value.
 /// @par Example
 /// @code{.cpp}
@@ -186,9 +185,9 @@ struct st_KalVideoStreamStatInfo {
   std::uint8_t reserved216[32];
   std::uint32_t idrReasons[11];  ///< 248: IDR frames by reason, since the start of the call
   std::uint8_t reserved292[8];
-  std::int32_t stat300;   ///< 300: kept as the least positive value of the interval
-  std::int32_t stat304;   ///< 304: kept as the greatest value of the interval
-  std::uint32_t stat308;  ///< 308: kept as the last value of the interval
+  std::int32_t stat300;   ///< 300: the layer has the least positive value of the interval
+  std::int32_t stat304;   ///< 304: the layer has the greatest value of the interval
+  std::uint32_t stat308;  ///< 308: the layer has the last value of the interval
   std::uint8_t reserved312[88];
 };
 
@@ -220,7 +219,7 @@ struct st_KalAudioJitterBufferStatistics {
 namespace kal {
 
 /// The audio and video synchronisation of one received stream, 120 bytes: thirty 32-bit members, which the
-/// library hands through as they are.
+/// library copies as they are.
 struct _tagSyncStatistics {
   std::uint32_t value[30];  ///< 0: value i at 4 * i
 };

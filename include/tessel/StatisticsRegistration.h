@@ -13,8 +13,8 @@ namespace internal {
 
 struct EntityParts;  // What the registry reaches of an object; sees its private members.
 
-// The entry of a statistics object in the registry that hands it out. When the object ends, its entry goes
-// with it, whoever released the last reference.
+// The entry of a statistics object in the registry that hands it out. The end of the object erases it,
+// also when the last reference is released by the object's own Release().
 class Registration {
  public:
   Registration() = default;

@@ -7,7 +7,7 @@
 
 namespace kalStore::internal {
 
-/// The code of the audio codec that a payload type stands for; none when it stands for no codec.
+/// The codec code of an audio payload type; none for a type without a codec.
 std::optional<std::uint32_t> AudioCodecCode(KAL_AUDIO_PAYLOAD_TYPE payloadType);
 
 }  // namespace kalStore::internal

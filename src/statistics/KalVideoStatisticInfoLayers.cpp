@@ -18,7 +18,7 @@ bool IsLayer(std::int32_t index) {
   return index >= 0 && index < kVideoLayerCount;
 }
 
-// How many layers a caller's count stands for.
+// The number of layers to process for a caller's count.
 int LayerCount(std::int32_t count) {
   return std::clamp(count, 0, kVideoLayerCount);
 }

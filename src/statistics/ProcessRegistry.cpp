@@ -13,7 +13,8 @@ extern CKalTessel kalTesselInstant __attribute__((alias("tesselRegistryStorage")
 
 namespace kalStore::internal {
 
-// A function's static object: whoever uses the registry in a constructor is destroyed before it is emptied.
+// A function's static object: a static object that uses the registry in its constructor is destroyed before
+// the registry is emptied.
 CKalTessel& ProcessRegistry::Get() {
   static const ProcessRegistry made;
   return kalTesselInstant;

@@ -5,9 +5,9 @@
 #include <type_traits>
 
 // Statistics members are written and read by many threads at once, without a lock: each access is a relaxed
-// atomic one, which costs what a plain one costs. Whole blocks are taken word by word, so that no member is
-// ever torn into more than its words. The compiler's operations are used rather than std::atomic_ref because
-// words and members overlap, which atomic_ref does not allow.
+// atomic one, which costs no more than a plain one. Whole blocks are copied word by word, so that a member is
+// never torn into parts smaller than a word. The compiler's operations are used rather than std::atomic_ref
+// because words and members overlap, which atomic_ref does not allow.
 namespace kalStore::internal::relaxed {
 
 template <class T>
@@ -50,7 +50,7 @@ struct Words64 {
 template <class Block>
 using WordsOf = std::conditional_t<alignof(Block) % alignof(std::uint64_t) == 0, Words64, Words32>;
 
-/// A copy of the block, for the calling thread alone.
+/// A copy of the block, which only the calling thread sees.
 template <class Block>
 Block LoadBlock(const Block& block) {
   using Word = typename WordsOf<Block>::Word;

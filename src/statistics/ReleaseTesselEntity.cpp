@@ -1,4 +1,4 @@
-// Apart from the registry, so that the call goes through its exported symbol and can be interposed.
+// In a file of its own, so that the call goes through its exported symbol and can be interposed.
 #include "statistics/ProcessRegistry.h"
 
 namespace kalStore {

@@ -6,7 +6,7 @@
 
 namespace kalStore::internal {
 
-/// What QueryInterface() of the statistics objects does; `part` is the object's reference-counted part.
+/// QueryInterface() of the statistics objects; `part` is the object's reference-counted part.
 std::int32_t QueryStatisticsInterface(kal::CKalUnknownImpl& part, const kal::_tagUUID& iid, void** ppv);
 
 }  // namespace kalStore::internal

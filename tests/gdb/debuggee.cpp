@@ -1,5 +1,4 @@
-// What the debugger is shown: one value of every type that it has a printer for. It stops in each `show`
-// function.
+// One value of every type that has a printer, for gdb to show. gdb stops in each `show` function.
 #include <tessel/tessel.h>
 #include <util/util.h>
 
@@ -168,13 +167,13 @@ Values& makeValues() {
   return *values;
 }
 
-// The count stands behind the node that ends the map.
+// The count follows the node that ends the map.
 void setCount(Values& values, std::size_t count) {
   Values::Locked map(values);
   std::memcpy(static_cast<void*>(map->end()._M_node + 1), &count, sizeof(count));
 }
 
-// Containers that lost their shape; none of them is destroyed.
+// Containers with damaged links; none of them is destroyed.
 void showDamagedContainers() {
   Values& backToTheStart = makeValues();
   {
@@ -211,7 +210,7 @@ void showDamagedContainers() {
   const ConfigData& textWithoutEnd = *new ConfigData("text");
   const_cast<char*>(textWithoutEnd.ToCstr())[4] = 'x';
 
-  // The elements of an array are what holds that array.
+  // The elements of an array are the value that holds that array.
   json::Value& arrayInItself = *new json::Value(json::Array());
   json::Array& elements = arrayInItself.ToArray();
   for (int i = 0; i < 2; ++i) elements.emplace_back();
@@ -221,8 +220,8 @@ void showDamagedContainers() {
   stop();
 }
 
-// Memory of every type with contents that no program gives it: all bits clear, all set, addresses of the
-// memory itself and of parts of it, bytes of a fixed series.
+// Memory of every type with contents that no program writes: all bits clear, all set, addresses of the memory
+// itself and of parts of it, bytes of a fixed series.
 template <class T>
 struct Shape {
   alignas(T) unsigned char bytes[sizeof(T)];

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the build into an empty prefix, runs the program with it in gdb, and looks at what gdb shows.
-# usage: gdb_test.sh WAY SOURCE_DIR BUILD_DIR WORK_DIR PROGRAM; with UPDATE=1 keeps what it shows as the new text.
+# Installs the build into an empty prefix, runs the program with it in gdb, and checks what gdb shows.
+# usage: gdb_test.sh WAY SOURCE_DIR BUILD_DIR WORK_DIR PROGRAM; UPDATE=1 stores what it shows as the expected text.
 set -euo pipefail
 arguments=$*
 way=$1 source=$2 build=$3 work=$4 program=$5
@@ -16,28 +16,28 @@ show() {
   shift
   local libraries
   libraries=$(dirname "$(find "$prefix" -name libtessel.so)")
-  # Started by gdb itself, not by the script: what belongs to a library is not loaded while a script runs.
+  # gdb starts the program, not the script: gdb loads no printers of a library while a script runs.
   gdb -nx -batch "$@" -ex "set disable-randomization off" \
     -ex "set environment LD_LIBRARY_PATH $libraries:$libraries/tessel" -ex "break stop" -ex run \
     -x "$source/tests/gdb/show.py" "$program" >"$work/gdb.log" 2>&1 && [ -s "$SHOWN" ] || { cat "$work/gdb.log"; exit 1; }
-  # What gdb answers to development environments does not reach the script.
+  # The script does not receive what gdb answers to development environments.
   sed -n 's/^\^//p' "$work/gdb.log" >>"$SHOWN"
 }
 
-# compare WITH: all that gdb shows, with a text in the tree.
+# compare WITH: all that gdb shows, with a file in the tree.
 compare() {
   local kept=$source/tests/gdb/$1
   [ "${UPDATE:-0}" = 1 ] && cp "$SHOWN" "$kept"
   diff -u "$kept" "$SHOWN" && return
   echo "gdb shows something else; when that is meant: UPDATE=1 $0 $arguments"
   grep -o '<no member [^>]*>' "$SHOWN" | sort -u
-  echo "A member that was renamed or moved is named in gdb/tessel_gdb/layout.py alone."
+  echo "A member that was renamed or moved is named only in gdb/tessel_gdb/layout.py."
   exit 1
 }
 
 case "$way" in
   auto_load)
-    # As from the system's own prefix, where gdb looks without being told.
+    # As from the system's own prefix, where gdb looks by default.
     show whole -iex "add-auto-load-scripts-directory $prefix/share/gdb/auto-load" \
       -iex "add-auto-load-safe-path $prefix/share/gdb/auto-load"
     compare whole.txt
@@ -56,7 +56,7 @@ case "$way" in
     ;;
   any_bytes)
     show any -ex "set print elements unlimited" -x "$prefix/share/tessel/gdb/tessel-gdb.py"
-    # An answer to each question, and an error of Python's in none.
+    # Each question has an answer, and no answer is an error of Python's.
     awk '/Python|Traceback|^error:/ { bad = 1; print }
          /^\(gdb\)/ { if (asked) { bad = 1; print "no answer: line " NR - 1 } asked = 1; next }
          { asked = 0 }

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Stops in a function whose values the compiler may keep in pieces, or not at all.
+/// Stops in a function whose values the compiler may split or leave out.
 void showOptimised(int count);

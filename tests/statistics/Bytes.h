@@ -10,7 +10,7 @@
 /// A structure as its raw bytes, so that a test can name members by their place alone.
 template <std::size_t size>
 struct alignas(8) Bytes : std::array<unsigned char, size> {
-  /// Bytes that differ from place to place; `salt` tells fillings apart. Every 32-bit member is positive.
+  /// Bytes that differ from place to place, and with `salt`. Every 32-bit member is positive.
   static Bytes Pattern(unsigned int salt = 0) {
     Bytes bytes;
     for (std::size_t i = 0; i < size; ++i) {

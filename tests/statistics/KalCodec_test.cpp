@@ -22,7 +22,7 @@ TEST(KalCodec, IsReachableWithoutItsNamespace) {
   EXPECT_EQ(::mapToKALCodec(kal::KAL_VIDEO_CODEC_CODE_101), 101U);
 }
 
-// Codec 777 stands for "left unchanged".
+// Codec 777: left unchanged.
 TEST(KalCodec, MapsTheAudioPayloadTypesAndLeavesTheRestUnchanged) {
   const struct {
     std::int32_t payloadType;

@@ -1,4 +1,4 @@
-// What many threads do at once to the same objects, without a lock of their own. Run under ThreadSanitizer.
+// Many threads use the same objects at once, without a lock of their own. Run under ThreadSanitizer.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -327,7 +327,7 @@ TEST(StatisticsThreads, CreateShareAndReleaseTheSameKeys) {
   }
 }
 
-// Whoever lets go last, by the registry or by the object: requests beside it get an object that lives.
+// However the last reference is released, requests beside it get an object that lives.
 TEST(StatisticsThreads, EndByTheirOwnReleaseBesideRequests) {
   kalStore::CKalTessel registry;
   constexpr auto kType = kalStore::KAL_TESSEL_VIDEO;

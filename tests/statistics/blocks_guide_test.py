@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The tables of docs/guides/statistics-blocks.md have the members of the blocks, all of them, at their offsets.
 
-The offsets are those of the header's own assertions. Each table stands under a heading that names its structure.
+The offsets are those of the header's own assertions. The heading above each table names its structure.
 """
 
 import re
@@ -17,10 +17,11 @@ def main():
     faults = []
     tables = re.findall(r"^### [^\n]*`(st_\w+)`, (\d+) bytes\n(.*?)(?=^##)", guide, re.DOTALL | re.MULTILINE)
     for structure, size, table in tables:
-        told = set(re.findall(r"^\| (\d+) \|[^|]*\| `(\w+)", table, re.MULTILINE))
+        documented = set(re.findall(r"^\| (\d+) \|[^|]*\| `(\w+)", table, re.MULTILINE))
         held = re.findall(rf"TESSEL_AT\(kalStore::{structure}, (\w+), (\d+)\)", header)
         held = {(offset, member) for member, offset in held if not member.startswith("reserved")}
-        faults += [f"{structure}: {name} at {offset} is in one of them alone" for offset, name in sorted(told ^ held)]
+        faults += [f"{structure}: {name} at {offset} is in only one of them"
+                   for offset, name in sorted(documented ^ held)]
         if f"TESSEL_SIZE(kalStore::{structure}, {size})" not in header:
             faults.append(f"{structure}: has not {size} bytes")
     print(f"{len(tables)} tables", *faults, sep="\n")
