@@ -1,27 +1,26 @@
-#include <chrono>
+#include <stdexcept>
 #include <thread>
 
 #include "StoreFixture.h"
+#include "support/TestClock.h"
 
 namespace kalStore {
 namespace {
 
 using ::testing::ElementsAre;
-using Clock = std::chrono::steady_clock;
-
-long MillisSince(Clock::time_point start) {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
-}
+// The sleeps of a wait that gives up, on a clock that each moves by 1 ms: 3000 ms must have passed.
+constexpr long kGiveUpSleeps = 3001;
 
 class StoreRemoval : public StoreTest {
  protected:
-  /// Checks what a removal that gave up leaves in the trace: reports about every 500 ms of the 3000.
-  static void ExpectLongWait(const TraceLog& log, const std::string& line) {
-    const std::vector<std::string> waits = log.Matching("Waiting for long time");
-    EXPECT_GE(waits.size(), 4U);
-    EXPECT_LE(waits.size(), 5U);
-    for (const std::string& wait : waits) EXPECT_EQ(line, wait);
-    EXPECT_EQ(waits.size(), log.CountLevel(1));
+  std::string WaitingLine() const {
+    return "kalStore::KalConfig::unsubscribeConfig, name Waiting for long time..." + Suffix();
+  }
+  /// Removes on this thread, and returns how often that slept.
+  long SleepsOfRemoving(SubscribeId_t id) {
+    const long before = TestClock::Sleeps();
+    EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
+    return TestClock::Sleeps() - before;
   }
 };
 
@@ -71,9 +70,8 @@ TEST_F(StoreRemoval, DoesNotWaitWhenNothingIsInProgress) {
   Recorder told;
   const SubscribeId_t id = Subscribe("name", told.Callback());
   Set("name", "1");
-  const Clock::time_point start = Clock::now();
-  m_store.UnsubscribeConfig(id);
-  EXPECT_LT(MillisSince(start), 500);
+  const TestClock clock(1);
+  EXPECT_EQ(0, SleepsOfRemoving(id));
 }
 
 TEST_F(StoreRemoval, WaitsForADeliveryInProgressElsewhere) {
@@ -89,15 +87,12 @@ TEST_F(StoreRemoval, WaitsForADeliveryInProgressElsewhere) {
   TraceLog log(1);
   std::thread setter([&] { EXPECT_EQ(kResultOk, Set("name", "1")); });
   inside.Wait();
-  std::thread opener([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    go.Open();
-  });
+  TestClock clock(0);
+  clock.OnSleep([&] { go.Open(); });
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
   EXPECT_TRUE(isDone);
   EXPECT_EQ(1, captured.use_count());
   setter.join();
-  opener.join();
   EXPECT_EQ(
       1U,
       log.Count(
@@ -119,14 +114,11 @@ TEST_F(StoreRemoval, WaitsForTheInitialDelivery) {
               }));
   });
   inside.Wait();
-  std::thread opener([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    go.Open();
-  });
+  TestClock clock(0);
+  clock.OnSleep([&] { go.Open(); });
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(1));
   EXPECT_TRUE(isDone);
   subscriber.join();
-  opener.join();
 }
 
 TEST_F(StoreRemoval, WaitsForABindingThatComputes) {
@@ -145,14 +137,11 @@ TEST_F(StoreRemoval, WaitsForABindingThatComputes) {
     EXPECT_STREQ("late", value.ToCstr());
   });
   inside.Wait();
-  std::thread opener([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    go.Open();
-  });
+  TestClock clock(0);
+  clock.OnSleep([&] { go.Open(); });
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
   EXPECT_TRUE(isDone);
   reader.join();
-  opener.join();
 }
 
 TEST_F(StoreRemoval, HappensOnceWhenSeveralThreadsTry) {
@@ -172,16 +161,14 @@ TEST_F(StoreRemoval, HappensOnceWhenSeveralThreadsTry) {
 }
 
 TEST_F(StoreRemoval, FromTheOwnCallbackGivesUpAfterThreeSecondsWhateverTheMockTime) {
+  const TestClock clock(1);
   set_mock_time(0);
   int calls = 0;
   SubscribeId_t id = 0;
   TraceLog log(1);
   id = Subscribe("name", [&](const KalConfigEvent&) {
     ++calls;
-    const Clock::time_point start = Clock::now();
-    EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
-    EXPECT_GE(MillisSince(start), 2999);
-    EXPECT_LT(MillisSince(start), 3500);
+    EXPECT_EQ(kGiveUpSleeps, SleepsOfRemoving(id));
   });
   EXPECT_EQ(kResultOk, Set("name", "1"));
   set_mock_time(~0UL);
@@ -192,35 +179,24 @@ TEST_F(StoreRemoval, FromTheOwnCallbackGivesUpAfterThreeSecondsWhateverTheMockTi
           "kalStore::KalConfig::unsubscribeConfig, Same thread remove itself when notification, name, " +
           std::to_string(GetThreadSelfId()) + ", 1" + Suffix()}),
       log.Matching("Same thread"));
-  const std::string cost = log.Matching("cost=").at(0);
-  EXPECT_THAT(cost, ::testing::StartsWith("kalStore::ConfigEventHandler::Notify, name, Audio, cost=30"));
-  const std::vector<std::string> waits = log.Matching("Waiting");
-  EXPECT_GE(waits.size(), 4U);
-  EXPECT_LE(waits.size(), 5U);
-  for (const std::string& wait : waits) {
-    EXPECT_EQ("kalStore::KalConfig::unsubscribeConfig, name Waiting for long time..." + Suffix(), wait);
-  }
-  EXPECT_EQ(waits.size() + 1, log.CountLevel(1));
+  EXPECT_EQ(std::vector<std::string>(5, WaitingLine()), log.Matching("Waiting"));
+  EXPECT_THAT(log.Matching("cost=").at(0),
+              ::testing::StartsWith("kalStore::ConfigEventHandler::Notify, name, Audio, cost=3001ms"));
+  EXPECT_EQ(6U, log.CountLevel(1));
   EXPECT_EQ(1U, log.CountLevel(0));
   EXPECT_EQ("0", TotalObservers());
 }
 
 TEST_F(StoreRemoval, FromAHandedOverCallbackGivesUpWhileTheSetterWaits) {
+  const TestClock clock(1);
   ACmThread thread;
   ASSERT_EQ(0, thread.Start());
   SubscribeId_t id = 0;
-  std::atomic<long> waited{0};
+  long sleeps = 0;
   TraceLog log(1);
-  id = Subscribe(
-      "name",
-      [&](const KalConfigEvent&) {
-        const Clock::time_point start = Clock::now();
-        EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
-        waited = MillisSince(start);
-      },
-      &thread, false);
+  id = Subscribe("name", [&](const KalConfigEvent&) { sleeps = SleepsOfRemoving(id); }, &thread, false);
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  EXPECT_GE(waited, 2999);
+  EXPECT_EQ(kGiveUpSleeps, sleeps);
   EXPECT_EQ(
       (std::vector<std::string>{
           "kalStore::KalConfig::unsubscribeConfig, Other thread remove itself when notification, name, " +
@@ -241,11 +217,11 @@ TEST_F(StoreRemoval, ThatGaveUpLeavesTheCallbackToItsDelivery) {
   });
   std::thread setter([&] { EXPECT_EQ(kResultOk, Set("name", "1")); });
   inside.Wait();
+  const TestClock clock(1);
   TraceLog log(1);
-  const Clock::time_point start = Clock::now();
-  EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
-  EXPECT_GE(MillisSince(start), 2999);
-  ExpectLongWait(log, "kalStore::KalConfig::unsubscribeConfig, name Waiting for long time..." + Suffix());
+  EXPECT_EQ(kGiveUpSleeps, SleepsOfRemoving(id));
+  EXPECT_EQ(std::vector<std::string>(5, WaitingLine()), log.Matching("Waiting"));
+  EXPECT_EQ(5U, log.CountLevel(1));
   EXPECT_FALSE(isDone);
   EXPECT_EQ(2, captured.use_count());
   EXPECT_EQ(kResultNotFound, m_store.UnsubscribeConfig(id));
@@ -255,20 +231,123 @@ TEST_F(StoreRemoval, ThatGaveUpLeavesTheCallbackToItsDelivery) {
   EXPECT_EQ(1, captured.use_count());
 }
 
+// The setter waits for the run thread and the removal, on that thread, for the setter: one has to give up. The
+// callback still runs once, with all that it captured, after the removal has returned.
+TEST_F(StoreRemoval, FromAnEventOfTheRunThreadLeavesOneCallToASetterThatHandsOver) {
+  const TestClock clock(1);
+  ACmThread thread;
+  ASSERT_EQ(0, thread.Start());
+  Gate announced;
+  std::atomic<bool> hasReturned{false};
+  std::atomic<int> calls{0};
+  auto captured = std::make_shared<int>(1);
+  Subscribe("name", [&](const KalConfigEvent&) { announced.Open(); });
+  const SubscribeId_t id = Subscribe(
+      "name",
+      [&, captured](const KalConfigEvent&) {
+        EXPECT_TRUE(hasReturned);
+        calls += *captured;
+      },
+      &thread, false);
+  long sleeps = 0;
+  Post(thread, [&] {
+    announced.Wait();  // The change is announced to the second subscriber as well.
+    sleeps = SleepsOfRemoving(id);
+    EXPECT_EQ(0, calls);
+    hasReturned = true;
+  });
+  EXPECT_EQ(kResultOk, Set("name", "1"));
+  EXPECT_EQ(kGiveUpSleeps, sleeps);
+  EXPECT_EQ(1, calls);
+  EXPECT_EQ(kResultOk, Set("name", "2"));
+  thread.Stop();
+  EXPECT_EQ(1, calls);
+  EXPECT_EQ(1, captured.use_count());
+}
+
+// The same for a subscription that fails: the initial delivery throws while a setter waits to hand over.
+TEST_F(StoreRemoval, OfASubscriptionThatFailedGivesUpOnceAndLeavesOneCallToASetterThatHandsOver) {
+  const TestClock clock(1);
+  ACmThread thread;
+  ASSERT_EQ(0, thread.Start());
+  Set("name", "1");
+  Gate announced;
+  Subscribe("other", [](const KalConfigEvent&) {});
+  Subscribe("name", [&](const KalConfigEvent& event) {
+    if (event.m_newValue.ToInt() == 2) announced.Open();
+  });
+  std::thread setter;
+  std::atomic<bool> hasThrown{false};
+  std::atomic<int> late{0};
+  long sleeps = 0;
+  Send(thread, [&] {
+    const long before = TestClock::Sleeps();
+    EXPECT_THROW(Subscribe(
+                     "name",
+                     [&](const KalConfigEvent& event) {
+                       if (event.m_newValue.ToInt() == 2) {
+                         EXPECT_TRUE(hasThrown);
+                         ++late;
+                         return;
+                       }
+                       setter = std::thread([&] { EXPECT_EQ(kResultOk, Set("name", "2")); });
+                       announced.Wait();
+                       throw std::runtime_error("initial");
+                     },
+                     &thread, false),
+                 std::runtime_error);
+    sleeps = TestClock::Sleeps() - before;
+    hasThrown = true;
+  });
+  setter.join();
+  EXPECT_EQ(kGiveUpSleeps, sleeps);
+  EXPECT_EQ(1, late);
+  EXPECT_EQ(kResultOk, Set("name", "3"));
+  thread.Stop();
+  EXPECT_EQ(1, late);
+  EXPECT_EQ("2", TotalObservers());
+}
+
+// The delivery that a removal waits for ends the store.
+TEST_F(StoreRemoval, MayWaitForTheEndOfItsStore) {
+  TestClock clock(501);
+  auto store = std::make_unique<KalConfig>(6);
+  Gate inside;
+  Gate go;
+  const SubscribeId_t id = store->SubscribeConfig(
+      kAudio, "name",
+      [&](const KalConfigEvent&) {
+        inside.Open();
+        go.Wait();
+        store.reset();
+      },
+      nullptr, false);
+  KalConfig& ending = *store;
+  std::thread setter([&] { ending.SetKalConfig(kAudio, "name", "1", false, false); });
+  inside.Wait();
+  TraceLog log(1);
+  clock.OnSleep([&] {
+    go.Open();
+    setter.join();
+    clock.OnSleep(nullptr);
+  });
+  EXPECT_EQ(kResultOk, ending.UnsubscribeConfig(id));
+  EXPECT_EQ(1U, log.Count("name Waiting for long time... [cid=6]" + ThisText(&ending)));
+}
+
 TEST_F(StoreRemoval, FromAPostedCallbackDoesNotWait) {
   ACmThread thread;
   ASSERT_EQ(0, thread.Start());
   SubscribeId_t id = 0;
   std::atomic<int> calls{0};
-  std::atomic<long> waited{0};
+  std::atomic<long> sleeps{-1};
+  const TestClock clock(1);
   TraceLog log(1);
   id = Subscribe(
       "name",
       [&](const KalConfigEvent&) {
         ++calls;
-        const Clock::time_point start = Clock::now();
-        EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
-        waited = MillisSince(start);
+        sleeps = SleepsOfRemoving(id);
       },
       &thread, true);
   Gate go;
@@ -276,7 +355,7 @@ TEST_F(StoreRemoval, FromAPostedCallbackDoesNotWait) {
   Set("name", "1");
   go.Open();
   thread.Stop();
-  EXPECT_LT(waited, 500);
+  EXPECT_EQ(0, sleeps);
   EXPECT_EQ(kResultNobody, Set("name", "2"));
   EXPECT_EQ(1, calls);
   EXPECT_EQ(0U, log.Count("remove itself"));

@@ -1,7 +1,7 @@
-#include <chrono>
 #include <thread>
 
 #include "StoreFixture.h"
+#include "support/TestClock.h"
 
 namespace kalStore {
 namespace {
@@ -138,7 +138,9 @@ TEST_F(StoreTraceTexts, OfTwoThreadsInOneBinding) {
 }
 
 TEST_F(StoreTraceTexts, OfASlowCallbackAndBinding) {
-  const auto slow = [] { std::this_thread::sleep_for(std::chrono::milliseconds(102)); };
+  const TestClock clock(0);
+  long costMs = 101;
+  const auto slow = [&] { TestClock::Advance(costMs); };
   Subscribe("name", [&](const KalConfigEvent&) { slow(); });
   Bind("name", [&](const KalConfigEvent&) {
     slow();
@@ -151,11 +153,17 @@ TEST_F(StoreTraceTexts, OfASlowCallbackAndBinding) {
   ASSERT_EQ(2U, log.Lines().size());
   EXPECT_EQ(2U, log.CountLevel(1));
   EXPECT_THAT(log.Lines()[0].text,
-              MatchesRegex("kalStore::ConfigEventHandler::Notify, name, Audio, cost=[0-9]+ms "
+              MatchesRegex("kalStore::ConfigEventHandler::Notify, name, Audio, cost=101ms "
                            "\\[this=0x[0-9a-f]+\\]"));
   EXPECT_THAT(log.Lines()[1].text,
-              MatchesRegex("kalStore::ConfigEventHandler::Invoke, name, Audio, cost=[0-9]+ms "
+              MatchesRegex("kalStore::ConfigEventHandler::Invoke, name, Audio, cost=101ms "
                            "\\[this=0x[0-9a-f]+\\]"));
+
+  log.Clear();
+  costMs = 100;
+  Set("name", "2");
+  m_store.GetDynamicConfig(kAudio, "name", value, {});
+  EXPECT_TRUE(log.Lines().empty());
 }
 
 TEST_F(StoreTraceTexts, OfAQuickCallbackThereIsNone) {
