@@ -81,7 +81,9 @@ class TESSEL_API CKalTessel {
   friend class internal::Registration;
   friend class internal::ProcessRegistry;
   using Key = std::pair<KalTesselEntityType, std::uint32_t>;
+  using Entry = std::pair<const Key, void*>;
 
+  Entry* find(const Key& key);
   void* registerEntity(KalTesselEntityType type, std::uint32_t callId);
   void forgetAll();
 

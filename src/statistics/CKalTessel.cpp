@@ -17,6 +17,10 @@ namespace {
 // Objects that are ending: each may use the registry that it is registered with.
 constinit std::atomic<int> g_ending{0};
 
+// What kalTesselInstant found last: the components of a call ask for the same key one after the other.
+// Protected by the lock of kalTesselInstant. Other registries do without.
+constinit std::pair<const std::pair<KalTesselEntityType, std::uint32_t>, void*>* g_found = nullptr;
+
 // Holds the lock if it can be had; a call goes on without it otherwise.
 class Guard {
  public:
@@ -116,6 +120,15 @@ bool IsEnding(KalTesselEntityType type, void* entity) {
 
 }  // namespace
 
+inline CKalTessel::Entry* CKalTessel::find(const Key& key) {
+  const bool isInstant = this == &kalTesselInstant;
+  if (isInstant && g_found != nullptr && g_found->first == key) return g_found;
+  const auto place = m_entities.find(key);
+  if (place == m_entities.end()) return nullptr;
+  if (isInstant) g_found = &*place;
+  return &*place;
+}
+
 void Registration::Enter(CKalTessel& registry, KalTesselEntityType type, std::uint32_t callId) {
   m_type = type;
   m_callId = callId;
@@ -130,9 +143,10 @@ Registration::~Registration() {
   g_ending.fetch_add(1);
   if (CKalTessel* const registry = m_registry.load()) {
     const Guard guard(registry->m_mutex);
-    const auto place = registry->m_entities.find({m_type, m_callId});
-    if (place != registry->m_entities.end() && &EntityParts::Of(m_type, place->second).registration == this) {
-      registry->m_entities.erase(place);
+    const CKalTessel::Entry* const entry = registry->find({m_type, m_callId});
+    if (entry != nullptr && &EntityParts::Of(m_type, entry->second).registration == this) {
+      if (registry == &kalTesselInstant) g_found = nullptr;
+      registry->m_entities.erase({m_type, m_callId});
     }
   }
   if (g_ending.fetch_sub(1) == 1) g_ending.notify_all();
@@ -149,13 +163,14 @@ CKalTessel::~CKalTessel() {
 void CKalTessel::forgetAll() {
   const Guard guard(m_mutex);
   for (const auto& [key, entity] : m_entities) EntityParts::Of(key.first, entity).registration.Leave();
+  if (this == &kalTesselInstant) g_found = nullptr;
   m_entities.clear();
 }
 
 void* CKalTessel::createOrGetTesselEntity(KalTesselEntityType type, std::uint32_t callId) {
   const Guard guard(m_mutex);
-  const auto place = m_entities.find({type, callId});
-  void* entity = place != m_entities.end() ? place->second : nullptr;
+  const Entry* const entry = find({type, callId});
+  void* entity = entry != nullptr ? entry->second : nullptr;
   // An object whose last reference is gone is ending on another thread, which waits for the lock.
   if (entity == nullptr || !EntityParts::Of(type, entity).references.AddReferenceUnlessZero())
     entity = registerEntity(type, callId);
@@ -174,13 +189,13 @@ int createTesselEntity(KalTesselEntityType type, std::uint32_t callId, void** ou
 int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
   const Guard guard(m_mutex);
   if (entity == nullptr) return -1;
-  const auto place = m_entities.find({type, callId});
-  if (place == m_entities.end() || IsEnding(type, place->second)) {
+  const Entry* const entry = find({type, callId});
+  if (entry == nullptr || IsEnding(type, entry->second)) {
     if (IsTraced(2)) [[unlikely]]
       TraceUnknown(this, type, callId, entity);
     return -1;
   }
-  void* const registered = place->second;
+  void* const registered = entry->second;
   // At 0 the object ends here and takes its entry with it.
   const std::uint32_t count = EntityParts::Of(type, registered).references.ReleaseReference();
   if (IsTraced(2)) [[unlikely]]
@@ -190,8 +205,8 @@ int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t call
 
 bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t callId) {
   const Guard guard(m_mutex);
-  const auto place = m_entities.find({type, callId});
-  return place != m_entities.end() && !IsEnding(type, place->second);
+  const Entry* const entry = find({type, callId});
+  return entry != nullptr && !IsEnding(type, entry->second);
 }
 
 // Out of line: making an object is the rare case.
