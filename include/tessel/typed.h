@@ -1,6 +1,7 @@
 #pragma once
 
-/// @file The library in types, and by scope, on top of what tessel.h offers. Its names are short (Audio,
+/// @file
+/// The library in types, and by scope, on top of what tessel.h offers. Its names are short (Audio,
 /// Subscription, CallStore...) and might clash with a component's own: tessel.h does not include it.
 
 #include "tessel/CallStore.h"
