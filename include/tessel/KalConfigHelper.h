@@ -216,7 +216,8 @@ class TESSEL_API KalConfigHelper {
   /// bound.
   std::int32_t RemoveKalConfigByGroup(KalConfigGroup group = KAL_CONFIG_GROUP_DEFAULT);
 
-  /// Writes the stored values of groups as a settings document, see IKalConfig::DumpKalConfigs().
+  /// Writes the stored values of groups as a settings document, see IKalConfig::DumpKalConfigs(); a value ends
+  /// at its first zero byte there.
   /// @param groups  bit g selects group g; bits 13 and above are ignored
   /// @return The store's text; null while not bound. It lives until the next dump of the same store, from
   /// whatever facade or thread, or the store's end; do not free it.

@@ -27,6 +27,17 @@ class TESSEL_API Array {
   using const_iterator = std::vector<Value>::const_iterator;  ///< of random access
 
   ///@{
+  /// Copies are deep; moves leave the source empty. Either array may be a part of the other: a part that its
+  /// whole is moved into receives a copy.
+  Array() = default;
+  Array(const Array& other) = default;
+  Array(Array&& other) noexcept = default;
+  Array& operator=(const Array& other);
+  Array& operator=(Array&& other) noexcept;
+  ~Array() = default;
+  ///@}
+
+  ///@{
   /// @return Where the elements begin, or end.
   iterator begin() { return m_elements.begin(); }
   iterator end() { return m_elements.end(); }
@@ -54,25 +65,37 @@ class TESSEL_API Array {
 
   ///@{
   /// Appends a value.
-  /// @param value  any
+  /// @param value  any; one that this array is a part of is copied
   /// @invalidates References and iterators.
-  void push_back(const Value& value) { m_elements.push_back(value); }
-  void push_back(Value&& value) { m_elements.push_back(std::move(value)); }
+  void push_back(const Value& value) { push_back(Value(value)); }
+  void push_back(Value&& value);
   ///@}
-  /// Appends a value made in place.
+  /// Appends a value made of arguments.
   /// @param args  what a Value is made from
-  /// @return The value where it stands.
+  /// @return The value in the array.
   /// @invalidates References and iterators.
   template <class... Args>
   Value& emplace_back(Args&&... args) {
-    return m_elements.emplace_back(std::forward<Args>(args)...);
+    push_back(Value(std::forward<Args>(args)...));
+    return m_elements.back();
   }
+  /// The same as push_back().
+  /// @param value  any
+  /// @return The value in the array.
+  /// @invalidates References and iterators.
+  Value& emplace_back(Value&& value) {
+    push_back(std::move(value));
+    return m_elements.back();
+  }
+  ///@{
   /// Inserts a value before an element, or appends it when there is none.
   /// @param index  from 0; any
-  /// @param value  any
-  /// @return Where the value stands.
+  /// @param value  any; one that this array is a part of is copied
+  /// @return The value in the array.
   /// @invalidates References and iterators.
-  iterator insert(std::size_t index, Value value);
+  iterator insert(std::size_t index, const Value& value) { return insert(index, Value(value)); }
+  iterator insert(std::size_t index, Value&& value);
+  ///@}
   /// Removes all elements.
   /// @invalidates References and iterators.
   void Clear() { m_elements.clear(); }

@@ -35,6 +35,17 @@ class TESSEL_API Object {
   using const_iterator = Map::const_iterator;  ///< in the order of the keys
 
   ///@{
+  /// Copies are deep; moves leave the source empty. Either object may be a part of the other: a part that its
+  /// whole is moved into receives a copy.
+  Object() = default;
+  Object(const Object& other) = default;
+  Object(Object&& other) noexcept = default;
+  Object& operator=(const Object& other);
+  Object& operator=(Object&& other) noexcept;
+  ~Object() = default;
+  ///@}
+
+  ///@{
   /// @return Where the members begin, or end.
   iterator begin() { return m_members.begin(); }
   iterator end() { return m_members.end(); }
@@ -68,24 +79,32 @@ class TESSEL_API Object {
   /// @return The value.
   const Value& operator[](std::string_view key) const { return find(key)->second; }
 
+  ///@{
   /// Inserts a member unless the key is there.
   /// @param key  any
-  /// @param value  any
-  /// @return Where the member stands, and whether it was inserted.
-  std::pair<iterator, bool> emplace(std::string key, Value value) {
-    return m_members.try_emplace(std::move(key), std::move(value));
+  /// @param value  any; one that this object is a part of is copied
+  /// @return The member, and whether it was inserted.
+  std::pair<iterator, bool> emplace(std::string key, const Value& value) {
+    return emplace(std::move(key), Value(value));
   }
+  std::pair<iterator, bool> emplace(std::string key, Value&& value);
+  ///@}
   /// The same.
   /// @param member  key and value
-  /// @return Where the member stands, and whether it was inserted.
-  std::pair<iterator, bool> insert(value_type member) { return m_members.insert(std::move(member)); }
+  /// @return The member, and whether it was inserted.
+  std::pair<iterator, bool> insert(value_type member) {
+    return emplace(member.first, std::move(member.second));
+  }
+  ///@{
   /// Inserts a member or replaces its value; in constant time for a key after all others.
   /// @param key  any
-  /// @param value  any
-  /// @return The value where it stands.
-  Value& insert_or_assign(std::string key, Value value) {
-    return m_members.insert_or_assign(m_members.end(), std::move(key), std::move(value))->second;
+  /// @param value  any; one that this object is a part of is copied
+  /// @return The value in the object.
+  Value& insert_or_assign(std::string key, const Value& value) {
+    return insert_or_assign(std::move(key), Value(value));
   }
+  Value& insert_or_assign(std::string key, Value&& value);
+  ///@}
 
   /// Removes a member.
   /// @param key  any

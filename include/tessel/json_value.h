@@ -33,7 +33,9 @@ enum ValueType : int {
 /// One JSON value: null, a string of any bytes, a number of one of five kinds, a bool, an Object or an Array.
 ///
 /// Copies are deep; moves are cheap, do not throw and leave a null or empty source. A value may be assigned
-/// from a part of itself.
+/// from a part of itself, and a part from its whole. A value that is moved into a part of itself, or into an
+/// Object or Array inside itself, is copied there and keeps its contents: `d["w"] = std::move(d)` does what
+/// `d["w"] = d` does. A move assignment that finds no memory for such a copy ends the program.
 ///
 /// Using a value as the wrong kind is a programming error: it prints the failed condition to standard error
 /// and aborts, in every build. Ask GetType() or HasKey() first, or read with jsonHelper, which never fails.
@@ -96,10 +98,11 @@ class TESSEL_API Value {
         mInt64Val(other.mInt64Val) {
     if (mValueType == StringVal) mStringVal = std::move(other.mStringVal);  // Empty in any other kind.
   }
-  /// Copies deeply; `other` may be a part of this value.
+  ///@{
+  /// Copies deeply, or takes what `other` holds. Either may be a part of the other one.
   Value& operator=(const Value& other);
-  /// Takes what `other` holds, which may be a part of this value.
   Value& operator=(Value&& other) noexcept;
+  ///@}
   ~Value() = default;
 
   /// @return The kind of the value.
@@ -207,7 +210,8 @@ class TESSEL_API Value {
   friend class Reader;
 
   bool isNumber() const;
-  bool mergeInto(const Value& other, std::vector<Value>& replaced);
+  void take(Value&& other) noexcept;
+  bool mergeMembers(Object&& theirs);
 
   ValueType mValueType = NullVal;
   int mIntVal = 0;

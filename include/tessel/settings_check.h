@@ -16,7 +16,7 @@ enum class SettingsProblem : std::int32_t {
   // The document is refused whole: SettingsEffect::kRefused.
   kNoJson,    ///< the text is malformed
   kNoObject,  ///< a JSON text, but no object
-  kZeroByte,  ///< a zero byte inside a string: import reads a C text, which ends there
+  kZeroByte,  ///< a zero byte before the end of the object: import reads a C string, which ends there
 
   // The part is skipped: SettingsEffect::kSkipped.
   kUnknownGroup,   ///< no group has that name

@@ -59,27 +59,38 @@ std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
   return kResultOk;
 }
 
-// Written straight from the maps: a document in memory would be many times the text.
+// Written straight from the maps: a document in memory would be many times the text. The groups are read from 0
+// upward, whatever order they are written in: a reader of the text that finds what a writer set in a group
+// also finds what the writer set in a later group before.
 const char* KalConfig::DumpKalConfigs(ConfigMultGroup_t groups) {
   TESSEL_TRACE(2, "kalStore::KalConfig::DumpKalConfigs",
                ", groups=" << groups << Cid{m_callId} << This{this});
+  std::array<std::string, KAL_CONFIG_GROUP_LAST> arrays;
+  for (std::size_t group = 0; group < arrays.size(); ++group) {
+    if ((groups >> group & 1) == 0) continue;
+    std::string& array = arrays[group];
+    array = "[";
+    const char* separator = "";
+    ConfigMap::Locked values(m_configs[group]);
+    for (const auto& [name, value] : *values) {
+      array += std::exchange(separator, ",");
+      array += R"({"key":)";
+      json::AppendString(array, name);
+      array += R"(,"value":)";
+      json::AppendString(array, value.ToCstr());
+      array += '}';
+    }
+    array += ']';
+  }
+
   std::string text = "{";
   for (const KalConfigGroup group : GroupsByName()) {
-    if ((groups >> group & 1) == 0) continue;
+    std::string& array = arrays[static_cast<std::size_t>(group)];
+    if (array.empty()) continue;
     if (text.size() > 1) text += ',';
     json::AppendString(text, KalConfigGroup2GroupName(group));
-    text += ":[";
-    const char* separator = "";
-    ConfigMap::Locked values(configsOf(group));
-    for (const auto& [name, value] : *values) {
-      text += std::exchange(separator, ",");
-      text += R"({"key":)";
-      json::AppendString(text, name);
-      text += R"(,"value":)";
-      json::AppendString(text, value.ToCstr());
-      text += '}';
-    }
-    text += ']';
+    text += ':';
+    text += std::exchange(array, {});
   }
   text += '}';
   std::lock_guard lock(m_dumpLock);

@@ -6,8 +6,8 @@
 namespace kalStore::internal {
 namespace {
 
-// Costs of one edit; a wrong letter case alone always counts as near.
-constexpr std::size_t kLetterCost = 4;
+// Costs of one edit. However many letters have the wrong case, one wrong letter costs more.
+constexpr std::size_t kLetterCost = std::size_t{1} << 32;
 constexpr std::size_t kCaseCost = 1;
 
 char Lowered(char letter) {
@@ -26,7 +26,7 @@ NearestName::NearestName(std::string_view text) : m_text(text) {}
 void NearestName::Consider(std::string_view known) {
   const std::size_t edits = Edits(known);
   if (m_text.size() > known.size() + edits || known.size() > m_text.size() + edits) return;
-  std::size_t limit = edits * kLetterCost + known.size() * kCaseCost;
+  std::size_t limit = edits * kLetterCost + (kLetterCost - 1);
   if (!m_nearest.empty()) {
     if (m_nearestDistance == 0) return;
     limit = std::min(limit, m_nearestDistance - 1);

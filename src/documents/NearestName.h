@@ -8,8 +8,9 @@
 
 namespace kalStore::internal {
 
-/// Finds, among known names, the one that a text is most likely meant to be. Letter case counts less than
-/// letters do. The texts given must outlive the object.
+/// Finds, among known names, the one that a text is most likely meant to be: the one with the fewest wrong
+/// letters, of those the one with the fewest letters in the wrong case. The texts given must outlive the
+/// object.
 class NearestName {
  public:
   explicit NearestName(std::string_view text);

@@ -58,11 +58,16 @@ class Check {
  public:
   /// `entries` takes what import sets, and may be null.
   Check(std::string_view text, const SettingsNames& known, std::vector<SettingsEntry>* entries)
-      : m_text(text), m_known(known), m_entries(entries) {}
+      : m_text(text.substr(0, text.find('\0'))),
+        m_endsAtZero(m_text.size() != text.size()),
+        m_known(known),
+        m_entries(entries) {}
 
   std::vector<SettingsFinding> Findings() && {
     const json::ParseError error = json::FaultOf(m_text);
-    if (error.reason != nullptr) {
+    if (error.reason != nullptr && m_endsAtZero && error.offset == m_text.size()) {
+      add(SettingsProblem::kZeroByte, m_text.data() + error.offset, "", "a zero byte ends the document");
+    } else if (error.reason != nullptr) {
       add(SettingsProblem::kNoJson, m_text.data() + error.offset, "", error.reason);
     } else {
       checkDocument(json::DocumentOf(m_text));
@@ -85,12 +90,6 @@ class Check {
           std::string("expected an object of groups, found ") + KindOf(document));
       return;
     }
-    if (const std::size_t zero = m_text.find('\0'); zero != std::string_view::npos) {
-      add(SettingsProblem::kZeroByte, m_text.data() + zero, "",
-          "a zero byte ends the document inside a string");
-      return;
-    }
-
     std::map<std::string, const MemberText*> read;  // The last of each group, in the order of import.
     std::vector<MemberText> members;
     json::ReadMembers(document, members);
@@ -241,7 +240,8 @@ class Check {
     }
   }
 
-  const std::string_view m_text;
+  const std::string_view m_text;  // What import reads: a C string.
+  const bool m_endsAtZero;
   const SettingsNames& m_known;
   std::vector<SettingsEntry>* const m_entries;
   std::vector<SettingsFinding> m_findings;

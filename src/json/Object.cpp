@@ -2,7 +2,34 @@
 
 #include <algorithm>
 
+#include "json/Parts.h"
+
 namespace json {
+
+using namespace kalStore::internal;
+
+// `other` may be a member's object: the members live until it has been copied.
+Object& Object::operator=(const Object& other) {
+  Object copy(other);
+  m_members.swap(copy.m_members);
+  return *this;
+}
+
+// The same, and this object may be a member's of `other`.
+Object& Object::operator=(Object&& other) noexcept {
+  Object taken = TakenFor(this, std::move(other));
+  m_members.swap(taken.m_members);
+  return *this;
+}
+
+std::pair<Object::iterator, bool> Object::emplace(std::string key, Value&& value) {
+  return m_members.try_emplace(std::move(key), TakenFor(this, std::move(value)));
+}
+
+Value& Object::insert_or_assign(std::string key, Value&& value) {
+  return m_members.insert_or_assign(m_members.end(), std::move(key), TakenFor(this, std::move(value)))
+      ->second;
+}
 
 Value& Object::operator[](std::string_view key) {
   const auto place = m_members.lower_bound(key);

@@ -1,10 +1,13 @@
 #include "tessel/json_value.h"
 
 #include "json/KindAssertion.h"
+#include "json/Parts.h"
 #include "tessel/json_array.h"
 #include "tessel/json_object.h"
 
 namespace json {
+
+using namespace kalStore::internal;
 
 static_assert(sizeof(Value) <= 88,
               "documents are held in values: their size is the memory that a document takes");
@@ -28,24 +31,29 @@ Value::Value(Object&& value) : mValueType(ObjectVal), mObjectVal(std::move(value
 Value::Value(const Array& value) : mValueType(ArrayVal), mArrayVal(value) {}
 Value::Value(Array&& value) : mValueType(ArrayVal), mArrayVal(std::move(value)) {}
 
+// `other` may be a part of this value: it is copied, or taken out, before anything is given up.
 Value& Value::operator=(const Value& other) {
-  return *this = Value(other);
+  take(Value(other));
+  return *this;
 }
 
-// `other` may be a part of what this value holds: it is taken out before anything is given up.
 Value& Value::operator=(Value&& other) noexcept {
-  Value taken(std::move(other));
-  mValueType = taken.mValueType;
-  mIntVal = taken.mIntVal;
-  mFloatVal = taken.mFloatVal;
-  mDoubleVal = taken.mDoubleVal;
-  mBoolVal = taken.mBoolVal;
-  mUnsignedIntVal = taken.mUnsignedIntVal;
-  mInt64Val = taken.mInt64Val;
-  mStringVal.swap(taken.mStringVal);
-  std::swap(mObjectVal, taken.mObjectVal);
-  std::swap(mArrayVal, taken.mArrayVal);
+  take(TakenFor(this, std::move(other)));
   return *this;
+}
+
+// REQUIRES: this value is not a part of `other`. What this value held goes with `other`.
+void Value::take(Value&& other) noexcept {
+  mValueType = other.mValueType;
+  mIntVal = other.mIntVal;
+  mFloatVal = other.mFloatVal;
+  mDoubleVal = other.mDoubleVal;
+  mBoolVal = other.mBoolVal;
+  mUnsignedIntVal = other.mUnsignedIntVal;
+  mInt64Val = other.mInt64Val;
+  mStringVal.swap(other.mStringVal);
+  std::swap(mObjectVal, other.mObjectVal);
+  std::swap(mArrayVal, other.mArrayVal);
 }
 
 std::string& Value::ToString() {

@@ -1,29 +1,28 @@
+#include <utility>
+
 #include "tessel/json_object.h"
 #include "tessel/json_value.h"
 
 namespace json {
 
 bool Value::MergeValue(const Value& other) {
-  // `other` may be a part of this value: what it replaces lives until the walk is over.
-  std::vector<Value> replaced;
-  return mergeInto(other, replaced);
-}
-
-bool Value::mergeInto(const Value& other, std::vector<Value>& replaced) {
   if (this == &other) return true;
   if (other.mValueType == NullVal || other.mValueType != mValueType) return false;
-  if (mValueType != ObjectVal) {
-    replaced.push_back(std::exchange(*this, Value(other)));
-    return true;
-  }
+  Value theirs(other);  // Either value may be a part of the other one.
+  if (mValueType == ObjectVal) return mergeMembers(std::move(theirs.mObjectVal.Get()));
+  take(std::move(theirs));
+  return true;
+}
 
+// REQUIRES: an object that has no part in common with `theirs`.
+bool Value::mergeMembers(Object&& theirs) {
   bool merged = true;
-  for (const auto& [key, theirs] : std::as_const(other.mObjectVal).Get()) {
+  for (auto& [key, their] : theirs) {
     Value& ours = mObjectVal.Get()[key];
-    if (ours.mValueType == ObjectVal) {
-      merged &= ours.mergeInto(theirs, replaced);
-    } else if (ours.mValueType == NullVal || ours.mValueType == theirs.mValueType) {
-      replaced.push_back(std::exchange(ours, Value(theirs)));
+    if (ours.mValueType == ObjectVal && their.mValueType == ObjectVal) {
+      merged &= ours.mergeMembers(std::move(their.mObjectVal.Get()));
+    } else if (ours.mValueType == NullVal || ours.mValueType == their.mValueType) {
+      ours.take(std::move(their));
     } else {
       merged = false;
     }

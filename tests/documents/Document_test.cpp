@@ -1,4 +1,5 @@
 #include "store/StoreFixture.h"
+#include "support/AllocationCount.h"
 #include "tessel/json.h"
 
 namespace kalStore {
@@ -175,6 +176,38 @@ TEST_F(StoreDocument, TracesTheGroupsDumped) {
               ElementsAre("kalStore::KalConfig::DumpKalConfigs, groups=5" + Suffix(),
                           "kalStore::KalConfig::DumpKalConfigs, groups=4294967295" + Suffix()));
   EXPECT_EQ(2U, log.CountLevel(2));
+}
+
+// Application comes before Common in the text, and after it among the groups. A writer sets both while the dump
+// copies a group that lies between them in either order.
+TEST_F(StoreDocument, NeverShowsTheLaterOfTwoSetsAloneWhenTheEarlierWentToALaterGroup) {
+  constexpr std::size_t kLong = 1'000'000;
+  Set("long", std::string(kLong, 'x'));
+  const auto setBoth = [this](const char* value) {
+    m_store.SetKalConfig(KAL_CONFIG_GROUP_APPLICATION, "name", value, false, false);
+    m_store.SetKalConfig(KAL_CONFIG_GROUP_COMMON, "name", value, false, false);
+  };
+  setBoth("old");
+  AtAllocation copiesTheLongValue(kLong, [&] { setBoth("new"); });
+  const json::Value dump = json::Deserialize(Dump());
+  EXPECT_TRUE(copiesTheLongValue.Fired());
+  EXPECT_EQ("old", dump["Common"][0]["value"].ToString());
+  EXPECT_EQ("new", dump["Application"][0]["value"].ToString());
+}
+
+TEST_F(StoreDocument, EndsAValueAtItsFirstZeroByteWhenDumped) {
+  using namespace std::string_literals;
+  Set("whole", "ab"s);
+  Set("zero", "a\0b"s);
+  const std::string text = Dump(1U << kAudio);
+  EXPECT_EQ(R"({"Audio":[{"key":"whole","value":"ab"},{"key":"zero","value":"a"}]})", text);
+
+  Recorder told;
+  Subscribe("whole", told.Callback());
+  Subscribe("zero", told.Callback());
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text.c_str()));
+  EXPECT_THAT(told.Values(), ElementsAre("ab", "a", "a"));
+  EXPECT_EQ("a"s, told.At(2).event.m_newValue.ToString());
 }
 
 TEST_F(StoreDocument, KeepsTheTextInTheStoreUntilTheNextDump) {

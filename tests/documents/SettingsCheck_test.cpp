@@ -60,7 +60,6 @@ TEST(SettingsCheck, FindsWhereATextIsNoJson) {
       {"  \n ", "2:2 : expected a value"},
       {"{\"Audio\":[]", "1:12 : expected ',' or '}'"},
       {"{\n  \"Audio\": [\n    {\"key\": \"X\" \"value\": \"1\"}\n  ]\n}", "3:17 : expected ',' or '}'"},
-      {"{}\0"s, "1:3 : nothing but white space may follow the document"},
       {std::string(1001, '['), "1:1001 : nested deeper than 1000 levels"},
   };
   for (const auto& [text, line] : rows) {
@@ -84,10 +83,33 @@ TEST(SettingsCheck, FindsThatADocumentIsNoObject) {
   }
 }
 
-TEST(SettingsCheck, FindsAZeroByteThatImportWouldStopAt) {
-  const std::string text = "{\"Audio\":\n[\"a\0b\", 1]}"s;
-  EXPECT_EQ(Lines(text), Expected{"2:4 : a zero byte ends the document inside a string"});
-  EXPECT_EQ(Problems(text), std::vector{Problem::kZeroByte});
+TEST(SettingsCheck, FindsTheZeroByteThatImportStopsAt) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"{\"Audio\":\n[\"a\0b\", 1]}"s, "2:4 : a zero byte ends the document"},
+      {"{\"Audio\":[\"a\0b\" 1]}"s, "1:13 : a zero byte ends the document"},
+      {"{\"Audio\":[]\0}"s, "1:12 : a zero byte ends the document"},
+      {"\0{}"s, "1:1 : a zero byte ends the document"},
+      {"[\0"s, "1:2 : a zero byte ends the document"},
+  };
+  for (const auto& [text, line] : rows) {
+    EXPECT_EQ(Lines(text), Expected{line}) << text;
+    EXPECT_EQ(Problems(text), std::vector{Problem::kZeroByte}) << text;
+    EXPECT_TRUE(kalStore::ReadSettings(text).entries.empty());
+  }
+}
+
+TEST(SettingsCheck, FindsAFaultBeforeTheFirstZeroByteWhereImportStops) {
+  EXPECT_EQ(Lines("{\"Audio\":[1 2\0]}"s), Expected{"1:13 : expected ',' or ']'"});
+  EXPECT_EQ(Problems("{} x\0"s), std::vector{Problem::kNoJson});
+  EXPECT_EQ(Problems("[1]\0"s), std::vector{Problem::kNoObject});
+}
+
+TEST(SettingsCheck, ReadsNothingBehindTheFirstZeroByte) {
+  for (const std::string& rest : {""s, "\0"s, "garbage"s, "{\"Audoi\":[]}"s}) {
+    const std::string text = "{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"}]} \0"s + rest;
+    EXPECT_EQ(Lines(text), Expected()) << text;
+    EXPECT_EQ(kalStore::ReadSettings(text).entries.size(), 1U) << text;
+  }
 }
 
 TEST(SettingsCheck, FindsEveryPartThatImportSkips) {
@@ -321,11 +343,15 @@ TEST(SettingsCheck, StaysWithinTheTextWhateverItIs) {
       " {\"Audio\" : [{\"key\":\"\\u0041\\\\\",\"value\":\"\\\"\"} , null, [1.5e3,{}]],\n\"Feature\":[{}]} ";
   const auto check = [](const std::string& changed) {
     json::ParseError error;
-    json::Deserialize(changed, error);
+    json::Deserialize(changed.c_str(), error);
     const auto findings = CheckSettings(changed);
-    const bool isJson = findings.empty() || findings[0].problem != Problem::kNoJson;
+    const bool endsAtZero = !findings.empty() && findings[0].problem == Problem::kZeroByte;
+    const bool isJson = findings.empty() || (findings[0].problem != Problem::kNoJson && !endsAtZero);
     ASSERT_EQ(isJson, error.reason == nullptr) << changed;
-    if (!isJson) {
+    if (endsAtZero) {
+      EXPECT_EQ(findings[0].offset, changed.find('\0')) << changed;
+      EXPECT_EQ(findings[0].offset, error.offset) << changed;
+    } else if (!isJson) {
       EXPECT_EQ(findings[0].reason, error.reason) << changed;
       EXPECT_EQ(findings[0].offset, error.offset) << changed;
     }
@@ -337,7 +363,7 @@ TEST(SettingsCheck, StaysWithinTheTextWhateverItIs) {
   };
   for (std::size_t at = 0; at <= text.size(); ++at) {
     check(text.substr(0, at));
-    for (const char byte : "\"\\{}[],:0 \nk\xff") {
+    for (const char byte : "\"\\{}[],:0 \nk\xff"s + '\0') {
       std::string changed = text;
       if (at < text.size()) changed[at] = byte;
       check(changed);
@@ -375,6 +401,10 @@ TEST(NearestGroupName, CountsLettersMoreThanTheirCase) {
       {"Hardware", ""},
       {"LastGroup", ""},
       {"videoslide", "VideoSlide"},
+      {"Transxxxssion", "Transmission"},
+      {"Transxxxxxxx", ""},
+      {"tRANSMISSIOM", "Transmission"},
+      {"tRANSMISSxxxxx", ""},
   };
   for (const auto& [name, nearest] : rows) EXPECT_EQ(kalStore::NearestGroupName(name), nearest) << name;
 }

@@ -75,6 +75,78 @@ TEST(Array, FindComparesWithTheElementOnTheLeft) {
   EXPECT_FALSE(numbers.HasValue(nullptr));
 }
 
+TEST(Array, MayBeAssignedFromAPartOfItself) {
+  json::Value copied = json::Deserialize("[1,[2,[3]]]");
+  copied.ToArray() = copied[1].ToArray();
+  EXPECT_EQ(json::Serialize(copied), "[2,[3]]");
+
+  json::Value moved = json::Deserialize("[1,[2,[3]]]");
+  moved.ToArray() = std::move(moved[1][1].ToArray());
+  EXPECT_EQ(json::Serialize(moved), "[3]");
+}
+
+TEST(Array, GivesAPartOfItselfACopy) {
+  json::Value copied = json::Deserialize("[1,{\"a\":[2]}]");
+  copied[1]["a"].ToArray() = copied.ToArray();
+  EXPECT_EQ(json::Serialize(copied), R"([1,{"a":[1,{"a":[2]}]}])");
+
+  json::Value moved = json::Deserialize("[1,{\"a\":[2]}]");
+  moved[1]["a"].ToArray() = std::move(moved.ToArray());
+  EXPECT_EQ(moved, copied);
+}
+
+TEST(Array, MayBeAssignedToItself) {
+  json::Array array = sample();
+  json::Array& same = array;
+  array = std::as_const(same);
+  EXPECT_EQ(array, sample());
+  array = std::move(same);
+  EXPECT_EQ(array, sample());
+}
+
+TEST(Array, AppendsACopyOfTheValueThatItIsAPartOf) {
+  json::Value moved = sample();
+  moved.ToArray().push_back(std::move(moved));
+  EXPECT_EQ(json::Serialize(moved), R"([1,"two",[1,"two"]])");
+
+  json::Value copied = sample();
+  copied.ToArray().push_back(copied);
+  EXPECT_EQ(copied, moved);
+
+  json::Value emplaced = sample();
+  const json::Value& appended = emplaced.ToArray().emplace_back(std::move(emplaced));
+  EXPECT_EQ(&appended, &emplaced[2]);
+  EXPECT_EQ(emplaced, moved);
+
+  json::Value whole = json::Deserialize(R"({"a":[]})");
+  whole["a"].ToArray().emplace_back(std::move(whole));
+  EXPECT_EQ(json::Serialize(whole), R"({"a":[{"a":[]}]})");
+}
+
+TEST(Array, InsertsACopyOfTheValueThatItIsAPartOf) {
+  json::Value moved = sample();
+  moved.ToArray().insert(1, std::move(moved));
+  EXPECT_EQ(json::Serialize(moved), R"([1,[1,"two"],"two"])");
+
+  json::Value copied = sample();
+  copied.ToArray().insert(1, copied);
+  EXPECT_EQ(copied, moved);
+}
+
+TEST(Array, TakesItsOwnElements) {
+  json::Array array = sample();
+  array.insert(0, array[1]);
+  array.insert(0, std::move(array[0]));
+  array.push_back(std::move(array[0]));
+  EXPECT_EQ(json::SerializeArray(array), R"(["","",1,"two","two"])");
+}
+
+TEST(Array, HoldsItsFormerSelfWhenItIsMovedIntoAnElement) {
+  json::Array array = sample();
+  array.push_back(std::move(array));
+  EXPECT_EQ(json::SerializeArray(array), R"([[1,"two"]])");
+}
+
 TEST(Array, CopiesAreIndependent) {
   json::Array array = sample();
   json::Array copy = array;

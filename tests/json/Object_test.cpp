@@ -77,6 +77,78 @@ TEST(Object, ClearLeavesNothing) {
   EXPECT_TRUE(object.empty());
 }
 
+json::Value nested() {
+  return json::Deserialize(R"({"a":{"b":{"c":1}},"d":2})");
+}
+
+TEST(Object, MayBeAssignedFromAPartOfItself) {
+  json::Value copied = nested();
+  copied.ToObject() = copied["a"].ToObject();
+  EXPECT_EQ(json::Serialize(copied), R"({"b":{"c":1}})");
+
+  json::Value moved = nested();
+  moved.ToObject() = std::move(moved["a"]["b"].ToObject());
+  EXPECT_EQ(json::Serialize(moved), R"({"c":1})");
+}
+
+TEST(Object, GivesAPartOfItselfACopy) {
+  json::Value copied = nested();
+  copied["a"]["b"].ToObject() = copied.ToObject();
+  EXPECT_EQ(json::Serialize(copied), R"({"a":{"b":{"a":{"b":{"c":1}},"d":2}},"d":2})");
+
+  json::Value moved = nested();
+  moved["a"]["b"].ToObject() = std::move(moved.ToObject());
+  EXPECT_EQ(moved, copied);
+}
+
+TEST(Object, MayBeAssignedToItself) {
+  json::Object object = sample();
+  json::Object& same = object;
+  object = std::as_const(same);
+  EXPECT_EQ(object, sample());
+  object = std::move(same);
+  EXPECT_EQ(object, sample());
+}
+
+TEST(Object, InsertsACopyOfTheValueThatItIsAPartOf) {
+  json::Value emplaced = sample();
+  EXPECT_TRUE(emplaced.ToObject().emplace("c", std::move(emplaced)).second);
+  EXPECT_EQ(json::Serialize(emplaced), R"({"a":1,"b":2,"c":{"a":1,"b":2}})");
+
+  json::Value assigned = nested();
+  assigned["a"].ToObject().insert_or_assign("b", std::move(assigned));
+  EXPECT_EQ(json::Serialize(assigned), R"({"a":{"b":{"a":{"b":{"c":1}},"d":2}},"d":2})");
+
+  json::Value copied = sample();
+  copied.ToObject().insert_or_assign("a", copied);
+  EXPECT_EQ(json::Serialize(copied), R"({"a":{"a":1,"b":2},"b":2})");
+}
+
+TEST(Object, InsertsItsOwnMembers) {
+  json::Value value = nested();
+  json::Object& object = value.ToObject();
+  object.insert_or_assign("e", object["d"]);
+  object.insert_or_assign("d", std::move(object["a"]));
+  object.emplace("f", object["d"]);
+  object.Erase("a");
+  EXPECT_EQ(json::Serialize(value), R"({"d":{"b":{"c":1}},"e":2,"f":{"b":{"c":1}}})");
+}
+
+TEST(Object, HoldsItsFormerSelfWhenItIsMovedIntoAMember) {
+  json::Object object = sample();
+  object.insert_or_assign("c", std::move(object));
+  EXPECT_EQ(json::Serialize(object), R"({"c":{"a":1,"b":2}})");
+}
+
+TEST(Object, InsertsOrAssignsALvalueAsACopy) {
+  const json::Value text = "text";
+  json::Object object;
+  object.insert_or_assign("a", text);
+  EXPECT_TRUE(object.emplace("b", text).second);
+  EXPECT_EQ(text.ToString(), "text");
+  EXPECT_EQ(json::Serialize(object), R"({"a":"text","b":"text"})");
+}
+
 TEST(Object, CopiesAreIndependent) {
   json::Object object = sample();
   json::Object copy = object;

@@ -90,7 +90,12 @@ TEST(ValueMerge, TakesAPartOfItself) {
   // And the other way round: the whole into its part.
   Value whole = json::Deserialize(R"({"a":{}})");
   EXPECT_TRUE(whole["a"].MergeValue(whole));
-  EXPECT_EQ(whole["a"].size(), 1u);
+  EXPECT_EQ(json::Serialize(whole), R"({"a":{"a":{}}})");
+
+  // What the merge adds to the part is not merged again.
+  Value chain = json::Deserialize(R"({"a":{"a":{"b":1}}})");
+  EXPECT_TRUE(chain.MergeValue(chain["a"]));
+  EXPECT_EQ(json::Serialize(chain), R"({"a":{"a":{"b":1},"b":1}})");
 }
 
 }  // namespace

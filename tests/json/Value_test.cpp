@@ -209,9 +209,36 @@ TEST(Value, MayBeAssignedFromAPartOfItself) {
 
 TEST(Value, MayBeAssignedToItself) {
   Value value = sample();
-  const Value& same = value;
-  value = same;
+  Value& same = value;
+  value = std::as_const(same);
   EXPECT_EQ(value, sample());
+  value = std::move(same);
+  EXPECT_EQ(value, sample());
+}
+
+TEST(Value, IsCopiedWhenItIsMovedIntoAPartOfItself) {
+  Value object = sample();
+  object["copy"] = std::move(object);
+  Value expected = sample();
+  expected["copy"] = nullptr;
+  EXPECT_EQ(object["copy"], expected);
+  expected["copy"] = Value(expected);
+  EXPECT_EQ(object, expected);
+
+  Value deep = sample();
+  deep["list"][1][0] = std::move(deep);
+  EXPECT_EQ(deep["list"][1][0], sample());
+  EXPECT_EQ(deep["a"].ToInt(), 1);
+
+  Value array = json::Deserialize("[1,[2]]");
+  array[1][0] = std::move(array);
+  EXPECT_EQ(json::Serialize(array), "[1,[[1,[2]]]]");
+}
+
+TEST(Value, MayBeSwappedWithAPartOfItself) {
+  Value value = sample();
+  std::swap(value, value["list"]);
+  EXPECT_EQ(json::Serialize(value), "[1,[2]]");
 }
 
 }  // namespace

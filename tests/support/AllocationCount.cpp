@@ -3,16 +3,21 @@
 #include <atomic>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace {
 
 thread_local std::size_t t_count = 0;
 thread_local std::size_t t_untilFailure = 0;  // 0: none wanted, or done.
 
+thread_local std::size_t t_callSize = 0;
+thread_local const std::function<void()>* t_call = nullptr;  // Null: none wanted, or done.
+
 std::atomic<long> g_live{0};
 
-void countAllocation() {
+void countAllocation(std::size_t size) {
   ++t_count;
+  if (t_call != nullptr && size >= t_callSize) (*std::exchange(t_call, nullptr))();
   if (t_untilFailure != 0 && --t_untilFailure == 0) throw std::bad_alloc();
 }
 
@@ -23,12 +28,12 @@ void* counted(void* memory) {
 }
 
 void* allocate(std::size_t size) {
-  countAllocation();
+  countAllocation(size);
   return counted(std::malloc(size == 0 ? 1 : size));
 }
 
 void* allocateAligned(std::size_t size, std::align_val_t alignment) {
-  countAllocation();
+  countAllocation(size);
   const auto step = static_cast<std::size_t>(alignment);
   return counted(std::aligned_alloc(step, (size + step - 1) / step * step));
 }
@@ -61,6 +66,19 @@ FailAllocation::~FailAllocation() {
 
 bool FailAllocation::Fired() const {
   return t_untilFailure == 0;
+}
+
+AtAllocation::AtAllocation(std::size_t size, std::function<void()> call) : m_call(std::move(call)) {
+  t_callSize = size;
+  t_call = &m_call;
+}
+
+AtAllocation::~AtAllocation() {
+  t_call = nullptr;
+}
+
+bool AtAllocation::Fired() const {
+  return t_call == nullptr;
 }
 
 void* operator new(std::size_t size) {

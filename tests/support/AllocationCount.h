@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 /// Counts what the calling thread allocates with operator new, in whatever library, while it lives. Works
 /// with the sanitizers too. A program that names anything here gets its operator new and delete replaced.
@@ -36,4 +37,19 @@ class FailAllocation {
   FailAllocation& operator=(const FailAllocation&) = delete;
 
   bool Fired() const;
+};
+
+/// Calls a function inside the calling thread's first allocation of at least `size` bytes, before it is made: a
+/// place in the middle of an operation, the same in every run. One at a time in each thread.
+class AtAllocation {
+ public:
+  AtAllocation(std::size_t size, std::function<void()> call);
+  ~AtAllocation();
+  AtAllocation(const AtAllocation&) = delete;
+  AtAllocation& operator=(const AtAllocation&) = delete;
+
+  bool Fired() const;
+
+ private:
+  const std::function<void()> m_call;
 };

@@ -56,7 +56,7 @@ TEST(SettingsDocument, IsRefusedAtItsFirstFault) {
       {"TRUE", "1:1: expected an object of groups, found true or false"},
       {"1.5", "1:1: expected an object of groups, found a number"},
       {"{}\0"s, "1:3: nothing but white space may follow the document"},
-      {"{\"Audio\":\n[\"a\0b\"]}"s, "2:4: a zero byte ends the document inside a string"},
+      {"{\"Audio\":\n[\"a\0b\"]}"s, "2:4: a zero byte ends the document"},
       {"{\"Audio\":[\"\\q\"]}", "1:13: unknown escape in a string"},
   };
   for (const auto& [text, reason] : refusals) {
