@@ -1,5 +1,5 @@
 // What does it cost to apply a settings document of 10,000 entries to an empty store and to dump one, beside
-// the same done with a JSON library and one ordered map for each group?
+// the same done with two JSON libraries and one ordered map for each group?
 //
 //   document_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
@@ -14,6 +14,11 @@
 
 #ifdef TESSEL_BENCH_NLOHMANN
 #include <nlohmann/json.hpp>
+#endif
+#ifdef TESSEL_BENCH_RAPIDJSON
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 #endif
 
 namespace {
@@ -52,6 +57,43 @@ struct NlohmannAndMaps {
 };
 #endif
 
+#ifdef TESSEL_BENCH_RAPIDJSON
+struct RapidJsonAndMaps {
+  std::map<std::string, std::map<std::string, std::string>> groups;
+  void Apply(const std::string& text) {
+    rapidjson::Document document;
+    document.Parse(text.data(), text.size());
+    for (const auto& [name, entries] : document.GetObject()) {
+      std::map<std::string, std::string>& group = groups[name.GetString()];
+      for (const auto& entry : entries.GetArray()) {
+        group.insert_or_assign(entry["key"].GetString(), entry["value"].GetString());
+      }
+    }
+  }
+  std::string Dump() {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer writer(buffer);
+    const auto size = [](const std::string& text) { return static_cast<rapidjson::SizeType>(text.size()); };
+    writer.StartObject();
+    for (const auto& [name, group] : groups) {
+      writer.Key(name.data(), size(name));
+      writer.StartArray();
+      for (const auto& [key, value] : group) {
+        writer.StartObject();
+        writer.Key("key");
+        writer.String(key.data(), size(key));
+        writer.Key("value");
+        writer.String(value.data(), size(value));
+        writer.EndObject();
+      }
+      writer.EndArray();
+    }
+    writer.EndObject();
+    return {buffer.GetString(), buffer.GetSize()};
+  }
+};
+#endif
+
 template <class Store>
 void Apply(benchmark::State& state) {
   const std::string text = SettingsDocument(kEntries);
@@ -78,6 +120,9 @@ void Dump(benchmark::State& state) {
 TESSEL_BENCH_STORE(Tessel);
 #ifdef TESSEL_BENCH_NLOHMANN
 TESSEL_BENCH_STORE(NlohmannAndMaps);
+#endif
+#ifdef TESSEL_BENCH_RAPIDJSON
+TESSEL_BENCH_STORE(RapidJsonAndMaps);
 #endif
 
 }  // namespace

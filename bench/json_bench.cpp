@@ -10,12 +10,14 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
+#include <charconv>
 #include <cstdint>
 #include <fstream>
 #include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "support/JsonLibraries.h"
 #include "support/Run.h"
@@ -43,6 +45,50 @@ void Write(benchmark::State& state, const std::string& text) {
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
+
+// Numbers as statistics have them, written with six decimals: what the library's own conversion is worth.
+std::vector<double> Decimals() {
+  std::vector<double> numbers;
+  for (int i = 0; i < kEntries; ++i) numbers.push_back((i - kEntries / 2) * 0.734375 + 1.0 / (i + 1));
+  return numbers;
+}
+
+struct ToChars {
+  static void Append(std::string& out, double number) {
+    char text[500];
+    out.append(text, std::to_chars(text, text + sizeof text, number, std::chars_format::fixed, 6).ptr);
+  }
+};
+
+template <class Library>
+void WriteDecimals(benchmark::State& state);
+
+template <>
+void WriteDecimals<Tessel>(benchmark::State& state) {
+  json::Array numbers;
+  for (const double number : Decimals()) numbers.push_back(number);
+  for (auto _ : state) {
+    std::string written = json::SerializeArray(numbers);
+    benchmark::DoNotOptimize(written);
+  }
+}
+
+template <>
+void WriteDecimals<ToChars>(benchmark::State& state) {
+  const std::vector<double> numbers = Decimals();
+  for (auto _ : state) {
+    std::string written = "[";
+    for (const double number : numbers) {
+      ToChars::Append(written, number);
+      written += ',';
+    }
+    written.back() = ']';
+    benchmark::DoNotOptimize(written);
+  }
+}
+
+BENCHMARK(WriteDecimals<Tessel>)->Unit(benchmark::kMicrosecond);
+BENCHMARK(WriteDecimals<ToChars>)->Unit(benchmark::kMicrosecond);
 
 std::size_t heapInUse() {
   const struct mallinfo2 info = mallinfo2();

@@ -6,8 +6,8 @@ LABELS = {
     "Tessel": "libtessel", "Floor": "map + mutex", "Tbb": "oneTBB hash map", "KeyFile": "GLib GKeyFile",
     "PropertyTree": "Boost property_tree", "Signals2": "Boost.Signals2", "SigCpp": "libsigc++",
     "FunctionVector": "vector of functions", "Asio": "Boost.Asio", "Nlohmann": "nlohmann-json",
-    "NlohmannAndMaps": "nlohmann-json + map",
-    "RapidJson": "RapidJSON", "BoostJson": "Boost.JSON", "JsonCpp": "jsoncpp", "Queue": "condvar loop",
+    "NlohmannAndMaps": "nlohmann-json + map", "RapidJsonAndMaps": "RapidJSON + map", "Text": "text",
+    "ToChars": "std::to_chars", "RapidJson": "RapidJSON", "BoostJson": "Boost.JSON", "JsonCpp": "jsoncpp", "Queue": "condvar loop",
     "InPlace": "floor, in place", "TbbTransparent": "oneTBB, transparent", "Boundary": "library call",
     "Load": "volatile load", "Snprintf": "snprintf", "Fmt": "fmt", "Spdlog": "spdlog",
 }

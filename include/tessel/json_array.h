@@ -116,7 +116,7 @@ class TESSEL_API Array {
   TESSEL_API friend bool operator==(const Array& left, const Array& right);
 
  private:
-  friend class Reader;
+  friend class kalStore::internal::TreeBuilder;
 
   std::vector<Value> m_elements;
 };

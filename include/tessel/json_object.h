@@ -119,7 +119,7 @@ class TESSEL_API Object {
   TESSEL_API friend bool operator==(const Object& left, const Object& right);
 
  private:
-  friend class Reader;
+  friend class kalStore::internal::TreeBuilder;
 
   Map m_members;
 };

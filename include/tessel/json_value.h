@@ -10,11 +10,14 @@
 #include "tessel/export.h"
 #include "tessel/json_owned.h"
 
+namespace kalStore::internal {
+class TreeBuilder;
+}
+
 namespace json {
 
 class Array;
 class Object;
-class Reader;
 
 /// What a value is. The numbers are fixed.
 enum ValueType : int {
@@ -207,7 +210,7 @@ class TESSEL_API Value {
   TESSEL_API friend bool operator==(const Value& left, const Value& right);
 
  private:
-  friend class Reader;
+  friend class kalStore::internal::TreeBuilder;
 
   bool isNumber() const;
   void take(Value&& other) noexcept;

@@ -25,11 +25,11 @@ enum class SettingsProblem : std::int32_t {
   kNoMember,       ///< the entry has no "key", or no "value"
   kNoText,         ///< the "key" or "value" is no string
   kEmptyName,      ///< the "key" is empty, or begins with a zero byte
-  kRepeatedGroup,  ///< the group stands again below, and only the last one is read
+  kRepeatedGroup,  ///< the group is repeated below, and only the last one is read
 
   // The part is imported, but most likely not what was meant: SettingsEffect::kImported.
-  kRepeatedName,    ///< the name stands again below in its group, and that value stays
-  kRepeatedMember,  ///< the entry's "key" or "value" stands again, and the last one counts
+  kRepeatedName,    ///< the name is repeated below in its group, and that value stays
+  kRepeatedMember,  ///< the entry's "key" or "value" is repeated, and the last one counts
   kUnknownToggle,   ///< no feature toggle has the name that stands in "Feature"
   kUnknownName,     ///< the name is not among those that were given as known
 };
@@ -118,15 +118,5 @@ struct SettingsContents {
 /// assert(contents.findings.size() == 1);
 /// @endcode
 TESSEL_API SettingsContents ReadSettings(const std::string& text);
-
-/// Guesses which group a text is meant to name, letter case aside.
-/// @param name  any text
-/// @return The group's name; "" when none is near.
-/// @threads Any.
-/// @par Example
-/// @code{.cpp}
-/// assert(NearestGroupName("vidoe") == "Video" && NearestGroupName("Colours").empty());
-/// @endcode
-TESSEL_API std::string NearestGroupName(const std::string& name);
 
 }  // namespace kalStore

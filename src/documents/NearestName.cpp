@@ -3,16 +3,14 @@
 #include <algorithm>
 #include <utility>
 
+#include "json/AsciiCase.h"
+
 namespace kalStore::internal {
 namespace {
 
 // Costs of one edit. However many letters have the wrong case, one wrong letter costs more.
 constexpr std::size_t kLetterCost = std::size_t{1} << 32;
 constexpr std::size_t kCaseCost = 1;
-
-char Lowered(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
 
 std::size_t ReplacementCost(char a, char b) {
   if (a == b) return 0;

@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace json {
+namespace kalStore::internal {
 
 void AssertionFailed(int line, const char* signature, const char* condition) {
   std::fprintf(stderr, "json:%d: %s: Assertion `%s' failed.\n", line, signature, condition);
   std::abort();
 }
 
-}  // namespace json
+}  // namespace kalStore::internal

@@ -7,7 +7,7 @@
 #include <limits>
 #include <system_error>
 
-namespace json {
+namespace kalStore::internal {
 
 namespace {
 
@@ -104,4 +104,4 @@ double ParseReal(std::string_view token) {
   return number;
 }
 
-}  // namespace json
+}  // namespace kalStore::internal

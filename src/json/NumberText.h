@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace json {
+namespace kalStore::internal {
 
 /// Appends the number in decimal; the same in every locale.
 void AppendNumber(std::string& out, std::int64_t number);
@@ -23,4 +23,4 @@ inline void AppendNumber(std::string& out, unsigned int number) {
 /// small.
 double ParseReal(std::string_view token);
 
-}  // namespace json
+}  // namespace kalStore::internal

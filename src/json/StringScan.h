@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace json {
+namespace kalStore::internal {
 
 /// The first byte of a string's contents that cannot be taken over as it is: a quote or a backslash, and with
 /// `Controls` also a byte below 0x20. `end` when there is none. Looks at eight bytes at a time.
@@ -27,4 +27,4 @@ const char* FindSpecial(const char* at, const char* end) {
   return at;
 }
 
-}  // namespace json
+}  // namespace kalStore::internal

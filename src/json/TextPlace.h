@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace json {
+namespace kalStore::internal {
 
 /// A place in a text, moved over it from the beginning.
 struct TextPlace {
@@ -23,4 +23,4 @@ struct TextPlace {
   }
 };
 
-}  // namespace json
+}  // namespace kalStore::internal

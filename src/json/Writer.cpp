@@ -4,7 +4,7 @@
 #include "json/StringScan.h"
 #include "tessel/json_text.h"
 
-namespace json {
+namespace kalStore::internal {
 
 namespace {
 
@@ -37,6 +37,30 @@ void AppendEscape(std::string& out, char c) {
       out += kHex[c & 0xF];
   }
 }
+
+}  // namespace
+
+void AppendString(std::string& out, std::string_view text) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  out += '"';
+  for (;;) {
+    const char* const special = FindSpecial<true>(at, end);
+    out.append(at, special);
+    if (special == end) break;
+    AppendEscape(out, *special);
+    at = special + 1;
+  }
+  out += '"';
+}
+
+}  // namespace kalStore::internal
+
+namespace json {
+
+using namespace kalStore::internal;
+
+namespace {
 
 void AppendArray(std::string& out, const Array& array);
 void AppendObject(std::string& out, const Object& object);
@@ -91,20 +115,6 @@ void AppendObject(std::string& out, const Object& object) {
 }
 
 }  // namespace
-
-void AppendString(std::string& out, std::string_view text) {
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  out += '"';
-  for (;;) {
-    const char* const special = FindSpecial<true>(at, end);
-    out.append(at, special);
-    if (special == end) break;
-    AppendEscape(out, *special);
-    at = special + 1;
-  }
-  out += '"';
-}
 
 std::string Serialize(const Value& document) {
   const ValueType type = document.GetType();

@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-namespace json {
+namespace kalStore::internal {
 
 /// Appends a string value or key as it stands in a document, quotes and escapes included.
 void AppendString(std::string& out, std::string_view text);
 
-}  // namespace json
+}  // namespace kalStore::internal

@@ -1,3 +1,8 @@
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+
 #include "store/StoreFixture.h"
 #include "support/AllocationCount.h"
 #include "tessel/json.h"
@@ -95,6 +100,147 @@ TEST_F(StoreDocument, AppliesGroupsByNameAndEntriesInTheirOrder) {
   m_store.ApplyKalConfigs(R"({"Video":[{"key":"b","value":"v1"},{"key":"a","value":"v2"}],
       "Common":[{"key":"a","value":"c"}],"Audio":[{"key":"a","value":"a1"},{"key":"a","value":"a2"}]})");
   EXPECT_THAT(told.Values(), ElementsAre("a1", "a2", "c", "v1", "v2"));
+}
+
+// What is skipped is read all the same: a fault in it refuses the document.
+TEST_F(StoreDocument, IsRefusedWholeForAFaultInWhatWouldBeSkipped) {
+  Recorder told;
+  Subscribe("a", told.Callback());
+  const std::string deep(998, '[');
+  for (const std::string& skipped :
+       {std::string(R"("\x")"), std::string(R"("\u00g0")"), std::string("1."), std::string("01"),
+        std::string("-"), std::string("1e"), std::string("nul"), std::string("[1,]"),
+        std::string(R"({"x":})"), "[" + deep + "[1]" + std::string(999, ']')}) {
+    for (const std::string& text : {R"({"Audio":[{"key":"a","value":"1"}],"Nowhere":)" + skipped + "}",
+                                    R"({"Audio":[{"key":"a","value":"1"},)" + skipped + "]}",
+                                    R"({"Audio":[{"key":"a","value":"1","note":)" + skipped + "}]}"}) {
+      EXPECT_EQ(kResultNotFound, m_store.ApplyKalConfigs(text.c_str())) << text;
+    }
+  }
+  EXPECT_EQ("(none)", Get("a"));
+  EXPECT_EQ(0U, told.Count());
+}
+
+TEST_F(StoreDocument, SkipsNestingUpToTheDeepestLevel) {
+  const std::string text = R"({"Audio":[{"key":"a","value":"1"}],"Nowhere":)" + std::string(999, '[') +
+                           std::string(999, ']') + "}";
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text.c_str()));
+  EXPECT_EQ("1", Get("a"));
+}
+
+TEST_F(StoreDocument, ReadsTheLastOfEqualGroupsAloneWhateverItIs) {
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"},{"key":"b","value":"1"}],
+      "Video":[{"key":"a","value":"1"}],"Metrics":[{"key":"a","value":"1"}],"Common":7,
+      "Aud\u0069o":[{"key":"b","value":"2"}],"Video":null,"Metrics":{"key":"a","value":"2"},
+      "Common":[{"key":"a","value":"2"}]})"));
+  EXPECT_EQ(
+      R"({"Audio":[{"key":"b","value":"2"}],"Common":[{"key":"a","value":"2"}],"Metrics":[],"Video":[]})",
+      Dump(1U << kAudio | 1U << kVideo | 1U << KAL_CONFIG_GROUP_COMMON | 1U << KAL_CONFIG_GROUP_METRICS));
+}
+
+TEST_F(StoreDocument, ReadsTheLastOfEqualMembersAloneWithItsKind) {
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1","value":2},
+      {"key":"b","value":"1","k\u0065y":7},{"key":7,"value":[],"key":"c","value":"3"},
+      {"key":"d","value":"4","note":{"key":"e","value":"5"}},{"key":"f","note":{"value":"6"}},
+      {"\u006bey":"g","valu\u0065":"7"}]})"));
+  EXPECT_EQ(R"({"Audio":[{"key":"c","value":"3"},{"key":"d","value":"4"},{"key":"g","value":"7"}]})",
+            Dump(1U << kAudio));
+}
+
+TEST_F(StoreDocument, CutsAKeyAtItsFirstZeroByteAndTakesAValueWhole) {
+  using namespace std::string_literals;
+  EXPECT_EQ(kResultOk,
+            m_store.ApplyKalConfigs(
+                R"({"Audio":[{"key":"a\u0000x\u0000y","value":"1\u00002"},{"key":"\u0000b","value":"3"}]})"));
+  ConfigData value;
+  EXPECT_EQ(kResultOk, m_store.GetKalConfig(kAudio, "a", value));
+  EXPECT_EQ("1\0"s + "2", value.ToString());
+  EXPECT_EQ(1U, json::Deserialize(Dump())["Audio"].size());
+}
+
+namespace {
+
+// Counts the sets, and what is allocated from the first one on.
+struct WatchingStore : KalConfig {
+  using KalConfig::KalConfig;
+  std::int32_t SetKalConfig(KalConfigGroup, const char*, ConfigData, bool, bool) override {
+    if (sets++ == 0) fromTheFirstSet.emplace();
+    return kResultOk;
+  }
+  int sets = 0;
+  std::optional<AllocationCount> fromTheFirstSet;
+};
+
+}  // namespace
+
+TEST_F(StoreDocument, IsReadWholeBeforeTheFirstSet) {
+  WatchingStore store(5);
+  EXPECT_EQ(kResultOk, store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"},{"key":"b","value":"1"}],
+      "Video":[{"key":"c","value":"1"}]})"));
+  EXPECT_EQ(0U, store.fromTheFirstSet->Count());
+  EXPECT_EQ(3, store.sets);
+}
+
+TEST_F(StoreDocument, SetsNothingWhenMemoryRunsOutWhileItIsRead) {
+  const std::string text = R"({"Video":[{"key":"a\n","value":"a value with memory of its own\n"}],
+      "Audio":[{"key":"a","value":"1"},{"key":"b","value":"2"}]})";
+  const long before = LiveAllocations();
+  for (std::size_t n = 1;; ++n) {
+    WatchingStore store(5);
+    FailAllocation nth(n);
+    try {
+      store.ApplyKalConfigs(text.c_str());
+    } catch (const std::bad_alloc&) {
+      // The long value's own memory fails between the sets.
+      EXPECT_TRUE(store.sets == 0 || store.sets == 2) << n;
+    }
+    if (!nth.Fired()) break;
+  }
+  EXPECT_EQ(before, LiveAllocations());
+}
+
+TEST_F(StoreDocument, MayLoseItsTextInTheFirstCallback) {
+  const std::string text = R"({"Audio":[{"key":"a","value":"1"}],"Video":[{"key":"b","value":"2"}]})";
+  auto copy = std::make_unique<std::string>(text);
+  Subscribe("a", [&](const KalConfigEvent&) { copy.reset(); });
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(copy->c_str()));
+  EXPECT_EQ(nullptr, copy);
+  EXPECT_EQ("2", Get(kVideo, "b"));
+}
+
+TEST_F(StoreDocument, MayBeTheDumpThatACallbackReplaces) {
+  Set("a", "1");
+  m_store.SetKalConfig(kVideo, "b", "2", false, false);
+  const char* const text = m_store.DumpKalConfigs(kAllConfigGroups);
+  m_store.RemoveKalConfigByGroup(kAudio);
+  m_store.RemoveKalConfigByGroup(kVideo);
+  Subscribe("a", [this](const KalConfigEvent&) { m_store.DumpKalConfigs(0); });
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text));
+  EXPECT_EQ("2", Get(kVideo, "b"));
+}
+
+TEST_F(StoreDocument, EndsWithWhatACallbackThrowsAndKeepsWhatWasSetBefore) {
+  Subscribe("b", [](const KalConfigEvent&) { throw std::runtime_error("no"); });
+  EXPECT_THROW(m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"},{"key":"b","value":"1"},
+      {"key":"c","value":"1"}],"Video":[{"key":"a","value":"1"}]})"),
+               std::runtime_error);
+  EXPECT_EQ("1", Get("a"));
+  EXPECT_EQ("1", Get("b"));
+  EXPECT_EQ("(none)", Get("c"));
+  EXPECT_EQ("(none)", Get(kVideo, "a"));
+}
+
+TEST_F(StoreDocument, HoldsNoLockWhileACallbackRuns) {
+  Subscribe("a", [this](const KalConfigEvent&) {
+    std::thread([this] {
+      Set("b", "other");
+      m_store.ApplyKalConfigs(R"({"Audio":[{"key":"c","value":"other"}]})");
+      m_store.DumpKalConfigs(kAllConfigGroups);
+    }).join();
+  });
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"}]})"));
+  EXPECT_EQ("other", Get("b"));
+  EXPECT_EQ("other", Get("c"));
 }
 
 TEST_F(StoreDocument, MayBeAppliedAndDumpedFromACallback) {

@@ -172,8 +172,8 @@ TEST(SettingsCheck, FindsTheEarlierOfTwoEqualNames) {
 {"key":"A","value":"4"}],
 "Video":[{"key":"A","value":"1"}]})";
   EXPECT_EQ(Lines(text), (Expected{
-                             "2:8 Audio[0].key: the name stands again in Audio[2]; the last value stays",
-                             "4:8 Audio[2].key: the name stands again in Audio[4]; the last value stays",
+                             "2:8 Audio[0].key: the name is repeated in Audio[2]; the last value stays",
+                             "4:8 Audio[2].key: the name is repeated in Audio[4]; the last value stays",
                              "5:20 Audio[3].value: expected a string, found a number",
                          }));
   EXPECT_EQ(CheckSettings(text)[0].name, "A");
@@ -186,7 +186,7 @@ TEST(SettingsCheck, FindsTheEarlierOfTwoEqualGroups) {
 "Aud\u0069o":[{"key":"A","value":"2"}],
 "Other":[], "Other":[]})";
   EXPECT_EQ(Lines(text), (Expected{
-                             "1:2 Audio: the group stands again below; only the last one is read",
+                             "1:2 Audio: the group is repeated below; only the last one is read",
                              "4:1 Other: unknown group",
                              "4:13 Other: unknown group",
                          }));
@@ -196,8 +196,8 @@ TEST(SettingsCheck, FindsTheEarlierOfTwoEqualGroups) {
 TEST(SettingsCheck, FindsTheEarlierOfTwoEqualMembers) {
   const std::string text = R"({"Audio":[{"key":7,"value":"1","\u006bey":"A","value":"2","x":1,"x":2}]})";
   EXPECT_EQ(Lines(text), (Expected{
-                             "1:12 Audio[0].key: \"key\" stands again in the entry; the last one counts",
-                             "1:20 Audio[0].value: \"value\" stands again in the entry; the last one counts",
+                             "1:12 Audio[0].key: \"key\" is repeated in the entry; the last one counts",
+                             "1:20 Audio[0].value: \"value\" is repeated in the entry; the last one counts",
                          }));
   EXPECT_EQ(Problems(text), (std::vector{Problem::kRepeatedMember, Problem::kRepeatedMember}));
 }
@@ -245,7 +245,7 @@ TEST(SettingsCheck, FindsNamesThatAreNotKnown) {
   std::vector<std::string> lines;
   for (const SettingsFinding& finding : CheckSettings(text, known)) lines.push_back(Line(finding));
   EXPECT_EQ(lines, (Expected{
-                       "1:18 Audio[0].key: the name stands again in Audio[2]; the last value stays",
+                       "1:18 Audio[0].key: the name is repeated in Audio[2]; the last value stays",
                        "2:8 Audio[1].key: unknown name (did you mean \"Bitrate\"?)",
                        "4:19 Metrics[0].key: unknown name",
                        "7:8 Feature[2].key: no feature toggle has this name (did you mean \"OurOwn\"?)",
@@ -389,9 +389,8 @@ TEST(SettingsCheck, LeavesNothingBehindWhenAnAllocationFails) {
   EXPECT_EQ(Lines(text), expected);
 }
 
-TEST(NearestGroupName, CountsLettersMoreThanTheirCase) {
+TEST(SettingsCheck, SuggestsTheGroupWithTheFewestWrongLettersThenTheFewestInTheWrongCase) {
   const std::pair<const char*, const char*> rows[] = {
-      {"Audio", "Audio"},
       {"AUDIO", "Audio"},
       {"Vdeo", "Video"},
       {"Vidoe", "Video"},
@@ -406,7 +405,9 @@ TEST(NearestGroupName, CountsLettersMoreThanTheirCase) {
       {"tRANSMISSIOM", "Transmission"},
       {"tRANSMISSxxxxx", ""},
   };
-  for (const auto& [name, nearest] : rows) EXPECT_EQ(kalStore::NearestGroupName(name), nearest) << name;
+  for (const auto& [name, nearest] : rows) {
+    EXPECT_EQ(CheckSettings("{\"" + std::string(name) + "\":[]}").at(0).nearest, nearest) << name;
+  }
 }
 
 namespace {

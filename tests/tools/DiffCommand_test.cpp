@@ -21,7 +21,7 @@ Finished Diff(std::vector<std::string> options = {}) {
 }
 
 constexpr const char* kRepeated =
-    "b.json:2:19: Audio[0].key: the name stands again in Audio[3]; the last value stays\n";
+    "b.json:2:19: Audio[0].key: the name is repeated in Audio[3]; the last value stays\n";
 
 std::string Numbered(const std::string& value) {
   std::string text = "{\"Metrics\":[";

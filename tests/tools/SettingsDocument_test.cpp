@@ -156,7 +156,7 @@ TEST(SettingsDocument, ReportsWhatIsMostLikelyAMistakeWithoutCountingItAsSkipped
                                   R"("Feature":[{"key":"EnableMusicDetecton","value":"1"}]})")
                            .Run({"apply", "-", "--quiet", "--strict"});
   EXPECT_EQ(run.err,
-            "<stdin>:1:18: Audio[0].key: the name stands again in Audio[1]; the last value stays\n"
+            "<stdin>:1:18: Audio[0].key: the name is repeated in Audio[1]; the last value stays\n"
             "<stdin>:2:19: Feature[0].key: no feature toggle has this name (did you mean "
             "\"EnableMusicDetection\"?)\n");
   EXPECT_EQ(run.status, 0);
@@ -167,7 +167,7 @@ TEST(SettingsDocument, ReportsThatOnlyTheLastOfTwoEqualGroupsIsRead) {
                            .Input("{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"}],\n\"Audio\":[]}")
                            .Run({"apply", "-", "--strict"});
   EXPECT_EQ(run.out, "<stdin>\n  1 skipped\n");
-  EXPECT_EQ(run.err, "<stdin>:1:2: Audio: the group stands again below; only the last one is read\n");
+  EXPECT_EQ(run.err, "<stdin>:1:2: Audio: the group is repeated below; only the last one is read\n");
   EXPECT_EQ(run.status, 1);
 }
 

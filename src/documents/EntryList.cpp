@@ -1,0 +1,29 @@
+#include "documents/EntryList.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kalStore::internal {
+
+void EntryList::Append(const JsonString& name, const JsonString& value) {
+  const std::size_t start = m_bytes.size();
+  name.AppendTo(m_bytes);
+  if (name.HasEscapes()) m_bytes.resize(std::min(m_bytes.find('\0', start), m_bytes.size()));
+  m_bytes += '\0';
+  value.AppendTo(m_bytes);
+  m_ends.push_back(m_bytes.size());
+}
+
+void EntryList::Clear() {
+  m_bytes.clear();
+  m_ends.clear();
+}
+
+EntryList::Entry EntryList::operator[](std::size_t index) const {
+  const std::size_t start = index == 0 ? 0 : m_ends[index - 1];
+  const char* const name = m_bytes.data() + start;
+  const char* const value = name + std::strlen(name) + 1;
+  return {name, {value, m_bytes.data() + m_ends[index]}};
+}
+
+}  // namespace kalStore::internal

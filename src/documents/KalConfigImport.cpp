@@ -1,0 +1,29 @@
+#include "documents/GroupOrder.h"
+#include "documents/SettingsReader.h"
+#include "tessel/KalConfig.h"
+#include "trace/TraceLine.h"
+
+namespace kalStore {
+
+using namespace internal;
+
+// The caller's text is read whole before the first set: a callback may free it.
+std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
+  if (szJsonConfig == nullptr) return kResultNotFound;
+  TESSEL_TRACE(2, "kalStore::KalConfig::ApplyKalConfigs",
+               Cid{m_callId} << "szJsonConfig=" << szJsonConfig << This{this});
+
+  SettingsReader reader(szJsonConfig, SettingsReader::Findings::kNone);
+  if (!reader.Read()) return kResultNotFound;
+  for (const KalConfigGroup group : GroupsByName()) {
+    // Goes with the group, so that the lists and what the store makes of them never take their memory together.
+    const EntryList entries = std::move(reader.Group(group).entries);
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+      const auto [name, value] = entries[index];
+      SetKalConfig(group, name, ConfigData(std::string(value)), false, false);
+    }
+  }
+  return kResultOk;
+}
+
+}  // namespace kalStore
