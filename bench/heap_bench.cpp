@@ -1,7 +1,8 @@
-// How much memory does the import of a settings document of 10,000 entries take at its peak, the store that it fills
-// included, beside the document's text?
+// How much memory does the import of a settings document of 10,000 entries take at its peak, the store that
+// it fills included, beside the document's text?
 //
-// A program of its own: it counts what is allocated with operator new, which would slow every other measurement.
+// A program of its own: it counts what is allocated with operator new, which would slow every other
+// measurement.
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>

@@ -1,4 +1,4 @@
-// Any text is read as a plain reader would read it, faults are told where they are, and what was read is
+// Any text is read as a plain reader would read it, faults are reported where they are, and what was read is
 // written so that it reads back to the same. Numbers with a fraction are written with six decimals: the first
 // writing may round them, and from then on nothing changes.
 
@@ -28,7 +28,7 @@ void CheckNoFault(const ParseError& error) {
   FUZZ_EQUAL(error.column, 0U);
 }
 
-// The fault stands at the first byte that no well-formed text could have there.
+// The fault is at the first byte that no well-formed text could have there.
 void CheckFault(const std::string& text, const ParseError& error) {
   FUZZ_CHECK(error.reason != nullptr);
   FUZZ_CHECK(error.offset <= text.size());

@@ -1,5 +1,5 @@
 // Settings documents, separated by NUL bytes, are applied to a store one after the other. The store must hold
-// what a model of the import holds, tell its subscribers of exactly the changes, and write a document that
+// what a model of the import holds, notify its subscribers of exactly the changes, and write a document that
 // restores it.
 
 #include <cstdint>
@@ -37,7 +37,7 @@ std::vector<std::string> Split(std::string_view text) {
   return documents;
 }
 
-/// A store, what it must hold, and the changes that it told.
+/// A store, what it must hold, and the changes that it notified of.
 class Subject {
  public:
   Subject() : m_store(1) {}
@@ -46,9 +46,9 @@ class Subject {
     const auto log = [this](const kalStore::KalConfigEvent& event) {
       FUZZ_CHECK(event.m_newValue.IsValid());
       FUZZ_CHECK(!event.m_defaultValue.IsValid());
-      m_told.emplace_back(static_cast<std::uint32_t>(event.m_group), event.m_name,
-                          event.m_oldValue.ToString(), event.m_oldValue.IsValid(),
-                          event.m_newValue.ToString());
+      m_notified.emplace_back(static_cast<std::uint32_t>(event.m_group), event.m_name,
+                              event.m_oldValue.ToString(), event.m_oldValue.IsValid(),
+                              event.m_newValue.ToString());
     };
     FUZZ_CHECK(
         m_store.SubscribeConfig(static_cast<KalConfigGroup>(group), name.c_str(), log, nullptr, false) != 0);
@@ -65,9 +65,9 @@ class Subject {
         place->second = value;
       }
     }
-    m_told.clear();
+    m_notified.clear();
     FUZZ_EQUAL(m_store.ApplyKalConfigs(document.c_str()), entries ? 0 : kalStore::kResultNotFound);
-    if (m_isWatched) FUZZ_CHECK(m_told == changes);
+    if (m_isWatched) FUZZ_CHECK(m_notified == changes);
     CheckValues();
   }
 
@@ -79,7 +79,7 @@ class Subject {
 
   /// Every name that can change has a subscription.
   void SetWatched() { m_isWatched = true; }
-  bool WasTold() const { return !m_told.empty(); }
+  bool WasTold() const { return !m_notified.empty(); }
 
   /// A document carries texts up to their first NUL only.
   bool HoldsNul() const {
@@ -104,7 +104,7 @@ class Subject {
 
   KalConfig m_store;
   SettingsValues m_model;
-  std::vector<Change> m_told;
+  std::vector<Change> m_notified;
   bool m_isWatched = false;
 };
 

@@ -149,8 +149,8 @@ class TESSEL_API IKalConfig {
   virtual std::int32_t RemoveKalConfigByGroup(KalConfigGroup group) = 0;
 
   /// Writes the stored values of groups as a settings document, see ApplyKalConfigs(). Consistent within each
-  /// group; the groups are copied from 0 upward. A value ends at its first zero byte there: to import the text
-  /// changes such a value.
+  /// group; the groups are copied from 0 upward. A value ends at its first zero byte there: to import the
+  /// text changes such a value.
   /// @param groups  bit g selects group g; bits 13 and above are ignored
   /// @return The text, never null. It lives in the store until its next DumpKalConfigs(), from whatever
   /// thread, or its end; do not free it.

@@ -8,8 +8,8 @@
 #include "tessel/json_object.h"
 #include "tessel/json_value.h"
 
-/// A forgiving reader of a JSON value: walks into a document with [] and reads with a default. A missing key,
-/// a null key, a value of another kind: each yields the default, never a failure.
+/// A reader of a JSON value that never fails: [] reads a member, and a read gives a default for a missing
+/// key, a null key or a value of another kind.
 ///
 /// Kinds match exactly, without conversion: a number written as an integer is not readable with ToDouble(),
 /// one written with a fraction not with ToInt(). Results are copies and outlive the reader.
@@ -38,7 +38,7 @@ class TESSEL_API jsonHelper : public json::Value {
   jsonHelper(json::Value&& value) noexcept : Value(std::move(value)) {}
 
   ///@{
-  /// The log flag does not travel: a copy starts without it, and an assigned reader keeps its own.
+  /// The log flag is not copied: a copy starts without it, and an assigned reader keeps its own.
   jsonHelper(const jsonHelper& other) : Value(other) {}
   jsonHelper(jsonHelper&& other) noexcept : Value(std::move(other)) {}
   jsonHelper& operator=(const jsonHelper& other);

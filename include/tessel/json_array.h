@@ -9,7 +9,7 @@
 
 namespace json {
 
-/// Values in a row.
+/// A sequence of values.
 /// @threads As Value.
 /// @lifetime References and iterators are those of a std::vector: what changes the length invalidates them.
 /// @par Example
@@ -38,7 +38,7 @@ class TESSEL_API Array {
   ///@}
 
   ///@{
-  /// @return Where the elements begin, or end.
+  /// @return An iterator to the first element, or behind the last.
   iterator begin() { return m_elements.begin(); }
   iterator end() { return m_elements.end(); }
   const_iterator begin() const { return m_elements.begin(); }

@@ -46,7 +46,7 @@ class TESSEL_API Object {
   ///@}
 
   ///@{
-  /// @return Where the members begin, or end.
+  /// @return An iterator to the first member, or behind the last.
   iterator begin() { return m_members.begin(); }
   iterator end() { return m_members.end(); }
   const_iterator begin() const { return m_members.begin(); }

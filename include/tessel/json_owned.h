@@ -24,7 +24,7 @@ class Owned {
     if (m_held) destroy(m_held);
   }
 
-  /// What is held; for reading, an empty T that all share stands for nothing.
+  /// What is held. Reading an empty one gives an empty T that all share; writing makes one.
   T& Get() { return m_held ? *m_held : *(m_held = create()); }
   const T& Get() const { return m_held ? *m_held : sharedEmpty(); }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// JSON values from texts, and texts from values.
+/// Reads JSON text into values, and writes values as JSON text.
 /// @threads Any, on values that nobody else writes.
 /// @par Example
 /// @code{.cpp}
@@ -25,17 +25,17 @@
 
 namespace json {
 
-/// Where a text stopped being JSON.
+/// Where a text is no longer JSON.
 struct ParseError {
   std::size_t offset = 0;        ///< Bytes before the fault; the text's size when it ends too early.
   std::size_t line = 0;          ///< From 1.
   std::size_t column = 0;        ///< From 1, in bytes.
-  const char* reason = nullptr;  ///< What is wrong, for ever valid; null when nothing is.
+  const char* reason = nullptr;  ///< What is wrong: a string that is always valid; null when nothing is.
 };
 
 /// Whether a character is the white space between tokens, whatever the locale.
 /// @param c  a character
-/// @return True for a blank, `\t`, `\n`, `\v`, `\f` and `\r`.
+/// @return True for a space, `\t`, `\n`, `\v`, `\f` and `\r`.
 constexpr bool json_isspace(int c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
@@ -49,11 +49,11 @@ constexpr bool json_isspace(int c) {
 /// @return The text, compact; "" for any other value.
 TESSEL_API std::string Serialize(const Value& document);
 
-/// Writes one value as it stands inside a document.
+/// Writes one value as it is written inside a document.
 /// @param value  of any kind
 /// @return The text.
 TESSEL_API std::string SerializeValue(const Value& value);
-/// Writes an array as it stands inside a document.
+/// Writes an array as it is written inside a document.
 /// @param array  any
 /// @return The text.
 TESSEL_API std::string SerializeArray(const Array& array);
@@ -61,7 +61,7 @@ TESSEL_API std::string SerializeArray(const Array& array);
 /// Reads a JSON text.
 ///
 /// More than RFC 8259 is read: literals in any letter case, any raw byte inside strings, the white space of
-/// json_isspace(); `\uXXXX` gives one byte, its low 8 bits. The last of two equal keys stands. Nesting deeper
+/// json_isspace(); `\uXXXX` gives one byte, its low 8 bits. The last of two equal keys counts. Nesting deeper
 /// than 1000 levels is malformed.
 ///
 /// A number with a point or exponent is a double. Any other is, by its value, an int, else an unsigned int,
@@ -71,7 +71,7 @@ TESSEL_API std::string SerializeArray(const Array& array);
 /// @return The value; null when the text is malformed.
 TESSEL_API Value Deserialize(const std::string& text);
 
-/// The same, and tells of the first fault.
+/// The same, and reports the first fault.
 /// @param text  one document, white space around it allowed
 /// @param error  receives the fault; its reason is null when the text is well-formed
 /// @return The value; null when the text is malformed.

@@ -15,22 +15,22 @@ namespace kalStore {
 enum class SettingsProblem : std::int32_t {
   // The document is refused whole: SettingsEffect::kRefused.
   kNoJson,    ///< the text is malformed
-  kNoObject,  ///< a JSON text, but no object
+  kNoObject,  ///< JSON, but not an object
   kZeroByte,  ///< a zero byte before the end of the object: import reads a C string, which ends there
 
   // The part is skipped: SettingsEffect::kSkipped.
   kUnknownGroup,   ///< no group has that name
-  kNoArray,        ///< the group is no array
-  kNoEntry,        ///< the entry is no object
+  kNoArray,        ///< the group is not an array
+  kNoEntry,        ///< the entry is not an object
   kNoMember,       ///< the entry has no "key", or no "value"
-  kNoText,         ///< the "key" or "value" is no string
+  kNoText,         ///< the "key" or "value" is not a string
   kEmptyName,      ///< the "key" is empty, or begins with a zero byte
   kRepeatedGroup,  ///< the group is repeated below, and only the last one is read
 
   // The part is imported, but most likely not what was meant: SettingsEffect::kImported.
   kRepeatedName,    ///< the name is repeated below in its group, and that value stays
   kRepeatedMember,  ///< the entry's "key" or "value" is repeated, and the last one counts
-  kUnknownToggle,   ///< no feature toggle has the name that stands in "Feature"
+  kUnknownToggle,   ///< an entry of "Feature" with a name that no feature toggle has
   kUnknownName,     ///< the name is not among those that were given as known
 };
 
@@ -64,8 +64,8 @@ struct SettingsFinding {
 
 /// An entry of a settings document that import sets.
 struct SettingsEntry {
-  KalConfigGroup group = KAL_CONFIG_GROUP_COMMON;  ///< where its array stands
-  std::string name;                                ///< as the store takes it: ends at the first zero byte
+  KalConfigGroup group = KAL_CONFIG_GROUP_COMMON;  ///< the group of its array
+  std::string name;                                ///< as the store takes it, up to its first zero byte
   std::string value;                               ///< any bytes
   bool stays = true;                               ///< no later entry sets the name again
 };
@@ -104,7 +104,7 @@ TESSEL_API std::vector<SettingsFinding> CheckSettings(const std::string& text, c
 /// What import makes of a settings document.
 struct SettingsContents {
   std::vector<SettingsEntry> entries;     ///< in the order in which import sets them
-  std::vector<SettingsFinding> findings;  ///< as CheckSettings() tells them
+  std::vector<SettingsFinding> findings;  ///< as CheckSettings() returns them
 };
 
 /// Reads a settings document as import does, without a store.

@@ -9,8 +9,8 @@
 
 namespace kalStore::internal {
 
-/// Names and values in the order in which import sets them. They lie one behind the other in one buffer: a list
-/// takes less memory than the document that it was read from.
+/// Names and values in the order in which import sets them. They lie one behind the other in one buffer: a
+/// list takes less memory than the document that it was read from.
 class EntryList {
  public:
   /// Lives until the list is changed.

@@ -6,7 +6,8 @@
 
 namespace kalStore::internal {
 
-/// All groups in the byte order of their names: the order of a settings document's members, for export and import.
+/// All groups in the byte order of their names: the order of a settings document's members, for export and
+/// import.
 const std::array<KalConfigGroup, KAL_CONFIG_GROUP_LAST>& GroupsByName();
 
 }  // namespace kalStore::internal

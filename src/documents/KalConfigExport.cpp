@@ -11,8 +11,8 @@ namespace kalStore {
 
 using namespace internal;
 
-// Written straight from the maps: a document in memory would be many times the text. The groups are read from 0
-// upward, whatever order they are written in: a reader of the text that finds what a writer set in a group
+// Written straight from the maps: a document in memory would be many times the text. The groups are read from
+// 0 upward, whatever order they are written in: a reader of the text that finds what a writer set in a group
 // also finds what the writer set in a later group before.
 const char* KalConfig::DumpKalConfigs(ConfigMultGroup_t groups) {
   TESSEL_TRACE(2, "kalStore::KalConfig::DumpKalConfigs",

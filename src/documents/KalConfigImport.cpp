@@ -16,7 +16,8 @@ std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
   SettingsReader reader(szJsonConfig, SettingsReader::Findings::kNone);
   if (!reader.Read()) return kResultNotFound;
   for (const KalConfigGroup group : GroupsByName()) {
-    // Goes with the group, so that the lists and what the store makes of them never take their memory together.
+    // Goes with the group, so that the lists and what the store makes of them never take their memory
+    // together.
     const EntryList entries = std::move(reader.Group(group).entries);
     for (std::size_t index = 0; index < entries.size(); ++index) {
       const auto [name, value] = entries[index];

@@ -130,7 +130,7 @@ void SettingsReader::String(const JsonString& string) {
   }
 }
 
-// A value that is not what stands at its place in a settings document.
+// A value of a kind that a settings document does not have at its place.
 void SettingsReader::readOther(const char* at) {
   switch (m_in) {
     case In::kNothing:

@@ -30,8 +30,8 @@ struct SettingsGroup {
   std::vector<SettingsFinding> findings;
 };
 
-/// The one reader of settings documents: makes of a text, in one pass and without a tree, the entries that import sets
-/// and the findings on the form of the document. What names mean is left to the check.
+/// The one reader of settings documents: makes of a text, in one pass and without a tree, the entries that
+/// import sets and the findings on the form of the document. What names mean is left to the check.
 ///
 /// It is the handler of an EventReader. The text must outlive it; the entries are copies.
 class SettingsReader {
@@ -40,7 +40,8 @@ class SettingsReader {
 
   SettingsReader(std::string_view text, Findings findings);
 
-  /// False when import refuses the document; Refusal() is then the finding that says why, and nothing else counts.
+  /// False when import refuses the document; Refusal() is then the finding that says why, and nothing else
+  /// counts.
   bool Read();
   SettingsFinding Refusal() const;
 

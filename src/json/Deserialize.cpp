@@ -53,8 +53,8 @@ json::ValueType IntegerType(double number) {
 
 }  // namespace
 
-/// Makes a value of what a text has. The members of an object are read into their final place; the elements of an
-/// array wait for its end, so that it is made once and in its size.
+/// Makes a value of what a text has. The members of an object are read into their final place; the elements
+/// of an array wait for its end, so that it is made once and in its size.
 class TreeBuilder {
  public:
   json::Value& Document() { return m_document; }

@@ -24,8 +24,8 @@ struct StackDepthType {
 
 namespace kalStore::internal {
 
-/// Reads a JSON text in one pass and reports what it finds to a handler, in the order of the text. Builds nothing,
-/// allocates nothing, and keeps what is open on a stack of its own: no text overflows the thread's.
+/// Reads a JSON text in one pass and reports what it finds to a handler, in the order of the text. Builds
+/// nothing, allocates nothing, and keeps what is open on a stack of its own: no text overflows the thread's.
 ///
 /// A handler has these functions; `at` is a place in the text. What they throw ends the reading.
 ///
@@ -34,9 +34,9 @@ namespace kalStore::internal {
 ///   void Key(const JsonString& key);          // of the member whose value comes next
 ///   void String(const JsonString& string);
 ///   void Number(const JsonNumber& number);
-///   void Literal(const char* at);             // its first letter tells which: t, f or n, in any letter case
+///   void Literal(const char* at);             // its first letter says which: t, f or n, in any letter case
 ///
-/// What was reported may turn out to be part of a malformed text: only Read() tells.
+/// Events come before the end of the text has been seen: only Read() says whether the text is well-formed.
 template <class Handler>
 class EventReader {
  public:
@@ -56,7 +56,7 @@ class EventReader {
   }
 
   const char* FaultPlace() const { return m_at; }
-  /// Valid for ever; null without a fault.
+  /// A string that is always valid; null without a fault.
   const char* FaultReason() const { return m_reason; }
 
  private:

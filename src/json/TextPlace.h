@@ -6,12 +6,12 @@
 
 namespace kalStore::internal {
 
-/// A place in a text, moved over it from the beginning.
+/// A line and column of a text, counted from its beginning.
 struct TextPlace {
   std::size_t line = 1;
   std::size_t column = 1;  ///< in bytes
 
-  /// Moves behind `passed`, the text that follows the place.
+  /// Moves to the end of `passed`, the part of the text that comes next.
   void Advance(std::string_view passed) {
     const std::size_t lineEnd = passed.rfind('\n');
     if (lineEnd == std::string_view::npos) {

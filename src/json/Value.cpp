@@ -42,7 +42,7 @@ Value& Value::operator=(Value&& other) noexcept {
   return *this;
 }
 
-// REQUIRES: this value is not a part of `other`. What this value held goes with `other`.
+// REQUIRES: this value is not a part of `other`. `other` then has what this value had.
 void Value::take(Value&& other) noexcept {
   mValueType = other.mValueType;
   mIntVal = other.mIntVal;

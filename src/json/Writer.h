@@ -5,7 +5,7 @@
 
 namespace kalStore::internal {
 
-/// Appends a string value or key as it stands in a document, quotes and escapes included.
+/// Appends a string value or key as a document has it, with quotes and escapes.
 void AppendString(std::string& out, std::string_view text);
 
 }  // namespace kalStore::internal

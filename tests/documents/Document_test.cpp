@@ -71,7 +71,7 @@ TEST_F(StoreDocument, SkipsMembersThatAreNoArray) {
   EXPECT_EQ("(none)", Get(KAL_CONFIG_GROUP_FEATURE, "a"));
 }
 
-TEST_F(StoreDocument, SkipsEntriesWithoutATextKeyAndValueAndKeepsTheRest) {
+TEST_F(StoreDocument, SkipsEntriesWithoutAStringKeyAndValueAndSetsTheRest) {
   EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(R"({"Audio":[null,1,"a",[],{},{"key":"a"},{"value":"1"},
       {"key":"a","value":1},{"key":"a","value":true},{"key":"a","value":null},{"key":"a","value":["1"]},
       {"key":1,"value":"1"},{"key":null,"value":"1"},{"Key":"a","Value":"1"},{"key":"","value":"1"},
@@ -79,33 +79,34 @@ TEST_F(StoreDocument, SkipsEntriesWithoutATextKeyAndValueAndKeepsTheRest) {
   EXPECT_EQ(R"({"Audio":[{"key":"last","value":"9"}]})", Dump(1U << kAudio));
 }
 
-TEST_F(StoreDocument, TellsSubscribersOfChangesAlone) {
+TEST_F(StoreDocument, NotifiesSubscribersOfChangesOnly) {
   Set("a", "1");
   Set("b", "1");
-  Recorder told;
-  Subscribe("a", told.Callback());
-  Subscribe("b", told.Callback());
+  Recorder notified;
+  Subscribe("a", notified.Callback());
+  Subscribe("b", notified.Callback());
   EXPECT_EQ(kResultOk,
             m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"},{"key":"b","value":"2"}]})"));
-  EXPECT_THAT(told.Values(), ElementsAre("1", "1", "2"));
-  EXPECT_EQ("b", told.At(2).event.m_name);
-  EXPECT_STREQ("1", told.At(2).event.m_oldValue.ToCstr());
+  EXPECT_THAT(notified.Values(), ElementsAre("1", "1", "2"));
+  EXPECT_EQ("b", notified.At(2).event.m_name);
+  EXPECT_STREQ("1", notified.At(2).event.m_oldValue.ToCstr());
 }
 
 TEST_F(StoreDocument, AppliesGroupsByNameAndEntriesInTheirOrder) {
-  Recorder told;
+  Recorder notified;
   for (const KalConfigGroup group : {kAudio, kVideo, KAL_CONFIG_GROUP_COMMON}) {
-    for (const char* name : {"a", "b"}) m_store.SubscribeConfig(group, name, told.Callback(), nullptr, false);
+    for (const char* name : {"a", "b"})
+      m_store.SubscribeConfig(group, name, notified.Callback(), nullptr, false);
   }
   m_store.ApplyKalConfigs(R"({"Video":[{"key":"b","value":"v1"},{"key":"a","value":"v2"}],
       "Common":[{"key":"a","value":"c"}],"Audio":[{"key":"a","value":"a1"},{"key":"a","value":"a2"}]})");
-  EXPECT_THAT(told.Values(), ElementsAre("a1", "a2", "c", "v1", "v2"));
+  EXPECT_THAT(notified.Values(), ElementsAre("a1", "a2", "c", "v1", "v2"));
 }
 
 // What is skipped is read all the same: a fault in it refuses the document.
 TEST_F(StoreDocument, IsRefusedWholeForAFaultInWhatWouldBeSkipped) {
-  Recorder told;
-  Subscribe("a", told.Callback());
+  Recorder notified;
+  Subscribe("a", notified.Callback());
   const std::string deep(998, '[');
   for (const std::string& skipped :
        {std::string(R"("\x")"), std::string(R"("\u00g0")"), std::string("1."), std::string("01"),
@@ -118,7 +119,7 @@ TEST_F(StoreDocument, IsRefusedWholeForAFaultInWhatWouldBeSkipped) {
     }
   }
   EXPECT_EQ("(none)", Get("a"));
-  EXPECT_EQ(0U, told.Count());
+  EXPECT_EQ(0U, notified.Count());
 }
 
 TEST_F(StoreDocument, SkipsNestingUpToTheDeepestLevel) {
@@ -324,8 +325,8 @@ TEST_F(StoreDocument, TracesTheGroupsDumped) {
   EXPECT_EQ(2U, log.CountLevel(2));
 }
 
-// Application comes before Common in the text, and after it among the groups. A writer sets both while the dump
-// copies a group that lies between them in either order.
+// Application comes before Common in the text, and after it among the groups. A writer sets both while the
+// dump copies a group that lies between them in either order.
 TEST_F(StoreDocument, NeverShowsTheLaterOfTwoSetsAloneWhenTheEarlierWentToALaterGroup) {
   constexpr std::size_t kLong = 1'000'000;
   Set("long", std::string(kLong, 'x'));
@@ -348,12 +349,12 @@ TEST_F(StoreDocument, EndsAValueAtItsFirstZeroByteWhenDumped) {
   const std::string text = Dump(1U << kAudio);
   EXPECT_EQ(R"({"Audio":[{"key":"whole","value":"ab"},{"key":"zero","value":"a"}]})", text);
 
-  Recorder told;
-  Subscribe("whole", told.Callback());
-  Subscribe("zero", told.Callback());
+  Recorder notified;
+  Subscribe("whole", notified.Callback());
+  Subscribe("zero", notified.Callback());
   EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text.c_str()));
-  EXPECT_THAT(told.Values(), ElementsAre("ab", "a", "a"));
-  EXPECT_EQ("a"s, told.At(2).event.m_newValue.ToString());
+  EXPECT_THAT(notified.Values(), ElementsAre("ab", "a", "a"));
+  EXPECT_EQ("a"s, notified.At(2).event.m_newValue.ToString());
 }
 
 TEST_F(StoreDocument, KeepsTheTextInTheStoreUntilTheNextDump) {
@@ -376,10 +377,10 @@ TEST_F(StoreDocument, RestoresTheSameValuesAndThenChangesNothing) {
   EXPECT_EQ(kResultOk, other.ApplyKalConfigs(text.c_str()));
   EXPECT_EQ(text, other.DumpKalConfigs(kAllConfigGroups));
 
-  Recorder told;
-  m_store.SubscribeConfig(kAudio, "name", told.Callback(), nullptr, false);
+  Recorder notified;
+  m_store.SubscribeConfig(kAudio, "name", notified.Callback(), nullptr, false);
   EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text.c_str()));
-  EXPECT_EQ(1U, told.Count());
+  EXPECT_EQ(1U, notified.Count());
 }
 
 TEST_F(StoreDocument, SurvivesEveryTruncationAndByteChange) {

@@ -151,7 +151,7 @@ TEST(SettingsCheck, FindsEveryPartThatImportSkips) {
   }
 }
 
-TEST(SettingsCheck, TellsOffsetsInBytes) {
+TEST(SettingsCheck, GivesOffsetsInBytes) {
   const std::string text = "{\"caf\xc3\xa9\":[],\"Audoi\":[]}";
   const auto findings = CheckSettings(text);
   ASSERT_EQ(findings.size(), 2U);
@@ -424,26 +424,27 @@ std::string DumpAfter(Function change) {
   return dump;
 }
 
-// How often import told of a value when it read the document into an empty store.
+// How often subscribers are notified when a document is imported into an empty store.
 std::size_t Imported(const std::string& text) {
   kalStore::IKalConfig* store = nullptr;
   kalStore::CreateKalConfig(1, &store);
-  std::size_t told = 0;
+  std::size_t notified = 0;
   for (const auto group : {kalStore::KAL_CONFIG_GROUP_AUDIO, kalStore::KAL_CONFIG_GROUP_VIDEO}) {
     for (const char* name : {"A", "B", "C", "D", "E"}) {
-      store->SubscribeConfig(group, name, [&](const kalStore::KalConfigEvent&) { ++told; }, nullptr, false);
+      store->SubscribeConfig(
+          group, name, [&](const kalStore::KalConfigEvent&) { ++notified; }, nullptr, false);
     }
   }
   EXPECT_EQ(store->ApplyKalConfigs(text.c_str()), kalStore::kResultOk);
   kalStore::ReleaseKalConfig(store);
   kalStore::CleanUpKalConfig(1);
-  return told;
+  return notified;
 }
 
 }  // namespace
 
 // Every document of two groups with two entries each, all of these forms: what is not found to be skipped is
-// imported, and nothing else. A form gives a name always the same value, so repeated ones are told once.
+// imported, and nothing else. A form always gives a name the same value, so repeated ones notify once.
 TEST(SettingsCheck, AgreesWithImport) {
   const std::string forms[] = {
       R"({"key":"A","value":"1"})",

@@ -64,7 +64,7 @@ TEST(Object, InsertOrAssignReplacesAndReturnsTheMember) {
   EXPECT_EQ(json::Serialize(object), R"({"0":0,"a":10,"b":2})");
 }
 
-TEST(Object, EraseTellsHowManyMembersWent) {
+TEST(Object, EraseReturnsTheNumberOfMembersRemoved) {
   json::Object object = sample();
   EXPECT_EQ(object.Erase("a"), 1u);
   EXPECT_EQ(object.Erase("a"), 0u);

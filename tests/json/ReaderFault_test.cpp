@@ -17,7 +17,7 @@ TEST(ReaderFault, IsNoneForAWellFormedText) {
   EXPECT_EQ(error.offset, 0u);
 }
 
-TEST(ReaderFault, StandsAtTheFirstByteThatDoesNotFit) {
+TEST(ReaderFault, IsAtTheFirstByteThatDoesNotFit) {
   struct {
     const char* text;
     std::size_t offset;
@@ -46,7 +46,7 @@ TEST(ReaderFault, StandsAtTheFirstByteThatDoesNotFit) {
   }
 }
 
-TEST(ReaderFault, OfATextThatEndsEarlyStandsAtItsEnd) {
+TEST(ReaderFault, OfATextThatEndsEarlyIsAtItsEnd) {
   for (const std::string text : {"", "  ", "[", "[1", "[1,", "{", "{\"a", "{\"a\"", "{\"a\":", "{\"a\":1",
                                  "\"a", "\"a\\", "\"\\u", "\"\\u00", "tr", "-", "1.", "1e", "1e-"}) {
     EXPECT_EQ(faultOf(text).offset, text.size()) << text;
@@ -67,7 +67,7 @@ TEST(ReaderFault, LinesAndColumnsCountFromOneAndInBytes) {
   EXPECT_EQ(faultOf("[\n").column, 1u);
 }
 
-TEST(ReaderFault, OfNestingStandsAtTheLevelThatIsTooDeep) {
+TEST(ReaderFault, OfNestingIsAtTheLevelThatIsTooDeep) {
   const json::ParseError error = faultOf(std::string(2000, '['));
   EXPECT_EQ(error.offset, 1000u);
   EXPECT_STREQ(error.reason, "nested deeper than 1000 levels");

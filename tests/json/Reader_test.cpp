@@ -98,7 +98,7 @@ TEST(Reader, KeysUnderstandTheEscapesToo) {
   EXPECT_TRUE(Deserialize(R"({"":1})").HasKey(""));
 }
 
-TEST(Reader, TheLastOfTwoEqualKeysStands) {
+TEST(Reader, TheLastOfTwoEqualKeysCounts) {
   EXPECT_EQ(json::Serialize(Deserialize(R"({"a":{"x":1},"b":2,"a":[3]})")), R"({"a":[3],"b":2})");
   EXPECT_EQ(json::Serialize(Deserialize(R"({"a":1,"\u0061":2})")), R"({"a":2})");
   EXPECT_EQ(json::Serialize(Deserialize(R"({"a":{"x":1},"a":{"y":2}})")), R"({"a":{"y":2}})");

@@ -87,7 +87,7 @@ TEST(TextProperty, AnyIntegerOf32BitsReadsBackToTheSameNumber) {
   }));
 }
 
-TEST(TextProperty, ADocumentsTextIsSettledAfterOneReading) {
+TEST(TextProperty, ADocumentsTextNoLongerChangesAfterOneReading) {
   EXPECT_TRUE(rc::check("document", [] {
     json::Array document;
     document.push_back(anyValue(3));

@@ -57,7 +57,7 @@ TEST_F(ValueDeathTest, HasKeysNeedsAnObject) {
   EXPECT_DEATH(m_number.HasKeys(nullptr, 0), HasSubstr("json:299: "));
 }
 
-TEST_F(ValueDeathTest, ContainersAndTextsAreReadAsWhatTheyAre) {
+TEST_F(ValueDeathTest, ContainersAndStringsAreReadAsTheirOwnKind) {
   EXPECT_DEATH(m_number.ToString(), HasSubstr(": std::string& json::Value::ToString()" + kIsString));
   EXPECT_DEATH(m_constant.ToString(),
                HasSubstr(": const std::string& json::Value::ToString() const" + kIsString));

@@ -116,7 +116,7 @@ TEST(Value, AConstObjectLooksKeysUpWithoutInserting) {
   EXPECT_EQ(value.size(), 3u);
 }
 
-TEST(Value, HasKeysTellsTheFirstMissing) {
+TEST(Value, HasKeysReturnsTheIndexOfTheFirstMissingKey) {
   const Value one = json::Deserialize(R"({"a":1})");
   const Value two = json::Deserialize(R"({"a":1,"b":2})");
   EXPECT_EQ(one.HasKeys({"a", "b"}), 1);

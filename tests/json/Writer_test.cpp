@@ -28,7 +28,7 @@ TEST(Writer, WritesOnlyObjectsAndArraysAsDocuments) {
   EXPECT_EQ(json::Serialize(json::Array()), "[]");
 }
 
-TEST(Writer, WritesMembersInKeyOrderWithoutBlanks) {
+TEST(Writer, WritesMembersInKeyOrderWithoutWhiteSpace) {
   Value object = json::Object();
   object["b"] = 2;
   object["c"] = json::Array();
@@ -118,7 +118,7 @@ TEST(Writer, LeavesEveryOtherByteAsItIs) {
   }
 }
 
-TEST(Writer, EscapesWhereverTheByteStands) {
+TEST(Writer, EscapesAtEveryPosition) {
   for (std::size_t at = 0; at < 20; ++at) {
     std::string text(20, 'x');
     text[at] = '\n';

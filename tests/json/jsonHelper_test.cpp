@@ -154,7 +154,7 @@ TEST(jsonHelper, ConvertsWithAZeroDefault) {
   EXPECT_TRUE(none.operator json::Array().empty());
 }
 
-TEST(jsonHelper, TheLogFlagDoesNotTravel) {
+TEST(jsonHelper, TheLogFlagIsNotCopied) {
   jsonHelper logged = sample();
   EXPECT_FALSE(logged.IsLogEnabled());
   logged.EnableLog(true);

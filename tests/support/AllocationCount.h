@@ -39,8 +39,8 @@ class FailAllocation {
   bool Fired() const;
 };
 
-/// Calls a function inside the calling thread's first allocation of at least `size` bytes, before it is made: a
-/// place in the middle of an operation, the same in every run. One at a time in each thread.
+/// Calls a function inside the calling thread's first allocation of at least `size` bytes, before it is made:
+/// a place in the middle of an operation, the same in every run. One at a time in each thread.
 class AtAllocation {
  public:
   AtAllocation(std::size_t size, std::function<void()> call);
