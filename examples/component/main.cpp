@@ -1,5 +1,5 @@
-// A media component as it lives in the engine: built before its call is known, told of its settings on its
-// own thread, and torn down while others still change them.
+// A media component as the engine uses it: made before its call is known, notified of its settings on its own
+// thread, and destroyed while others still change them.
 #include <atomic>
 #include <iostream>
 #include <string>
@@ -17,8 +17,8 @@ class AudioSender {
   AudioSender() {
     m_thread.Start();
     m_settings.SetKalSessionType(kal::KAL_SESSION_AUDIO);
-    // No call yet: the subscription is recorded and made by JoinCall(). Posted, so that no setter waits for
-    // us.
+    // No call yet: the facade records the subscription, and JoinCall() makes it. Posted, so that no setter
+    // waits.
     m_settings.SubscribeConfig(
         "Bitrate", [this](const KalConfigEvent& event) { onBitrate(event); },
         kalStore::KAL_CONFIG_GROUP_DEFAULT, &m_thread, true);
@@ -26,7 +26,7 @@ class AudioSender {
 
   bool JoinCall(std::uint32_t callId) {
     if (m_settings.SetCallId(callId) != kalStore::kResultOk) return false;
-    // A toggle is on unless something says otherwise.
+    // A toggle that is not set is on.
     m_detectMusic = m_settings.IsFeatureToggleDefaultOn(kalStore::KAL_FT_EnableMusicDetection);
     return true;
   }
@@ -48,7 +48,8 @@ class AudioSender {
   bool m_detectMusic = true;
   std::atomic<int> m_bitrate{0};
   ACmThread m_thread{"audio-sender"};
-  // The last member: it is destroyed first, and after that no callback uses the members above.
+  // The last of what callbacks use: it is destroyed first, and no callback runs after that. A Subscription
+  // through this facade would come after it.
   KalConfigHelper m_settings;
 };
 
@@ -66,8 +67,9 @@ int main() {
               << (sender.DetectsMusic() ? "on" : "off") << '\n';
     application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 24000);
     std::cout << "adapted to " << sender.WaitForBitrate(24000) << " bit/s\n";
-    application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 16000);  // Perhaps still on its way: the
-  }  // sender goes all the same.
+    // The delivery may still be on its way when the sender ends.
+    application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 16000);
+  }
   const bool isAlone =
       application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 8000) == kalStore::kResultNobody;
   std::cout << "left, " << (isAlone ? "nobody listens" : "someone still listens") << '\n';

@@ -67,7 +67,7 @@ concept SettableAs =
 /// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 ///
 /// KalConfigHelper settings(7);
-/// assert(kMaxFps.Get(settings) == 30);  // nobody has set it
+/// assert(kMaxFps.Get(settings) == 30);  // it is not set
 /// kMaxFps.Set(settings, 15);
 /// assert(kMaxFps.Get(settings) == 15);
 ///

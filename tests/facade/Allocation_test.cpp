@@ -78,8 +78,8 @@ TEST_F(AllocationTest, ASubscriptionThatFailsIsNotThereAndCanBeMadeAgain) {
 TEST_F(AllocationTest, AFacadeThatCouldNotBeBoundCanBeBoundLater) {
   for (std::size_t n = 1;; ++n) {
     KalConfigHelper facade;
-    int told = 0;
-    facade.SubscribeConfig(kLongName, [&](const KalConfigEvent&) { ++told; }, kGroup);
+    int notified = 0;
+    facade.SubscribeConfig(kLongName, [&](const KalConfigEvent&) { ++notified; }, kGroup);
     std::optional<FailAllocation> nth(n);
     bool hasThrown = false;
     try {
@@ -94,7 +94,7 @@ TEST_F(AllocationTest, AFacadeThatCouldNotBeBoundCanBeBoundLater) {
     EXPECT_EQ(facade.SetCallId(kCall), 0) << "allocation " << n;
     // Bound before the failure, the facade is without the subscription, and said so by throwing.
     facade.SetKalConfig(kLongName, 1, kGroup, false, true);
-    EXPECT_EQ(told, wasBound && hasThrown ? 0 : 1) << "allocation " << n;
+    EXPECT_EQ(notified, wasBound && hasThrown ? 0 : 1) << "allocation " << n;
     if (!fired) break;
   }
 }

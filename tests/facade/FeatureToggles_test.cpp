@@ -110,7 +110,7 @@ TEST_F(FeatureTogglesTest, AreOnUnlessSaidOtherwise) {
   EXPECT_TRUE(facade.IsFeatureToggleDefaultOn(toggle));
 }
 
-TEST_F(FeatureTogglesTest, TellTheirSubscribers) {
+TEST_F(FeatureTogglesTest, NotifyTheirSubscribers) {
   KalConfigHelper facade(kCall);
   KalConfigHelper other(kCall);
   std::vector<std::string> seen;

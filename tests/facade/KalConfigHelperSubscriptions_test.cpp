@@ -30,7 +30,7 @@ class KalConfigHelperSubscriptionsTest : public FacadeTest {
   std::vector<std::string> m_seen;
 };
 
-TEST_F(KalConfigHelperSubscriptionsTest, TellsChanges) {
+TEST_F(KalConfigHelperSubscriptionsTest, NotifiesOfChanges) {
   KalConfigHelper facade(kCall);
   EXPECT_NE(facade.SubscribeConfig("a", Note("1"), kGroup), 0U);
   EXPECT_EQ(facade.SetKalConfig("a", "x", kGroup), 0);
@@ -287,20 +287,20 @@ TEST_F(KalConfigHelperSubscriptionsTest, MakesASubscriptionOnceForTwoThreads) {
   KalConfigHelper facade(kCall);
   for (int round = 0; round < 300; ++round) {
     std::atomic<int> ready{0};
-    std::atomic<int> told{0};
+    std::atomic<int> notified{0};
     SubscribeId_t ids[2] = {};
     std::thread threads[2];
     for (int i = 0; i < 2; ++i) {
       threads[i] = std::thread([&, i] {
         for (++ready; ready < 2;) std::this_thread::yield();
-        ids[i] = facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++told; }, kGroup);
+        ids[i] = facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++notified; }, kGroup);
       });
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ((ids[0] != 0) + (ids[1] != 0), 1);
-    told = 0;
+    notified = 0;
     EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup, true), 0);
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(notified, 1);
     EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), 0);
     EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup, true), kResultNobody);
   }
@@ -311,19 +311,19 @@ TEST_F(KalConfigHelperSubscriptionsTest, LosesNoSubscriptionMadeWhileItBinds) {
   for (int round = 0; round < 300; ++round) {
     KalConfigHelper facade;
     std::atomic<int> ready{0};
-    std::atomic<int> told{0};
+    std::atomic<int> notified{0};
     std::thread subscriber([&] {
       for (++ready; ready < 2;) std::this_thread::yield();
-      facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++told; }, kGroup);
-      facade.SubscribeConfig("z", [&](const KalConfigEvent&) { ++told; }, Group(12));
+      facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++notified; }, kGroup);
+      facade.SubscribeConfig("z", [&](const KalConfigEvent&) { ++notified; }, Group(12));
     });
     for (++ready; ready < 2;) std::this_thread::yield();
     facade.SetCallId(kCall);
     subscriber.join();
-    told = 0;
+    notified = 0;
     setter.SetKalConfig("a", round, kGroup);
     setter.SetKalConfig("z", round, Group(12));
-    EXPECT_EQ(told, 2);
+    EXPECT_EQ(notified, 2);
   }
 }
 
@@ -384,7 +384,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, KeepsPostedEventsFromUserCodeAfterItsEn
   EXPECT_EQ(late, 0);
 }
 
-// A facade that nobody owns but the callback of one of its subscriptions.
+// A facade whose only owner is the callback of one of its subscriptions.
 class OwnedByItsCallback : public FacadeTest {
  protected:
   std::shared_ptr<KalConfigHelper> m_owner = std::make_shared<KalConfigHelper>(kCall);

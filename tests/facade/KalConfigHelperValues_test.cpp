@@ -248,7 +248,7 @@ TEST_F(KalConfigHelperValuesTest, LeavesGroupsAbove12ToTheStore) {
   EXPECT_EQ(value, ConfigData("kept"));
 }
 
-TEST_F(KalConfigHelperValuesTest, HandsStatusesAndFlagsThrough) {
+TEST_F(KalConfigHelperValuesTest, PassesResultsAndFlagsOn) {
   KalConfigHelper facade(kCall);
   EXPECT_EQ(facade.SetKalConfig("", 1, kGroup), kResultBadArgument);
   EXPECT_EQ(facade.SetKalConfig("a", ConfigData(), kGroup), kResultBadArgument);

@@ -277,7 +277,7 @@ TEST_F(KalConfigHelperTest, AcceptsTheSessionTypeOfItsDefaultGroup) {
   EXPECT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_AUDIO), kResultNotFound);
 }
 
-TEST_F(KalConfigHelperTest, TellsTheSessionTypeOfItsDefaultGroup) {
+TEST_F(KalConfigHelperTest, ReportsTheSessionTypeOfItsDefaultGroup) {
   EXPECT_EQ(KalConfigHelper().GetKalSessionType(), Session(15));
   for (std::uint32_t group = 0; group < 13; ++group) {
     std::uint32_t expected = 15;

@@ -42,7 +42,7 @@ TEST_F(KalConfigValueReadersTest, LeaveAnEmptyStoreBehindForAnUnknownCall) {
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore);
 }
 
-TEST_F(KalConfigValueReadersTest, HandTheFacadesStatusesThrough) {
+TEST_F(KalConfigValueReadersTest, ReturnTheFacadesResults) {
   ConfigData value;
   EXPECT_EQ(GetKalConfigValue(Session(6), "a", value, kCall), kResultNotFound) << "no default group";
   EXPECT_EQ(GetKalConfigValueEx(KAL_CONFIG_GROUP_DEFAULT, "a", value, kCall), kResultNotFound);

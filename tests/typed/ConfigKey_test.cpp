@@ -73,7 +73,7 @@ TEST_F(Key, ReadsAndWritesTheValueThatOthersSee) {
   EXPECT_EQ(kGain.Get(*m_call), 2.0);
 }
 
-TEST_F(Key, RefusesAStoredTextThatIsNotWhollyOfItsType) {
+TEST_F(Key, RefusesAStoredValueThatIsNotWhollyOfItsType) {
   for (const ConfigRef ref : m_refs) {
     for (const char* text : {"fast", "15.0", "15 ", "", "2147483648"}) {
       m_facade.SetKalConfig("MaxFps", text, KAL_CONFIG_GROUP_VIDEO);
@@ -105,7 +105,7 @@ TEST_F(Key, SaysWhetherASetStoredItsValue) {
   EXPECT_FALSE(IsStored(kResultNotFound));
 }
 
-TEST_F(Key, MayStandInAFacadesDefaultGroup) {
+TEST_F(Key, CanBeInAFacadesDefaultGroup) {
   {
     const TraceLog silent;
     EXPECT_EQ(kBitrate.Set(m_facade, 1), kResultNotFound);
@@ -129,13 +129,13 @@ TEST_F(Key, GivesItsDefaultWhenTheFacadeIsNotBound) {
   EXPECT_EQ(kMaxFps.Set(unbound, 15), kResultBadArgument);
 }
 
-TEST_F(Key, TellsChangesInItsOwnType) {
+TEST_F(Key, NotifiesOfChangesInItsOwnType) {
   for (const ConfigRef ref : m_refs) {
     kMaxFps.Set(ref, 10);
-    std::vector<std::tuple<int, bool, std::string>> told;
+    std::vector<std::tuple<int, bool, std::string>> notified;
     {
       const auto subscription = kMaxFps.Subscribe(ref, [&](const ConfigReading<int>& reading) {
-        told.emplace_back(reading.value, reading.IsRefused(), reading.stored.ToString());
+        notified.emplace_back(reading.value, reading.IsRefused(), reading.stored.ToString());
       });
       EXPECT_TRUE(subscription);
       kMaxFps.Set(ref, 15);
@@ -144,7 +144,7 @@ TEST_F(Key, TellsChangesInItsOwnType) {
     kMaxFps.Set(ref, 20);
     const std::vector<std::tuple<int, bool, std::string>> expected = {
         {10, false, "10"}, {15, false, "15"}, {30, true, "fast"}};
-    EXPECT_EQ(told, expected);
+    EXPECT_EQ(notified, expected);
   }
 }
 

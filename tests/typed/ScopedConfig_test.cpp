@@ -44,7 +44,7 @@ TEST_F(Scope, RemovesAgainWhatWasAbsent) {
   }
 }
 
-TEST_F(Scope, PutsBackTheTextOfNoCharacters) {
+TEST_F(Scope, RestoresAnEmptyString) {
   m_facade.SetKalConfig("Device", "", KAL_CONFIG_GROUP_AUDIO);
   {
     const ScopedConfig scope(m_facade, KAL_CONFIG_GROUP_AUDIO, "Device", "headset");
@@ -64,19 +64,19 @@ TEST_F(Scope, Nests) {
   EXPECT_EQ(kMaxFps.Get(*m_call), 20);
 }
 
-TEST_F(Scope, TellsSubscribersOfBothSetsButNotOfARemoval) {
-  std::vector<int> told;
-  const auto subscription =
-      kMaxFps.Subscribe(*m_call, [&](const ConfigReading<int>& reading) { told.push_back(reading.value); });
+TEST_F(Scope, NotifiesSubscribersOfBothSetsButNotOfARemoval) {
+  std::vector<int> notified;
+  const auto subscription = kMaxFps.Subscribe(
+      *m_call, [&](const ConfigReading<int>& reading) { notified.push_back(reading.value); });
   {
     const ScopedConfig scope(*m_call, kMaxFps, 5);
   }
-  EXPECT_EQ(told, std::vector<int>({5}));
+  EXPECT_EQ(notified, std::vector<int>({5}));
   kMaxFps.Set(*m_call, 15);
   {
     const ScopedConfig scope(*m_call, kMaxFps, 6);
   }
-  EXPECT_EQ(told, std::vector<int>({5, 15, 6, 15}));
+  EXPECT_EQ(notified, std::vector<int>({5, 15, 6, 15}));
 }
 
 TEST_F(Scope, DoesNothingWhenTheValueIsRefused) {

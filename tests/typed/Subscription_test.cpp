@@ -24,27 +24,27 @@ class Subscriptions : public TypedTest {
 
   template <class Store>
   Subscription Counting(Store& store) {
-    return Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", [this](const KalConfigEvent&) { ++m_told; });
+    return Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", [this](const KalConfigEvent&) { ++m_notified; });
   }
 
   CallStore m_call{kCall};
   KalConfigHelper m_facade{kCall};
-  std::atomic<int> m_told{0};
+  std::atomic<int> m_notified{0};
 };
 
 }  // namespace
 
-TEST_F(Subscriptions, TellUntilTheirEnd) {
+TEST_F(Subscriptions, NotifyUntilTheirEnd) {
   {
     const Subscription direct = Counting(*m_call);
     const Subscription viaFacade = Counting(m_facade);
     EXPECT_TRUE(direct);
     EXPECT_TRUE(viaFacade);
     Set(1);
-    EXPECT_EQ(m_told, 2);
+    EXPECT_EQ(m_notified, 2);
   }
   Set(2);
-  EXPECT_EQ(m_told, 2);
+  EXPECT_EQ(m_notified, 2);
 }
 
 TEST_F(Subscriptions, ReleaseWhatTheirCallbackCaptured) {
@@ -74,7 +74,7 @@ TEST_F(Subscriptions, AreEmptyWhenRefused) {
     EXPECT_FALSE(second);
   }
   Set(1);
-  EXPECT_EQ(m_told, 1);
+  EXPECT_EQ(m_notified, 1);
 }
 
 TEST_F(Subscriptions, MoveWithoutBeingRemoved) {
@@ -83,10 +83,10 @@ TEST_F(Subscriptions, MoveWithoutBeingRemoved) {
   EXPECT_FALSE(first);  // NOLINT(bugprone-use-after-move): empty, as documented
   EXPECT_TRUE(second);
   Set(1);
-  EXPECT_EQ(m_told, 1);
+  EXPECT_EQ(m_notified, 1);
   first = std::move(second);
   Set(2);
-  EXPECT_EQ(m_told, 2);
+  EXPECT_EQ(m_notified, 2);
 }
 
 TEST_F(Subscriptions, RemoveWhatAnAssignmentReplaces) {
@@ -94,7 +94,7 @@ TEST_F(Subscriptions, RemoveWhatAnAssignmentReplaces) {
   int other = 0;
   subscription = Subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) { ++other; });
   Set(1);
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
   EXPECT_EQ(other, 1);
 
   Subscription& itself = subscription;
@@ -113,13 +113,13 @@ TEST_F(Subscriptions, CanBeRemovedEarlyAndTwice) {
   EXPECT_FALSE(subscription);
   subscription.Remove();
   Set(1);
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
 
-  subscription = Counting(m_facade);  // The name is free again: what is stored is told at once.
-  EXPECT_EQ(m_told, 1);
+  subscription = Counting(m_facade);  // The name is free again: the initial delivery.
+  EXPECT_EQ(m_notified, 1);
 }
 
-TEST_F(Subscriptions, DropWhatTheyAreToldWhilePaused) {
+TEST_F(Subscriptions, DropChangesWhilePaused) {
   Subscription subscription = Counting(*m_call);
   EXPECT_FALSE(subscription.IsPaused());
   subscription.Pause();
@@ -128,9 +128,9 @@ TEST_F(Subscriptions, DropWhatTheyAreToldWhilePaused) {
   Set(1);
   subscription.Resume();
   EXPECT_FALSE(subscription.IsPaused());
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
   Set(2);
-  EXPECT_EQ(m_told, 1);
+  EXPECT_EQ(m_notified, 1);
 
   Subscription empty;
   empty.Pause();
@@ -141,12 +141,12 @@ TEST_F(Subscriptions, DropWhatTheyAreToldWhilePaused) {
 TEST_F(Subscriptions, CanPauseInsideTheirCallback) {
   Subscription subscription;
   subscription = Subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) {
-    ++m_told;
+    ++m_notified;
     subscription.Pause();
   });
   Set(1);
   Set(2);
-  EXPECT_EQ(m_told, 1);
+  EXPECT_EQ(m_notified, 1);
 }
 
 TEST_F(Subscriptions, AreNotMadeWhenTheInitialDeliveryThrows) {
@@ -166,10 +166,10 @@ TEST_F(Subscriptions, AreMadeWhollyOrNotAtAllWhenAnAllocationFails) {
     }
     if (!nth.Fired()) break;
   }
-  m_told = 0;
+  m_notified = 0;
   const Subscription subscription = Counting(m_facade);
   EXPECT_TRUE(subscription);
-  EXPECT_EQ(m_told, 1);
+  EXPECT_EQ(m_notified, 1);
 }
 
 TEST_F(Subscriptions, WaitForAFacadeToBeBound) {
@@ -179,10 +179,10 @@ TEST_F(Subscriptions, WaitForAFacadeToBeBound) {
     EXPECT_TRUE(subscription);
     late.SetCallId(kCall);
     Set(1);
-    EXPECT_EQ(m_told, 1);
+    EXPECT_EQ(m_notified, 1);
   }
   Set(2);
-  EXPECT_EQ(m_told, 1);
+  EXPECT_EQ(m_notified, 1);
   const Subscription again = Counting(late);  // The name is free again.
   EXPECT_TRUE(again);
 }
@@ -192,23 +192,23 @@ TEST_F(Subscriptions, NeverRunWhenRemovedBeforeTheFacadeIsBound) {
   Counting(late).Remove();
   late.SetCallId(kCall);
   Set(1);
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
 }
 
 TEST_F(Subscriptions, AreReplacedByALaterOneOfAFacadeThatIsNotBound) {
   KalConfigHelper late;
-  int earlierTold = 0;
+  int earlierNotified = 0;
   {
     const Subscription earlier(late, KAL_CONFIG_GROUP_AUDIO, "A",
-                               [&](const KalConfigEvent&) { ++earlierTold; });
+                               [&](const KalConfigEvent&) { ++earlierNotified; });
     const Subscription later = Counting(late);
     EXPECT_TRUE(later);
     EXPECT_FALSE(Subscription(late, KAL_CONFIG_GROUP_AUDIO, nullptr, [](const KalConfigEvent&) {}));
     late.SetCallId(kCall);
     Set(1);
-    EXPECT_EQ(m_told, 1);
+    EXPECT_EQ(m_notified, 1);
   }
-  EXPECT_EQ(earlierTold, 0);
+  EXPECT_EQ(earlierNotified, 0);
 }
 
 TEST_F(Subscriptions, LeaveTheNameFreeWhenRemovedBeforeTheFacadeIsBound) {
@@ -216,15 +216,15 @@ TEST_F(Subscriptions, LeaveTheNameFreeWhenRemovedBeforeTheFacadeIsBound) {
   Counting(late).Remove();
   late.SetCallId(kCall);
   EXPECT_NE(late.SubscribeConfig("A", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO), 0U);
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
 }
 
 TEST_F(Subscriptions, LeaveTheNameFreeWhenACallbackRemovesThemWhileTheFacadeBinds) {
   m_facade.SetKalConfig("A", 1, KAL_CONFIG_GROUP_AUDIO);
   m_facade.SetKalConfig("A", 1, KAL_CONFIG_GROUP_VIDEO);
   KalConfigHelper late;
-  Subscription sameGroup(late, KAL_CONFIG_GROUP_AUDIO, "B", [this](const KalConfigEvent&) { ++m_told; });
-  Subscription laterGroup(late, KAL_CONFIG_GROUP_VIDEO, "A", [this](const KalConfigEvent&) { ++m_told; });
+  Subscription sameGroup(late, KAL_CONFIG_GROUP_AUDIO, "B", [this](const KalConfigEvent&) { ++m_notified; });
+  Subscription laterGroup(late, KAL_CONFIG_GROUP_VIDEO, "A", [this](const KalConfigEvent&) { ++m_notified; });
   const Subscription first(late, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) {
     sameGroup.Remove();
     laterGroup.Remove();
@@ -232,28 +232,28 @@ TEST_F(Subscriptions, LeaveTheNameFreeWhenACallbackRemovesThemWhileTheFacadeBind
   late.SetCallId(kCall);
   EXPECT_EQ(m_facade.SetKalConfig("B", 2, KAL_CONFIG_GROUP_AUDIO), kResultNobody);
   EXPECT_EQ(m_facade.SetKalConfig("A", 2, KAL_CONFIG_GROUP_VIDEO), kResultNobody);
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
   EXPECT_TRUE(Subscription(late, KAL_CONFIG_GROUP_AUDIO, "B", [](const KalConfigEvent&) {}));
   EXPECT_TRUE(Subscription(late, KAL_CONFIG_GROUP_VIDEO, "A", [](const KalConfigEvent&) {}));
 }
 
 TEST_F(Subscriptions, RemoveNobodyElses) {
-  const auto count = [this](const KalConfigEvent&) { ++m_told; };
+  const auto count = [this](const KalConfigEvent&) { ++m_notified; };
   KalConfigHelper late;
   std::optional<Subscription> replaced = Counting(late);
   late.SubscribeConfig("A", count, KAL_CONFIG_GROUP_AUDIO);
   replaced.reset();
   late.SetCallId(kCall);
   EXPECT_EQ(m_facade.SetKalConfig("A", 1, KAL_CONFIG_GROUP_AUDIO), kResultOk);
-  EXPECT_EQ(m_told, 1);
+  EXPECT_EQ(m_notified, 1);
 
   std::optional<Subscription> removedByName = Counting(m_facade);
   m_facade.UnsubscribeConfig("A", KAL_CONFIG_GROUP_AUDIO);
   m_facade.SubscribeConfig("A", count, KAL_CONFIG_GROUP_AUDIO);
   removedByName.reset();
-  m_told = 0;
+  m_notified = 0;
   Set(2);
-  EXPECT_EQ(m_told, 2);
+  EXPECT_EQ(m_notified, 2);
 
   std::optional<Subscription> recorded;
   KalConfigHelper later;
@@ -262,9 +262,9 @@ TEST_F(Subscriptions, RemoveNobodyElses) {
   later.UnsubscribeConfig("A", KAL_CONFIG_GROUP_AUDIO);
   later.SubscribeConfig("A", count, KAL_CONFIG_GROUP_AUDIO);
   recorded.reset();
-  m_told = 0;
+  m_notified = 0;
   Set(3);
-  EXPECT_EQ(m_told, 3);
+  EXPECT_EQ(m_notified, 3);
 }
 
 TEST_F(Subscriptions, AreReplacedByAssignmentOnAFacade) {
@@ -274,7 +274,7 @@ TEST_F(Subscriptions, AreReplacedByAssignmentOnAFacade) {
       Subscription(m_facade, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) { ++second; });
   EXPECT_TRUE(subscription);
   Set(1);
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
   EXPECT_EQ(second, 1);
 
   Subscription refused = Counting(m_facade);
@@ -285,12 +285,12 @@ TEST_F(Subscriptions, AreReplacedByAssignmentOnAFacade) {
   empty = std::move(refused);
   EXPECT_FALSE(empty) << "the name is still taken";
   Set(2);
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
   EXPECT_EQ(second, 2);
   subscription = std::move(empty);
-  EXPECT_EQ(m_told, 1) << "the initial delivery";
+  EXPECT_EQ(m_notified, 1) << "the initial delivery";
   Set(3);
-  EXPECT_EQ(m_told, 2);
+  EXPECT_EQ(m_notified, 2);
   EXPECT_EQ(second, 2);
 }
 
@@ -308,14 +308,14 @@ TEST_F(Subscriptions, AreEmptyWhenTheInitialDeliveryOfAReplacementThrows) {
 TEST_F(Subscriptions, CanMoveInsideTheirCallback) {
   Subscription first, second;
   first = Subscription(*m_call, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) {
-    ++m_told;
+    ++m_notified;
     std::swap(first, second);
   });
   Set(1);
   EXPECT_FALSE(first);
   EXPECT_TRUE(second);
   Set(2);
-  EXPECT_EQ(m_told, 2);
+  EXPECT_EQ(m_notified, 2);
   EXPECT_TRUE(first);
 }
 
@@ -339,11 +339,11 @@ TEST_F(Subscriptions, CanBelongToTheirOwnCallback) {
     EXPECT_TRUE(subscription.expired());
 
     raw = (subscription = subscribe(store)).lock().get();
-    *raw = Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", [this](const KalConfigEvent&) { ++m_told; });
+    *raw = Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", [this](const KalConfigEvent&) { ++m_notified; });
     EXPECT_TRUE(subscription.expired());
     EXPECT_EQ(m_facade.SetKalConfig("A", 1, KAL_CONFIG_GROUP_AUDIO, true), kResultNobody);
   }
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
 }
 
 TEST_F(Subscriptions, DropAPostedDeliveryThatHasNotBegun) {
@@ -359,14 +359,14 @@ TEST_F(Subscriptions, DropAPostedDeliveryThatHasNotBegun) {
       },
       &thread, true);
   Subscription posted(
-      *m_call, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) { ++m_told; }, &thread, true);
+      *m_call, KAL_CONFIG_GROUP_AUDIO, "A", [&](const KalConfigEvent&) { ++m_notified; }, &thread, true);
   m_facade.SetKalConfig("Block", 1, KAL_CONFIG_GROUP_AUDIO);
   blocked.get_future().wait();
   Set(1);
   posted.Remove();
   goOn.set_value();
   thread.Stop();
-  EXPECT_EQ(m_told, 0);
+  EXPECT_EQ(m_notified, 0);
 }
 
 TEST_F(Subscriptions, CanBeRemovedInsideAPostedDelivery) {
@@ -376,14 +376,14 @@ TEST_F(Subscriptions, CanBeRemovedInsideAPostedDelivery) {
   posted = Subscription(
       *m_call, KAL_CONFIG_GROUP_AUDIO, "A",
       [&](const KalConfigEvent&) {
-        ++m_told;
+        ++m_notified;
         posted.Remove();
       },
       &thread, true);
   Set(1);
   Set(2);
   thread.Stop();
-  EXPECT_EQ(m_told, 1);
+  EXPECT_EQ(m_notified, 1);
 }
 
 TEST_F(Subscriptions, ArePausedAndResumedWhileOthersSet) {
@@ -396,10 +396,10 @@ TEST_F(Subscriptions, ArePausedAndResumedWhileOthersSet) {
     subscription.Resume();
   }
   setter.join();
-  const int before = m_told;
+  const int before = m_notified;
   EXPECT_LE(before, 2000);
   Set(-1);
-  EXPECT_EQ(m_told, before + 1);
+  EXPECT_EQ(m_notified, before + 1);
 }
 
 TEST_F(Subscriptions, AreSilentOnceRemovedWhileOthersSet) {
@@ -412,11 +412,11 @@ TEST_F(Subscriptions, AreSilentOnceRemovedWhileOthersSet) {
   });
   for (int i = 0; i < 200; ++i) {
     // What the callback uses ends with the scope: a late run would be a use after its end.
-    auto told = std::make_unique<std::atomic<int>>(0);
+    auto notified = std::make_unique<std::atomic<int>>(0);
     const Subscription subscription(
         *m_call, KAL_CONFIG_GROUP_AUDIO, "A",
-        [told = told.get()](const KalConfigEvent&) { told->fetch_add(1); }, i % 2 == 0 ? &thread : nullptr,
-        i % 4 == 0);
+        [notified = notified.get()](const KalConfigEvent&) { notified->fetch_add(1); },
+        i % 2 == 0 ? &thread : nullptr, i % 4 == 0);
     std::this_thread::yield();
   }
   done = true;

@@ -20,7 +20,7 @@ struct Row {
 
 }  // namespace
 
-TEST(ReadAs, TakesAWholeTextWithinRangeAlone) {
+TEST(ReadAs, TakesAWholeValueWithinRangeAlone) {
   using Int = std::numeric_limits<int>;
   using UInt = std::numeric_limits<unsigned int>;
   using Long = std::numeric_limits<long>;

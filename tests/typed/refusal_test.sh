@@ -1,5 +1,5 @@
 #!/bin/sh
-# Compiles a file as it stands, which must succeed, and with REFUSED defined, which must not.
+# Compiles a file as it is, which must succeed, and with REFUSED defined, which must fail.
 # usage: refusal_test.sh FILE COMPILER FLAG...
 file=$1
 shift

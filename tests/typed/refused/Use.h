@@ -4,7 +4,7 @@
 
 #include "tessel/typed.h"
 
-// What the files beside this one use: each compiles as it stands, and does not with REFUSED.
+// What the files beside this one use: each compiles as it is, and does not compile with REFUSED defined.
 
 using namespace kalStore;
 
