@@ -19,11 +19,11 @@ namespace kalStore {
 /// @par Example
 /// @code{.cpp}
 /// ConfigEventHandler handler;
-/// std::string told;
-/// handler.m_fnNotify = [&](const KalConfigEvent& event) { told = event.m_newValue.ToString(); };
+/// std::string notified;
+/// handler.m_fnNotify = [&](const KalConfigEvent& event) { notified = event.m_newValue.ToString(); };
 /// KalConfigEvent event;
 /// event.m_newValue = 30;
-/// assert(handler.Notify(event) && told == "30");
+/// assert(handler.Notify(event) && notified == "30");
 /// assert(!handler.Invoke(event).IsValid());  // no binding
 /// @endcode
 struct TESSEL_API ConfigEventHandler {
@@ -50,7 +50,7 @@ struct TESSEL_API ConfigEventHandler {
   /// @return False only without m_fnNotify.
   bool Notify(const KalConfigEvent& event);
 
-  /// Asks m_fnInvoke, on this thread. What it throws leaves Invoke().
+  /// Calls m_fnInvoke, on this thread. What it throws leaves Invoke().
   /// @param event  handed to the callback
   /// @return What it returns; an empty value without it.
   ConfigValue Invoke(const KalConfigEvent& event);

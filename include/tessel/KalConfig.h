@@ -40,16 +40,17 @@ class TESSEL_API KalConfig : public IKalConfig {
   ~KalConfig() override;
 
   /// Sets the cleaned-up flag, so that the registry drops its reference once.
-  /// @threads The registry's alone, under its own lock.
+  /// @threads Only the registry's, under its lock.
   /// @return False when it was set already.
   bool MarkCleanedUp();
 
   /// Ends every subscription and binding.
-  /// @threads The registry's alone, when the store is about to end: no other thread uses it.
+  /// @threads Only the thread that is about to end the store.
   [[gnu::visibility("hidden")]] void DropHandlers();
 
  private:
   using ObserverMgr = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
+  // A value may end under the lock: that runs no code but its own.
   using ConfigMap = atomMap<std::string, ConfigData>;
 
   // REQUIRES: IsConfigGroup(group).

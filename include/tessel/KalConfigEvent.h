@@ -27,7 +27,7 @@ struct KalConfigEvent {
   kal::KalSessionType m_sessionType = kal::KAL_SESSION_NONE;  ///< of the group; 15 when it has none
 };
 
-/// Told of a change.
+/// Is notified of a change.
 using fnConfigChangedCallBack = std::function<void(const KalConfigEvent&)>;
 /// Computes the value of a bound name when it is read.
 using fnConfigInvokeCallBack = std::function<ConfigValue(const KalConfigEvent&)>;

@@ -33,7 +33,7 @@ enum KalConfigGroup : std::int32_t {
   KAL_CONFIG_GROUP_TRANSMISSION = 10,
   KAL_CONFIG_GROUP_TA_ONLY = 11,
   KAL_CONFIG_GROUP_UNIT_TEST = 12,
-  KAL_CONFIG_GROUP_LAST = 13,     ///< the number of groups; what an unknown group name gives
+  KAL_CONFIG_GROUP_LAST = 13,     ///< the number of groups; the result for an unknown group name
   KAL_CONFIG_GROUP_DEFAULT = -1,  ///< 0xFFFFFFFF: a facade's default group; no group for a store
 };
 
@@ -57,8 +57,8 @@ constexpr bool IsConfigGroup(KalConfigGroup group) {
 TESSEL_API std::string KalConfigGroup2GroupName(KalConfigGroup group);
 
 /// Finds a group by its name.
-/// @param name  the very name, letter case included
-/// @return The group; 13 for every text that names none of groups 0 to 12.
+/// @param name  exactly, letter case included
+/// @return The group; KAL_CONFIG_GROUP_LAST for every string that names none of groups 0 to 12.
 TESSEL_API KalConfigGroup GroupName2KalConfigGroup(const std::string& name);
 
 }  // namespace kalStore

@@ -100,8 +100,8 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
   /// @param name  not empty
   /// @param handler  not null
   /// @param onAdded  takes the handler; runs only when it was appended
-  /// @return 0; 0x46004003 for an empty name or null handler, 0x46000001 when this very handler is in the
-  /// list.
+  /// @return kResultOk; kResultBadArgument for an empty name or null handler; kResultNoSuchOrExists when this
+  /// handler is in the list.
   template <class OnAdded>
   int Subscribe(const std::string& name, T handler, OnAdded&& onAdded) {
     if (name.empty() || handler == nullptr) return kResultBadArgument;
@@ -120,14 +120,14 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
   /// @param name  any
   /// @param handler  any
   /// @param onRemoved  takes nothing; runs only when it was taken out
-  /// @return 0; 0x46000001 when it is not in the list.
+  /// @return kResultOk; kResultNoSuchOrExists when it is not in the list.
   template <class OnRemoved>
   int Unsubscribe(std::string_view name, const T& handler, OnRemoved&& onRemoved) {
     Locked names(*this);
     const auto found = names->find(name);
     if (found == names->end()) return kResultNoSuchOrExists;
     Entry& entry = found->second;
-    // From the end: who came last is likely to go first.
+    // From the end: the latest is the likeliest to be removed.
     const auto after = std::find(entry.handlers.rbegin(), entry.handlers.rend(), handler);
     if (after == entry.handlers.rend()) return kResultNoSuchOrExists;
     entry.handlers.erase(std::prev(after.base()));

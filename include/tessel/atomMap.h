@@ -7,16 +7,16 @@
 
 namespace kalStore {
 
-/// An ordered map guarded by a recursive mutex of its own; text keys order byte-wise.
+/// An ordered map guarded by a recursive mutex of its own; string keys are ordered byte by byte.
 ///
-/// @threads Any operation, from any thread. Each holds the mutex for its whole duration, and its own alone,
-/// so that a thread that holds it may call in again. A mutex that cannot be locked throws std::system_error.
+/// @threads Any operation, from any thread. Each holds the mutex for its whole duration, and no other: a
+/// thread that holds it may call in again. A mutex that cannot be locked throws std::system_error.
 /// On cache lines of its own, so that the threads that use one map do not slow those that use the next.
 /// @par Example
 /// @code{.cpp}
 /// atomMap<std::string, int> limits;
 /// limits.Set("MaxFps", 30);
-/// assert(!limits.SetEx("MaxFps", 60));  // it is there
+/// assert(!limits.SetEx("MaxFps", 60));  // present already
 /// int fps = 0;
 /// assert(limits.Get("MaxFps", fps) && fps == 30);
 /// {
@@ -77,9 +77,7 @@ class alignas(64) [[gnu::visibility("default")]] atomMap {
   /// @return Whether the key was inserted.
   bool SetEx(K key, V value) { return Locked(*this)->try_emplace(std::move(key), std::move(value)).second; }
 
-  /// Asks for a key.
-  /// @param key  any
-  /// @return Whether it is there.
+  /// @return Whether the key is there.
   bool Find(K key) { return Locked(*this)->contains(key); }
 
  private:

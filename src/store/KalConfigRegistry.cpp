@@ -78,7 +78,8 @@ class LimitedTracer {
     try {
       m_tracer.emplace(2, text);
     } catch (...) {
-      // The tracer may keep a copy of the text. Destructors call what is traced here: it does without the lines.
+      // The tracer may keep a copy of the text. Destructors call what is traced here: it does without the
+      // lines.
     }
   }
 

@@ -22,8 +22,8 @@ bool HasPendingDelivery(const ConfigEventHandler& handler) {
   return handler.m_nPendingNotify.load(std::memory_order_acquire) >= 1;
 }
 
-// REQUIRES: no delivery is pending, and nobody can announce one any more. What the callbacks captured may call
-// in when it ends: no lock is held.
+// REQUIRES: no delivery is pending, and nobody can announce one any more. What the callbacks captured may
+// call in when it ends: no lock is held.
 void EmptyCallbacks(ConfigEventHandler& handler) {
   handler.m_fnNotify = nullptr;
   handler.m_fnInvoke = nullptr;
@@ -170,8 +170,8 @@ void KalConfig::registerId(const ConfigEventHandler::Ptr& handlerPtr, int assert
 // Takes a registration back whose caller learns of a failure instead of the id. Waits like a removal for the
 // deliveries that other threads have begun.
 void KalConfig::withdraw(const ConfigEventHandler::Ptr& handlerPtr) {
-  // What failed may have been a callback that removed the handler, or ended the store. Nothing is synchronised
-  // here: the callback has returned, and its end is known to this thread.
+  // What failed may have been a callback that removed the handler, or ended the store. Nothing is
+  // synchronised here: the callback has returned, and its end is known to this thread.
   if (!handlerPtr->m_bRegistered.load(std::memory_order_relaxed)) return;
   decltype(m_mapIDs)::Locked(m_mapIDs)->erase(handlerPtr->m_SubscribeId);
   unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr);
@@ -218,7 +218,8 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
     deliveringId = DeliveringThread(*handlerPtr).load(std::memory_order_relaxed);
   });
   if (result != kResultOk) return result;
-  // Reported once the lock is released: a trace sink may call in, and may wait for a thread that needs the lock.
+  // Reported once the lock is released: a trace sink may call in, and may wait for a thread that needs the
+  // lock.
   if (deliveringId != 0) {
     const unsigned long threadId = GetThreadSelfId();
     if (deliveringId == threadId) {

@@ -187,6 +187,17 @@ TEST_F(StoreRemoval, FromTheOwnCallbackGivesUpAfterThreeSecondsWhateverTheMockTi
   EXPECT_EQ("0", TotalObservers());
 }
 
+TEST_F(StoreRemoval, OfAnotherNameGivesUpInsideACallbackThatItsOwnSetNotifies) {
+  const TestClock clock(1);
+  SubscribeId_t outer = 0;
+  long sleeps = 0;
+  Subscribe("inner", [&](const KalConfigEvent&) { sleeps = SleepsOfRemoving(outer); });
+  outer = Subscribe("outer", [&](const KalConfigEvent&) { Set("inner", "1"); });
+  EXPECT_EQ(kResultOk, Set("outer", "1"));
+  EXPECT_EQ(kGiveUpSleeps, sleeps);
+  EXPECT_EQ(kResultNobody, Set("outer", "2"));
+}
+
 TEST_F(StoreRemoval, FromAHandedOverCallbackGivesUpWhileTheSetterWaits) {
   const TestClock clock(1);
   ACmThread thread;
