@@ -6,7 +6,9 @@
 CCmUtilFuncTracer::CCmUtilFuncTracer(int level, const char* text)
     : m_level(level), m_enabled(get_external_trace_mask() >= level) {
   if (!m_enabled) return;
-  if (text != nullptr) m_text = text;
+  CCmTextFormator line(m_line, sizeof m_line);
+  line << text;
+  m_textLength = line.tell();
   trace(" enter");
 }
 
@@ -14,9 +16,8 @@ CCmUtilFuncTracer::~CCmUtilFuncTracer() {
   if (m_enabled && get_external_trace_mask() >= m_level) trace(" leave");
 }
 
-void CCmUtilFuncTracer::trace(const char* where) const {
-  char buffer[1024];
-  CCmTextFormator line(buffer, sizeof buffer);
-  line << m_text << where;
-  util_adapter_trace(m_level, "UTIL", line, line.tell());
+void CCmUtilFuncTracer::trace(const char* where) {
+  CCmTextFormator rest(m_line + m_textLength, sizeof m_line - m_textLength);
+  rest << where;
+  util_adapter_trace(m_level, "UTIL", m_line, m_textLength + rest.tell());
 }

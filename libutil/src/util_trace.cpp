@@ -7,6 +7,7 @@
 #include <charconv>
 #include <condition_variable>
 #include <cstring>
+#include <exception>
 #include <iterator>
 #include <mutex>
 
@@ -47,34 +48,59 @@ class Receiver {
   }
 
   void Trace(int level, const char* module, const char* text, unsigned int length) {
-    std::unique_lock lock(m_mutex);
-    Call call{m_generation, nullptr, m_calls};
-    if (m_calls != nullptr) m_calls->previous = &call;
-    m_calls = &call;
-    const util_trace_sink sink = m_sink;
-    void* const context = m_context;
-    lock.unlock();
-
-    ++t_callsInSink;
-    sink(context, level, module, text, length);
-    --t_callsInSink;
-
-    lock.lock();
-    (call.previous == nullptr ? m_calls : call.previous->next) = call.next;
-    if (call.next != nullptr) call.next->previous = call.previous;
-    if (call.generation != m_generation) m_callEnded.notify_all();
+    Call call(*this);
+    try {
+      call.Run(level, module, text, length);
+    } catch (...) {
+      // Callers of a trace line expect no exception; the line is all that is lost. The end of the thread
+      // (pthread_exit) also arrives here, without an exception object: the C library wants it passed on.
+      if (std::current_exception() == nullptr) throw;
+    }
   }
 
  private:
-  struct Call {  // On the stack of the thread that traces.
-    unsigned long generation;
-    Call* previous;
-    Call* next;
+  /// One call of a sink, on the stack of the thread that traces. Counted from construction to destruction,
+  /// whichever way the sink is left.
+  class Call {
+   public:
+    explicit Call(Receiver& receiver) : m_receiver(receiver) {
+      const std::lock_guard lock(receiver.m_mutex);
+      m_sink = receiver.m_sink;
+      m_context = receiver.m_context;
+      m_generation = receiver.m_generation;
+      m_next = receiver.m_calls;
+      if (m_next != nullptr) m_next->m_previous = this;
+      receiver.m_calls = this;
+      ++t_callsInSink;
+    }
+    ~Call() {
+      --t_callsInSink;
+      const std::lock_guard lock(m_receiver.m_mutex);
+      (m_previous == nullptr ? m_receiver.m_calls : m_previous->m_next) = m_next;
+      if (m_next != nullptr) m_next->m_previous = m_previous;
+      if (m_generation != m_receiver.m_generation) m_receiver.m_callEnded.notify_all();
+    }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    void Run(int level, const char* module, const char* text, unsigned int length) const {
+      m_sink(m_context, level, module, text, length);
+    }
+    unsigned long Generation() const { return m_generation; }
+    const Call* Next() const { return m_next; }
+
+   private:
+    Receiver& m_receiver;
+    util_trace_sink m_sink;
+    void* m_context;
+    unsigned long m_generation;  // The calls of Set() before this one.
+    Call* m_previous = nullptr;
+    Call* m_next;
   };
 
   bool hasCallsBefore(unsigned long generation) const {
-    for (const Call* call = m_calls; call != nullptr; call = call->next) {
-      if (call->generation < generation) return true;
+    for (const Call* call = m_calls; call != nullptr; call = call->Next()) {
+      if (call->Generation() < generation) return true;
     }
     return false;
   }

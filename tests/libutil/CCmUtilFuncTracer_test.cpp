@@ -5,9 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "support/AllocationCount.h"
 #include "support/TraceLog.h"
 
-TEST(FuncTracer, TellsOfEnteringAndLeaving) {
+TEST(FuncTracer, TracesThatAFunctionIsEnteredAndLeft) {
   TraceLog log(2);
   {
     CCmUtilFuncTracer tracer(2, "CreateCall");
@@ -42,7 +43,7 @@ TEST(FuncTracer, IsSilentWhenTheMaskIsBelowItsLevelOnEntry) {
   EXPECT_TRUE(log.Lines().empty());
 }
 
-TEST(FuncTracer, DoesNotTellOfLeavingWhenTheMaskIsBelowItsLevelByThen) {
+TEST(FuncTracer, WritesNoSecondLineWhenTheMaskIsBelowItsLevelByThen) {
   TraceLog log(2);
   {
     CCmUtilFuncTracer tracer(2, "half");
@@ -50,6 +51,31 @@ TEST(FuncTracer, DoesNotTellOfLeavingWhenTheMaskIsBelowItsLevelByThen) {
   }
   ASSERT_EQ(log.Lines().size(), 1u);
   EXPECT_EQ(log.Lines()[0].text, "half enter");
+}
+
+// Destructors trace with it.
+TEST(FuncTracer, AllocatesNothing) {
+  set_util_trace_sink([](void*, int, const char*, const char*, unsigned int) {}, nullptr);
+  set_external_trace_mask(2);
+  const std::string text(500, 'x');
+  const AllocationCount allocations;
+  {
+    const CCmUtilFuncTracer tracer(2, text.c_str());
+  }
+  EXPECT_EQ(allocations.Count(), 0U);
+  set_external_trace_mask(0);
+  set_util_trace_sink(nullptr, nullptr);
+}
+
+TEST(FuncTracer, CutsTheEndOfALineThatBarelyFits) {
+  TraceLog log(2);
+  const std::string text(1020, 'x');
+  {
+    CCmUtilFuncTracer tracer(2, text.c_str());
+  }
+  ASSERT_EQ(log.Lines().size(), 2u);
+  EXPECT_EQ(log.Lines()[0].text, text + " en");
+  EXPECT_EQ(log.Lines()[1].text, text + " le");
 }
 
 TEST(FuncTracer, ToleratesANullText) {

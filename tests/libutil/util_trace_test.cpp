@@ -1,6 +1,7 @@
 #include "util/util_trace.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <chrono>
@@ -8,6 +9,7 @@
 #include <functional>
 #include <future>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -207,6 +209,98 @@ TEST_F(TraceSink, SurvivesTwoSinksThatReplaceEachOther) {
   one.join();
   two.join();
   EXPECT_EQ(first.calls, 2);
+  set_util_trace_sink(nullptr, nullptr);
+}
+
+// An exception used to leave the count of running calls too high: the next one to set a sink waited for ever.
+TEST_F(TraceSink, MayThrowAndTheCallOfATraceLineDoesNot) {
+  Receiver thrower([] { throw std::runtime_error("from a sink"); });
+  Receiver next;
+  set_util_trace_sink(&Receiver::Sink, &thrower);
+  EXPECT_NO_THROW(trace("1"));
+  EXPECT_NO_THROW(trace("2"));
+  EXPECT_EQ(thrower.calls, 2);
+  set_util_trace_sink(&Receiver::Sink, &next);
+  trace("3");
+  EXPECT_EQ(next.calls, 1);
+}
+
+TEST_F(TraceSink, MayThrowAfterItReplacedItself) {
+  Receiver next;
+  Receiver first([&] {
+    set_util_trace_sink(&Receiver::Sink, &next);
+    throw 1;
+  });
+  set_util_trace_sink(&Receiver::Sink, &first);
+  EXPECT_NO_THROW(trace("1"));
+  trace("2");
+  EXPECT_EQ(first.calls, 1);
+  EXPECT_EQ(next.calls, 1);
+}
+
+TEST_F(TraceSink, IsWaitedForByAThreadWhoseOwnSinkThrew) {
+  Receiver thrower([] { throw 1; });
+  set_util_trace_sink(&Receiver::Sink, &thrower);
+  trace("1");
+
+  std::promise<void> entered;
+  std::promise<void> leave;
+  std::atomic<bool> isLeft{false};
+  Receiver slow([&] {
+    entered.set_value();
+    leave.get_future().wait();
+    isLeft = true;
+  });
+  Receiver next;
+  set_util_trace_sink(&Receiver::Sink, &slow);
+  std::thread tracer([] { trace("slow"); });
+  entered.get_future().wait();
+  std::thread opener([&] {
+    while (next.calls == 0) trace("goes to the next one");
+    leave.set_value();
+  });
+  set_util_trace_sink(&Receiver::Sink, &next);
+  EXPECT_TRUE(isLeft);
+  opener.join();
+  tracer.join();
+}
+
+TEST_F(TraceSink, MayEndItsThread) {
+  static bool isUnwound;
+  isUnwound = false;
+  struct Unwound {
+    ~Unwound() { isUnwound = true; }
+  };
+  Receiver ender([] { pthread_exit(nullptr); });
+  set_util_trace_sink(&Receiver::Sink, &ender);
+  std::thread([] {
+    const Unwound unwound;
+    trace("the last of this thread");
+    FAIL() << "the thread goes on";
+  }).join();
+  EXPECT_TRUE(isUnwound);
+  set_util_trace_sink(nullptr, nullptr);  // Waits for no call of that thread.
+  EXPECT_EQ(ender.calls, 1);
+}
+
+TEST_F(TraceSink, MayThrowWhileItIsReplacedUnderLoad) {
+  std::atomic<bool> isOver{false};
+  std::vector<std::thread> tracers;
+  const auto fail = [] { throw 1; };
+  auto current = std::make_unique<Receiver>(fail);
+  set_util_trace_sink(&Receiver::Sink, current.get());
+  for (int i = 0; i < 3; ++i) {
+    tracers.emplace_back([&] {
+      while (!isOver) trace("load");
+    });
+  }
+  for (int round = 0; round < 300; ++round) {
+    auto next = std::make_unique<Receiver>(fail);
+    set_util_trace_sink(&Receiver::Sink, next.get());
+    current = std::move(next);
+  }
+  isOver = true;
+  for (std::thread& tracer : tracers) tracer.join();
   set_util_trace_sink(nullptr, nullptr);
 }
 

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <string>
-
 #include "util/export.h"
 
 /// Traces that a function was entered, when constructed, and left, when destroyed: one line each, "text
-/// enter" and "text leave", under the module name "UTIL". When the mask is below its level on entry, nothing
-/// is copied and neither line is written; when it is below on leaving, the second line is not.
+/// enter" and "text leave", under the module name "UTIL". Allocates nothing and never throws, so that a
+/// destructor may use it.
+///
+/// When the mask is below the level on entry, neither line is written; when it is below on leaving, the second
+/// line is not.
 ///
 /// @threads One owner.
 /// @par Example
@@ -20,7 +21,7 @@ class UTIL_API CCmUtilFuncTracer {
  public:
   /// Traces the entry.
   /// @param level  of both lines
-  /// @param text  copied; null counts as ""
+  /// @param text  copied, null counts as ""; a line is cut off after 1023 characters
   CCmUtilFuncTracer(int level, const char* text);
   /// Traces the end.
   ~CCmUtilFuncTracer();
@@ -28,9 +29,12 @@ class UTIL_API CCmUtilFuncTracer {
   CCmUtilFuncTracer& operator=(const CCmUtilFuncTracer&) = delete;
 
  private:
-  void trace(const char* where) const;
+  static constexpr unsigned int kLineSize = 1024;
+
+  void trace(const char* where);
 
   int m_level;
   bool m_enabled;
-  std::string m_text;
+  unsigned int m_textLength = 0;
+  char m_line[kLineSize];  // The text, and behind it where the function is. Not set while disabled.
 };

@@ -23,44 +23,48 @@
 
 #include "util/export.h"
 
-/// @return The mask: lines of level L are wanted when it is at least L. Starts at 0: errors alone.
+/// @return The mask: lines of level L are wanted when it is at least L. At the start 0: errors alone.
 UTIL_API int get_external_trace_mask();
 /// Chooses which lines are wanted.
 /// @param mask  the highest level wanted: 0 errors, 1 warnings, 2 information; -1 silences all
 UTIL_API void set_external_trace_mask(int mask);
 
-/// Receives every line: `text` has `length` characters, a terminating NUL after them, and no line end; both
-/// texts live until the call returns and are never null. Called on the tracing thread, on several threads at
-/// once, with no lock held: a sink may trace and may set another sink. Must not throw.
+/// Receives every line: `text` has `length` characters and a NUL after them; neither string is null, and both
+/// are valid until the call returns. Called on the thread that traces, so on several threads at once. This
+/// library holds no lock meanwhile: a sink may trace, and may set another sink. The function that traces may
+/// hold locks of its own.
+///
+/// Must not throw. An exception goes no further than util_adapter_trace(), and nothing reports it. A sink that
+/// ends its thread (pthread_exit) unwinds the function that traced; where that is noexcept, the process ends.
 using util_trace_sink = void (*)(void* context, int level, const char* module, const char* text,
                                  unsigned int length);
 
-/// Sends lines to another sink. When it returns, no thread is inside a previous sink, whose context
-/// may then be destroyed; except when a sink itself calls it, which waits for nobody. The wait lasts as long
-/// as the sink's running calls do.
+/// Sends lines to another sink, and waits until no thread is inside a previous one, whose context may then be
+/// destroyed. The wait has no time limit: the caller must not hold what a running sink needs. Called by a sink,
+/// it does not wait; a previous sink may still run when it returns, this one at least.
 /// @param sink  null restores standard error, one line each in the form "[module level] text"
-/// @param context  handed through; must live as long as the sink is set
+/// @param context  passed to every call of the sink
 UTIL_API void set_util_trace_sink(util_trace_sink sink, void* context);
 
-/// Hands one line to the sink, whatever the mask: who composes a line reads the mask first.
+/// Passes one line to the sink, whatever the mask: read the mask before you compose a line. Throws nothing.
 /// @param level  of the line
-/// @param module  who traces; null counts as ""
+/// @param module  the component that traces; null counts as ""
 /// @param text  the line, with a NUL after it; null counts as ""
 /// @param length  the text's length in characters
 UTIL_API void util_adapter_trace(int level, const char* module, const char* text, unsigned int length);
 
 /// @return The id of the pool job that the calling thread runs; 0: none.
 UTIL_API unsigned int cm_get_current_threadpool_job_id();
-/// @return The name of the pool job that the calling thread runs; null: none. Lives until the calling thread
+/// @return The name of the pool job that the calling thread runs; null: none. Valid until the calling thread
 /// sets another job or ends.
 UTIL_API const char* cm_get_current_threadpool_job_name();
-/// Tells which pool job the calling thread runs.
+/// Sets the pool job that the calling thread runs.
 /// @param id  0: none
 /// @param name  copied, cut to 63 characters; null: none
-/// @invalidates What cm_get_current_threadpool_job_name() gave to this thread.
+/// @invalidates What cm_get_current_threadpool_job_name() returned on this thread.
 UTIL_API void cm_set_current_threadpool_job(unsigned int id, const char* name);
 
 /// Counts a failed assertion of the process, and returns: it never aborts.
 UTIL_API void cm_assertion_report();
-/// @return How many assertions failed so far.
+/// @return How often cm_assertion_report() has been called.
 UTIL_API unsigned long cm_assertion_report_count();
