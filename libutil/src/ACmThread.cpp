@@ -12,6 +12,14 @@
 #include "Completion.h"
 #include "EventQueue.h"
 
+namespace {
+
+// The ACmThread::Impl that the calling thread runs. Unlike the queue's thread id it stays set when the loop is
+// over and destructors of thread-local objects run; it has no destructor itself, so all of them see it.
+thread_local const void* t_running = nullptr;
+
+}  // namespace
+
 unsigned long GetThreadSelfId() {
   return pthread_self();
 }
@@ -21,12 +29,17 @@ class ACmThread::Impl {
   Impl(const char* name, bool bEventQueue)
       : m_name(std::string_view(name == nullptr ? "" : name).substr(0, kLongestName)),
         m_hasQueue(bEventQueue) {}
+  ~Impl() {
+    if (isSelf()) t_running = nullptr;  // Another one may get this address.
+  }
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
 
   int Start() {
     if (isSelf()) return EBUSY;
     std::lock_guard lock(m_control);
     if (m_thread.joinable()) return EBUSY;
-    cm::Completion started;
+    cm::internal::Completion started;
     try {
       m_thread = std::thread([this, &started] { run(started); });
     } catch (const std::system_error& error) {
@@ -36,6 +49,7 @@ class ACmThread::Impl {
   }
 
   int Stop() {
+    // Before the lock: another thread's Stop() holds it while it waits for this one.
     if (isSelf()) return EDEADLK;
     std::lock_guard lock(m_control);
     if (m_thread.joinable()) {
@@ -45,33 +59,44 @@ class ACmThread::Impl {
     return 0;
   }
 
+  /// Refuses events and has the thread, once it has fired what is queued, delete this object. REQUIRES: called
+  /// by an event of that thread; nobody uses the object afterwards.
+  void EndByItself() {
+    m_queue.Close();
+    m_thread.detach();
+    m_endsByItself = true;
+  }
+
   unsigned long ThreadId() const { return m_queue.ThreadId(); }
   ICmEventQueue* Queue() { return m_hasQueue && m_queue.IsOpen() ? &m_queue : nullptr; }
 
  private:
   static constexpr std::size_t kLongestName = 15;  // The system's limit.
 
-  bool isSelf() const { return m_queue.ThreadId() == GetThreadSelfId(); }
+  bool isSelf() const { return t_running == this; }
 
-  void run(cm::Completion& started) noexcept {
+  void run(cm::internal::Completion& started) noexcept {
+    t_running = this;
     if (!m_name.empty()) pthread_setname_np(pthread_self(), m_name.c_str());
     m_queue.Open();
     started.Complete(0);
     m_queue.Run();
+    if (m_endsByItself) delete this;
   }
 
   const std::string m_name;
   const bool m_hasQueue;
-  cm::EventQueue m_queue;  // Without events for its owner it still carries the thread until Stop().
-  std::mutex m_control;    // Held for the whole of Start() and Stop(). Protects m_thread.
+  cm::internal::EventQueue m_queue;  // Also of a thread without a queue: its loop waits there for Stop().
+  std::mutex m_control;              // Held for the whole of Start() and Stop(). Protects m_thread.
   std::thread m_thread;
+  bool m_endsByItself = false;  // The thread's own.
 };
 
 ACmThread::ACmThread(const char* name, bool bEventQueue)
     : m_impl(std::make_unique<Impl>(name, bEventQueue)) {}
 
 ACmThread::~ACmThread() {
-  Stop();
+  if (m_impl->Stop() == EDEADLK) m_impl.release()->EndByItself();
 }
 
 int ACmThread::Start() {

@@ -2,10 +2,10 @@
 
 #include <sched.h>
 
-namespace cm {
+namespace cm::internal {
 
-/// Gives the processor away a few times until `isOver` returns true; false when it did not. What another
-/// thread is about to do is often done then, and neither of the two has slept or been woken.
+/// Yields the processor a few times until `isOver` returns true; false when it never did. Another thread has
+/// often done by then what the caller waits for, and neither of the two had to sleep or be woken.
 template <class IsOver>
 bool WaitBriefly(IsOver isOver) {
   constexpr int kMostYields = 8;
@@ -16,4 +16,4 @@ bool WaitBriefly(IsOver isOver) {
   return true;
 }
 
-}  // namespace cm
+}  // namespace cm::internal

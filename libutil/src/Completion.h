@@ -6,17 +6,17 @@
 
 #include "BriefWait.h"
 
-namespace cm {
+namespace cm::internal {
 
-/// One thread tells another, once, that something is done. Lives on the waiting thread's stack: after
-/// Complete() the other thread does not touch it again.
+/// One thread notifies another, once, that something is done. On the waiting thread's stack: after Complete()
+/// the other thread does not touch it again.
 class Completion {
  public:
   void Complete(int result) {
     // Notifies under the lock: the waiter may destroy this as soon as the lock is free.
     std::lock_guard lock(m_mutex);
     m_result = result;
-    m_done.store(true, std::memory_order_relaxed);
+    m_done.store(true, std::memory_order_relaxed);  // A hint without the lock; under it, the lock orders.
     m_changed.notify_one();
   }
 
@@ -32,8 +32,8 @@ class Completion {
  private:
   std::mutex m_mutex;  // Protects everything below.
   std::condition_variable m_changed;
-  std::atomic<bool> m_done{false};  // Read without the lock as a hint.
+  std::atomic<bool> m_done{false};
   int m_result = 0;
 };
 
-}  // namespace cm
+}  // namespace cm::internal

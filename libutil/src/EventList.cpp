@@ -1,6 +1,6 @@
 #include "EventList.h"
 
-namespace cm {
+namespace cm::internal {
 
 void EventList::Insert(ICmEvent* event) {
   ICmEvent** link = &m_first;
@@ -25,4 +25,4 @@ ICmEvent* EventList::Pop() {
   return event;
 }
 
-}  // namespace cm
+}  // namespace cm::internal

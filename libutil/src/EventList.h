@@ -2,12 +2,12 @@
 
 #include "util/ICmEvent.h"
 
-namespace cm {
+namespace cm::internal {
 
-/// Events in the order in which they are to fire: by priority, smaller numbers first, and first in, first out
-/// within one priority. Events of one priority form a run, whose first event knows its last: an insertion
-/// takes one step for each run before its own, so in practice it is one step. Threads: one owner. Does not
-/// own the events.
+/// Events in the order in which they fire: by priority, smaller numbers first, and first in, first out within
+/// one priority. Events of one priority form a run, whose first event points to its last: an insertion takes
+/// one step for each run before its own, and most queues have one run. Threads: one owner. Does not own the
+/// events.
 class EventList {
  public:
   bool IsEmpty() const { return m_first == nullptr; }
@@ -21,4 +21,4 @@ class EventList {
   ICmEvent* m_first = nullptr;
 };
 
-}  // namespace cm
+}  // namespace cm::internal

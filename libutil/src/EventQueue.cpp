@@ -9,7 +9,7 @@
 #include "util/CCmTextFormator.h"
 #include "util/util_trace.h"
 
-namespace cm {
+namespace cm::internal {
 namespace {
 
 int Refuse(ICmEvent* event, int code) {
@@ -54,7 +54,7 @@ int EventQueue::PostEvent(ICmEvent* event, unsigned int priority, unsigned int) 
 
 int EventQueue::SendEvent(ICmEvent* event, unsigned int) {
   if (event == nullptr) return EINVAL;
-  if (ThreadId() == GetThreadSelfId()) return Fire(event);
+  if (ThreadId() == GetThreadSelfId()) return IsOpen() ? Fire(event) : Refuse(event, ESHUTDOWN);
   Completion completion;
   return push(event, kDefaultPriority, &completion) ? completion.Wait() : Refuse(event, ESHUTDOWN);
 }
@@ -97,8 +97,9 @@ bool EventQueue::push(ICmEvent* event, unsigned int priority, Completion* sender
 }
 
 void EventQueue::announce(unsigned int priority) {
-  // After the push, whose acquire pairs with the release in takeArrivals(): an event pushed after a taking
-  // finds the value reset. One pushed before it at worst makes the loop look in vain.
+  // After the exchange in push(), whose acquire pairs with the release in takeArrivals(): an event that was
+  // not taken finds the value already reset, so the reset cannot undo this. An event that was taken at worst
+  // makes the loop look in vain. Relaxed, because the loop takes what it needs from the inbox.
   unsigned int best = m_bestArrival.load(std::memory_order_relaxed);
   while (priority < best && !m_bestArrival.compare_exchange_weak(best, priority, std::memory_order_relaxed)) {
   }
@@ -147,9 +148,9 @@ void EventQueue::sleep() {
 }
 
 void EventQueue::wake() {
-  // Under the lock the loop either has yet to look at the inbox, or waits already.
+  // sleep() holds the lock from setting kSleeping until it waits, so this notification is not lost.
   std::lock_guard lock(m_sleepMutex);
   m_wake.notify_one();
 }
 
-}  // namespace cm
+}  // namespace cm::internal

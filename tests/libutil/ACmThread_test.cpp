@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <time.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
+#include <fstream>
+#include <functional>
 #include <future>
 #include <string>
 #include <thread>
@@ -22,6 +24,23 @@ std::string nameOf(ACmThread& thread) {
       new CountedEvent(counts, [&] { pthread_getname_np(pthread_self(), name, sizeof name); }), 0);
   return name;
 }
+
+/// The scheduler's state of a thread of this process: 'R' while it runs or yields, 'S' while it sleeps.
+char stateOf(pid_t thread) {
+  std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+  std::string text;
+  std::getline(file, text);
+  return text.at(text.rfind(')') + 2);
+}
+
+/// Runs a function when its thread ends.
+struct AtThreadEnd {
+  ~AtThreadEnd() {
+    if (function) function();
+  }
+  std::function<void()> function;
+};
+thread_local AtThreadEnd t_atThreadEnd;
 
 }  // namespace
 
@@ -63,18 +82,13 @@ TEST(Thread, HasNoIdAndNoQueueOnceStopped) {
   EXPECT_EQ(thread.GetEventQueue(), nullptr);
 }
 
-TEST(Thread, UsesNoProcessorTimeWhileItHasNothingToDo) {
+TEST(Thread, SleepsWhileItHasNothingToDo) {
   ACmThread thread;
   ASSERT_EQ(0, thread.Start());
-  clockid_t clock;
-  ASSERT_EQ(0, pthread_getcpuclockid(thread.GetThreadId(), &clock));
-  timespec before;
-  timespec after;
-  ASSERT_EQ(0, clock_gettime(clock, &before));
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
-  ASSERT_EQ(0, clock_gettime(clock, &after));
-  const long usedNs = (after.tv_sec - before.tv_sec) * 1'000'000'000 + after.tv_nsec - before.tv_nsec;
-  EXPECT_LT(usedNs, 30'000'000);
+  EventCounts counts;
+  pid_t id = 0;
+  thread.GetEventQueue()->SendEvent(new CountedEvent(counts, [&] { id = gettid(); }), 0);
+  while (stateOf(id) != 'S') std::this_thread::yield();
 }
 
 TEST(Thread, RefusesToStartTwice) {
@@ -126,6 +140,71 @@ TEST(Thread, RefusesToStopItselfWhileAnotherThreadStopsIt) {
   gate.Open();
   EXPECT_EQ(stopped.get(), 0);
   EXPECT_EQ(result, EDEADLK);
+}
+
+TEST(Thread, RefusesEverythingFromADestructorOfAThreadLocalObjectOfItsOwn) {
+  ACmThread thread;
+  ASSERT_EQ(thread.Start(), 0);
+  ICmEventQueue* const queue = thread.GetEventQueue();
+  EventCounts counts;
+  bool hasRun = false;
+  queue->SendEvent(new CountedEvent(counts,
+                                    [&] {
+                                      t_atThreadEnd.function = [&] {
+                                        hasRun = true;
+                                        EXPECT_EQ(thread.Stop(), EDEADLK);
+                                        EXPECT_EQ(thread.Start(), EBUSY);
+                                        EXPECT_EQ(thread.GetThreadId(), 0u);
+                                        EXPECT_EQ(thread.GetEventQueue(), nullptr);
+                                        EXPECT_EQ(queue->PostEvent(new CountedEvent(counts), 128, 0),
+                                                  ESHUTDOWN);
+                                        EXPECT_EQ(queue->SendEvent(new CountedEvent(counts), 0), ESHUTDOWN);
+                                      };
+                                    }),
+                   0);
+  EXPECT_EQ(thread.Stop(), 0);
+  EXPECT_TRUE(hasRun);
+  EXPECT_EQ(counts.fired, 1);
+  EXPECT_EQ(counts.ended, 3);
+  EXPECT_EQ(thread.Start(), 0);
+}
+
+TEST(Thread, StopsAnotherOneFromADestructorOfAThreadLocalObject) {
+  ACmThread first;
+  ACmThread second;
+  ASSERT_EQ(first.Start(), 0);
+  ASSERT_EQ(second.Start(), 0);
+  EventCounts counts;
+  int result = -1;
+  first.GetEventQueue()->SendEvent(
+      new CountedEvent(counts, [&] { t_atThreadEnd.function = [&] { result = second.Stop(); }; }), 0);
+  EXPECT_EQ(first.Stop(), 0);
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(second.GetThreadId(), 0u);
+}
+
+TEST(Thread, EndsByItselfWhenAnEventDestroysIt) {
+  EventCounts counts;
+  std::promise<void> ended;
+  auto* const thread = new ACmThread;
+  ASSERT_EQ(thread->Start(), 0);
+  ICmEventQueue* const queue = thread->GetEventQueue();
+  Gate gate(*queue);
+  queue->PostEvent(new CountedEvent(counts, [&] { t_atThreadEnd.function = [&] { ended.set_value(); }; }),
+                   128, 0);
+  queue->PostEvent(new CountedEvent(counts,
+                                    [&] {
+                                      delete thread;
+                                      EXPECT_EQ(queue->PostEvent(new CountedEvent(counts), 128, 0),
+                                                ESHUTDOWN);
+                                      EXPECT_EQ(queue->SendEvent(new CountedEvent(counts), 0), ESHUTDOWN);
+                                    }),
+                   128, 0);
+  for (int i = 0; i < 10; ++i) queue->PostEvent(new CountedEvent(counts), 128, 0);
+  gate.Open();
+  ended.get_future().wait();
+  EXPECT_EQ(counts.fired, 12);
+  EXPECT_EQ(counts.ended, 14);
 }
 
 TEST(Thread, KeepsItsIdWhileItDrains) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Threads with an event loop, and the calling thread's id.
+/// Threads with an event queue, and the calling thread's id.
 
 #include <memory>
 
@@ -19,13 +19,12 @@
 /// @endcode
 UTIL_API unsigned long GetThreadSelfId();
 
-/// A thread with an event loop.
+/// A thread that fires the events of a queue.
 ///
-/// @threads Every operation may be called from any thread, but the destructor by one owner only, once no
-/// other call to the thread or its queue is under way, and neither the destructor nor Stop() from the thread
-/// itself (Stop() then returns EDEADLK and does nothing).
-/// @lifetime A queue pointer stays valid until the thread object is destroyed. After Stop() it refuses
-/// events; after the next Start() it takes them again.
+/// @threads Any thread may call every operation at any time. One owner destroys the object, while no other
+/// call to it or to its queue is under way.
+/// @lifetime A queue pointer is valid until the object is destroyed. After Stop() the queue refuses events;
+/// after the next Start() it accepts them again.
 /// @par Example
 /// @code{.cpp}
 /// struct Hello : ICmEvent {
@@ -40,10 +39,11 @@ UTIL_API unsigned long GetThreadSelfId();
 class UTIL_API ACmThread {
  public:
   /// Does not start the thread.
-  /// @param name  copied, may be null; shown by debuggers, cut to 15 characters
+  /// @param name  copied, may be null; debuggers show it, cut to 15 characters
   /// @param bEventQueue  false: the thread runs, but has no queue
   explicit ACmThread(const char* name = nullptr, bool bEventQueue = true);
-  /// Stops the thread, see Stop().
+  /// Stops the thread, see Stop(). In an event of the thread itself, which cannot wait for its own end: refuses
+  /// further events and returns; the thread fires what is queued and then ends by itself.
   /// @invalidates The thread's queue.
   ~ACmThread();
   ACmThread(const ACmThread&) = delete;
@@ -53,12 +53,14 @@ class UTIL_API ACmThread {
   /// @return 0; EBUSY when it already runs; another errno value when the system refuses a thread.
   int Start();
 
-  /// Refuses further events, runs what is queued, then joins. Several threads may call at once: each returns
-  /// when the thread has ended. The wait has no ceiling.
-  /// @return 0, also when the thread does not run; EDEADLK from the thread itself.
+  /// Refuses further events, fires what is queued, and waits for the thread's end, destructors of its
+  /// thread-local objects included. Several threads may call at once; each returns when the thread has ended.
+  /// The wait has no time limit.
+  /// @return 0, also when the thread does not run; EDEADLK, and nothing has changed, when the thread itself
+  /// calls, be it from an event or from the destructor of a thread-local object.
   int Stop();
 
-  /// @return The id of the running thread; 0 when it does not run.
+  /// @return The thread's id from Start() until what was queued when it stopped has fired; otherwise 0.
   unsigned long GetThreadId() const;
 
   /// @return The queue between Start() and Stop(); null otherwise, or when made without one.

@@ -2,14 +2,13 @@
 
 #include "util/export.h"
 
-namespace cm {
+namespace cm::internal {
 class Completion;
 class EventList;
 class EventQueue;
-}  // namespace cm
+}  // namespace cm::internal
 
-/// Work for a thread's event queue. Made with new and given to one queue, once; that queue owns it from then
-/// on.
+/// Work for a thread's event queue. Made with new and passed to one queue, once, which owns it from then on.
 ///
 /// @threads Made on any thread; fires on the queue's.
 /// @lifetime Until the queue ends it with OnDestorySelf().
@@ -29,30 +28,31 @@ class EventQueue;
 /// @endcode
 class UTIL_API ICmEvent {
  public:
-  /// @param id  the caller's own; the queue reads no meaning into it
+  /// @param id  for the caller's own use; the queue only prints it when OnEventFire() throws
   explicit ICmEvent(unsigned long id = 0);
   ICmEvent(const ICmEvent&) = delete;
   ICmEvent& operator=(const ICmEvent&) = delete;
 
-  /// Does the work, on the queue's thread.
-  /// @return The event's own; the queue reads no meaning into it.
+  /// Does the work, on the queue's thread. Must not end that thread (pthread_exit, pthread_cancel).
+  /// @return Any number; the queue ignores it.
   virtual int OnEventFire() = 0;
-  /// Ends the event: called once by the queue, fired or refused. Deletes the event. Must not throw.
+  /// Ends the event; the queue calls it once, on its own thread when the event has fired, on the calling
+  /// thread when the event was refused. Deletes the event. Must not throw.
   virtual void OnDestorySelf();
 
-  /// @return The id given.
+  /// @return The id that the constructor was given.
   unsigned long GetEventId() const { return m_id; }
 
   virtual ~ICmEvent();
 
  private:
-  friend class cm::EventList;
-  friend class cm::EventQueue;
+  friend class cm::internal::EventList;
+  friend class cm::internal::EventQueue;
 
   const unsigned long m_id;
-  // The queue's links live in the event, so that queueing allocates nothing and cannot fail.
+  // The queue's links are part of the event, so that queueing allocates nothing and cannot fail.
   ICmEvent* m_next = nullptr;
   ICmEvent* m_lastOfRun = nullptr;
-  cm::Completion* m_sender = nullptr;
+  cm::internal::Completion* m_sender = nullptr;
   unsigned int m_priority = 0;
 };

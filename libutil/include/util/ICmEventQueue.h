@@ -6,13 +6,14 @@
 /// The event queue of one ACmThread.
 ///
 /// A queue owns an event from the call on, whatever the call returns: it fires the event at most once, on its
-/// own thread, and ends it once with OnDestorySelf(). A stopped queue refuses: it fires nothing, still ends
-/// the event on the calling thread, and returns a code other than 0. What was queued before still fires.
+/// own thread, and ends it once with OnDestorySelf(). From the moment ACmThread::Stop() is called, the queue
+/// refuses events from every thread, its own included: a refused event does not fire, ends on the calling
+/// thread, and the call returns a code other than 0. What was queued before still fires.
 ///
 /// An exception that leaves OnEventFire() ends neither the thread nor the wait of a sender; a trace line of
-/// level 0 tells of it.
+/// level 0 reports it.
 ///
-/// @threads Any may post and send.
+/// @threads Any thread may post and send.
 /// @lifetime Until its ACmThread is destroyed.
 /// @par Example
 /// @code{.cpp}
@@ -35,22 +36,22 @@
 /// @endcode
 class UTIL_API ICmEventQueue {
  public:
-  /// The priority of events that are in no hurry, and of events that are sent.
+  /// The priority of events without urgency, and of events that are sent.
   static constexpr unsigned int kDefaultPriority = 128;
 
   /// Queues the event and returns at once; allocates nothing. Events of equal priority fire in the order in
-  /// which they were posted.
-  /// @param event  made with new; the queue's from now on
+  /// which they were queued.
+  /// @param event  made with new
   /// @param priority  any; a smaller number is a higher priority
   /// @param flags  reserved; pass 0
   /// @return 0; EINVAL for a null event; ESHUTDOWN when the queue has stopped.
   /// @invalidates `event`: it may have fired and ended already.
   virtual int PostEvent(ICmEvent* event, unsigned int priority, unsigned int flags) = 0;
 
-  /// Queues the event at the default priority and waits until it has fired and ended. From the queue's own
-  /// thread it fires at once. The wait has no ceiling while the thread runs: the caller must not hold what
-  /// the event needs.
-  /// @param event  made with new; the queue's from now on
+  /// Queues the event at the default priority and waits until it has fired and ended. On the queue's own
+  /// thread the event fires at once, before what is queued. The wait has no time limit: do not hold a lock
+  /// that the event, or one before it, takes.
+  /// @param event  made with new
   /// @param flags  reserved; pass 0
   /// @return 0; EINVAL for a null event; ESHUTDOWN when the queue has stopped; ECANCELED when OnEventFire()
   /// threw.
