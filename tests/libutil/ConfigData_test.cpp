@@ -2,15 +2,23 @@
 
 #include <gtest/gtest.h>
 
+#include <any>
+#include <atomic>
 #include <cmath>
+#include <concepts>
+#include <functional>
 #include <limits>
 #include <locale>
+#include <map>
+#include <optional>
 #include <random>
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <variant>
+#include <vector>
 
-TEST(ConfigData, IsInvalidOnlyWithoutAText) {
+TEST(ConfigData, IsInvalidOnlyWithoutAString) {
   EXPECT_FALSE(ConfigData().IsValid());
   EXPECT_FALSE(ConfigData(static_cast<const char*>(nullptr)).IsValid());
   EXPECT_TRUE(ConfigData("").IsValid());
@@ -30,7 +38,7 @@ TEST(ConfigData, IsInvalidOnceInvalidated) {
   EXPECT_EQ(value.ToString(), "again");
 }
 
-TEST(ConfigData, KeepsItsTextForm) {
+TEST(ConfigData, HoldsNumbersAndFlagsAsStrings) {
   EXPECT_EQ(ConfigData(true).ToString(), "1");
   EXPECT_EQ(ConfigData(false).ToString(), "0");
   EXPECT_EQ(ConfigData(-5).ToString(), "-5");
@@ -81,7 +89,7 @@ TEST(ConfigData, IgnoresTheLocale) {
   std::locale::global(previous);
 }
 
-TEST(ConfigData, ComparesTexts) {
+TEST(ConfigData, ComparesStrings) {
   EXPECT_EQ(ConfigData(), ConfigData());
   EXPECT_NE(ConfigData(), ConfigData(""));
   EXPECT_NE(ConfigData(""), ConfigData());
@@ -122,6 +130,94 @@ TEST(ConfigData, IsNotMadeFromOtherPointers) {
   static_assert(!std::is_constructible_v<ConfigData, const unsigned char*>);
   static_assert(std::is_constructible_v<ConfigData, char*>);
   EXPECT_TRUE(ConfigData(const_cast<char*>("text")).IsValid());
+}
+
+bool Returned(const ConfigData& value) {
+  return value;
+}
+
+int Overloaded(bool) {
+  return 1;
+}
+int Overloaded(const char*) {
+  return 2;
+}
+
+// What must not compile is in the folder `refused`.
+TEST(ConfigData, ConvertsToAFlagWhereverOneIsWanted) {
+  const ConfigData on("30");
+  ConfigData off("false");
+  const bool copied = on;
+  const bool braced{on};
+  const bool& bound = off;
+  bool assigned = false;
+  assigned = on;
+  EXPECT_TRUE(copied && braced && assigned);
+  EXPECT_FALSE(bound);
+  EXPECT_TRUE(on);
+  EXPECT_FALSE(off) << "streams beside it";
+  ASSERT_TRUE(ConfigData(true));
+  EXPECT_TRUE(static_cast<bool>(on));
+  EXPECT_TRUE(!off);
+  EXPECT_TRUE(on && !off && (off || on));
+  EXPECT_EQ(on ? 1 : 2, 1);
+  EXPECT_TRUE(Returned(on));
+  EXPECT_EQ(Overloaded(on), 1);
+  if (off) FAIL();
+  while (off) FAIL();
+
+  const std::optional<bool> optional = on;
+  EXPECT_TRUE(optional.value());
+  const std::atomic<bool> atomic(off);
+  EXPECT_FALSE(atomic);
+  std::vector<bool> flags{off};
+  flags.push_back(on);
+  flags[0] = on;
+  EXPECT_EQ(flags, (std::vector<bool>{true, true}));
+  const std::function<bool()> function = [&] { return on; };
+  EXPECT_TRUE(function());
+
+  static_assert(std::is_convertible_v<ConfigData, bool> && std::is_constructible_v<bool, ConfigData>);
+  static_assert(!std::is_convertible_v<ConfigData, int> && !std::is_constructible_v<int, ConfigData>);
+  static_assert(!std::is_constructible_v<std::string, ConfigData>);
+  static_assert(!std::is_assignable_v<std::string&, ConfigData>);
+}
+
+TEST(ConfigData, IsAnOrdinaryValueBesideItsConversion) {
+  const ConfigData value("1");
+  ConfigData other(value);
+  other = value;
+  other = "1";
+  EXPECT_EQ(ConfigData("1"), value);
+  EXPECT_EQ(value, other);
+  EXPECT_NE(ConfigData("2"), value);
+  EXPECT_EQ("1", value);
+  EXPECT_EQ(value, std::string("1"));
+  EXPECT_TRUE(value == "1" && "1" == value && value != "2");
+  EXPECT_EQ((true ? value : ConfigData()), other);
+
+  const std::any any = value;
+  EXPECT_EQ(std::any_cast<ConfigData>(any), value);
+  const std::optional<ConfigData> optional = value;
+  EXPECT_EQ(*optional, value);
+  const std::variant<std::string, ConfigData> variant = value;
+  EXPECT_EQ(std::get<ConfigData>(variant), value);
+  std::map<std::string, ConfigData> map{{"a", value}};
+  map["b"] = value;
+  EXPECT_EQ(map["a"], map["b"]);
+  static_assert(std::copyable<ConfigData> && std::equality_comparable<ConfigData>);
+}
+
+TEST(ConfigData, MayHoldZeroBytes) {
+  const std::string text("12\0x", 4);
+  const ConfigData value(text);
+  EXPECT_EQ(value.ToString(), text);
+  EXPECT_STREQ(value.ToCstr(), "12");
+  EXPECT_NE(value, ConfigData("12"));
+  EXPECT_EQ(value, ConfigData(text));
+  EXPECT_EQ(value.ToInt(-1), -1);
+  EXPECT_EQ(ConfigData(std::string("0\0", 2)).ToBool(true), true);
+  EXPECT_TRUE(ConfigData(std::string("0\0", 2)));
 }
 
 TEST(ConfigData, CountsAsOnOrOff) {
@@ -229,7 +325,7 @@ TEST(ConfigData, ReadsWholeNumbersInRangeOnly) {
   }
 }
 
-TEST(ConfigData, ReadsTheNumberThatItsTextSays) {
+TEST(ConfigData, ReadsTheNumberThatItsStringGives) {
   EXPECT_EQ(ConfigData("2147483647").ToInt(), std::numeric_limits<int>::max());
   EXPECT_EQ(ConfigData("-2147483648").ToInt(), std::numeric_limits<int>::min());
   EXPECT_EQ(ConfigData("4294967295").ToUInt(), std::numeric_limits<unsigned int>::max());

@@ -1,0 +1,9 @@
+#include "Value.h"
+
+int Use() {
+#ifdef REFUSED
+  return Value() + 1;
+#else
+  return Value().ToInt() + 1;
+#endif
+}

@@ -1,0 +1,9 @@
+#include "Value.h"
+
+char Use() {
+#ifdef REFUSED
+  return Value();
+#else
+  return *Value().ToCstr();
+#endif
+}

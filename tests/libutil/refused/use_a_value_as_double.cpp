@@ -1,0 +1,9 @@
+#include "Value.h"
+
+double Use() {
+#ifdef REFUSED
+  return Value();
+#else
+  return Value().ToDouble();
+#endif
+}

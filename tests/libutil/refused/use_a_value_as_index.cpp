@@ -1,0 +1,9 @@
+#include "Value.h"
+
+int Use(const int* numbers) {
+#ifdef REFUSED
+  return numbers[Value()];
+#else
+  return numbers[Value().ToInt()];
+#endif
+}

@@ -1,0 +1,9 @@
+#include "Value.h"
+
+int Use() {
+#ifdef REFUSED
+  return Value();
+#else
+  return Value().ToInt();
+#endif
+}

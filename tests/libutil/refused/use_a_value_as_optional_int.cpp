@@ -1,0 +1,11 @@
+#include <optional>
+
+#include "Value.h"
+
+std::optional<int> Use() {
+#ifdef REFUSED
+  return Value();
+#else
+  return Value().ToInt();
+#endif
+}
