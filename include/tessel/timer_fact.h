@@ -3,10 +3,10 @@
 #include "tessel/export.h"
 #include "util/clock_policy.h"
 
-/// A stopwatch over one of the clocks timer_policy, tick_policy and low_tick_policy: remembers a start tag
-/// and tells how much time has passed since. The base unit is the clock's, microseconds.
+/// A stopwatch over one of the clocks timer_policy, tick_policy and low_tick_policy: holds a start tag and
+/// measures the time since. The base unit is the clock's, microseconds.
 ///
-/// While a mock time is set, it stands for the current time in every meter of the process.
+/// While a mock time is set, every meter of the process takes it for the current time.
 ///
 /// @threads One owner uses a meter; the mock time is shared by all threads.
 /// @par Example
@@ -38,24 +38,26 @@ class TESSEL_API timer_fact {
   /// @param time  in microseconds; all bits set switches mocking off
   static void MockNow(unsigned long time);
 
-  /// Tells the time since the start tag. When the tag is ahead of the current time, the clock is taken to
-  /// have wrapped at its largest value.
+  /// Measures the time since the start tag. A tag ahead of the current time means that the clock has wrapped
+  /// at its largest value: the result is then the time to that value and the current time, added; only where
+  /// the first of the two is 0 it is the plain, negative difference.
   /// @return Microseconds.
   long elapsed() const;
-  /// The same: the difference of the readings, each cut to whole milliseconds first.
+  /// The same in milliseconds: tag, current time and time to the largest value are each cut, toward zero, to
+  /// whole milliseconds first.
   /// @return Milliseconds.
   long elapsed_mills() const;
-  /// The same: the difference of the readings, each cut to whole seconds first.
+  /// The same in seconds.
   /// @return Seconds.
   long elapsed_sec() const;
 
   ///@{
-  /// Whether enough time has passed: elapsed(), elapsed_mills() or elapsed_sec().
+  /// Whether elapsed(), elapsed_mills() or elapsed_sec() has reached a limit.
   /// @param limit  in microseconds, milliseconds or seconds
-  /// @return Whether at least that has; true for a limit that is not positive and a tag not ahead.
-  bool overtime(long limit) const;
-  bool overtime_mills(long limit) const;
-  bool overtime_sec(long limit) const;
+  /// @return Whether the limit is at most the elapsed time.
+  bool overtime(long limit);
+  bool overtime_mills(long limit);
+  bool overtime_sec(long limit);
   ///@}
 
   /// @return The start tag, in microseconds.

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What opens a trace line, for components that write lines of the same form.
+/// The beginning of a trace line, for components that write lines of the same form.
 /// @threads Any.
 /// @par Example
 /// @code{.cpp}
@@ -14,14 +14,14 @@
 
 #include "tessel/export.h"
 
-/// Finds the label that opens a trace line: scope, class and method of a function.
+/// Finds the label at the beginning of a trace line: scope, class and method of a function.
 /// @param prettyFunction  a full signature as the compiler writes it (__PRETTY_FUNCTION__)
-/// @return The label; a text with no label in it unchanged; "ErrorName" for null.
+/// @return The label; the whole signature when it has none; "ErrorName" for null.
 TESSEL_API std::string ExtractClassFunctionName(const char* prettyFunction);
 
 /// Names the module of a trace line.
 /// @param name  may be null or empty
-/// @return `name` itself, or "UTIL" when it is null or empty; that text lives as long as the process.
+/// @return `name` itself, or "UTIL" when it is null or empty; "UTIL" is valid as long as the process.
 TESSEL_API const char* GetCurrentModuleName(const char* name);
 
 namespace kalStore {

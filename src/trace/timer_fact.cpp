@@ -2,13 +2,8 @@
 
 namespace {
 
-// Tags are the caller's and may be any number: differences wrap like the clock instead of overflowing.
-long WrappingSum(long a, long b) {
-  return static_cast<long>(static_cast<unsigned long>(a) + static_cast<unsigned long>(b));
-}
-long WrappingDifference(long a, long b) {
-  return static_cast<long>(static_cast<unsigned long>(a) - static_cast<unsigned long>(b));
-}
+// Tags are the caller's and may be any number: the difference of two can be too large for a long.
+__extension__ using Wide = __int128;
 
 }  // namespace
 
@@ -33,12 +28,10 @@ void timer_fact<Policy>::MockNow(unsigned long time) {
 
 template <class Policy>
 long timer_fact<Policy>::since(long tag, long divisor) {
-  const long current = now();
-  const long currentUnits = current / divisor;
-  const long tagUnits = tag / divisor;
-  if (tagUnits <= currentUnits) return WrappingDifference(currentUnits, tagUnits);
-  const long toWrap = WrappingDifference(Policy::max_time_value(), tag) / divisor;
-  return toWrap != 0 ? WrappingSum(currentUnits, toWrap) : WrappingDifference(currentUnits, tagUnits);
+  const Wide current = now() / divisor;
+  const Wide start = tag / divisor;
+  const Wide toWrap = start > current ? (Wide{Policy::max_time_value()} - tag) / divisor : 0;
+  return static_cast<long>(toWrap != 0 ? current + toWrap : current - start);
 }
 
 template <class Policy>
@@ -57,17 +50,17 @@ long timer_fact<Policy>::elapsed_sec() const {
 }
 
 template <class Policy>
-bool timer_fact<Policy>::overtime(long limit) const {
+bool timer_fact<Policy>::overtime(long limit) {
   return limit <= elapsed();
 }
 
 template <class Policy>
-bool timer_fact<Policy>::overtime_mills(long limit) const {
+bool timer_fact<Policy>::overtime_mills(long limit) {
   return limit <= elapsed_mills();
 }
 
 template <class Policy>
-bool timer_fact<Policy>::overtime_sec(long limit) const {
+bool timer_fact<Policy>::overtime_sec(long limit) {
   return limit <= elapsed_sec();
 }
 

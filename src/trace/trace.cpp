@@ -11,7 +11,7 @@ std::string ExtractClassFunctionName(const char* prettyFunction) {
   const std::size_t end = signature.find('(');
   if (end == std::string_view::npos) return prettyFunction;
   const std::string_view head = signature.substr(0, end);
-  const std::string_view label = head.substr(head.rfind(' ') + 1);  // Without a blank: from 0.
+  const std::string_view label = head.substr(head.rfind(' ') + 1);  // Without a space: from 0.
   return std::string(label.empty() ? signature : label);
 }
 

@@ -40,6 +40,11 @@ TYPED_TEST(TimerFact, MeasuresFromItsTag) {
       {1, 3000001, 3000000, 3000, 3},
       {-1500, 1500, 3000, 2, 0},  // Cut toward zero on both sides.
       {-5000, -4000, 1000, 1, 0},
+      {-1999, -1001, 998, 0, 0},
+      {-1000, 999, 1999, 1, 0},
+      {-999, -1500, max - 501, max / 1000, 0},
+      {-1000, -5000, max - 4000, max / 1000 - 4, 0},
+      {-2000000, -7000000, max - 5000000, max / 1000 - 5000, max / 1000000 - 5},
       {0, max, max, max / 1000, max / 1000000},
       // The clock has wrapped: up to its largest value, then on from 0.
       {max - 10, 5, 15, -(max - 10) / 1000, -(max - 10) / 1000000},
@@ -74,7 +79,7 @@ TYPED_TEST(TimerFact, StaysDefinedForEveryTagAndTime) {
   const long values[] = {kMin, kMin + 1, -1000000, -2, 0, 1, kMax - 1, kMax};
   for (const long tag : values) {
     for (const long now : values) {
-      const typename TestFixture::Meter meter(tag);
+      typename TestFixture::Meter meter(tag);
       TestFixture::Meter::MockNow(static_cast<unsigned long>(now));
       EXPECT_TRUE(meter.overtime(meter.elapsed()));
       EXPECT_TRUE(meter.overtime_mills(meter.elapsed_mills()));
@@ -84,7 +89,7 @@ TYPED_TEST(TimerFact, StaysDefinedForEveryTagAndTime) {
 }
 
 TYPED_TEST(TimerFact, AlwaysReachesALimitThatIsNotPositive) {
-  const typename TestFixture::Meter meter(5000);
+  typename TestFixture::Meter meter(5000);
   TestFixture::Meter::MockNow(5000);
   EXPECT_TRUE(meter.overtime(0));
   EXPECT_TRUE(meter.overtime(-1));
@@ -151,6 +156,18 @@ TYPED_TEST(TimerFact, ReadsTheMockTimeAfreshOnEveryCall) {
     EXPECT_EQ(now - 1000, meter.elapsed());
   }
   EXPECT_EQ(1000, meter.latest_tag());
+}
+
+// Components link to these names.
+TEST(TimerFactType, MeasuresWhileConstAndComparesWithALimitOnlyWhenNot) {
+  using Meter = timer_fact<timer_policy>;
+  static_assert(std::is_same_v<decltype(&Meter::overtime), bool (Meter::*)(long)>);
+  static_assert(std::is_same_v<decltype(&Meter::overtime_mills), bool (Meter::*)(long)>);
+  static_assert(std::is_same_v<decltype(&Meter::overtime_sec), bool (Meter::*)(long)>);
+  static_assert(std::is_same_v<decltype(&Meter::elapsed), long (Meter::*)() const>);
+  static_assert(std::is_same_v<decltype(&Meter::elapsed_mills), long (Meter::*)() const>);
+  static_assert(std::is_same_v<decltype(&Meter::elapsed_sec), long (Meter::*)() const>);
+  static_assert(std::is_same_v<decltype(&Meter::latest_tag), long (Meter::*)() const>);
 }
 
 TEST(TimerFactType, HoldsOneTag) {
