@@ -23,11 +23,11 @@ class UTIL_API CCmMutexThreadBase {
   CCmMutexThreadBase(const CCmMutexThreadBase&) = delete;
   CCmMutexThreadBase& operator=(const CCmMutexThreadBase&) = delete;
 
-  /// Waits, without a ceiling, until the calling thread owns the lock.
-  /// @return 0; EDEADLK when the calling thread owns a lock that is not recursive; another errno value when
-  /// the lock cannot be had.
+  /// Waits, without a time limit, until the calling thread owns the lock.
+  /// @return 0; EDEADLK when the calling thread already owns a lock that is not recursive; EAGAIN when it has
+  /// locked a recursive one too often.
   int Lock() { return pthread_mutex_lock(&m_mutex); }
-  /// Gives the lock back, once.
+  /// Releases the lock, once.
   /// @pre The calling thread owns the lock.
   /// @return 0; EPERM when the calling thread does not own it.
   int UnLock() { return pthread_mutex_unlock(&m_mutex); }

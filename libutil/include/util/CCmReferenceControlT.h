@@ -56,12 +56,12 @@ class UTIL_API CCmReferenceControlT<CCmMutexThread> {
     }
     return false;
   }
-  /// Gives a reference back.
+  /// Releases a reference.
   /// @pre The caller holds a reference.
   /// @invalidates At 0, the object.
   /// @return The new count (low 32 bits).
   std::uint32_t ReleaseReference() {
-    // Release: what this owner did to the object comes before its deletion by the last one, which acquires.
+    // Release: what this owner did to the object happens before its deletion by the last one, which acquires.
     const std::int64_t left = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left == 0) OnReferenceDestory();
     return static_cast<std::uint32_t>(left);

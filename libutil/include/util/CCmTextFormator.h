@@ -1,20 +1,20 @@
 #pragma once
 
 /// @file
-/// Text composed in a buffer of the caller's.
+/// A string composed in a buffer of the caller.
 
 #include <string>
 
 #include "util/export.h"
 
-/// The text type of the engine's utility library.
+/// The string type of the engine's utility library.
 using CCmString = std::string;
 
 /// Radix of the numbers that follow.
 enum CCmOrdix : int { CM_ORDIX_HEX = 0, CM_ORDIX_DEC = 1 };
 
-/// Writes text into a buffer of the caller's. Allocates nothing, never writes past the buffer, and leaves a
-/// terminated text after every operation; what does not fit is cut off. The same in every locale.
+/// Composes a string in a buffer of the caller. Allocates nothing, never writes past the buffer, and leaves a
+/// terminated string after every operation; what does not fit is cut off. The same in every locale.
 ///
 /// @threads One owner.
 /// @lifetime The buffer must outlive the formatter.
@@ -28,23 +28,23 @@ enum CCmOrdix : int { CM_ORDIX_HEX = 0, CM_ORDIX_DEC = 1 };
 /// @endcode
 class UTIL_API CCmTextFormator {
  public:
-  /// Starts with the empty text.
-  /// @param buffer  where the text goes
+  /// Starts with the empty string.
+  /// @param buffer  may be null, as if `size` were 0
   /// @param size  its size in bytes, the terminating NUL included; with 0 nothing is ever written
   CCmTextFormator(char* buffer, unsigned int size);
   CCmTextFormator(const CCmTextFormator&) = delete;
   CCmTextFormator& operator=(const CCmTextFormator&) = delete;
 
-  /// Appends a text.
-  /// @param text  null writes nothing
+  /// Appends a string.
+  /// @param text  null appends nothing
   /// @return This formatter.
   CCmTextFormator& operator<<(const char* text);
-  /// Appends a text.
-  /// @param text  up to its first NUL
+  /// Appends a string.
+  /// @param text  up to its first zero byte
   /// @return This formatter.
   CCmTextFormator& operator<<(const CCmString& text);
   ///@{
-  /// Appends a number. In hexadecimal a negative one prints its two's complement.
+  /// Appends a number; in hexadecimal, the two's complement of a negative one.
   /// @param value  any
   /// @return This formatter.
   CCmTextFormator& operator<<(int value);
@@ -56,14 +56,14 @@ class UTIL_API CCmTextFormator {
   /// @param value  any
   /// @return This formatter.
   CCmTextFormator& operator<<(const void* value);
-  /// Chooses how the numbers that follow are written; decimal until told otherwise.
+  /// Chooses how the numbers that follow are written; at first, in decimal.
   /// @param radix  CM_ORDIX_HEX, or CM_ORDIX_DEC
   /// @return This formatter.
   CCmTextFormator& operator<<(CCmOrdix radix);
 
-  /// @return The text so far, terminated, in the buffer; "" when there is no buffer.
+  /// @return The string so far, in the buffer; "" when there is no buffer.
   operator char*();
-  /// @return The text's length in characters, without the NUL.
+  /// @return The string's length in characters, without the NUL.
   unsigned int tell() const;
 
  private:

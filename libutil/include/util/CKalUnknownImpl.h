@@ -7,8 +7,8 @@
 
 namespace kal {
 
-/// Identifies an interface. Its textual form is the members in hexadecimal with dashes between them, and one
-/// more dash after the first two of the last eight bytes.
+/// Identifies an interface. Written as a string, it is the members in hexadecimal with dashes between them,
+/// and one more dash after the first two of the last eight bytes.
 /// @threads A plain value.
 /// @par Example
 /// @code{.cpp}
@@ -37,7 +37,7 @@ class UTIL_API CKalUnknownImpl : public CCmReferenceControlT<CCmMutexThread> {
   /// Knows no interface.
   /// @param iid  any
   /// @param ppv  set to null
-  /// @return 0x46004005; 0x46004006 when `ppv` is null.
+  /// @return `kResultNoInterface`; `kResultNullOutput` when `ppv` is null (see tessel/ResultCode.h).
   virtual std::int32_t QueryInterface(const _tagUUID& iid, void** ppv);
 };
 

@@ -36,17 +36,17 @@ UTIL_API int memcpy_s(void* destination, std::size_t destinationSize, const void
 /// @return 0; EINVAL when `destination` is null; ERANGE when the bytes do not fit.
 UTIL_API int memset_s(void* destination, std::size_t destinationSize, int value, std::size_t count);
 
-/// Copies a text, up to its NUL, and terminates. When text and NUL do not fit, or `source` is null, the
-/// destination becomes the empty text.
+/// Copies a string, up to its NUL, and terminates the copy. When string and NUL do not fit, or `source` is
+/// null, the destination becomes the empty string.
 /// @param destination  where to
 /// @param destinationSize  its size in bytes
 /// @param source  where from
 /// @param count  how many characters at most
-/// @return 0; EINVAL when `destination` or `source` is null; ERANGE when text and NUL do not fit.
+/// @return 0; EINVAL when `destination` or `source` is null; ERANGE when string and NUL do not fit.
 UTIL_API int strncpy_s(char* destination, std::size_t destinationSize, const char* source, std::size_t count);
 
-/// Measures a text; reads no further than `limit` characters.
+/// Measures a string; reads no further than `limit` characters.
 /// @param text  may be null
 /// @param limit  how many characters at most
-/// @return The text's length, at most `limit`; 0 for null.
+/// @return The string's length, at most `limit`; 0 for null.
 UTIL_API std::size_t strnlen_s(const char* text, std::size_t limit);

@@ -1,8 +1,7 @@
 #pragma once
 
 /// @file
-/// Monotonic clocks that count microseconds from a moment of their own. A reading never comes near the
-/// largest one in practice.
+/// Monotonic clocks that count microseconds from an arbitrary start. In practice none ever wraps.
 /// @threads Any.
 /// @par Example
 /// @code{.cpp}
@@ -41,8 +40,8 @@ struct UTIL_API low_tick_policy {
   static long max_time_value();
 };
 
-/// @return The process-wide time in microseconds that meters use in place of their clock; -1 (the start
-/// value): none.
+/// @return The process-wide time in microseconds that meters use in place of their clock; -1, as at the start:
+/// none.
 UTIL_API long get_mock_time();
 /// Sets the time that meters use in place of their clock.
 /// @param time  in microseconds; the value that makes get_mock_time() -1, all bits set, switches mocking off
