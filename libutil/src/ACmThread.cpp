@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <mutex>
+#include <new>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -44,6 +45,8 @@ class ACmThread::Impl {
       m_thread = std::thread([this, &started] { run(started); });
     } catch (const std::system_error& error) {
       return error.code().value();
+    } catch (const std::bad_alloc&) {
+      return ENOMEM;
     }
     return started.Wait();
   }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "libutil/TestEvents.h"
+#include "support/AllocationCount.h"
 
 namespace {
 
@@ -97,6 +98,16 @@ TEST(Thread, RefusesToStartTwice) {
   const unsigned long id = thread.GetThreadId();
   EXPECT_EQ(thread.Start(), EBUSY);
   EXPECT_EQ(thread.GetThreadId(), id);
+}
+
+TEST(Thread, DoesNotStartWithoutMemory) {
+  ACmThread thread;
+  {
+    const FailAllocation first(1);
+    EXPECT_EQ(thread.Start(), ENOMEM);
+  }
+  EXPECT_EQ(thread.GetThreadId(), 0u);
+  EXPECT_EQ(thread.Start(), 0);
 }
 
 TEST(Thread, RefusesToStartFromItself) {
