@@ -8,7 +8,7 @@ LABELS = {
     "FunctionVector": "vector of functions", "Asio": "Boost.Asio", "Nlohmann": "nlohmann-json",
     "NlohmannAndMaps": "nlohmann-json + map", "RapidJsonAndMaps": "RapidJSON + map", "Text": "text",
     "ToChars": "std::to_chars", "RapidJson": "RapidJSON", "BoostJson": "Boost.JSON", "JsonCpp": "jsoncpp", "Queue": "condvar loop",
-    "InPlace": "floor, in place", "TbbTransparent": "oneTBB, transparent", "Boundary": "library call",
+    "InPlace": "floor, in place", "Locked": "deque + mutex", "TbbTransparent": "oneTBB, transparent", "Boundary": "library call",
     "Load": "volatile load", "Snprintf": "snprintf", "Fmt": "fmt", "Spdlog": "spdlog",
 }
 FLOORS = {"Floor", "FunctionVector", "Queue"}

@@ -1,5 +1,6 @@
-// What does it cost to hand work to another thread, beside Boost.Asio and beside the least of them, a deque
-// under a mutex with a condition variable?
+// What does it cost to pass work to another thread, beside Boost.Asio, beside the simplest queue, a deque of
+// functions under a mutex with a condition variable (Floor), and beside a careful one for the same events
+// (Locked)?
 //
 //   thread_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
@@ -20,6 +21,7 @@
 #include <vector>
 
 #include "support/FloorThread.h"
+#include "support/LockedThread.h"
 #include "support/Pin.h"
 #include "support/Settings.h"
 #include "util/util.h"
@@ -87,6 +89,21 @@ class Tessel {
 
  private:
   ACmThread m_thread;
+  std::vector<ICmEvent*> m_events;
+};
+
+class Locked {
+ public:
+  void Prepare(Batch& batch) {
+    m_events.clear();
+    for (int i = 0; i < kBatch; ++i) m_events.push_back(new BatchEvent(batch));
+  }
+  void Post() {
+    for (ICmEvent* event : m_events) m_thread.Post(event);
+  }
+
+ private:
+  LockedThread m_thread;
   std::vector<ICmEvent*> m_events;
 };
 
@@ -171,6 +188,7 @@ void Post(benchmark::State& state) {
   BENCHMARK(Post<thread>)->ArgName("cpus")->Arg(1)->Arg(2)->UseManualTime()->Unit(benchmark::kMicrosecond)
 
 TESSEL_BENCH_POST(Tessel);
+TESSEL_BENCH_POST(Locked);
 TESSEL_BENCH_POST(Floor);
 #ifdef TESSEL_BENCH_BOOST
 TESSEL_BENCH_POST(Asio);
