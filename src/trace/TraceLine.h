@@ -7,7 +7,7 @@
 
 namespace kalStore::internal {
 
-/// One trace line under way, composed in a buffer on the stack: allocates nothing. Made by the macros below.
+/// One trace line, composed in a buffer on the stack: allocates nothing. Made by the macros below.
 class TraceLine {
  public:
   /// Opens the line with the calling thread's pool job, if it runs one.
@@ -16,7 +16,7 @@ class TraceLine {
   TraceLine(int level, const char* label);
 
   CCmTextFormator& Text() { return m_text; }
-  /// Hands the line to the sink.
+  /// Passes the line to the sink.
   void Emit();
 
  private:
@@ -43,8 +43,8 @@ inline bool IsTraced(int level) {
   return get_external_trace_mask() >= level;
 }
 
-/// Composes a line, opened as its constructor does, and hands it to the sink. Out of line and cold, so that
-/// the function that traces keeps a small frame: it pays for the line's buffer only when the line is wanted.
+/// Composes a line that begins as its constructor does, and passes it to the sink. Out of line and cold, so that
+/// the function that traces has a small frame: only a line that is wanted pays for the buffer.
 template <class Compose, class... Opening>
 [[gnu::noinline, gnu::cold]] void EmitLine(const Compose& compose, Opening... opening) {
   TraceLine line(opening...);

@@ -71,7 +71,7 @@ TEST(TextFormator, WritesTheBoundsOfEachType) {
   EXPECT_EQ(hexadecimal(std::numeric_limits<unsigned long>::max()), "ffffffffffffffff");
 }
 
-TEST(TextFormator, KeepsTheRadixUntilToldOtherwise) {
+TEST(TextFormator, KeepsTheRadixUntilAnotherIsChosen) {
   EXPECT_EQ(textOf([](CCmTextFormator& f) {
               f << 16 << " " << CM_ORDIX_HEX << 16 << " " << 17 << " " << CM_ORDIX_DEC << 16;
             }),

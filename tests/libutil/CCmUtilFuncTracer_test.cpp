@@ -24,7 +24,7 @@ TEST(FuncTracer, TracesThatAFunctionIsEnteredAndLeft) {
   }
 }
 
-TEST(FuncTracer, KeepsItsOwnCopyOfTheText) {
+TEST(FuncTracer, CopiesItsString) {
   TraceLog log(2);
   {
     std::string text = "first";

@@ -254,7 +254,7 @@ namespace {
 constexpr bool yes = true;
 constexpr bool no = false;
 
-/// Which typed reads take the text; the others return the default.
+/// Which typed reads accept the string; the others return the default.
 struct Row {
   const char* text;
   bool isInt, isUInt, isInt64, isDouble, isBool;
@@ -310,7 +310,7 @@ constexpr Row kRows[] = {
 TEST(ConfigData, ReadsWholeNumbersInRangeOnly) {
   for (const Row& row : kRows) {
     const ConfigData value(row.text);
-    // A text that is taken gives the same for either default.
+    // A string that is accepted gives the same number with either default.
     EXPECT_EQ(value.ToInt(11) == value.ToInt(12), row.isInt) << row.text;
     EXPECT_EQ(value.ToUInt(11) == value.ToUInt(12), row.isUInt) << row.text;
     EXPECT_EQ(value.ToInt64(11) == value.ToInt64(12), row.isInt64) << row.text;

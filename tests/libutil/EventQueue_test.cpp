@@ -134,7 +134,7 @@ TEST_F(EventQueue, LetsAMoreUrgentArrivalGoBeforeWhatIsReady) {
   gate.Open();
   last.get_future().wait();
   EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4, 5}));
-  m_thread.Stop();  // ends the last event while what it refers to lives
+  m_thread.Stop();  // Ends the last event before the variables that it refers to.
 }
 
 TEST_F(EventQueue, LetsAnUrgentArrivalOfAnotherThreadGoFirst) {
@@ -228,7 +228,7 @@ TEST_F(EventQueue, OutlivesAnExceptionAndReportsIt) {
   EXPECT_NE(lines[0].text.find("broken pipe dream"), std::string::npos);
 }
 
-TEST_F(EventQueue, KeepsQuietAboutAnExceptionWhenSilenced) {
+TEST_F(EventQueue, ReportsNoExceptionWhenNothingIsTraced) {
   TraceLog log(-1);
   EXPECT_EQ(send([] { throw std::runtime_error("unheard"); }), ECANCELED);
   EXPECT_TRUE(log.Lines().empty());

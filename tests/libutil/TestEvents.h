@@ -7,7 +7,7 @@
 
 #include "util/util.h"
 
-/// What became of a group of events.
+/// How many events of a group have fired and ended.
 struct EventCounts {
   std::atomic<int> fired{0};
   std::atomic<int> ended{0};
@@ -33,7 +33,7 @@ class CountedEvent : public ICmEvent {
   std::function<void()> m_work;
 };
 
-/// Keeps a queue's thread inside an event until opened. Constructed: the thread is in there.
+/// Holds a queue's thread inside an event, from construction until opened.
 class Gate {
  public:
   explicit Gate(ICmEventQueue& queue) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Everything that libtessel.so takes from the utility library stands in docs/guides/engine-utility-library.md.
+"""docs/guides/engine-utility-library.md names everything that libtessel.so takes from the utility library.
 
 usage: engine_guide_test.py LIBTESSEL LIBUTIL
 """

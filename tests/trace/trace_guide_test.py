@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Every text that the libraries trace stands in docs/guides/trace.md: who meets a line can look it up.
+"""docs/guides/trace.md holds every text that the libraries trace, so that a reader of a line can look it up.
 
-A message is a chain of literals and values; each literal must stand there, and each asserted condition.
+A message is a chain of literals and values; the guide must hold each literal, and each asserted condition.
 """
 
 import re
@@ -14,7 +14,7 @@ LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
 
 
 def until_closed(text, position):
-    """What stands from the position to the parenthesis that closes it, or to the end of the statement."""
+    """The text from the position to the parenthesis that closes it, or to the end of the statement."""
     depth = 0
     for end in range(position, len(text)):
         depth += {"(": 1, ")": -1}.get(text[end], 0)
