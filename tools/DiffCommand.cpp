@@ -64,7 +64,7 @@ void AddDiffCommand(CLI::App& app, int& exitStatus) {
                     "Compare the documents themselves, for example two dumps: what only A has is removed");
   command->add_flag("--json", options->json, "A JSON object per change, each on a line");
   command->footer(
-      "Values stay in a store until they are set anew: without --exact, nothing is ever removed.\n\n" +
+      "Values stay in a store until they are set again: without --exact, nothing is ever removed.\n\n" +
       ExitStatusHelp("no difference", "differences") +
       "\n\n"
       "Examples:\n"

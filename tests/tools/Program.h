@@ -46,7 +46,7 @@ class Program {
   /// Sets a variable, "NAME=value", in an environment that has only TERM otherwise.
   Program& Environment(std::string variable);
 
-  /// Sends the program SIGINT as soon as it has made that file.
+  /// Sends the program SIGINT once it has made that file.
   Program& InterruptOnceItMakes(std::string name);
 
   Finished Run(std::vector<std::string> arguments);

@@ -32,7 +32,7 @@ class Component {
 
   /// Starts the thread and joins the call. Throws std::runtime_error when the system refuses a thread.
   void Start();
-  /// Has work() run soon, unless that of the last tick has not begun.
+  /// Posts work(), unless that of the last tick has not begun.
   void Tick();
   /// How often work() has run.
   unsigned Ticks() const { return m_ticks; }

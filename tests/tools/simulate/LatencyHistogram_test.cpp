@@ -42,7 +42,7 @@ TEST(LatencyHistogram, TakesEveryDuration) {
   EXPECT_EQ(histogram.Greatest(), 0);
 }
 
-TEST(LatencyHistogram, TellsQuantilesToAThirtySecondOfTheirValue) {
+TEST(LatencyHistogram, GivesQuantilesToAThirtySecondOfTheirValue) {
   constexpr unsigned kSeed = 7;
   std::mt19937_64 random(kSeed);
   LatencyHistogram histogram;

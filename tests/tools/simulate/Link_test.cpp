@@ -12,7 +12,7 @@ using simulate::RunTime;
 
 constexpr RunTime kMillisecond = 1000000;
 
-// Sends at this rate for so long, and tells what became of it.
+// Sends at this rate for so long, and returns what became of it.
 Link::Traffic Send(Link& link, RunTime from, RunTime until, double bitrate) {
   const Link::Traffic before = link.Received(Media::kVideo);
   for (RunTime now = from; now < until; now += 10 * kMillisecond) {

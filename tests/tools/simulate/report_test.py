@@ -16,7 +16,7 @@ from html.parser import HTMLParser
 
 CALLS = 2
 PLOTS = 3 + 8 * CALLS
-# The HTML elements that may stand alone.
+# The HTML elements without an end tag.
 VOID = {"meta", "link", "br", "img", "input", "hr"}
 
 
