@@ -7,7 +7,7 @@
 namespace kalStore {
 
 namespace internal {
-class Registration;
+class SubscriptionRegistration;
 }
 
 /// A subscription that removes itself. Where and when its callback runs: IKalConfig::SubscribeConfig().
@@ -104,7 +104,7 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   void Remove() { m_registration.reset(); }
 
  private:
-  std::shared_ptr<internal::Registration> m_registration;
+  std::shared_ptr<internal::SubscriptionRegistration> m_registration;
 };
 
 }  // namespace kalStore

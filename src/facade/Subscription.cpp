@@ -9,12 +9,12 @@ namespace kalStore {
 namespace internal {
 
 /// What a Subscription owns. Its end is the removal.
-class Registration {
+class SubscriptionRegistration {
  public:
-  Registration() = default;
-  Registration(const Registration&) = delete;
-  Registration& operator=(const Registration&) = delete;
-  virtual ~Registration() = default;
+  SubscriptionRegistration() = default;
+  SubscriptionRegistration(const SubscriptionRegistration&) = delete;
+  SubscriptionRegistration& operator=(const SubscriptionRegistration&) = delete;
+  virtual ~SubscriptionRegistration() = default;
 
   /// A refused registration can be begun again: the name may be free by then.
   void Begin() { m_isSubscribed = subscribe(); }
@@ -27,7 +27,7 @@ class Registration {
   bool m_isSubscribed = false;
 };
 
-class StoreRegistration final : public Registration {
+class StoreRegistration final : public SubscriptionRegistration {
  public:
   StoreRegistration(IKalConfig& store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
                     ACmThread* pRunThread, bool bAsync)
@@ -53,7 +53,7 @@ class StoreRegistration final : public Registration {
   SubscribeId_t m_id = 0;
 };
 
-class FacadeRegistration final : public Registration {
+class FacadeRegistration final : public SubscriptionRegistration {
  public:
   FacadeRegistration(KalConfigHelper& facade, KalConfigGroup group, const char* name,
                      fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync)
@@ -91,8 +91,8 @@ Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* na
 Subscription& Subscription::operator=(Subscription&& other) {
   if (this == &other) return *this;
   // Held here too: what the callback of the old one captured may own this object, which then ends with it.
-  const std::shared_ptr<Registration> assigned = std::move(other.m_registration);
-  std::shared_ptr<Registration> old = std::exchange(m_registration, assigned);
+  const std::shared_ptr<SubscriptionRegistration> assigned = std::move(other.m_registration);
+  std::shared_ptr<SubscriptionRegistration> old = std::exchange(m_registration, assigned);
   if (old == nullptr) return *this;
   old.reset();
   const bool hasEnded = assigned.use_count() == 1;
