@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Changes the libraries in one place at a time and tells whether the tests notice.
+"""Changes the libraries and the tools in one place at a time and shows whether the tests find the change.
 
 A mutant is one changed operator, constant or condition, or one statement left out. Each is built in a copy of the
-tree and meets the tests of its own folder first, then those of the others. It is killed when a program fails, crashes
-or takes five times as long as usual. Mutants that do not compile do not count.
+tree. The tests of its own folder run first, then the others. It is killed when a test program fails, crashes or takes
+five times as long as usual. Mutants that do not compile do not count.
 """
 import argparse
 import collections
@@ -20,7 +20,7 @@ import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FOLDERS = ("libutil/src", "src")
+FOLDERS = ("libutil/src", "src", "tools")
 PARTS = ("CMakeLists.txt", "abi", "bench", "cmake", "examples", "fuzz", "include", "libutil", "src", "tests",
          "tools")
 TARGET_PERCENT = 85
@@ -126,8 +126,7 @@ class Workshop:
         self.tree.mkdir(parents=True, exist_ok=True)
         copy_tree(self.tree)
         self.command(["cmake", "-G", "Ninja", "-S", self.tree, "-B", self.objects, "-DCMAKE_BUILD_TYPE=Debug",
-                      "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON", "-DTESSEL_BUILD_TOOLS=OFF",
-                      "-DTESSEL_BUILD_EXAMPLES=OFF"])
+                      "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON", "-DTESSEL_BUILD_EXAMPLES=OFF"])
         self.programs = sorted(re.findall(r"^(?!cmake_)(\w+_test): phony", self.targets(), re.M))
         self.command(["ninja", "-C", self.objects] + JOBS + self.programs)
         self.paths = {name: next(p for p in self.objects.rglob(name) if p.is_file()) for name in self.programs}
@@ -170,7 +169,8 @@ class Workshop:
         kept = [(file, file.with_suffix(".kept")) for file in self.object_files[os.path.realpath(path)]]
         for file, copy in kept:
             shutil.copy2(file, copy)
-        linked = list(self.paths.values()) + [f for f in (self.objects / "lib").rglob("*.so*") if not f.is_symlink()]
+        linked = [*self.paths.values(), self.objects / "bin/tessel", self.objects / "tools/reference/tessel_reference",
+                  *(f for f in (self.objects / "lib").rglob("*.so*") if not f.is_symlink())]
         linked_times = {file: file.stat().st_mtime_ns if file.exists() else 0 for file in linked}
         try:
             path.write_text(code[:mutant.start] + mutant.text + code[mutant.end:])

@@ -1,0 +1,90 @@
+#!/usr/bin/env python3
+"""Checks the directions of the project's own includes: which folder may know which headers.
+
+Every file below a folder of FOLDERS may include the headers that the folder's row names, and no others of the project.
+A private header is named from its root (ROOTS), never from the file that includes it. Each line that breaks a rule is
+printed as FILE:LINE.
+"""
+
+import re
+import sys
+from pathlib import Path
+
+# An exported header's name says whose it is.
+EXPORTED = r"(util|tessel)/\w+\.(h|def)"
+UTIL = r"util/\w+\.h"
+TRACE_HEADERS = r"tessel/(export|timer_fact|trace)\.h"
+JSON_HEADERS = r"tessel/(export|json|jsonHelper|json_\w+)\.h"
+
+# Folder or file, by pattern: what it may include. The first row that matches holds.
+FOLDERS = [
+    (r"libutil/include/util/", [UTIL]),
+    (r"libutil/src/", [UTIL, r"\w+\.h"]),
+    (r"include/tessel/(export|timer_fact|trace)\.h$", [UTIL, TRACE_HEADERS]),
+    (r"include/tessel/json\w*\.h$", [UTIL, JSON_HEADERS]),
+    (r"include/tessel/", [EXPORTED]),
+    (r"src/trace/", [UTIL, TRACE_HEADERS, "trace/.*"]),
+    (r"src/json/", [UTIL, JSON_HEADERS, "json/.*"]),
+    (r"src/store/", [EXPORTED, "(trace|json|store)/.*"]),
+    (r"src/documents/", [EXPORTED, "(trace|json|store|documents)/.*"]),
+    (r"src/facade/", [EXPORTED, "(trace|json|store|documents|facade)/.*"]),
+    (r"src/statistics/", [EXPORTED, "(trace|statistics)/.*"]),
+    (r"tools/", [EXPORTED, r"(simulate/)?\w+\.h"]),
+    (r"examples/", [EXPORTED]),
+]
+
+# Where the private headers of a folder are named from. Exported ones are named from the include folders.
+ROOTS = {"libutil": ["libutil/src"], "src": ["src"], "tools": ["tools", "tools/reference"]}
+EXPORTED_ROOTS = {"util": "libutil/include", "tessel": "include"}
+
+CHECKED = ("libutil/include", "libutil/src", "include", "src", "tools", "examples")
+INCLUDE = re.compile(r'\s*#\s*include\s*(?:"([^"]+)"|<((?:util|tessel)/[^>]+)>)')
+
+
+def includes(path):
+    """The project's own includes of a file: line number and name."""
+    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+        match = INCLUDE.match(line)
+        if match:
+            yield number, match[1] or match[2]
+
+
+def fault(tree, file, allowed, name):
+    """What is wrong with an include, or None."""
+    first = name.partition("/")[0]
+    roots = [EXPORTED_ROOTS[first]] if first in EXPORTED_ROOTS else ROOTS.get(file.partition("/")[0], [])
+    if not any((tree / root / name).is_file() for root in roots):
+        return f'"{name}" is not named from {" or ".join(roots) or "an include folder"}'
+    if not any(re.fullmatch(pattern, name) for pattern in allowed):
+        return f'"{name}" is none of what {file.rpartition("/")[0]} may include'
+    return None
+
+
+def check(tree):
+    """The lines that break a rule."""
+    faults = []
+    for folder in CHECKED:
+        for path in sorted((tree / folder).rglob("*")):
+            if path.suffix not in (".h", ".cpp", ".def"):
+                continue
+            file = path.relative_to(tree).as_posix()
+            allowed = next((allowed for pattern, allowed in FOLDERS if re.match(pattern, file)), None)
+            if allowed is None:
+                faults.append(f"{file}:1: no rule says what this folder may include")
+                continue
+            for number, name in includes(path):
+                found = fault(tree, file, allowed, name)
+                if found:
+                    faults.append(f"{file}:{number}: {found}")
+    return faults
+
+
+def main():
+    tree = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parents[2]
+    faults = check(tree)
+    print("\n".join(faults), end="\n" if faults else "")
+    return bool(faults)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
