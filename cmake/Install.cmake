@@ -4,6 +4,11 @@
 include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
+install(CODE [[
+  if(CMAKE_INSTALL_PREFIX MATCHES "[,:;]")
+    message(FATAL_ERROR "libtessel cannot be installed in ${CMAKE_INSTALL_PREFIX}: the path contains '${CMAKE_MATCH_0}'")
+  endif()]] ALL_COMPONENTS)
+
 set(tessel_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tessel)
 set(tessel_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
@@ -14,22 +19,24 @@ install(TARGETS tessel EXPORT tesselTargets
 install(DIRECTORY include/tessel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(TESSEL_UTIL_ROOT)
   set_target_properties(tessel PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
-  set(tessel_util_pc_library "${TESSEL_UTIL_LIBRARY}")
-  get_filename_component(tessel_util_pc_dir "${TESSEL_UTIL_LIBRARY}" DIRECTORY)
-  set(tessel_util_pc_cflags "-I${TESSEL_UTIL_INCLUDE_DIR}")
+  cmake_path(GET TESSEL_UTIL_LIBRARY PARENT_PATH tessel_util_pc_dir)
+  cmake_path(GET TESSEL_UTIL_LIBRARY FILENAME tessel_util_pc_library)
+  string(REPLACE " " "\\ " tessel_util_pc_dir "${tessel_util_pc_dir}")
+  string(REPLACE " " "\\ " tessel_util_pc_cflags "-I${TESSEL_UTIL_INCLUDE_DIR}")
+  set(tessel_util_pc_libs "-L${tessel_util_pc_dir} -l:${tessel_util_pc_library}")
 else()
   install(TARGETS tessel_util EXPORT tesselTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel COMPONENT runtime
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}/tessel)
   install(DIRECTORY libutil/include/util DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-  if(BUILD_SHARED_LIBS)
+  if(TESSEL_SHARED)
     # Nobody else looks there; given like this, the run path outlives the installation of a program as well.
     target_link_options(tessel_util INTERFACE
       "$<INSTALL_INTERFACE:LINKER:-rpath,$<INSTALL_PREFIX>/${CMAKE_INSTALL_LIBDIR}/tessel>")
   endif()
-  # By its full name: -lutil would take the C library's place.
-  set(tessel_util_pc_library "\${libdir}/tessel/$<TARGET_FILE_NAME:tessel_util>")
+  # By its folder and full name: the folder is not searched, so that -lutil stays the C library's.
   set(tessel_util_pc_dir "\${libdir}/tessel")
+  set(tessel_util_pc_libs "-l:tessel/$<TARGET_FILE_NAME:tessel_util>")
   set(tessel_util_pc_cflags "")
 endif()
 
@@ -42,12 +49,18 @@ install(FILES ${PROJECT_BINARY_DIR}/tesselConfig.cmake ${PROJECT_BINARY_DIR}/tes
 
 if(TESSEL_PACKAGE)
   # Where only the runtime package is installed, this file's folder is missing, and no run path leads through it.
-  set(tessel_pc_prefix ${CMAKE_INSTALL_PREFIX})
+  string(REPLACE " " "\\ " tessel_pc_prefix "${CMAKE_INSTALL_PREFIX}")
 else()
   # Relative to the file itself, so that an installed prefix can be moved.
   file(RELATIVE_PATH tessel_pc_prefix /${tessel_pkgconfig_dir} /)
   string(PREPEND tessel_pc_prefix "\${pcfiledir}/")
 endif()
+# What the static libraries need of the C++ runtime, for programs that another language's compiler links.
+set(tessel_pc_private ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
+list(FILTER tessel_pc_private INCLUDE REGEX "^(stdc\\+\\+|c\\+\\+|c\\+\\+abi|m)$")
+list(REMOVE_DUPLICATES tessel_pc_private)
+list(TRANSFORM tessel_pc_private PREPEND -l)
+list(JOIN tessel_pc_private " " tessel_pc_private)
 configure_file(cmake/tessel.pc.in ${PROJECT_BINARY_DIR}/tessel.pc.configured @ONLY)
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/tessel.pc INPUT ${PROJECT_BINARY_DIR}/tessel.pc.configured)
 install(FILES ${PROJECT_BINARY_DIR}/tessel.pc DESTINATION ${tessel_pkgconfig_dir})
@@ -55,7 +68,7 @@ install(FILES ${PROJECT_BINARY_DIR}/tessel.pc DESTINATION ${tessel_pkgconfig_dir
 # The printers of gdb. It looks for what belongs to a library below the library's full path, known when it is installed.
 install(FILES gdb/tessel-gdb.py DESTINATION ${CMAKE_INSTALL_DATADIR}/tessel/gdb)
 install(DIRECTORY gdb/tessel_gdb DESTINATION ${CMAKE_INSTALL_DATADIR}/tessel/gdb FILES_MATCHING PATTERN "*.py")
-if(BUILD_SHARED_LIBS)
+if(TESSEL_SHARED)
   install(CODE "file(REAL_PATH \"\${CMAKE_INSTALL_PREFIX}\" tessel_gdb_prefix)" ALL_COMPONENTS)
   set(tessel_gdb_dir "${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${tessel_gdb_prefix}/${CMAKE_INSTALL_LIBDIR}")
   install(FILES gdb/tessel-gdb.py DESTINATION ${tessel_gdb_dir} RENAME $<TARGET_FILE_NAME:tessel>-gdb.py)

@@ -38,7 +38,7 @@ mkdir "$root/packages"
 cp "$packages"/*.deb "$root/packages"
 step "the packages" in_root sh -c 'apt-get install -y --no-install-recommends /packages/*.deb'
 step "a program by pkg-config" in_root sh -c '
-  g++ /libtessel/tests/package/consumer/main.cpp $(pkg-config --cflags --libs tessel) -o /consumer && /consumer'
+  g++ -std=c++20 /libtessel/tests/package/consumer/consumer.cpp $(pkg-config --cflags --libs tessel) -o /consumer && /consumer'
 for example in component statistics; do
   step "the example $example" in_root sh -c "
     cmake -G Ninja -S /libtessel/examples/$example -B /$example && cmake --build /$example && /$example/$example"

@@ -46,9 +46,9 @@ rm -rf "$work"
 cmake --install "$build" --prefix "$work" >/dev/null
 runtime='libstdc\+\+\.so\.6|libgcc_s\.so\.1|libm\.so\.6|libc\.so\.6|ld-linux.*'
 
-libraries=$(find "$work" -type f -name 'lib*.so*' ! -name '*-gdb.py')
-[ "$(wc -l <<<"$libraries")" -eq 2 ] || { echo "expected two libraries, found: $libraries"; exit 1; }
-for library in $libraries; do
+mapfile -t libraries < <(find "$work" -type f -name 'lib*.so*' ! -name '*-gdb.py')
+[ ${#libraries[@]} -eq 2 ] || { echo "expected two libraries, found: ${libraries[*]}"; exit 1; }
+for library in "${libraries[@]}"; do
   expect "relocations stay writable" is_relocation_read_only
   expect "the stack is executable" has_plain_stack
   expect "code is relocated" has_fixed_text

@@ -5,6 +5,7 @@ set -euo pipefail
 way=$1 source=$2 build=$3 work=$4
 consumer=$source/tests/package/consumer
 prefix=$work/prefix
+compiler=${CXX:-g++}
 
 # quietly LOG COMMAND...: shows what it printed only when it fails.
 quietly() {
@@ -24,19 +25,30 @@ configure_build() {
   quietly "$work/$name.log" cmake --build "$work/$name"
 }
 
+# run_consumers NAME: the programs that configure_build made.
+run_consumers() {
+  "$work/$1/consumer"
+  "$work/$1/static_storage"
+}
+
 # build_example NAME: one of the examples, against $prefix.
 build_example() {
   configure_build "$1" "$source/examples/$1"
   "$work/$1/$1"
 }
 
-# build_by_pkg_config NAME [PKG_CONFIG_OPTION [LINK_FLAG...]]: the consumer, against $prefix.
+# flags_of_package [PKG_CONFIG_OPTION...]: sets `flags` to what builds a program against $prefix. pkg-config escapes
+# spaces; xargs reads that.
+flags_of_package() {
+  local folder
+  folder=$(dirname "$(find "$prefix" -name tessel.pc)")
+  mapfile -t flags < <(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs "$@" tessel | xargs printf '%s\n')
+}
+
+# build_by_pkg_config NAME [PKG_CONFIG_OPTION...]: the consumer, against $prefix.
 build_by_pkg_config() {
-  local flags
-  # shellcheck disable=SC2086
-  flags=$(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name tessel.pc)") pkg-config --cflags --libs ${2:-} tessel)
-  # shellcheck disable=SC2086
-  "${CXX:-g++}" "$consumer/main.cpp" $flags "${@:3}" -o "$work/$1"
+  flags_of_package "${@:2}"
+  "$compiler" -std=c++20 "$consumer/consumer.cpp" "${flags[@]}" -o "$work/$1"
   "$work/$1"
 }
 
@@ -50,8 +62,9 @@ mkdir -p "$work"
 case "$way" in
   find_package)
     install_build
-    configure_build consumer "$consumer"
-    "$work/consumer/consumer"
+    # The consumer chooses the language.
+    configure_build consumer "$consumer" -DCMAKE_CXX_STANDARD=23 -DCMAKE_CXX_FLAGS=-DCONSUMER_IS_NEWER
+    run_consumers consumer
     # Installed in its turn, a program still finds what is in a folder of its own.
     quietly "$work/install.log" cmake --install "$work/consumer" --prefix "$work/installed"
     LD_LIBRARY_PATH=$prefix/lib "$work/installed/bin/consumer"
@@ -63,39 +76,54 @@ case "$way" in
     prefix=$work/moved
     build_by_pkg_config consumer
     # The C library's own libutil, of the same name, still links beside it.
-    build_by_pkg_config both "" -lutil
+    "$compiler" -std=c++20 "$consumer/consumer.cpp" "${flags[@]}" -lutil -o "$work/both"
+    "$work/both"
+    mapfile -t folders < <(printf '%s\n' "${flags[@]}" | grep '^-L')
+    ! "$compiler" -shared "${folders[@]}" -lutil -Wl,--trace -o "$work/util.so" | grep -F "$prefix" ||
+      fail "-lutil is not the C library's"
+    # No library is taken for a source file, and the consumer chooses the language.
+    "$compiler" -std=c++2b -DCONSUMER_IS_NEWER -x c++ "$consumer/consumer.cpp" "${flags[@]}" -o "$work/newer"
+    "$work/newer"
     ;;
   add_subdirectory)
     configure_build consumer "$consumer" -DTESSEL_FROM=add_subdirectory -DTESSEL_SOURCE="$source"
-    "$work/consumer/consumer"
+    run_consumers consumer
+    ! grep -E '^BUILD_SHARED_LIBS' "$work/consumer/CMakeCache.txt" || fail "an option of the project that is embedded"
     ;;
   static)
     # One build of the static libraries: fetched, then installed into another root and moved from there, for the rest.
     libraries=lib/$(uname -m)-linux-gnu
     configure_build fetched "$consumer" -DTESSEL_FROM=FetchContent -DTESSEL_SOURCE="$source" -DBUILD_SHARED_LIBS=OFF \
       -DCMAKE_INSTALL_PREFIX=/opt/tessel -DCMAKE_INSTALL_LIBDIR="$libraries"
-    "$work/fetched/consumer"
+    run_consumers fetched
     expect_static "$work/fetched/consumer"
     DESTDIR=$work/root quietly "$work/install.log" cmake --install "$work/fetched"
     mv "$work/root/opt/tessel" "$prefix"
     [ -z "$(find "$work/root" -type f)" ] || fail "installed outside its prefix: $(find "$work/root" -type f)"
     [ -f "$prefix/$libraries/libtessel.a" ] || fail "not in $libraries: $(find "$prefix" -name 'libtessel*')"
     configure_build consumer "$consumer"
-    "$work/consumer/consumer"
+    run_consumers consumer
     expect_static "$work/consumer/consumer"
     build_by_pkg_config by_pkg_config --static
     expect_static "$work/by_pkg_config"
+    # Linked by another language's compiler.
+    "$compiler" -std=c++20 "${flags[@]}" -c "$consumer/consumer.cpp" -o "$work/consumer.o"
+    cc "$work/consumer.o" "${flags[@]}" -o "$work/by_c_compiler"
+    "$work/by_c_compiler"
     ;;
   engine_util)
     # libtessel alone, against a utility library that an engine brings: here the bundled one, from a prefix.
     install_build
     configure_build engine "$source" -DTESSEL_UTIL_ROOT="$prefix" -DTESSEL_BUILD_TESTS=OFF -DTESSEL_BUILD_TOOLS=OFF \
-      -DTESSEL_BUILD_EXAMPLES=OFF
+      -DTESSEL_BUILD_EXAMPLES=OFF -DBUILD_SHARED_LIBS=OFF -DTESSEL_SHARED=ON
     quietly "$work/install.log" cmake --install "$work/engine" --prefix "$work/own"
+    [ -n "$(find "$work/own" -name libtessel.so)" ] || fail "TESSEL_SHARED does not decide"
     [ -z "$(find "$work/own" -name 'libutil*')" ] || fail "the bundled libutil was installed all the same"
     prefix=$work/own
     configure_build consumer "$consumer"
-    "$work/consumer/consumer"
+    run_consumers consumer
+    build_by_pkg_config by_pkg_config
+    ! grep -e -Werror "$work/engine/build.ninja" || fail "warnings are errors without a preset"
     ;;
   example_*)
     install_build

@@ -86,9 +86,10 @@ complete_zsh() {
   for command in $(commands); do
     # What is handed to _arguments for the command.
     offers=$(zsh -fc '
-      _arguments() { [[ $1 == -C ]] && state=argument words=('"$command"') || print -rl -- "$@" }
+      command=$1 file=$2
+      _arguments() { [[ $1 == -C ]] && state=argument words=($command) || print -rl -- "$@" }
       _describe() { : }
-      source '"$files/zsh/_tessel")
+      source $file' zsh "$command" "$files/zsh/_tessel")
     for option in $(options "$command"); do
       grep -qE -- "[)*]$option=?\[" <<<"$offers" || fail "$command $option is not offered"
     done

@@ -1,15 +1,14 @@
 // A program outside the project: uses both installed libraries, and reads a value through each layer.
 #include <tessel/tessel.h>
-#include <tessel/typed.h>
 #include <util/util.h>
 
 #include <cstring>
 
-// Static objects may hold statistics, also those that are constructed before all others.
-__attribute__((init_priority(101))) const kalStore::StatsRef<kalStore::Audio> statistics(7);
+#ifdef CONSUMER_IS_NEWER
+static_assert(__cplusplus > 202002L, "the package has chosen an older language");
+#endif
 
 int main() {
-  if (statistics->GetCallId() != 7) return 6;
   kalStore::KalConfigHelper settings(7);
   if (settings.SetKalConfig("Bitrate", ConfigData(32000), kalStore::KAL_CONFIG_GROUP_AUDIO) !=
       kalStore::kResultNobody) {
