@@ -36,7 +36,7 @@ function(tessel_configure_library target)
   tessel_configure(${target})
   # What a debugger and its printers read; packages split it off.
   target_compile_options(${target} PRIVATE $<$<AND:$<CONFIG:Release>,$<BOOL:${PROJECT_IS_TOP_LEVEL}>>:-g>)
-  # Sanitizers, ours or those that the caller's flags bring, stand in for both.
+  # Sanitizers, ours or those in the caller's flags, replace both.
   if(NOT TESSEL_SANITIZE AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     target_link_options(${target} PRIVATE LINKER:--no-undefined)
     target_compile_options(${target} PRIVATE -fstack-protector-strong

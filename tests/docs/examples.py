@@ -22,7 +22,7 @@ class Example:
     line: int  # of the first line of code
     code: list[str]
     output: list[str] | None = None
-    beginning: list[str] | None = None  # of the file that a function stands in
+    beginning: list[str] | None = None  # of the file that contains a function
 
     @property
     def document(self):

@@ -84,7 +84,7 @@ def mutants_of(path, code):
 
 
 def copy_tree(tree):
-    """Brings the copy up to date; files that are the same keep their time, so that little is built anew."""
+    """Brings the copy up to date; unchanged files keep their time stamps, so that little is rebuilt."""
     for part in PARTS:
         source = ROOT / part
         files = [source] if source.is_file() else [f for f in source.rglob("*") if f.is_file()]

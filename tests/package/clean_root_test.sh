@@ -13,7 +13,7 @@ in_root() {
     ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} "$@"
 }
 
-# step NAME COMMAND...: tells how long it took; what it printed, only when it fails.
+# step NAME COMMAND...: prints how long it took, and the output of the command only when it fails.
 step() {
   local name=$1 start=$SECONDS
   shift

@@ -12,7 +12,7 @@ expect() {
   "$@" || { echo "$(basename "$library"): $what"; failed=1; }
 }
 
-# One function per property; each reads what readelf and nm tell about $library.
+# One function per property; each reads the output of readelf and nm for $library.
 segment() { readelf -lW "$library" | grep -E "^ *$1 "; }
 dynamic() { readelf -dW "$library" | sed -nE "s/.*\(($1)\) *//p"; }
 imports() { nm -D --undefined-only "$library" | awk '{sub(/@.*/, "", $2); print $2}'; }

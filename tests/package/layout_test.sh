@@ -5,7 +5,7 @@ set -euo pipefail
 library=$1 layout=$2
 source=$(cd "$(dirname "$0")/../.." && pwd)
 
-# layout_of LIBRARY: without whatever tells one machine or checkout from another.
+# layout_of LIBRARY: without anything that differs between machines or checkouts.
 layout_of() {
   abidw --load-all-types --exported-interfaces-only --suppressions "$source/abi/layout.abignore" --type-id-style hash \
     --no-parameter-names --no-comp-dir-path --no-corpus-path --no-elf-needed --no-show-locs "$1" |
