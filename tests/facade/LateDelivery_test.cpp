@@ -5,7 +5,6 @@
 #include <functional>
 #include <string>
 #include <thread>
-#include <utility>
 
 #include "WaysToSubscribe.h"
 #include "tessel/post.h"
@@ -97,9 +96,7 @@ TEST_P(LateDelivery, PostedToABusyThreadIsDropped) {
 
 TEST_P(LateDelivery, ThatAnEarlierSubscribersCallbackRemovesIsDropped) {
   std::function<void()> remove;
-  OnAnnounced([&](const KalConfigEvent&) {
-    if (remove) std::exchange(remove, nullptr)();
-  });
+  OnAnnounced([&](const KalConfigEvent&) { remove(); });
   remove = GetParam().subscribe([this](const KalConfigEvent&) { ++m_notified; }, nullptr, false);
   m_setter.SetKalConfig("a", 1, kGroup);
   EXPECT_EQ(m_notified, 0);
@@ -114,9 +111,9 @@ TEST_P(LateDelivery, BehindTheCallbackThatRemovesItselfIsDropped) {
     std::function<void()> remove;
     remove = GetParam().subscribe(
         [&](const KalConfigEvent&) {
-          ++m_notified;
+          if (++m_notified > 1) return;
           goOn.Wait();
-          if (remove) std::exchange(remove, nullptr)();
+          remove();
         },
         &m_thread, isAsync);
     std::thread setters[2];
