@@ -21,6 +21,6 @@ int main() {
   if (createTesselEntity(static_cast<kalStore::KalTesselEntityType>(1), 7, &entity) != 0) return 3;
   if (releaseTesselEntity(static_cast<kalStore::KalTesselEntityType>(1), 7, entity) != 0) return 4;
 
-  const timer_fact<timer_policy> meter;
+  timer_fact<timer_policy> meter;
   return meter.overtime(0) ? 0 : 5;
 }
