@@ -4,7 +4,6 @@
 #include <future>
 #include <memory>
 #include <new>
-#include <optional>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -240,28 +239,28 @@ TEST_F(Subscriptions, LeaveTheNameFreeWhenACallbackRemovesThemWhileTheFacadeBind
 TEST_F(Subscriptions, RemoveNobodyElses) {
   const auto count = [this](const KalConfigEvent&) { ++m_notified; };
   KalConfigHelper late;
-  std::optional<Subscription> replaced = Counting(late);
+  Subscription replaced = Counting(late);
   late.SubscribeConfig("A", count, KAL_CONFIG_GROUP_AUDIO);
-  replaced.reset();
+  replaced.Remove();
   late.SetCallId(kCall);
   EXPECT_EQ(m_facade.SetKalConfig("A", 1, KAL_CONFIG_GROUP_AUDIO), kResultOk);
   EXPECT_EQ(m_notified, 1);
 
-  std::optional<Subscription> removedByName = Counting(m_facade);
+  Subscription removedByName = Counting(m_facade);
   m_facade.UnsubscribeConfig("A", KAL_CONFIG_GROUP_AUDIO);
   m_facade.SubscribeConfig("A", count, KAL_CONFIG_GROUP_AUDIO);
-  removedByName.reset();
+  removedByName.Remove();
   m_notified = 0;
   Set(2);
   EXPECT_EQ(m_notified, 2);
 
-  std::optional<Subscription> recorded;
+  Subscription recorded;
   KalConfigHelper later;
   recorded = Counting(later);
   later.SetCallId(kCall);
   later.UnsubscribeConfig("A", KAL_CONFIG_GROUP_AUDIO);
   later.SubscribeConfig("A", count, KAL_CONFIG_GROUP_AUDIO);
-  recorded.reset();
+  recorded.Remove();
   m_notified = 0;
   Set(3);
   EXPECT_EQ(m_notified, 3);
