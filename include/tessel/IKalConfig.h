@@ -181,7 +181,7 @@ class TESSEL_API IKalConfig {
 
   /// Sets every entry of a settings document, in group name order and then in document order, as
   /// SetKalConfig() without force would. Unknown groups, entries without a string "key" and "value" and
-  /// refused values are skipped; CheckSettings() tells which. What a callback throws leaves the import; the
+  /// refused values are skipped; CheckSettings() reports which. What a callback throws leaves the import; the
   /// entries after it are not set.
   ///
   /// A document is an object of group names, each an array of objects with "key" and "value", both strings:

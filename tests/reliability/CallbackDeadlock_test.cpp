@@ -10,6 +10,7 @@
 
 #include "Watchdog.h"
 #include "support/TestClock.h"
+#include "support/Way.h"
 #include "tessel/tessel.h"
 #include "util/util.h"
 
@@ -23,9 +24,6 @@ namespace {
 
 constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_VIDEO;
 constexpr long kRemovalCeilingMs = 3000;
-
-enum class Way { kDirect, kPosted, kHandedOver };
-constexpr Way kWays[] = {Way::kDirect, Way::kPosted, Way::kHandedOver};
 
 // A call of its own, whose subscriber of "watched" does one thing once.
 struct Stage {
@@ -85,7 +83,7 @@ const Action kActions[] = {
      1, 0},
     {"removes itself by name",
      [](Stage& stage) { EXPECT_EQ(stage.facade.UnsubscribeConfig("watched", kGroup), kResultOk); }, 1, 0},
-    {"removes one that is told after it",
+    {"removes one that is notified after it",
      [](Stage& stage) {
        IKalConfig* store = nullptr;
        EXPECT_EQ(CreateKalConfig(stage.call, &store), kResultOk);
@@ -111,7 +109,7 @@ const Action kActions[] = {
      [](Stage& stage) { EXPECT_EQ(ReleaseKalConfig(std::exchange(stage.otherStore, nullptr)), kResultOk); }},
     {"binds a facade to its call", [](Stage& stage) { const KalConfigHelper facade(stage.call); }},
     {"destroys another facade", [](Stage& stage) { stage.other.reset(); }},
-    {"destroys a facade that is told after it", [](Stage& stage) { stage.follower.reset(); }, 1, 0},
+    {"destroys a facade that is notified after it", [](Stage& stage) { stage.follower.reset(); }, 1, 0},
 };
 
 void Play(const Action& action, Way way, std::uint32_t call) {

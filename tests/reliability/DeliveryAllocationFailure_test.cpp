@@ -7,6 +7,7 @@
 #include "StoreProbe.h"
 #include "Watchdog.h"
 #include "support/TraceLog.h"
+#include "support/Way.h"
 
 using namespace kalStore;
 
@@ -14,28 +15,22 @@ namespace {
 
 constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_VIDEO;
 
-enum class Way { kDirect, kPosted, kHandedOver };
-
-std::string NameOf(const testing::TestParamInfo<Way>& way) {
-  if (way.param == Way::kDirect) return "Direct";
-  return way.param == Way::kPosted ? "Posted" : "HandedOver";
-}
-
-// A store whose subscriber is told in one of the ways, and one that is always told directly, after it.
+// A store whose subscriber is notified in one of the ways, and one that is always notified directly, after
+// it.
 struct Stage {
   ACmThread thread{"delivery"};
   KalConfig store{7};
-  std::atomic<int> told{0};
-  int toldDirectly = 0;
+  std::atomic<int> notified{0};
+  int notifiedDirectly = 0;
   SubscribeId_t id = 0;
 
   explicit Stage(Way way) {
     EXPECT_EQ(thread.Start(), 0);
     id = store.SubscribeConfig(
-        kGroup, kLongName.c_str(), [this](const KalConfigEvent&) { ++told; },
+        kGroup, kLongName.c_str(), [this](const KalConfigEvent&) { ++notified; },
         way == Way::kDirect ? nullptr : &thread, way == Way::kPosted);
     store.SubscribeConfig(
-        kGroup, kLongName.c_str(), [this](const KalConfigEvent&) { ++toldDirectly; }, nullptr, false);
+        kGroup, kLongName.c_str(), [this](const KalConfigEvent&) { ++notifiedDirectly; }, nullptr, false);
   }
 };
 
@@ -44,7 +39,7 @@ class DeliveryAllocationFailure : public testing::TestWithParam<Way> {
   const Watchdog m_watchdog{std::chrono::seconds(60)};
 };
 
-TEST_P(DeliveryAllocationFailure, EndsTheDeliveryAndTellsTheOthers) {
+TEST_P(DeliveryAllocationFailure, EndsTheDeliveryAndNotifiesTheOthers) {
   const std::size_t failed = FailEachAllocation(
       [] { return std::make_unique<Stage>(GetParam()); },
       [](auto& stage) {
@@ -52,8 +47,8 @@ TEST_P(DeliveryAllocationFailure, EndsTheDeliveryAndTellsTheOthers) {
       },
       [](auto& stage, bool done) {
         stage->thread.Stop();
-        EXPECT_TRUE(stage->told == 1 || (!done && stage->told == 0));
-        EXPECT_TRUE(stage->toldDirectly == 1 || (!done && stage->told == 0));
+        EXPECT_TRUE(stage->notified == 1 || (!done && stage->notified == 0));
+        EXPECT_TRUE(stage->notifiedDirectly == 1 || (!done && stage->notified == 0));
         UseFromAnotherThread(stage->store);
 
         // Nothing is pending: a removal does not wait, and the next change is notified.
@@ -62,9 +57,9 @@ TEST_P(DeliveryAllocationFailure, EndsTheDeliveryAndTellsTheOthers) {
           EXPECT_EQ(stage->store.UnsubscribeConfig(stage->id), kResultOk);
           EXPECT_TRUE(log.Lines().empty());
         }
-        stage->toldDirectly = 0;
+        stage->notifiedDirectly = 0;
         EXPECT_EQ(stage->store.SetKalConfig(kGroup, kLongName.c_str(), 1, false, false), kResultOk);
-        EXPECT_EQ(stage->toldDirectly, 1);
+        EXPECT_EQ(stage->notifiedDirectly, 1);
       });
   EXPECT_GT(failed, 2U);
 }
@@ -80,12 +75,12 @@ TEST_P(DeliveryAllocationFailure, AFailedInitialDeliveryUndoesTheSubscription) {
       },
       [](auto& stage) {
         stage->id = stage->store.SubscribeConfig(
-            kGroup, kLongName.c_str(), [told = &stage->told](const KalConfigEvent&) { ++*told; },
+            kGroup, kLongName.c_str(), [notified = &stage->notified](const KalConfigEvent&) { ++*notified; },
             GetParam() == Way::kDirect ? nullptr : &stage->thread, GetParam() == Way::kPosted);
       },
       [](auto& stage, bool done) {
         stage->thread.Stop();
-        EXPECT_EQ(stage->told, done ? 1 : 0);
+        EXPECT_EQ(stage->notified, done ? 1 : 0);
         EXPECT_EQ(TotalObservers(stage->store), done ? 2U : 1U);
         UseFromAnotherThread(stage->store);
       });
@@ -116,39 +111,39 @@ TEST_P(DeliveryAllocationFailure, WhatFailsInsideACallbackLeavesEverythingUsable
   EXPECT_EQ(stage.thread.Start(), 0);
   EXPECT_EQ(stage.store.SetKalConfig(kGroup, kLongName.c_str(), 1, false, false), kResultOk);
   stage.thread.Stop();
-  EXPECT_EQ(stage.told, 1);
+  EXPECT_EQ(stage.notified, 1);
   UseFromAnotherThread(stage.store);
 }
 
-// The subscriber is told by another thread's set when its own initial delivery fails: SubscribeConfig() may
-// give up only when that thread has left the callback, since the caller takes what it captured with it.
+// The subscriber is notified by another thread's set when its own initial delivery fails: SubscribeConfig()
+// may give up only when that thread has left the callback, since the caller takes what it captured with it.
 TEST(DeliveryAllocationFailureAtOnce, AFailedSubscriptionIsNotRunningAnyMore) {
   const Watchdog watchdog(std::chrono::seconds(60));
   KalConfig store(7);
   store.SetKalConfig(kGroup, "name", 1, false, false);
   std::atomic<int> running{0};
-  std::atomic<bool> isTold{false};
+  std::atomic<bool> isNotified{false};
   std::thread setter;
   const auto thisThread = std::this_thread::get_id();
-  const auto tell = [&](const KalConfigEvent&) {
+  const auto notify = [&](const KalConfigEvent&) {
     if (std::this_thread::get_id() == thisThread) {
       setter = std::thread([&] { store.SetKalConfig(kGroup, "name", 2, false, false); });
-      while (!isTold) std::this_thread::yield();
+      while (!isNotified) std::this_thread::yield();
       throw std::bad_alloc();
     }
     ++running;
-    isTold = true;
+    isNotified = true;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     --running;
   };
-  EXPECT_THROW(store.SubscribeConfig(kGroup, "name", tell, nullptr, false), std::bad_alloc);
+  EXPECT_THROW(store.SubscribeConfig(kGroup, "name", notify, nullptr, false), std::bad_alloc);
   EXPECT_EQ(running, 0);
   setter.join();
   EXPECT_EQ(store.SetKalConfig(kGroup, "name", 3, false, false), kResultNobody);
 }
 
-INSTANTIATE_TEST_SUITE_P(Ways, DeliveryAllocationFailure,
-                         testing::Values(Way::kDirect, Way::kPosted, Way::kHandedOver), &NameOf);
+INSTANTIATE_TEST_SUITE_P(Ways, DeliveryAllocationFailure, testing::ValuesIn(kWays),
+                         [](const auto& way) { return NameOf(way.param); });
 
 TEST(ThreadAllocationFailure, AThreadThatCouldNotBeStartedCanBeStartedLater) {
   const Watchdog watchdog(std::chrono::seconds(60));

@@ -15,7 +15,7 @@ constexpr std::uint32_t kCall = 7;
 
 // A facade, and the store of its call at the end of the call.
 struct Stage {
-  std::array<int, 3> told{};
+  std::array<int, 3> notified{};
   std::unique_ptr<KalConfigHelper> facade;
   SubscribeId_t id = 0;
 
@@ -29,25 +29,25 @@ struct Stage {
   SubscribeId_t Subscribe(std::size_t index) {
     const std::string name = kLongName + std::to_string(index);
     if (index == 2) {
-      const auto compute = [this](const KalConfigEvent&) { return ConfigData(++told[2]); };
+      const auto compute = [this](const KalConfigEvent&) { return ConfigData(++notified[2]); };
       return facade->BindConfig(name.c_str(), compute, KAL_CONFIG_GROUP_VIDEO);
     }
-    const auto tell = [this, index](const KalConfigEvent&) { ++told[index]; };
-    return facade->SubscribeConfig(name.c_str(), tell, KAL_CONFIG_GROUP_AUDIO);
+    const auto count = [this, index](const KalConfigEvent&) { ++notified[index]; };
+    return facade->SubscribeConfig(name.c_str(), count, KAL_CONFIG_GROUP_AUDIO);
   }
   void SubscribeAll() {
-    for (std::size_t index = 0; index < told.size(); ++index) Subscribe(index);
+    for (std::size_t index = 0; index < notified.size(); ++index) Subscribe(index);
   }
-  void ExpectAllToldOnce() {
-    told = {};
-    for (std::size_t index = 0; index < told.size(); ++index) {
+  void ExpectAllNotifiedOnce() {
+    notified = {};
+    for (std::size_t index = 0; index < notified.size(); ++index) {
       const std::string name = kLongName + std::to_string(index);
       if (index == 2) {
         facade->GetDynamicConfig(name.c_str(), KAL_CONFIG_GROUP_VIDEO);
       } else {
         facade->SetKalConfig(name.c_str(), kNewText.c_str(), KAL_CONFIG_GROUP_AUDIO, true);
       }
-      EXPECT_EQ(told[index], 1) << index;
+      EXPECT_EQ(notified[index], 1) << index;
     }
   }
   void ExpectUsable() {
@@ -98,7 +98,7 @@ TEST_F(FacadeAllocationFailure, SubscribingIsMadeWholeOrNotAtAll) {
       [](auto& stage, bool done) {
         EXPECT_EQ(stage->id != 0 && stage->Subscribe(2) == 0, done);
         stage->SubscribeAll();  // What was made is refused; what was not is made now.
-        stage->ExpectAllToldOnce();
+        stage->ExpectAllNotifiedOnce();
         stage->ExpectUsable();
       });
   EXPECT_GT(failed, 20U);
@@ -110,7 +110,7 @@ TEST_F(FacadeAllocationFailure, RecordingIsMadeWholeOrNotAtAll) {
       [](auto& stage, bool) {
         stage->SubscribeAll();
         EXPECT_EQ(stage->facade->SetCallId(kCall), kResultOk);
-        stage->ExpectAllToldOnce();
+        stage->ExpectAllNotifiedOnce();
         stage->ExpectUsable();
       });
   EXPECT_GT(failed, 9U);
@@ -127,7 +127,7 @@ TEST_F(FacadeAllocationFailure, BindingToACallCanBeRepeated) {
       [](auto& stage, bool done) {
         EXPECT_EQ(stage->facade->SetCallId(kCall), kResultOk);
         if (!done) stage->SubscribeAll();
-        stage->ExpectAllToldOnce();
+        stage->ExpectAllNotifiedOnce();
         stage->ExpectUsable();
       });
   EXPECT_GT(failed, 20U);

@@ -12,8 +12,8 @@
 #include "tessel/tessel.h"
 #include "util/util.h"
 
-// Every pair of operations from two threads at once, on one facade and one store, with subscribers told in
-// all ways.
+// Every pair of operations from two threads at once, on one facade and one store, with subscribers notified
+// in all ways.
 
 using namespace kalStore;
 
@@ -32,7 +32,7 @@ void DiscardToo(void*, int, const char*, const char*, unsigned int) {}
 struct Stage {
   ACmThread posted{"posted"};
   ACmThread handedOver{"handedOver"};
-  std::atomic<long> told{0};
+  std::atomic<long> notified{0};
   std::atomic<int> next{0};
   KalConfigHelper facade{kCall};
   KalConfigHelper listener{kCall};
@@ -43,9 +43,9 @@ struct Stage {
     EXPECT_EQ(handedOver.Start(), 0);
     facade.SetDefaultGroup(kGroup);
     listener.SetDefaultGroup(kGroup);
-    listener.SubscribeConfig("direct", Tell());
-    listener.SubscribeConfig("posted", Tell(), kGroup, &posted, true);
-    listener.SubscribeConfig("handedOver", Tell(), kGroup, &handedOver);
+    listener.SubscribeConfig("direct", Callback());
+    listener.SubscribeConfig("posted", Callback(), kGroup, &posted, true);
+    listener.SubscribeConfig("handedOver", Callback(), kGroup, &handedOver);
     listener.BindConfig("bound", [this](const KalConfigEvent&) { return facade.GetKalConfig("direct"); });
   }
   ~Stage() {
@@ -58,9 +58,9 @@ struct Stage {
   }
 
   // What a subscriber does: uses the store from inside the delivery.
-  fnConfigChangedCallBack Tell() {
+  fnConfigChangedCallBack Callback() {
     return [this](const KalConfigEvent& event) {
-      ++told;
+      ++notified;
       facade.GetKalConfig(event.m_name.c_str());
       facade.SetKalConfig("leaf", event.m_newValue, kLeafGroup);
       facade.GetDynamicConfig("bound");
@@ -95,18 +95,18 @@ const Operation kOperations[] = {
      }},
     {"SubscribeDirect",
      [](Stage& stage) {
-       stage.facade.SubscribeConfig("direct", stage.Tell());
+       stage.facade.SubscribeConfig("direct", stage.Callback());
        stage.facade.UnsubscribeConfig("direct", kGroup);
      }},
     {"SubscribePosted",
      [](Stage& stage) {
        stage.facade.UnsubscribeConfig(
-           stage.facade.SubscribeConfig("posted", stage.Tell(), kGroup, &stage.posted, true));
+           stage.facade.SubscribeConfig("posted", stage.Callback(), kGroup, &stage.posted, true));
      }},
     {"SubscribeHandedOver",
      [](Stage& stage) {
        stage.facade.UnsubscribeConfig(
-           stage.facade.SubscribeConfig("handedOver", stage.Tell(), kGroup, &stage.handedOver));
+           stage.facade.SubscribeConfig("handedOver", stage.Callback(), kGroup, &stage.handedOver));
      }},
     {"Bind",
      [](Stage& stage) {
@@ -116,14 +116,14 @@ const Operation kOperations[] = {
     {"Facade",
      [](Stage& stage) {
        KalConfigHelper facade(kCall);
-       facade.SubscribeConfig("direct", stage.Tell(), kGroup);
-       facade.SubscribeConfig("posted", stage.Tell(), kGroup, &stage.posted, true);
-       facade.SubscribeConfig("handedOver", stage.Tell(), kGroup, &stage.handedOver);
+       facade.SubscribeConfig("direct", stage.Callback(), kGroup);
+       facade.SubscribeConfig("posted", stage.Callback(), kGroup, &stage.posted, true);
+       facade.SubscribeConfig("handedOver", stage.Callback(), kGroup, &stage.handedOver);
      }},
     {"LateFacade",
      [](Stage& stage) {
        KalConfigHelper facade;
-       facade.SubscribeConfig("direct", stage.Tell(), kGroup);
+       facade.SubscribeConfig("direct", stage.Callback(), kGroup);
        facade.BindConfig("leaf", [](const KalConfigEvent&) { return ConfigData(1); }, kLeafGroup);
        facade.SetCallId(kCall);
      }},
@@ -189,9 +189,9 @@ TEST_P(OperationPairs, EndAtOnceAndLeaveEverythingUsable) {
       repeat(operation);
       beside.join();
 
-      const long told = stage.told;
+      const long notified = stage.notified;
       stage.facade.SetKalConfig("direct", "last", kGroup, true);
-      EXPECT_GT(stage.told, told);
+      EXPECT_GT(stage.notified, notified);
       EXPECT_EQ(stage.facade.GetKalConfig("direct").ToString(), "last");
     }
     EXPECT_EQ(GetKalConfigSizeForUT(), 0U);

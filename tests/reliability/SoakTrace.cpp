@@ -14,7 +14,7 @@ namespace {
 constexpr unsigned int kNotSeen = std::numeric_limits<unsigned int>::max();
 
 std::atomic<std::uint64_t> g_lines{0};
-// Where the calling thread wants the count of observers of the next line that tells one.
+// Where the calling thread wants the count of observers of the next line that has one.
 thread_local unsigned int* t_totalObservers = nullptr;
 
 template <int number>

@@ -17,7 +17,7 @@ class SoakTrace {
   static void Change(unsigned int choice);
   static std::uint64_t Lines();
 
-  /// The store's count of subscriptions and bindings, as its trace lines tell it. Called by the thread that
+  /// The store's count of subscriptions and bindings, as its trace lines say it. Called by the thread that
   /// changes the sink and mask.
   static unsigned int TotalObservers(kalStore::IKalConfig& store);
 };

@@ -16,18 +16,18 @@ constexpr KalConfigGroup kOtherGroup = KAL_CONFIG_GROUP_TRANSMISSION;
 // A store with one old value, and what its callbacks captured.
 struct Stage {
   KalConfig store{7};
-  std::shared_ptr<int> told = std::make_shared<int>(0);
+  std::shared_ptr<int> notified = std::make_shared<int>(0);
   SubscribeId_t id = 0;
 
   Stage() { store.SetKalConfig(kGroup, kLongName.c_str(), kOldText, false, false); }
 
   SubscribeId_t Subscribe(const std::string& name = kLongName) {
     return store.SubscribeConfig(
-        kGroup, name.c_str(), [told = told](const KalConfigEvent&) { ++*told; }, nullptr, false);
+        kGroup, name.c_str(), [notified = notified](const KalConfigEvent&) { ++*notified; }, nullptr, false);
   }
   SubscribeId_t Bind() {
     return store.BindConfig(kGroup, kLongName.c_str(),
-                            [told = told](const KalConfigEvent&) { return ConfigData(++*told); });
+                            [notified = notified](const KalConfigEvent&) { return ConfigData(++*notified); });
   }
 };
 
@@ -62,7 +62,7 @@ TEST_F(StoreAllocationFailure, SettingStoresTheNewValueOrKeepsTheOld) {
         auto stage = std::make_unique<Stage>();
         for (int i = 0; i < 10; ++i) stage->Subscribe();
         stage->store.SetKalConfig(kOtherGroup, "untouched", kOldText, false, false);
-        *stage->told = 0;
+        *stage->notified = 0;
         return stage;
       },
       [](auto& stage) {
@@ -71,12 +71,12 @@ TEST_F(StoreAllocationFailure, SettingStoresTheNewValueOrKeepsTheOld) {
       [](auto& stage, bool done) {
         const std::string text = StoredText(stage->store, kGroup, kLongName);
         EXPECT_TRUE(text == kNewText || (!done && text == kOldText)) << text;
-        EXPECT_EQ(*stage->told, done ? 10 : 0);
+        EXPECT_EQ(*stage->notified, done ? 10 : 0);
         EXPECT_EQ(StoredText(stage->store, kOtherGroup, "untouched"), kOldText);
         EXPECT_EQ(TotalObservers(stage->store), 10U);
         UseFromAnotherThread(stage->store);
         EXPECT_EQ(stage->store.SetKalConfig(kGroup, kLongName.c_str(), 1, false, false), kResultOk);
-        EXPECT_EQ(*stage->told, done ? 20 : 10);
+        EXPECT_EQ(*stage->notified, done ? 20 : 10);
       });
   EXPECT_GT(failed, 3U);
 }
@@ -114,9 +114,9 @@ TEST_F(StoreAllocationFailure, SubscribingIsMadeWholeOrNotAtAll) {
       [] { return std::make_unique<Stage>(); }, [](auto& stage) { stage->id = stage->Subscribe(); },
       [](auto& stage, bool done) {
         EXPECT_EQ(stage->id != 0, done);
-        EXPECT_EQ(*stage->told, done ? 1 : 0);
+        EXPECT_EQ(*stage->notified, done ? 1 : 0);
         EXPECT_EQ(TotalObservers(stage->store), done ? 1U : 0U);
-        EXPECT_EQ(stage->told.use_count() > 1, done);
+        EXPECT_EQ(stage->notified.use_count() > 1, done);
         EXPECT_EQ(stage->store.SetKalConfig(kGroup, kLongName.c_str(), 1, true, false),
                   done ? kResultOk : kResultNobody);
         EXPECT_EQ(stage->store.UnsubscribeConfig(1), done ? kResultOk : kResultNotFound);
@@ -132,7 +132,7 @@ TEST_F(StoreAllocationFailure, BindingIsMadeWholeOrNotAtAll) {
       [](auto& stage, bool done) {
         EXPECT_EQ(stage->id != 0, done);
         EXPECT_EQ(TotalObservers(stage->store), done ? 1U : 0U);
-        EXPECT_EQ(stage->told.use_count() > 1, done);
+        EXPECT_EQ(stage->notified.use_count() > 1, done);
         ConfigData value;
         EXPECT_EQ(stage->store.GetDynamicConfig(kGroup, kLongName.c_str(), value, {}),
                   done ? kResultOk : kResultNobody);

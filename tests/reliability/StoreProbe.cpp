@@ -28,22 +28,22 @@ unsigned int TotalObservers(IKalConfig& store) {
 void UseFromAnotherThread(IKalConfig& store) {
   std::thread([&] {
     constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_COMMON;
-    int told = 0;
+    int notified = 0;
     const SubscribeId_t subscription =
-        store.SubscribeConfig(kGroup, "probe", [&](const KalConfigEvent&) { ++told; }, nullptr, false);
+        store.SubscribeConfig(kGroup, "probe", [&](const KalConfigEvent&) { ++notified; }, nullptr, false);
     const SubscribeId_t binding =
         store.BindConfig(kGroup, "probe", [](const KalConfigEvent&) { return ConfigData(2); });
     EXPECT_NE(subscription, 0U);
     EXPECT_EQ(binding, subscription + 1);
     EXPECT_EQ(store.SetKalConfig(kGroup, "probe", 1, false, false), kResultOk);
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(notified, 1);
     EXPECT_EQ(StoredText(store, kGroup, "probe"), "1");
     ConfigData value;
     EXPECT_EQ(store.GetDynamicConfig(kGroup, "probe", value, {}), kResultOk);
     EXPECT_EQ(value.ToInt(), 2);
     EXPECT_NE(store.DumpKalConfigs(kAllConfigGroups), nullptr);
     EXPECT_EQ(store.ApplyKalConfigs(R"({"Common":[{"key":"probe","value":"3"}]})"), kResultOk);
-    EXPECT_EQ(told, 2);
+    EXPECT_EQ(notified, 2);
     EXPECT_EQ(store.UnsubscribeConfig(subscription), kResultOk);
     EXPECT_EQ(store.UnsubscribeConfig(binding), kResultOk);
     EXPECT_EQ(store.RemoveKalConfig(kGroup, "probe"), kResultOk);

@@ -12,7 +12,7 @@ inline const std::string kNewText = "the value that is to be stored now, at some
 /// The text stored under the name; "" when there is none.
 std::string StoredText(kalStore::IKalConfig& store, kalStore::KalConfigGroup group, const std::string& name);
 
-/// The store's count of subscriptions and bindings, as its trace lines tell it. Uses the trace sink and one
+/// The store's count of subscriptions and bindings, as its trace lines say it. Uses the trace sink and one
 /// id.
 unsigned int TotalObservers(kalStore::IKalConfig& store);
 

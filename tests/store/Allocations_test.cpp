@@ -6,7 +6,7 @@
 namespace kalStore {
 namespace {
 
-// Texts of up to 15 characters need no memory of their own; the names and values here are shorter.
+// Strings of up to 15 characters need no memory of their own; the names and values here are shorter.
 class StoreAllocations : public StoreTest {
  protected:
   template <class Operation>
@@ -25,7 +25,7 @@ TEST_F(StoreAllocations, OfASetAreTheEntryOnceAndNoneAfterwards) {
   EXPECT_EQ(0U, AllocationsOf([&] { Set("other", "1", false, true); }));
 }
 
-TEST_F(StoreAllocations, OfASetOfALongTextAreTheArgumentAndWhatIsStored) {
+TEST_F(StoreAllocations, OfASetOfALongStringAreTheArgumentAndWhatIsStored) {
   const std::string name(100, 'n');
   Set(name.c_str(), "1");
   EXPECT_EQ(2U, AllocationsOf([&] { Set(name.c_str(), std::string(100, 'x')); }));
@@ -49,15 +49,15 @@ TEST_F(StoreAllocations, OfARemovalAreNone) {
   EXPECT_EQ(0U, AllocationsOf([&] { m_store.RemoveKalConfigByGroup(kAudio); }));
 }
 
-TEST_F(StoreAllocations, OfASetToldDirectlyAreOneAfterTheSubscribersChangedAndNoneAfterwards) {
+TEST_F(StoreAllocations, OfASetNotifiedDirectlyAreOneAfterTheSubscribersChangedAndNoneAfterwards) {
   Set("name", "0");
-  std::size_t told = 0;
+  std::size_t notified = 0;
   for (int subscribers = 1; subscribers <= 100; ++subscribers) {
-    Subscribe("name", [&told](const KalConfigEvent&) { ++told; });
-    told = 0;
+    Subscribe("name", [&notified](const KalConfigEvent&) { ++notified; });
+    notified = 0;
     EXPECT_EQ(subscribers == 1 ? 0U : 1U, AllocationsOf([&] { Set("name", subscribers); })) << subscribers;
     EXPECT_EQ(0U, AllocationsOf([&] { Set("name", -subscribers); })) << subscribers;
-    EXPECT_EQ(2 * static_cast<std::size_t>(subscribers), told);
+    EXPECT_EQ(2 * static_cast<std::size_t>(subscribers), notified);
   }
 }
 

@@ -48,7 +48,7 @@ TEST(AtomMap, KeepsThePresentValueWithSetEx) {
   EXPECT_EQ(1, value);
 }
 
-TEST(AtomMap, OrdersTextKeysByteWise) {
+TEST(AtomMap, OrdersStringKeysByByte) {
   atomMap<std::string, int> map;
   for (const char* key : {"b", "\xff", "B", "a", "aa", ""}) map.Set(key, 0);
   std::vector<std::string> keys;

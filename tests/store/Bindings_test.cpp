@@ -73,13 +73,13 @@ TEST_F(StoreBindings, DoNotConsultWhatIsStored) {
 }
 
 TEST_F(StoreBindings, LeaveTheOutputAloneWhenThereIsNone) {
-  Recorder told;
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  Subscribe("name", notified.Callback());
   ConfigData value("before");
   EXPECT_EQ(kResultNobody, m_store.GetDynamicConfig(kAudio, "name", value, "default"));
   EXPECT_EQ(kResultNobody, m_store.GetDynamicConfig(kVideo, "other", value, "default"));
   EXPECT_STREQ("before", value.ToCstr());
-  EXPECT_EQ(0U, told.Count());
+  EXPECT_EQ(0U, notified.Count());
 }
 
 TEST_F(StoreBindings, AreOnePerGroupAndName) {
@@ -93,16 +93,16 @@ TEST_F(StoreBindings, AreOnePerGroupAndName) {
 }
 
 TEST_F(StoreBindings, MayShareANameWithSubscriptions) {
-  Recorder told;
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  Subscribe("name", notified.Callback());
   EXPECT_NE(0U, Bind("name", Returning("bound")));
-  EXPECT_NE(0U, Subscribe("name", told.Callback()));
+  EXPECT_NE(0U, Subscribe("name", notified.Callback()));
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  EXPECT_EQ(2U, told.Count());
+  EXPECT_EQ(2U, notified.Count());
   ConfigData value;
   EXPECT_EQ(kResultOk, m_store.GetDynamicConfig(kAudio, "name", value, {}));
   EXPECT_STREQ("bound", value.ToCstr());
-  EXPECT_EQ(2U, told.Count());
+  EXPECT_EQ(2U, notified.Count());
 }
 
 TEST_F(StoreBindings, MayBeMadeAgainAfterTheirRemoval) {

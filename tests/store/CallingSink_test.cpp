@@ -1,5 +1,5 @@
-// A trace sink that calls in, from lines that are traced in the middle of an operation. It may even wait there
-// for another thread that uses the store: no lock of a store is held.
+// A trace sink that calls in, from lines that are traced in the middle of an operation. It may even wait
+// there for another thread that uses the store: no lock of a store is held.
 
 #include <thread>
 

@@ -11,77 +11,77 @@ class StoreDelivery : public StoreTest {
  protected:
   StoreDelivery() { EXPECT_EQ(0, m_thread.Start()); }
 
-  Recorder m_told;
+  Recorder m_notified;
   ACmThread m_thread{"subscriber"};  // Stops first: what it runs uses the rest.
 };
 
 TEST_F(StoreDelivery, DirectRunsOnTheSettersThreadBeforeTheSetReturns) {
-  Subscribe("name", m_told.Callback());
+  Subscribe("name", m_notified.Callback());
   Set("name", "1");
-  ASSERT_EQ(1U, m_told.Count());
-  EXPECT_EQ(GetThreadSelfId(), m_told.At(0).threadId);
+  ASSERT_EQ(1U, m_notified.Count());
+  EXPECT_EQ(GetThreadSelfId(), m_notified.At(0).threadId);
   std::thread setter([&] {
     Set("name", "2");
-    ASSERT_EQ(2U, m_told.Count());
-    EXPECT_EQ(GetThreadSelfId(), m_told.At(1).threadId);
+    ASSERT_EQ(2U, m_notified.Count());
+    EXPECT_EQ(GetThreadSelfId(), m_notified.At(1).threadId);
   });
   setter.join();
 }
 
 TEST_F(StoreDelivery, DirectIgnoresTheAsynchronousFlagWithoutARunThread) {
-  Subscribe("name", m_told.Callback(), nullptr, true);
+  Subscribe("name", m_notified.Callback(), nullptr, true);
   Set("name", "1");
-  EXPECT_EQ(1U, m_told.Count());
+  EXPECT_EQ(1U, m_notified.Count());
 }
 
 TEST_F(StoreDelivery, HandedOverRunsOnTheRunThreadBeforeTheSetReturns) {
-  Subscribe("name", m_told.Callback(), &m_thread, false);
+  Subscribe("name", m_notified.Callback(), &m_thread, false);
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  ASSERT_EQ(1U, m_told.Count());
-  EXPECT_EQ(m_thread.GetThreadId(), m_told.At(0).threadId);
-  EXPECT_NE(GetThreadSelfId(), m_told.At(0).threadId);
+  ASSERT_EQ(1U, m_notified.Count());
+  EXPECT_EQ(m_thread.GetThreadId(), m_notified.At(0).threadId);
+  EXPECT_NE(GetThreadSelfId(), m_notified.At(0).threadId);
 }
 
 TEST_F(StoreDelivery, HandedOverRunsAtOnceWhenTheSetterIsTheRunThread) {
-  Subscribe("name", m_told.Callback(), &m_thread, false);
+  Subscribe("name", m_notified.Callback(), &m_thread, false);
   Send(m_thread, [&] {
-    Post(m_thread, [&] { m_told.Add({}); });
+    Post(m_thread, [&] { m_notified.Add({}); });
     EXPECT_EQ(kResultOk, Set("name", "1"));
-    ASSERT_EQ(1U, m_told.Count());  // Not behind what is queued.
-    EXPECT_EQ("name", m_told.At(0).event.m_name);
+    ASSERT_EQ(1U, m_notified.Count());  // Not behind what is queued.
+    EXPECT_EQ("name", m_notified.At(0).event.m_name);
   });
 }
 
 TEST_F(StoreDelivery, PostedRunsLaterOnTheRunThreadInTheOrderOfTheSets) {
   Gate go;
   Post(m_thread, [&] { go.Wait(); });
-  Subscribe("name", m_told.Callback(), &m_thread, true);
+  Subscribe("name", m_notified.Callback(), &m_thread, true);
   for (int i = 0; i < 100; ++i) EXPECT_EQ(kResultOk, Set("name", i));
-  EXPECT_EQ(0U, m_told.Count());
+  EXPECT_EQ(0U, m_notified.Count());
   const unsigned long threadId = m_thread.GetThreadId();
   go.Open();
   m_thread.Stop();
-  ASSERT_EQ(100U, m_told.Count());
+  ASSERT_EQ(100U, m_notified.Count());
   for (int i = 0; i < 100; ++i) {
-    EXPECT_EQ(i, m_told.At(static_cast<std::size_t>(i)).event.m_newValue.ToInt(-1));
-    EXPECT_EQ(threadId, m_told.At(static_cast<std::size_t>(i)).threadId);
+    EXPECT_EQ(i, m_notified.At(static_cast<std::size_t>(i)).event.m_newValue.ToInt(-1));
+    EXPECT_EQ(threadId, m_notified.At(static_cast<std::size_t>(i)).threadId);
   }
 }
 
 TEST_F(StoreDelivery, PostedRunsLaterEvenFromTheRunThread) {
-  Subscribe("name", m_told.Callback(), &m_thread, true);
+  Subscribe("name", m_notified.Callback(), &m_thread, true);
   Send(m_thread, [&] {
     EXPECT_EQ(kResultOk, Set("name", "1"));
-    EXPECT_EQ(0U, m_told.Count());
+    EXPECT_EQ(0U, m_notified.Count());
   });
   m_thread.Stop();
-  EXPECT_EQ(1U, m_told.Count());
+  EXPECT_EQ(1U, m_notified.Count());
 }
 
 TEST_F(StoreDelivery, PostedCarriesItsOwnCopies) {
   Gate go;
   Post(m_thread, [&] { go.Wait(); });
-  Subscribe("name", m_told.Callback(), &m_thread, true);
+  Subscribe("name", m_notified.Callback(), &m_thread, true);
   {
     const std::string name = "name";
     const std::string text(100, 'x');
@@ -91,20 +91,20 @@ TEST_F(StoreDelivery, PostedCarriesItsOwnCopies) {
   m_store.RemoveKalConfigByGroup(kAudio);
   go.Open();
   m_thread.Stop();
-  EXPECT_THAT(m_told.Values(), ElementsAre(std::string(100, 'x'), "2"));
-  EXPECT_EQ(std::string(100, 'x'), m_told.At(1).event.m_oldValue.ToCstr());
+  EXPECT_THAT(m_notified.Values(), ElementsAre(std::string(100, 'x'), "2"));
+  EXPECT_EQ(std::string(100, 'x'), m_notified.At(1).event.m_oldValue.ToCstr());
 }
 
 TEST_F(StoreDelivery, GoesOnAfterTheStoreIsGoneForWhatWasPosted) {
   Gate go;
   Post(m_thread, [&] { go.Wait(); });
   auto store = std::make_unique<KalConfig>(6);
-  store->SubscribeConfig(kAudio, "name", m_told.Callback(), &m_thread, true);
+  store->SubscribeConfig(kAudio, "name", m_notified.Callback(), &m_thread, true);
   store->SetKalConfig(kAudio, "name", "1", false, false);
   store.reset();
   go.Open();
   m_thread.Stop();
-  EXPECT_EQ(1U, m_told.Count());
+  EXPECT_EQ(1U, m_notified.Count());
 }
 
 TEST_F(StoreDelivery, OfTheInitialValueTakesTheSameWay) {
@@ -132,10 +132,10 @@ TEST_F(StoreDelivery, IsDroppedWithALineForARunThreadWithoutAQueue) {
     for (ACmThread* thread : {&mute, &stopped}) {
       Set("name", "1");
       TraceLog log(0);
-      const SubscribeId_t id = Subscribe("name", m_told.Callback(), thread, async);
+      const SubscribeId_t id = Subscribe("name", m_notified.Callback(), thread, async);
       EXPECT_NE(0U, id);
       EXPECT_EQ(1U, log.Lines().size());
-      EXPECT_EQ(kResultOk, Set("name", "2"));  // Counts as told.
+      EXPECT_EQ(kResultOk, Set("name", "2"));  // Counts as notified.
       ASSERT_EQ(2U, log.Lines().size());
       EXPECT_THAT(log.Lines()[1].text,
                   ::testing::StartsWith("kalStore::ConfigEventHandler::Notify, m_pRunThread=0x" +
@@ -144,7 +144,7 @@ TEST_F(StoreDelivery, IsDroppedWithALineForARunThreadWithoutAQueue) {
       EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
     }
   }
-  EXPECT_EQ(0U, m_told.Count());
+  EXPECT_EQ(0U, m_notified.Count());
 }
 
 TEST_F(StoreDelivery, MixesAllWaysInOneSet) {
@@ -152,34 +152,34 @@ TEST_F(StoreDelivery, MixesAllWaysInOneSet) {
   Recorder handedOver;
   Subscribe("name", posted.Callback(), &m_thread, true);
   Subscribe("name", handedOver.Callback(), &m_thread, false);
-  Subscribe("name", m_told.Callback());
+  Subscribe("name", m_notified.Callback());
   TraceLog log;
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  EXPECT_EQ(1U, m_told.Count());
+  EXPECT_EQ(1U, m_notified.Count());
   EXPECT_EQ(1U, handedOver.Count());
   EXPECT_EQ(1U, posted.Count());  // It was queued before the one handed over.
   EXPECT_EQ((std::vector<std::string>{"kalStore::KalConfig::fireEvents, nObservers=3" + Suffix()}),
             log.Matching("nObservers"));
 }
 
-TEST_F(StoreDelivery, TellsMoreSubscribersThanFitTheStack) {
+TEST_F(StoreDelivery, NotifiesMoreSubscribersThanFitTheStack) {
   constexpr int kSubscribers = 100;
   for (int i = 0; i < kSubscribers; ++i) {
-    Subscribe("name", m_told.Callback());
+    Subscribe("name", m_notified.Callback());
     if (i % 10 == 0) {
       m_store.BindConfig(kAudio, "name", [](const KalConfigEvent&) { return ConfigValue("bound"); });
     }
   }
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  EXPECT_EQ(static_cast<std::size_t>(kSubscribers), m_told.Count());
+  EXPECT_EQ(static_cast<std::size_t>(kSubscribers), m_notified.Count());
 }
 
 TEST_F(StoreDelivery, ReachesANestedSetOfAnotherNameFromTheRunThread) {
   Subscribe("outer", [&](const KalConfigEvent&) { Set("inner", "1"); }, &m_thread, false);
-  Subscribe("inner", m_told.Callback(), &m_thread, false);
+  Subscribe("inner", m_notified.Callback(), &m_thread, false);
   Set("outer", "1");
-  ASSERT_EQ(1U, m_told.Count());
-  EXPECT_EQ(m_thread.GetThreadId(), m_told.At(0).threadId);
+  ASSERT_EQ(1U, m_notified.Count());
+  EXPECT_EQ(m_thread.GetThreadId(), m_notified.At(0).threadId);
 }
 
 TEST(ConfigEventHandlerNotify, IsFalseWithoutAChangeCallback) {

@@ -28,15 +28,15 @@ class StoreExceptions : public StoreTest {
   }
 };
 
-TEST_F(StoreExceptions, LeaveTheSetAfterTheOthersWereTold) {
-  Recorder told;
-  const SubscribeId_t before = Subscribe("name", told.Callback());
+TEST_F(StoreExceptions, LeaveTheSetAfterTheOthersWereNotified) {
+  Recorder notified;
+  const SubscribeId_t before = Subscribe("name", notified.Callback());
   const SubscribeId_t first = Subscribe("name", Throwing("first"));
-  const SubscribeId_t between = Subscribe("name", told.Callback());
+  const SubscribeId_t between = Subscribe("name", notified.Callback());
   const SubscribeId_t second = Subscribe("name", Throwing("second"));
-  const SubscribeId_t after = Subscribe("name", told.Callback());
+  const SubscribeId_t after = Subscribe("name", notified.Callback());
   EXPECT_EQ("first", ThrownBy([&] { Set("name", "1"); }));
-  EXPECT_EQ(3U, told.Count());
+  EXPECT_EQ(3U, notified.Count());
   EXPECT_EQ("1", Get("name"));
   for (const SubscribeId_t id : {before, first, between, second, after}) ExpectRemovedAtOnce(id);
   EXPECT_EQ("0", TotalObservers());
@@ -44,17 +44,17 @@ TEST_F(StoreExceptions, LeaveTheSetAfterTheOthersWereTold) {
 
 TEST_F(StoreExceptions, LeaveNoMarkThatALaterDeliveryWouldTrip) {
   bool isThrowing = true;
-  Recorder told;
+  Recorder notified;
   const SubscribeId_t id = Subscribe("name", [&](const KalConfigEvent& event) {
     if (isThrowing) throw std::runtime_error("once");
-    told.Add(event);
+    notified.Add(event);
   });
   EXPECT_EQ("once", ThrownBy([&] { Set("name", "1"); }));
   isThrowing = false;
   TraceLog log(1);
   EXPECT_EQ(kResultOk, Set("name", "2"));
   EXPECT_TRUE(log.Lines().empty());  // Neither "Multiple notification" nor "level".
-  EXPECT_EQ(1U, told.Count());
+  EXPECT_EQ(1U, notified.Count());
   ExpectRemovedAtOnce(id);
 }
 
@@ -73,28 +73,28 @@ TEST_F(StoreExceptions, LeaveASubscribeThatLeavesNothingBehind) {
   EXPECT_EQ("0", TotalObservers());
   EXPECT_EQ(kResultNotFound, m_store.UnsubscribeConfig(1));
   EXPECT_EQ(kResultNobody, Set("name", "2"));
-  Recorder told;
-  EXPECT_GT(Subscribe("name", told.Callback()), 1U);
+  Recorder notified;
+  EXPECT_GT(Subscribe("name", notified.Callback()), 1U);
 }
 
 TEST_F(StoreExceptions, DoNotReachTheSetterFromARunThread) {
   ACmThread thread;
   ASSERT_EQ(0, thread.Start());
-  Recorder told;
+  Recorder notified;
   const SubscribeId_t handedOver = Subscribe("name", Throwing("handed over"), &thread, false);
   const SubscribeId_t posted = Subscribe("name", Throwing("posted"), &thread, true);
-  const SubscribeId_t last = Subscribe("name", told.Callback(), &thread, false);
+  const SubscribeId_t last = Subscribe("name", notified.Callback(), &thread, false);
   TraceLog log(0);
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  EXPECT_EQ(1U, told.Count());
+  EXPECT_EQ(1U, notified.Count());
   EXPECT_EQ(1U, log.Count("OnEventFire threw, eventId=0, what=handed over"));
   EXPECT_EQ(1U, log.Count("OnEventFire threw, eventId=0, what=posted"));
   for (const SubscribeId_t id : {handedOver, posted, last}) {
     EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
   }
   EXPECT_EQ(2U, log.CountLevel(0));
-  Send(thread, [&] { told.Add({}); });  // The thread goes on.
-  EXPECT_EQ(2U, told.Count());
+  Send(thread, [&] { notified.Add({}); });  // The thread goes on.
+  EXPECT_EQ(2U, notified.Count());
 }
 
 TEST_F(StoreExceptions, LeaveTheSetWhenTheRunThreadIsTheSetters) {

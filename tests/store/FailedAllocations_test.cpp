@@ -77,23 +77,24 @@ class StoreFailedAllocations : public ::testing::Test {
 };
 
 TEST_F(StoreFailedAllocations, OfASetLeaveTheOldOrTheNewValue) {
-  int told = 0;
+  int notified = 0;
   FailEach(
       [&](KalConfig& store) {
         StoreOld(store);
         // More than one delivery holds without an allocation of its own.
         for (int i = 0; i < 20; ++i) {
           store.SubscribeConfig(
-              KAL_CONFIG_GROUP_AUDIO, kName.c_str(), [&](const KalConfigEvent&) { ++told; }, nullptr, false);
+              KAL_CONFIG_GROUP_AUDIO, kName.c_str(), [&](const KalConfigEvent&) { ++notified; }, nullptr,
+              false);
         }
-        told = 0;
+        notified = 0;
       },
       [](KalConfig& store) { Set(store, kName, kNew); },
       [&](KalConfig& store, bool failed) {
         EXPECT_EQ(kOld, Get(store, kOther));
         const std::string value = Get(store, kName);
         EXPECT_TRUE(value == kNew || (failed && value == kOld)) << value;
-        EXPECT_EQ(failed ? 0 : 20, told);
+        EXPECT_EQ(failed ? 0 : 20, notified);
         EXPECT_EQ(kResultOk, Set(store, kName, "again"));
         for (SubscribeId_t id = 1; id <= 20; ++id) EXPECT_EQ(kResultOk, store.UnsubscribeConfig(id));
       });
@@ -109,19 +110,19 @@ TEST_F(StoreFailedAllocations, OfAFirstSetStoreAllOrNothing) {
 
 TEST_F(StoreFailedAllocations, OfASubscribeLeaveNothingBehind) {
   const auto captured = std::make_shared<int>(1);
-  int told = 0;
+  int notified = 0;
   FailEach(
       StoreOld,
       [&](KalConfig& store) {
         store.SubscribeConfig(
-            KAL_CONFIG_GROUP_AUDIO, kName.c_str(), [&told, captured](const KalConfigEvent&) { ++told; },
-            nullptr, false);
+            KAL_CONFIG_GROUP_AUDIO, kName.c_str(),
+            [&notified, captured](const KalConfigEvent&) { ++notified; }, nullptr, false);
       },
       [&](KalConfig& store, bool failed) {
         EXPECT_EQ(failed ? 1 : 2, captured.use_count());
-        told = 0;
+        notified = 0;
         EXPECT_EQ(failed ? kResultNobody : kResultOk, Set(store, kName, kNew));
-        EXPECT_EQ(failed ? 0 : 1, told);
+        EXPECT_EQ(failed ? 0 : 1, notified);
         EXPECT_EQ(failed ? kResultNotFound : kResultOk, store.UnsubscribeConfig(1));
         EXPECT_EQ(1, captured.use_count());
       });

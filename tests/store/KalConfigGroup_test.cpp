@@ -28,7 +28,7 @@ TEST(KalConfigGroup, NamesTheCountAndNothingElse) {
   }
 }
 
-TEST(KalConfigGroup, GivesTheCountForEveryOtherText) {
+TEST(KalConfigGroup, GivesTheCountForEveryOtherString) {
   for (const char* name : {"LastGroup", "Undefined_Group", "", "common", "COMMON", "Commo", "Common ",
                            " Common", "Common1", "Audio,Video", "13", "0"}) {
     EXPECT_EQ(KAL_CONFIG_GROUP_LAST, GroupName2KalConfigGroup(name)) << name;

@@ -25,25 +25,25 @@ class StoreRemoval : public StoreTest {
 };
 
 TEST_F(StoreRemoval, EndsASubscription) {
-  Recorder told;
-  const SubscribeId_t id = Subscribe("name", told.Callback());
+  Recorder notified;
+  const SubscribeId_t id = Subscribe("name", notified.Callback());
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
   EXPECT_EQ(kResultNobody, Set("name", "1"));
-  EXPECT_EQ(0U, told.Count());
+  EXPECT_EQ(0U, notified.Count());
 }
 
 TEST_F(StoreRemoval, LeavesTheOthersOfTheName) {
-  Recorder told;
-  const SubscribeId_t first = Subscribe("name", told.Callback());
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  const SubscribeId_t first = Subscribe("name", notified.Callback());
+  Subscribe("name", notified.Callback());
   m_store.UnsubscribeConfig(first);
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  EXPECT_EQ(1U, told.Count());
+  EXPECT_EQ(1U, notified.Count());
 }
 
 TEST_F(StoreRemoval, RefusesAnIdThatIsNotRegistered) {
-  Recorder told;
-  const SubscribeId_t id = Subscribe("name", told.Callback());
+  Recorder notified;
+  const SubscribeId_t id = Subscribe("name", notified.Callback());
   m_store.UnsubscribeConfig(id);
   TraceLog log(0);
   EXPECT_EQ(kResultNotFound, m_store.UnsubscribeConfig(id));
@@ -67,8 +67,8 @@ TEST_F(StoreRemoval, ReleasesWhatTheCallbackCaptured) {
 }
 
 TEST_F(StoreRemoval, DoesNotWaitWhenNothingIsInProgress) {
-  Recorder told;
-  const SubscribeId_t id = Subscribe("name", told.Callback());
+  Recorder notified;
+  const SubscribeId_t id = Subscribe("name", notified.Callback());
   Set("name", "1");
   const TestClock clock(1);
   EXPECT_EQ(0, SleepsOfRemoving(id));
@@ -146,8 +146,8 @@ TEST_F(StoreRemoval, WaitsForABindingThatComputes) {
 
 TEST_F(StoreRemoval, HappensOnceWhenSeveralThreadsTry) {
   for (int round = 0; round < 50; ++round) {
-    Recorder told;
-    const SubscribeId_t id = Subscribe("name", told.Callback());
+    Recorder notified;
+    const SubscribeId_t id = Subscribe("name", notified.Callback());
     std::atomic<int> removed{0};
     const auto remove = [&] {
       if (m_store.UnsubscribeConfig(id) == kResultOk) ++removed;
@@ -242,8 +242,8 @@ TEST_F(StoreRemoval, ThatGaveUpLeavesTheCallbackToItsDelivery) {
   EXPECT_EQ(1, captured.use_count());
 }
 
-// The setter waits for the run thread and the removal, on that thread, for the setter: one has to give up. The
-// callback still runs once, with all that it captured, after the removal has returned.
+// The setter waits for the run thread and the removal, on that thread, for the setter: one has to give up.
+// The callback still runs once, with all that it captured, after the removal has returned.
 TEST_F(StoreRemoval, FromAnEventOfTheRunThreadLeavesOneCallToASetterThatHandsOver) {
   const TestClock clock(1);
   ACmThread thread;
@@ -362,7 +362,7 @@ TEST_F(StoreRemoval, FromAPostedCallbackDoesNotWait) {
       },
       &thread, true);
   Gate go;
-  Post(thread, [&] { go.Wait(); });  // Until the set is over: a removal before that tells of the delivery.
+  Post(thread, [&] { go.Wait(); });  // Until the set is over: a removal before that reports the delivery.
   Set("name", "1");
   go.Open();
   thread.Stop();
@@ -377,17 +377,17 @@ TEST_F(StoreRemoval, DoesNotStopWhatWasPostedBefore) {
   ASSERT_EQ(0, thread.Start());
   Gate go;
   Post(thread, [&] { go.Wait(); });
-  Recorder told;
+  Recorder notified;
   auto captured = std::make_shared<int>(1);
-  const SubscribeId_t id =
-      Subscribe("name", [&told, captured](const KalConfigEvent& event) { told.Add(event); }, &thread, true);
+  const SubscribeId_t id = Subscribe(
+      "name", [&notified, captured](const KalConfigEvent& event) { notified.Add(event); }, &thread, true);
   Set("name", "1");
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
-  EXPECT_EQ(0U, told.Count());
+  EXPECT_EQ(0U, notified.Count());
   EXPECT_EQ(2, captured.use_count());  // The posted copy.
   go.Open();
   thread.Stop();
-  EXPECT_THAT(told.Values(), ElementsAre("1"));
+  EXPECT_THAT(notified.Values(), ElementsAre("1"));
   EXPECT_EQ(1, captured.use_count());
 }
 

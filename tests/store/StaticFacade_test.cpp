@@ -1,5 +1,6 @@
-// Objects with static storage that use the registry before its source is initialised, and after the stores are
-// dropped, as those of a program that links the library statically may. A fault ends the process early or late.
+// Objects with static storage that use the registry before its source is initialised, and after the stores
+// are dropped, as those of a program that links the library statically may. A fault ends the process early or
+// late.
 
 #include <gtest/gtest.h>
 

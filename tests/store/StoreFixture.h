@@ -28,10 +28,10 @@ inline std::string ThisText(const void* object) {
   return " [this=0x" + HexOf(object) + "]";
 }
 
-/// What callbacks were told, and on which threads. Threads: any.
+/// What callbacks were notified, and on which threads. Threads: any.
 class Recorder {
  public:
-  struct Told {
+  struct Notification {
     KalConfigEvent event;
     unsigned long threadId;
   };
@@ -42,34 +42,34 @@ class Recorder {
 
   void Add(const KalConfigEvent& event) {
     std::lock_guard lock(m_mutex);
-    m_told.push_back({event, GetThreadSelfId()});
+    m_notified.push_back({event, GetThreadSelfId()});
     m_changed.notify_all();
   }
 
   std::size_t Count() const {
     std::lock_guard lock(m_mutex);
-    return m_told.size();
+    return m_notified.size();
   }
-  Told At(std::size_t index) const {
+  Notification At(std::size_t index) const {
     std::lock_guard lock(m_mutex);
-    return m_told.at(index);
+    return m_notified.at(index);
   }
-  /// The new values in the order told.
+  /// The new values in the order notified.
   std::vector<std::string> Values() const {
     std::lock_guard lock(m_mutex);
     std::vector<std::string> values;
-    for (const Told& told : m_told) values.emplace_back(told.event.m_newValue.ToCstr());
+    for (const Notification& notified : m_notified) values.emplace_back(notified.event.m_newValue.ToCstr());
     return values;
   }
   void WaitFor(std::size_t count) const {
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [&] { return m_told.size() >= count; });
+    m_changed.wait(lock, [&] { return m_notified.size() >= count; });
   }
 
  private:
   mutable std::mutex m_mutex;
   mutable std::condition_variable m_changed;
-  std::vector<Told> m_told;
+  std::vector<Notification> m_notified;
 };
 
 /// Holds threads until it is opened.
@@ -119,7 +119,7 @@ class StoreTest : public ::testing::Test {
   SubscribeId_t Bind(const char* name, fnConfigInvokeCallBack fn) {
     return m_store.BindConfig(kAudio, name, std::move(fn));
   }
-  /// How many subscriptions and bindings the store counts, as its trace lines tell.
+  /// How many subscriptions and bindings the store counts, as its trace lines say.
   std::string TotalObservers() {
     TraceLog log(2);
     const SubscribeId_t probe = m_store.BindConfig(KAL_CONFIG_GROUP_UNIT_TEST, "probe",

@@ -16,10 +16,10 @@ class StoreTraceTexts : public StoreTest {
 
 TEST_F(StoreTraceTexts, OfASubscription) {
   ACmThread thread;
-  Recorder told;
+  Recorder notified;
   TraceLog log;
-  Subscribe("name", told.Callback());
-  m_store.SubscribeConfig(KAL_CONFIG_GROUP_TA_ONLY, "other", told.Callback(), &thread, true);
+  Subscribe("name", notified.Callback());
+  m_store.SubscribeConfig(KAL_CONFIG_GROUP_TA_ONLY, "other", notified.Callback(), &thread, true);
   EXPECT_THAT(
       log.Matching(""),
       ElementsAre(
@@ -43,9 +43,9 @@ TEST_F(StoreTraceTexts, OfABindingARefusalAndARemoval) {
 }
 
 TEST_F(StoreTraceTexts, OfASet) {
-  Recorder told;
-  Subscribe("name", told.Callback());
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  Subscribe("name", notified.Callback());
+  Subscribe("name", notified.Callback());
   TraceLog log;
   Set("name", "1");
   Set("name", "1");

@@ -11,7 +11,7 @@ TEST_F(StoreValues, AreAbsentInAFreshStore) {
   for (int group = 0; group < 13; ++group) EXPECT_EQ("(none)", Get(Group(group), "name"));
 }
 
-TEST_F(StoreValues, AreStoredWithNobodyToTell) {
+TEST_F(StoreValues, AreStoredWithNobodyToNotify) {
   EXPECT_EQ(kResultNobody, Set("name", "1"));
   EXPECT_EQ("1", Get("name"));
 }
@@ -49,7 +49,7 @@ TEST_F(StoreValues, AnswerNobodyForAForcedEqualValue) {
   EXPECT_EQ(kResultNobody, Set("name", "1", true));
 }
 
-TEST_F(StoreValues, MayBeTheTextOfNoCharacters) {
+TEST_F(StoreValues, MayBeTheEmptyString) {
   EXPECT_EQ(kResultNobody, Set("name", ""));
   ConfigData value("before");
   EXPECT_EQ(kResultOk, m_store.GetKalConfig(kAudio, "name", value));
@@ -68,8 +68,8 @@ TEST_F(StoreValues, HaveNamesOfAnyBytesThatDifferInCase) {
 }
 
 TEST_F(StoreValues, RefuseAnInvalidValueWithALineAndKeepTheOldOne) {
-  Recorder told;
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  Subscribe("name", notified.Callback());
   Set("name", "1");
   TraceLog log(0);
   EXPECT_EQ(kResultBadArgument, Set("name", ConfigData()));
@@ -77,7 +77,7 @@ TEST_F(StoreValues, RefuseAnInvalidValueWithALineAndKeepTheOldOne) {
   EXPECT_EQ(kResultBadArgument, Set("name", ConfigData(), false, true));
   EXPECT_EQ(kResultBadArgument, Set("name", static_cast<const char*>(nullptr)));
   EXPECT_EQ("1", Get("name"));
-  EXPECT_EQ(1U, told.Count());
+  EXPECT_EQ(1U, notified.Count());
   EXPECT_EQ(std::vector<std::string>(4, "kalStore::KalConfig::SetKalConfigError parameters" + Suffix()),
             log.Matching(""));
 }
@@ -139,43 +139,43 @@ TEST_F(StoreValues, MakeTheOutputInvalidWhenTheyAreMissing) {
 }
 
 TEST_F(StoreValues, AnnouncedOnlyAreNotStored) {
-  Recorder told;
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  Subscribe("name", notified.Callback());
   EXPECT_EQ(kResultOk, Set("name", "1", false, true));
   EXPECT_EQ("(none)", Get("name"));
-  ASSERT_EQ(1U, told.Count());
-  EXPECT_FALSE(told.At(0).event.m_oldValue.IsValid());
-  EXPECT_STREQ("1", told.At(0).event.m_newValue.ToCstr());
+  ASSERT_EQ(1U, notified.Count());
+  EXPECT_FALSE(notified.At(0).event.m_oldValue.IsValid());
+  EXPECT_STREQ("1", notified.At(0).event.m_newValue.ToCstr());
 }
 
-TEST_F(StoreValues, AreRemovedByATransientSetThatTellsThemAsOld) {
+TEST_F(StoreValues, AreRemovedByATransientSetThatNotifiesOfThemAsOld) {
   Set("name", "1");
-  Recorder told;
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  Subscribe("name", notified.Callback());
   EXPECT_EQ(kResultOk, Set("name", "2", false, true));
   ConfigData value("before");
   EXPECT_EQ(kResultNotFound, m_store.GetKalConfig(kAudio, "name", value));
   EXPECT_FALSE(value.IsValid());
-  ASSERT_EQ(2U, told.Count());
-  EXPECT_STREQ("1", told.At(1).event.m_oldValue.ToCstr());
-  EXPECT_STREQ("2", told.At(1).event.m_newValue.ToCstr());
+  ASSERT_EQ(2U, notified.Count());
+  EXPECT_STREQ("1", notified.At(1).event.m_oldValue.ToCstr());
+  EXPECT_STREQ("2", notified.At(1).event.m_newValue.ToCstr());
 }
 
-TEST_F(StoreValues, AreRemovedByATransientSetOfAnEqualValueThatTellsNobody) {
+TEST_F(StoreValues, AreRemovedByATransientSetOfAnEqualValueThatNotifiesNobody) {
   Set("name", "1");
-  Recorder told;
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  Subscribe("name", notified.Callback());
   EXPECT_EQ(kResultUnchanged, Set("name", "1", false, true));
   EXPECT_EQ("(none)", Get("name"));
-  EXPECT_EQ(1U, told.Count());
+  EXPECT_EQ(1U, notified.Count());
   EXPECT_EQ(kResultNobody, Set("other", "1", false, true));
 }
 
 TEST_F(StoreValues, AreRemovedSilently) {
   Set("name", "1");
   Set("name2", "2");
-  Recorder told;
-  Subscribe("name", told.Callback());
+  Recorder notified;
+  Subscribe("name", notified.Callback());
   TraceLog log;
   EXPECT_EQ(kResultOk, m_store.RemoveKalConfig(kAudio, "name"));
   EXPECT_EQ(kResultOk, m_store.RemoveKalConfig(kAudio, "name"));
@@ -186,15 +186,15 @@ TEST_F(StoreValues, AreRemovedSilently) {
   EXPECT_EQ(3U, log.CountLevel(2));
   EXPECT_EQ("(none)", Get("name"));
   EXPECT_EQ("2", Get("name2"));
-  EXPECT_EQ(1U, told.Count());
+  EXPECT_EQ(1U, notified.Count());
 }
 
 TEST_F(StoreValues, AreRemovedByGroupSilentlyAndSubscriptionsStay) {
   Set("a", "1");
   Set("b", "2");
   m_store.SetKalConfig(kVideo, "a", "3", false, false);
-  Recorder told;
-  Subscribe("a", told.Callback());
+  Recorder notified;
+  Subscribe("a", notified.Callback());
   Bind("b", [](const KalConfigEvent&) { return ConfigValue("bound"); });
   TraceLog log;
   EXPECT_EQ(kResultOk, m_store.RemoveKalConfigByGroup(kAudio));
@@ -206,10 +206,10 @@ TEST_F(StoreValues, AreRemovedByGroupSilentlyAndSubscriptionsStay) {
   EXPECT_EQ("(none)", Get("a"));
   EXPECT_EQ("(none)", Get("b"));
   EXPECT_EQ("3", Get(kVideo, "a"));
-  EXPECT_EQ(1U, told.Count());
+  EXPECT_EQ(1U, notified.Count());
   EXPECT_EQ(kResultOk, Set("a", "1"));  // As new: the old value is gone.
-  ASSERT_EQ(2U, told.Count());
-  EXPECT_FALSE(told.At(1).event.m_oldValue.IsValid());
+  ASSERT_EQ(2U, notified.Count());
+  EXPECT_FALSE(notified.At(1).event.m_oldValue.IsValid());
   ConfigData value;
   EXPECT_EQ(kResultOk, m_store.GetDynamicConfig(kAudio, "b", value, {}));
 }

@@ -48,7 +48,7 @@ std::string AnyText() {
   return *rc::gen::element<std::string>("", "0", "1", "two", "a value that needs memory of its own");
 }
 
-/// One callback: which registration, and what it was handed. An empty value is told from an empty text.
+/// One callback: which registration, and what it was handed. An empty value differs from an empty string.
 struct Call {
   int registration;
   std::string event;

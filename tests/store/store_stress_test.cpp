@@ -1,5 +1,5 @@
-// Many threads on one store, with accounting: each subscriber knows what it must have been told, and when it
-// must not be told any more. Meant for ThreadSanitizer above all.
+// Many threads on one store, with accounting: each subscriber knows which sets must have notified it, and
+// when it must not be notified any more. Meant for ThreadSanitizer above all.
 
 #include <atomic>
 #include <chrono>
@@ -44,13 +44,13 @@ class LongWaits {
   static inline std::atomic<int> s_count{0};
 };
 
-/// What one subscriber of one setter's name was told. The setter counts upward, so whoever is told of every
-/// set sees consecutive numbers.
+/// What one subscriber of one setter's name was notified of. The setter counts upward, so whoever is notified of
+/// every set sees consecutive numbers.
 struct Account {
   std::mutex mutex;
   int first = 0;
   int last = 0;
-  int told = 0;
+  int notified = 0;
   int gaps = 0;
   int repeats = 0;
   int afterEnd = 0;
@@ -61,14 +61,14 @@ struct Account {
     if (hasEnded) ++afterEnd;
     if (!event.m_oldValue.IsValid()) return;  // Initial: before or after the set's own.
     const int number = event.m_newValue.ToInt();
-    if (told == 0) {
+    if (notified == 0) {
       first = number;
     } else {
       if (number <= last) ++repeats;
       if (number > last + 1) ++gaps;
     }
     last = number;
-    ++told;
+    ++notified;
   }
   void End() {
     std::lock_guard lock(mutex);
@@ -76,7 +76,7 @@ struct Account {
   }
 };
 
-TEST(StoreStress, TellsPermanentSubscribersEverySetOnceAndInOrder) {
+TEST(StoreStress, NotifiesPermanentSubscribersOfEverySetOnceAndInOrder) {
   const LongWaits longWaits;
   KalConfig store(5);
   ACmThread posting("posting");
@@ -140,7 +140,7 @@ TEST(StoreStress, TellsPermanentSubscribersEverySetOnceAndInOrder) {
   for (const auto& account : accounts) {
     EXPECT_EQ(1, account->first);
     EXPECT_EQ(kSets, account->last);
-    EXPECT_EQ(kSets, account->told);
+    EXPECT_EQ(kSets, account->notified);
     EXPECT_EQ(1, account.use_count());
   }
   for (int setter = 0; setter < kSetters; ++setter) {
@@ -148,7 +148,7 @@ TEST(StoreStress, TellsPermanentSubscribersEverySetOnceAndInOrder) {
   }
 }
 
-TEST(StoreStress, TellsEachOfSeveralSettersOfOneNameOnce) {
+TEST(StoreStress, NotifiesOfEachSetOfSeveralSettersOnce) {
   const LongWaits longWaits;
   KalConfig store(5);
   ACmThread posting;
@@ -240,7 +240,7 @@ TEST(StoreStress, ToleratesRunThreadsThatStartAndStop) {
   EXPECT_EQ(0, longWaits.Count());
   for (const auto& account : accounts) {
     EXPECT_EQ(0, account->repeats);
-    EXPECT_LE(account->told, kSets);
+    EXPECT_LE(account->notified, kSets);
     EXPECT_EQ(1, account.use_count());  // Nothing is left in a queue.
   }
 }
