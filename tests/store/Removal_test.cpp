@@ -339,8 +339,7 @@ TEST_F(StoreRemoval, MayWaitForTheEndOfItsStore) {
   TraceLog log(1);
   clock.OnSleep([&] {
     go.Open();
-    setter.join();
-    clock.OnSleep(nullptr);
+    if (setter.joinable()) setter.join();
   });
   EXPECT_EQ(kResultOk, ending.UnsubscribeConfig(id));
   EXPECT_EQ(1U, log.Count("name Waiting for long time... [cid=6]" + ThisText(&ending)));
