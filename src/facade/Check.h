@@ -1,7 +1,5 @@
 #pragma once
 
-#include <source_location>
-
 #include "trace/Assertion.h"
 
 namespace kalStore::internal {
@@ -12,8 +10,7 @@ inline constexpr const char* kNoGroupAfterSpace = " Error KalConfigGroup";
 
 /// Reports an argument check of the facade that does not hold, under the source name that readers of traces
 /// know.
-inline bool Check(bool holds, const char* condition,
-                  unsigned int line = std::source_location::current().line()) {
+inline bool Check(bool holds, const char* condition, unsigned int line = __builtin_LINE()) {
   if (!holds) ReportAssertion("KalConfig", static_cast<int>(line), condition);
   return holds;
 }

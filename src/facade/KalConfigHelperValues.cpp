@@ -1,4 +1,3 @@
-#include <source_location>
 #include <utility>
 
 #include "facade/Check.h"
@@ -16,12 +15,12 @@ using namespace internal;
 namespace {
 
 bool CheckNameAndStore(const char* szConfigName, const IKalConfig* pStore,
-                       unsigned int line = std::source_location::current().line()) {
+                       unsigned int line = __builtin_LINE()) {
   return Check(szConfigName != nullptr && pStore != nullptr,
                "(szConfigName != NULL) && (m_pIKalConfig != NULL)", line);
 }
 
-bool CheckStore(const IKalConfig* pStore, unsigned int line = std::source_location::current().line()) {
+bool CheckStore(const IKalConfig* pStore, unsigned int line = __builtin_LINE()) {
   return Check(pStore != nullptr, "(m_pIKalConfig != NULL)", line);
 }
 
