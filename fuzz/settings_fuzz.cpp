@@ -79,7 +79,7 @@ class Subject {
 
   /// Every name that can change has a subscription.
   void SetWatched() { m_isWatched = true; }
-  bool WasTold() const { return !m_notified.empty(); }
+  bool WasNotified() const { return !m_notified.empty(); }
 
   /// A document carries texts up to their first NUL only.
   bool HoldsNul() const {
@@ -138,7 +138,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const bool isWhole = !subject.HoldsNul();
   subject.Apply(dump);
-  if (isWhole) FUZZ_CHECK(!subject.WasTold());
+  if (isWhole) FUZZ_CHECK(!subject.WasNotified());
   FUZZ_EQUAL(subject.Dump(kalStore::kAllConfigGroups), dump);
   return 0;
 }

@@ -222,7 +222,7 @@ std::string Footer() {
          "  tessel apply base.json lab.json --watch 'Feature/*' --async --quiet\n"
          "      Which events would a component get that has feature toggles posted to its thread?\n"
          "  generate-settings | tessel apply - --strict --quiet\n"
-         "      Would import pass over anything?";
+         "      Would import skip anything?";
 }
 
 }  // namespace

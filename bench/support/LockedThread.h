@@ -7,8 +7,8 @@
 
 #include "util/ICmEvent.h"
 
-/// What the event queue of an ACmThread could be without atomics: a deque of events under a mutex, taken whole by
-/// a loop that is woken only when it sleeps. No priorities.
+/// What the event queue of an ACmThread could be without atomics: a deque of events under a mutex, taken
+/// whole by a loop that is woken only when it sleeps. No priorities.
 class LockedThread {
  public:
   ~LockedThread() { Post(nullptr); }

@@ -35,7 +35,7 @@ enum KalTesselEntityType : std::int32_t {
 };
 
 /// Shares the statistics objects: all who ask for the same type and call id hold the same object. The first
-/// request creates it. With the last reference, given back here or by the object's own Release(), it is
+/// request creates it. With the last reference, released here or by the object's own Release(), it is
 /// destroyed and its key is no longer registered. The registry has no reference of its own.
 ///
 /// An object is handed out as its media interface: IKalAudioInfo* for audio and content audio, IKalVideoInfo*
@@ -67,7 +67,7 @@ class TESSEL_API CKalTessel {
   /// @return The object, with one reference more for the caller; null for an unknown type.
   void* createOrGetTesselEntity(KalTesselEntityType type, std::uint32_t callId);
 
-  /// Gives one reference to the object of the key back.
+  /// Releases one reference to the object of the key.
   /// @param entity  not null; otherwise ignored: the key names the object
   /// @return The references left; at 0 the key is no longer registered. -1 when `entity` is null or the key
   /// is not registered.

@@ -8,7 +8,7 @@
 
 namespace kalStore {
 
-/// The store of a call, held for a scope: made, or shared with whoever holds it, and given back at the end.
+/// The store of a call, held for a scope: made, or shared with whoever holds it, and released at the end.
 ///
 /// @threads The handle has one owner, who may be any thread; the store is for all.
 /// @lifetime Whatever uses the store, subscriptions too, must end before the handle. Do not use it after
@@ -41,7 +41,7 @@ class CallStore {
   /// The source then holds nothing, and may only be assigned to or destroyed.
   CallStore(CallStore&& other) noexcept
       : m_callId(other.m_callId), m_role(other.m_role), m_store(std::exchange(other.m_store, nullptr)) {}
-  /// Gives back what this handle held; the source then holds nothing.
+  /// Releases what this handle held; the source then holds nothing.
   CallStore& operator=(CallStore&& other) noexcept {
     if (this == &other) return *this;
     const CallStore old(std::move(*this));  // Ends last: a callback of its store may own this handle.
@@ -51,7 +51,7 @@ class CallStore {
     return *this;
   }
 
-  /// Ends the call, as the role says, and gives the store back.
+  /// Ends the call, as the role says, and releases the store.
   /// @invalidates Pointers to the store, unless somebody else holds it.
   ~CallStore() {
     if (m_store == nullptr) return;

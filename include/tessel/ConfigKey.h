@@ -29,7 +29,7 @@ struct ConfigReading {
   ConfigData stored;  ///< what is stored, as it is; invalid when nothing is, or the store cannot be read
   bool fromStore;     ///< whether `value` is what is stored
 
-  /// @return Whether something is stored that is not wholly a T.
+  /// @return Whether something is stored that is not a whole T.
   bool IsRefused() const { return stored.IsValid() && !fromStore; }
 };
 
@@ -58,7 +58,7 @@ concept SettableAs =
 /// A setting's group, name, type and default: declare it once, and use it wherever the setting is read or
 /// written.
 ///
-/// A stored value that is not wholly a T is refused, not narrowed: reading gives the default, and Read() says
+/// A stored value that is not a whole T is refused, not narrowed: reading gives the default, and Read() says
 /// so. Writing takes a T alone: neither a wider number nor, for a number, a string compiles.
 ///
 /// @threads A constant, for any thread; its operations are those of the store or facade that they are given.

@@ -23,7 +23,7 @@ namespace kalStore {
 /// @threads Any operation, from any thread. Groups never wait for each other. No lock of the store is held
 /// while a callback runs, while what it captured ends, or while a line is traced: a callback and a trace sink
 /// may read, set, subscribe, remove, import and export on the same store.
-/// @lifetime Obtained from CreateKalConfig() and valid until given back with ReleaseKalConfig(). A callback
+/// @lifetime Obtained from CreateKalConfig() and valid until released with ReleaseKalConfig(). A callback
 /// may end the store, except during an import: the operation still notifies the other subscribers of its
 /// change and returns as usual. What callbacks captured ends with the store and may use it then, for example
 /// to remove other subscriptions. What the callbacks of that change captured ends after it, and must not use
@@ -109,11 +109,11 @@ class TESSEL_API IKalConfig {
   /// thread, with a copy of the callback.
   ///
   /// A wait that gave up leaves the callback in place, and with it all that it captured: deliveries that were
-  /// announced before still call it after UnsubscribeConfig() has returned. It gives up in any case where such
-  /// a delivery waits for the calling thread: inside the subscription's own callback; inside that of another
-  /// subscriber that the same change notifies before it; inside callbacks that sets in one of these run, of
-  /// whatever name; on its run thread, while a setter waits there to hand over. Remove on another thread, or
-  /// subscribe with bAsync; where neither is possible, let the callback own what it uses.
+  /// announced before still call it after UnsubscribeConfig() has returned. It gives up in any case where
+  /// such a delivery waits for the calling thread: inside the subscription's own callback; inside that of
+  /// another subscriber that the same change notifies before it; inside callbacks that sets in one of these
+  /// run, of whatever name; on its run thread, while a setter waits there to hand over. Remove on another
+  /// thread, or subscribe with bAsync; where neither is possible, let the callback own what it uses.
   /// @param id  as SubscribeConfig() or BindConfig() returned it
   /// @return kResultOk, also when the wait gave up; kResultNotFound when the id is not registered.
   /// @invalidates The id, and what the callback captured by reference may go, subject to the wait above.

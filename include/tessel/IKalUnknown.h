@@ -26,7 +26,7 @@ class TESSEL_API IKalUnknown {
   /// @pre The caller holds a reference, or the object has no other user yet.
   /// @return The new count (low 32 bits).
   virtual std::uint32_t AddRef() = 0;
-  /// Gives a reference back.
+  /// Releases a reference.
   /// @pre The caller holds a reference.
   /// @return The new count (low 32 bits).
   /// At 0 the object is destroyed. A registry that handed it out forgets it, under the registry's lock.

@@ -13,8 +13,7 @@ namespace kalStore {
 /// A resetting GetTxMediaInfo() reports for each layer below the stream count what happened since the
 /// previous one: `counterDelta` and `idrRequestsDelta` (the counters themselves stay cumulative),
 /// `configChanges` and `idrReasons`. It takes the layers' interval members and leaves 0 in them, and takes
-/// the noise level and leaves
-/// -1.
+/// the noise level and leaves -1.
 ///
 /// A setter assigns the members that its comment names, and cannot fail. A layer index outside 0 to 5 touches
 /// no layer. Of a count above 6 the first six layers are written. Nothing is copied from a null array. The

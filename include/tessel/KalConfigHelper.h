@@ -70,7 +70,7 @@ class TESSEL_API KalConfigHelper {
   KalConfigHelper(const KalConfigHelper&) = delete;
   KalConfigHelper& operator=(const KalConfigHelper&) = delete;
 
-  /// Removes every subscription and binding made here and gives the store back. No change callback of this
+  /// Removes every subscription and binding made here and releases the store. No change callback of this
   /// facade is called from then on, however late a delivery comes. Waits for change callbacks in progress, at
   /// most 50000 yields; each removal then waits as IKalConfig's does, at most 3000 ms. Inside a callback of
   /// its own these waits can only give up. Throws nothing and allocates nothing.
@@ -216,8 +216,8 @@ class TESSEL_API KalConfigHelper {
   /// bound.
   std::int32_t RemoveKalConfigByGroup(KalConfigGroup group = KAL_CONFIG_GROUP_DEFAULT);
 
-  /// Writes the stored values of groups as a settings document, see IKalConfig::DumpKalConfigs(); a value ends
-  /// at its first zero byte there.
+  /// Writes the stored values of groups as a settings document, see IKalConfig::DumpKalConfigs(); a value
+  /// ends at its first zero byte there.
   /// @param groups  bit g selects group g; bits 13 and above are ignored
   /// @return The store's text; null while not bound. It lives until the next dump of the same store, from
   /// whatever facade or thread, or the store's end; do not free it.

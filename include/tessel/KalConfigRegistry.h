@@ -2,7 +2,7 @@
 
 /// @file
 /// The process-wide registry: one store per call id, counted references. A store is created with two
-/// references, its creator's and the registry's own; CleanUpKalConfig() gives back the latter when the call
+/// references, its creator's and the registry's own; CleanUpKalConfig() releases the latter when the call
 /// ends. At zero the store is destroyed.
 ///
 /// No operation throws for bad input. Failed allocations leave CreateKalConfig() and the value readers as
@@ -41,18 +41,18 @@ extern "C" {
 
 /// Creates the store of a call, or shares the one there is.
 /// @param callId  any
-/// @param ppConfig  a slot that holds null; receives one reference, to be given back with ReleaseKalConfig()
+/// @param ppConfig  a slot that holds null; receives one reference, to be released with ReleaseKalConfig()
 /// @return kResultOk; kResultBadArgument when `ppConfig` is null or the slot is not empty, with nothing
 /// changed.
 TESSEL_API std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig);
 
-/// Gives back one reference.
+/// Releases one reference.
 /// @param pConfig  as CreateKalConfig() gave it
 /// @return kResultOk; kResultBadArgument for null, kResultNoSuchOrExists when it is no store of the registry.
 /// @invalidates With the caller's last reference, the pointer and the texts of DumpKalConfigs().
 TESSEL_API std::int32_t ReleaseKalConfig(IKalConfig* pConfig);
 
-/// Gives back the registry's own reference: the call has ended. The store lives on while users hold it, and a
+/// Releases the registry's own reference: the call has ended. The store lives on while users hold it, and a
 /// CreateKalConfig() for the call shares it.
 /// @return kResultOk; kResultNoSuchOrExists when there is no store, or it was cleaned up before.
 TESSEL_API std::int32_t CleanUpKalConfig(std::uint32_t callId);

@@ -30,7 +30,7 @@ struct ContentVideo {
   static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_VIDEO;  ///< its type
 };
 
-/// The statistics object of a call, held for a scope: made, or shared with whoever holds it, and given back
+/// The statistics object of a call, held for a scope: made, or shared with whoever holds it, and released
 /// at the end; the last holder ends it.
 ///
 /// @threads The handle has one owner, who may be any thread; the object is for all.
@@ -60,7 +60,7 @@ class StatsRef {
   /// The source then holds nothing, and may only be assigned to or destroyed.
   StatsRef(StatsRef&& other) noexcept
       : m_callId(other.m_callId), m_info(std::exchange(other.m_info, nullptr)) {}
-  /// Gives back what this handle held; the source then holds nothing.
+  /// Releases what this handle held; the source then holds nothing.
   StatsRef& operator=(StatsRef&& other) noexcept {
     if (this == &other) return *this;
     const StatsRef old(std::move(*this));
@@ -69,7 +69,7 @@ class StatsRef {
     return *this;
   }
 
-  /// Gives the object back.
+  /// Releases the object.
   /// @invalidates Pointers to the object, unless somebody else holds it.
   ~StatsRef() {
     if (m_info != nullptr) releaseTesselEntity(Media::kType, m_callId, m_info);

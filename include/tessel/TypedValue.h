@@ -20,7 +20,7 @@ concept ConfigType =
 /// unsigned one. A bool is read as by ConfigData::ToBool(): "true", "false" and numbers. Any value reads as a
 /// std::string. The same in every locale.
 /// @param value  any
-/// @return The value as a T; nothing when it is invalid, or its string is not wholly a T within range.
+/// @return The value as a T; nothing when it is invalid, or its whole string is not a T within range.
 /// @threads Any, on a value that no other thread writes.
 /// @par Example
 /// @code{.cpp}

@@ -15,8 +15,8 @@
 
 namespace {
 
-// The ACmThread::Impl that the calling thread runs. Unlike the queue's thread id it stays set when the loop is
-// over and destructors of thread-local objects run; it has no destructor itself, so all of them see it.
+// The ACmThread::Impl that the calling thread runs. Unlike the queue's thread id it stays set when the loop
+// is over and destructors of thread-local objects run; it has no destructor itself, so all of them see it.
 thread_local const void* t_running = nullptr;
 
 }  // namespace
@@ -62,8 +62,8 @@ class ACmThread::Impl {
     return 0;
   }
 
-  /// Refuses events and has the thread, once it has fired what is queued, delete this object. REQUIRES: called
-  /// by an event of that thread; nobody uses the object afterwards.
+  /// Refuses events and has the thread, once it has fired what is queued, delete this object. REQUIRES:
+  /// called by an event of that thread; nobody uses the object afterwards.
   void EndByItself() {
     m_queue.Close();
     m_thread.detach();

@@ -15,10 +15,10 @@ class Completion;
 
 /// The event queue of an ACmThread, which runs the loop.
 ///
-/// Arrivals go through one word, the inbox: a pointer to the latest arrival, each linked to the one before it,
-/// with two flags in the pointer's low bits, which alignment keeps at 0. One compare-and-exchange therefore
-/// decides whether an event is accepted, queues it, and finds out whether the loop must be woken. The bench
-/// rows Post<Tessel> and Post<Floor> show what that saves over a deque under a mutex.
+/// Arrivals go through one word, the inbox: a pointer to the latest arrival, each linked to the one before
+/// it, with two flags in the pointer's low bits, which alignment keeps at 0. One compare-and-exchange
+/// therefore decides whether an event is accepted, queues it, and finds out whether the loop must be woken.
+/// The bench rows Post<Tessel> and Post<Floor> show what that saves over a deque under a mutex.
 ///
 /// The word, and what each operation makes of it. "^": it does not change; "-": cannot occur.
 ///
@@ -30,8 +30,8 @@ class Completion;
 ///   kSleeping|kClosed   ^, refused      -                -                  ^
 ///   kClosed             ^, refused      ^                ^                  ^
 ///
-/// push() and Close() run on any thread, the other two on the loop's. The loop ends in the last two states; only
-/// Open() leaves them, by storing 0, and ACmThread never runs Open() and Close() at the same time.
+/// push() and Close() run on any thread, the other two on the loop's. The loop ends in the last two states;
+/// only Open() leaves them, by storing 0, and ACmThread never runs Open() and Close() at the same time.
 ///
 /// Memory orders of the inbox:
 /// - push() releases, takeArrivals() acquires: the loop sees what the posting thread wrote, the event's links
@@ -39,7 +39,8 @@ class Completion;
 ///   one acquire of the latest word is enough for all events in it.
 /// - takeArrivals() releases, push() acquires: see announce().
 /// - Open() releases, IsOpen() acquires: whoever sees the queue open sees the thread's id.
-/// - Everything else is relaxed: the word alone decides there, and its modification order has one event accepted
+/// - Everything else is relaxed: the word alone decides there, and its modification order has one event
+///   accepted
 ///   either before Close() or not at all.
 ///
 /// An event's address may come back while a push() is between its load and its exchange (the ABA problem).

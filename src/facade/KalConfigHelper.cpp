@@ -14,7 +14,7 @@ KalConfigHelper::KalConfigHelper()
     : m_pConfigLock(std::make_unique<std::recursive_mutex>()),
       m_pObserverHelper(std::make_unique<KalConfigObserverHelper>()) {}
 
-// What throws here finds a constructed object, so that the destructor gives the store back.
+// What throws here finds a constructed object, so that the destructor releases the store.
 KalConfigHelper::KalConfigHelper(std::uint32_t callId) : KalConfigHelper() {
   if (callId != kNoCallId) createKalConfig(callId);
 }
@@ -25,7 +25,7 @@ KalConfigHelper::~KalConfigHelper() {
   try {
     if (pStore != nullptr) m_pObserverHelper->ForgetStore();
   } catch (...) {
-    // The rest is given back all the same.
+    // The rest is released all the same.
   }
   m_pObserverHelper.reset();
   try {

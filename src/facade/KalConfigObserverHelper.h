@@ -28,8 +28,8 @@ struct ObserverRecord : ConfigEventHandler {
 
 }  // namespace internal
 
-/// The subscriptions and bindings of one facade: recorded at once, registered with the store as soon as there
-/// is one, and removed together. The facade resolves groups; a group above 12 is refused here.
+/// The subscriptions and bindings of one facade: recorded at once, registered with the store once there is
+/// one, and removed together. The facade resolves groups; a group above 12 is refused here.
 ///
 /// A record, by its m_SubscribeId (guarded by the lock of its group's map):
 ///   0             waits for a store, or was refused by it; a second call for its name replaces it

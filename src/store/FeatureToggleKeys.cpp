@@ -37,7 +37,7 @@ constexpr bool KeysAreDistinct() {
 }
 
 static_assert(std::size(kKeys) == KAL_FT_Unknow + 1, "one key for each id");
-static_assert(IdsCountUp(), "a key stands at its id");
+static_assert(IdsCountUp(), "the index of a key is its id");
 static_assert(KeysAreDistinct(), "no two toggles share a value");
 
 }  // namespace

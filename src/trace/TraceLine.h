@@ -43,8 +43,8 @@ inline bool IsTraced(int level) {
   return get_external_trace_mask() >= level;
 }
 
-/// Composes a line that begins as its constructor does, and passes it to the sink. Out of line and cold, so that
-/// the function that traces has a small frame: only a line that is wanted pays for the buffer.
+/// Composes a line that begins as its constructor does, and passes it to the sink. Out of line and cold, so
+/// that the function that traces has a small frame: only a line that is wanted pays for the buffer.
 template <class Compose, class... Opening>
 [[gnu::noinline, gnu::cold]] void EmitLine(const Compose& compose, Opening... opening) {
   TraceLine line(opening...);

@@ -5,13 +5,12 @@
 #include <vector>
 
 #include "WaitTest.h"
+#include "support/Way.h"
 
 namespace kalStore {
 namespace {
 
 constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_AUDIO;
-
-enum class Delivery { kDirect, kPosted, kHandedOver };
 
 // What a callback uses: alive as long as its facade is.
 struct Component {
@@ -19,7 +18,7 @@ struct Component {
   std::atomic<int> notified{0};
 };
 
-class TeardownTest : public FacadeTest, public testing::WithParamInterface<Delivery> {};
+class TeardownTest : public FacadeTest, public testing::WithParamInterface<Way> {};
 
 TEST_P(TeardownTest, ReachesNoUserCodeOfAFacadeThatIsGone) {
   constexpr int kRounds = 200;
@@ -41,7 +40,7 @@ TEST_P(TeardownTest, ReachesNoUserCodeOfAFacadeThatIsGone) {
         setter.SetKalConfig("other", value, kGroup, true);
         setter.GetDynamicConfig("bound", kGroup);
         // Bounds the queue: what is posted faster than it is run would only be waited for at the end.
-        if (GetParam() == Delivery::kPosted) std::this_thread::yield();
+        if (GetParam() == Way::kPosted) std::this_thread::yield();
       }
     });
   }
@@ -55,8 +54,8 @@ TEST_P(TeardownTest, ReachesNoUserCodeOfAFacadeThatIsGone) {
           ++component->notified;
         };
         std::optional<KalConfigHelper> facade(std::in_place);
-        ACmThread* const thread = GetParam() == Delivery::kDirect ? nullptr : &worker;
-        const bool isAsync = GetParam() == Delivery::kPosted;
+        ACmThread* const thread = GetParam() == Way::kDirect ? nullptr : &worker;
+        const bool isAsync = GetParam() == Way::kPosted;
         facade->SubscribeConfig("shared", callback, kGroup, thread, isAsync);
         facade->SetCallId(kCall);
         facade->SubscribeConfig("other", callback, kGroup, thread, isAsync);
@@ -79,18 +78,8 @@ TEST_P(TeardownTest, ReachesNoUserCodeOfAFacadeThatIsGone) {
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore) << "a facade kept its reference";
 }
 
-INSTANTIATE_TEST_SUITE_P(Deliveries, TeardownTest,
-                         testing::Values(Delivery::kDirect, Delivery::kPosted, Delivery::kHandedOver),
-                         [](const auto& row) {
-                           switch (row.param) {
-                             case Delivery::kDirect:
-                               return "Direct";
-                             case Delivery::kPosted:
-                               return "Posted";
-                             default:
-                               return "HandedOver";
-                           }
-                         });
+INSTANTIATE_TEST_SUITE_P(Deliveries, TeardownTest, testing::ValuesIn(kWays),
+                         [](const auto& row) { return NameOf(row.param); });
 
 }  // namespace
 }  // namespace kalStore

@@ -44,8 +44,8 @@ class LongWaits {
   static inline std::atomic<int> s_count{0};
 };
 
-/// What one subscriber of one setter's name was notified of. The setter counts upward, so a subscriber that is
-/// notified of every set sees consecutive numbers.
+/// What one subscriber of one setter's name was notified of. The setter counts upward, so a subscriber that
+/// is notified of every set sees consecutive numbers.
 struct Account {
   std::mutex mutex;
   int first = 0;

@@ -5,8 +5,8 @@
 
 #include "store/WaitClock.h"
 
-/// Stands in for the clock of everything that waits while it lives, so that three seconds take none and no load
-/// makes a wait longer. Each thread has its own time, which its sleeps alone move. One at a time.
+/// Stands in for the clock of everything that waits while it lives, so that three seconds take none and no
+/// load makes a wait longer. Each thread has its own time, which its sleeps alone move. One at a time.
 class TestClock {
  public:
   /// @param msPerSleep  by how much a sleep moves the time; 0: what is waited for has all the time it needs

@@ -34,7 +34,7 @@ std::string Numbered(const std::string& value) {
 
 }  // namespace
 
-TEST(DiffCommand, TellsByGroupWhatTheSecondDocumentChangesInTheStore) {
+TEST(DiffCommand, ShowsByGroupWhatTheSecondDocumentChangesInTheStore) {
   const Finished run = Diff();
   EXPECT_EQ(run.out,
             "Audio: 1 new, 1 changed\n"
@@ -46,7 +46,7 @@ TEST(DiffCommand, TellsByGroupWhatTheSecondDocumentChangesInTheStore) {
   EXPECT_EQ(run.status, 1);
 }
 
-TEST(DiffCommand, TellsAlsoWhatIsRemovedBetweenTwoDocumentsAsTheyAre) {
+TEST(DiffCommand, ShowsAlsoWhatIsRemovedBetweenTwoDocumentsAsTheyAre) {
   const Finished run = Diff({"--exact"});
   EXPECT_EQ(run.out,
             "Audio: 1 new, 1 changed, 1 removed\n"
@@ -91,7 +91,7 @@ TEST(DiffCommand, FindsTheSameInADumpHoweverItsDocumentIsOrdered) {
   EXPECT_EQ(program.Run({"diff", "--exact", "a.json", "dump.json"}).status, 0);
 }
 
-TEST(DiffCommand, ColoursATerminalUnlessTold) {
+TEST(DiffCommand, ColoursATerminalUnlessNoColorIsSet) {
   Program program;
   program.File("a.json", kA)
       .File("b.json", R"({"Audio":[{"key":"Dtx","value":"0"},{"key":"X","value":"1"}]})");

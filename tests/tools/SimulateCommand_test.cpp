@@ -51,18 +51,18 @@ TEST(SimulateCommand, NotifiesEverySubscriberOnceOfEachChange) {
       EXPECT_GT(Number(setting, "sets"), 0);
     }
   }
-  const json::Value& told = Member(summary, "deliveries");
-  EXPECT_EQ(Number(told, "onSubscribing"), 0);  // Nothing stands in a store that nobody has set.
-  EXPECT_EQ(Number(told, "expected"), deliveries);
-  EXPECT_EQ(Number(told, "lost"), 0);
-  EXPECT_EQ(Number(told, "unexpected"), 0);
-  EXPECT_EQ(Number(told, "outOfOrder"), 0);
+  const json::Value& delivered = Member(summary, "deliveries");
+  EXPECT_EQ(Number(delivered, "onSubscribing"), 0);  // Nothing is stored in an empty store.
+  EXPECT_EQ(Number(delivered, "expected"), deliveries);
+  EXPECT_EQ(Number(delivered, "lost"), 0);
+  EXPECT_EQ(Number(delivered, "unexpected"), 0);
+  EXPECT_EQ(Number(delivered, "outOfOrder"), 0);
   EXPECT_EQ(Number(Member(summary, "sets"), "notified"), sets);
   EXPECT_EQ(Number(summary, "components"), 20);
 
   std::int64_t arrived = 0;
   for (const char* way : {"direct", "posted", "handedOver"}) {
-    const json::Value& latency = Member(told, way);
+    const json::Value& latency = Member(delivered, way);
     arrived += Number(latency, "count");
     EXPECT_GT(Number(latency, "count"), 0) << way;
     EXPECT_GT(Number(latency, "p50Ns"), 0) << way;
@@ -76,11 +76,11 @@ TEST(SimulateCommand, AppliesDocumentsAtTheStartAndDuringTheCalls) {
   const json::Value summary =
       Summary({"--seconds", "1", "--calls", "1", "--settings", Example("base.json"), "--settings",
                Example("lab.json"), "--settings", Example("low-bandwidth.json")});
-  const json::Value& told = Member(summary, "deliveries");
+  const json::Value& delivered = Member(summary, "deliveries");
   // Of what base.json sets, eight settings are subscribed to, one of them by two components.
-  EXPECT_EQ(Number(told, "onSubscribing"), 9);
-  EXPECT_EQ(Number(told, "lost"), 0);
-  EXPECT_EQ(Number(told, "unexpected"), 0);
+  EXPECT_EQ(Number(delivered, "onSubscribing"), 9);
+  EXPECT_EQ(Number(delivered, "lost"), 0);
+  EXPECT_EQ(Number(delivered, "unexpected"), 0);
   // base.json sets 110 settings before there is a subscriber.
   EXPECT_GE(Number(Member(summary, "sets"), "withoutSubscribers"), 110);
   for (const json::Value& setting : Member(summary, "settings").ToArray()) {

@@ -56,8 +56,7 @@ TEST(Tessel, SuggestsTheNearestCommandOrOption) {
       {{"lint", "a.json", "-z"}, "there is no option \"-z\" (tessel lint --help tells more)"},
       {{"lint", "a.json", "--format", "jsn"},
        "--format: expected text or json or github, not \"jsn\" (did you mean \"json\"?) (tessel lint --help "
-       "tells "
-       "more)"},
+       "tells more)"},
       {{"stats", "a", "b"}, "\"b\" is one argument too many (tessel stats --help tells more)"},
   };
   for (const auto& [arguments, reason] : refusals) {

@@ -13,8 +13,8 @@ struct Parameter {
   bool isRepeatable;
 };
 
-/// A part of a command's help below its options. Without a title it is running text, with one its lines are kept
-/// as they are.
+/// A part of a command's help below its options. Without a title it is running text, with one its lines are
+/// kept as they are.
 struct HelpSection {
   std::string title;
   std::vector<std::string> lines;

@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kTick{10};
 constexpr double kLongestCycle = 20;
-// A run lasts longer than planned where the machine has not got through so many ticks, or half of those planned.
+// A run lasts longer than planned where the machine has not got through so many ticks, or half of those
+// planned.
 constexpr double kLeastTicks = 100;
 
 }  // namespace

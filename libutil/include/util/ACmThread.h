@@ -42,8 +42,8 @@ class UTIL_API ACmThread {
   /// @param name  copied, may be null; debuggers show it, cut to 15 characters
   /// @param bEventQueue  false: the thread runs, but has no queue
   explicit ACmThread(const char* name = nullptr, bool bEventQueue = true);
-  /// Stops the thread, see Stop(). In an event of the thread itself, which cannot wait for its own end: refuses
-  /// further events and returns; the thread fires what is queued and then ends by itself.
+  /// Stops the thread, see Stop(). In an event of the thread itself, which cannot wait for its own end:
+  /// refuses further events and returns; the thread fires what is queued and then ends by itself.
   /// @invalidates The thread's queue.
   ~ACmThread();
   ACmThread(const ACmThread&) = delete;

@@ -6,8 +6,8 @@
 /// enter" and "text leave", under the module name "UTIL". Allocates nothing and never throws, so that a
 /// destructor may use it.
 ///
-/// When the mask is below the level on entry, neither line is written; when it is below on leaving, the second
-/// line is not.
+/// When the mask is below the level on entry, neither line is written; when it is below on leaving, the
+/// second line is not.
 ///
 /// @threads One owner.
 /// @par Example

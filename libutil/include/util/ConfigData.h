@@ -15,15 +15,15 @@
 /// hold a string and the strings are the same.
 ///
 /// A string may hold zero bytes. ToString(), equality, and the conversions to numbers and flags take all of
-/// it. ToCstr(), and what reads it, ends at the first zero byte; the export of settings documents does too, so
-/// that a value with a zero byte does not read back as it was.
+/// it. ToCstr(), and what reads it, ends at the first zero byte; the export of settings documents does too,
+/// so that a value with a zero byte does not read back as it was.
 ///
 /// @threads Like a standard string; share it only for reading. Strings up to 15 characters allocate nothing.
 /// @par Example
 /// @code{.cpp}
 /// const ConfigData value(1.5);
 /// assert(value.ToString() == "1.5" && value.ToDouble() == 1.5);
-/// assert(value.ToInt(-1) == -1);  // not wholly an integer
+/// assert(value.ToInt(-1) == -1);  // no integer: the default
 /// assert(ConfigData("FALSE").ToBool(true) == false && !ConfigData("0"));
 /// assert(!ConfigData().IsValid() && ConfigData("").IsValid());
 /// @endcode
@@ -101,15 +101,15 @@ class UTIL_API ConfigData {
   ///@}
 
   ///@{
-  /// @return The string as a number; `defaultValue` when it is not wholly such a number, or out of the type's
-  /// range.
+  /// @return The string as a number; `defaultValue` when the whole string is not such a number, or out of the
+  /// type's range.
   int ToInt(int defaultValue = 0) const noexcept;
   unsigned int ToUInt(unsigned int defaultValue = 0) const noexcept;
   long ToInt64(long defaultValue = 0) const noexcept;
   double ToDouble(double defaultValue = 0.0) const noexcept;
   ///@}
-  /// @return The string as a flag: "true" and "false" in any letter case, and numbers, of which zero is false;
-  /// `defaultValue` for every other string.
+  /// @return The string as a flag: "true" and "false" in any letter case, and numbers, of which zero is
+  /// false; `defaultValue` for every other string.
   bool ToBool(bool defaultValue = false) const noexcept;
 
   /// Whether both are empty, or both hold the same string.

@@ -40,8 +40,8 @@ struct UTIL_API low_tick_policy {
   static long max_time_value();
 };
 
-/// @return The process-wide time in microseconds that meters use in place of their clock; -1, as at the start:
-/// none.
+/// @return The process-wide time in microseconds that meters use in place of their clock; -1, as at the
+/// start: none.
 UTIL_API long get_mock_time();
 /// Sets the time that meters use in place of their clock.
 /// @param time  in microseconds; the value that makes get_mock_time() -1, all bits set, switches mocking off

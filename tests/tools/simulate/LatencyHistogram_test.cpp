@@ -55,9 +55,9 @@ TEST(LatencyHistogram, GivesQuantilesToAThirtySecondOfTheirValue) {
   std::sort(all.begin(), all.end());
   for (const double share : {0.01, 0.25, 0.5, 0.9, 0.99}) {
     const auto exact = static_cast<double>(all[static_cast<std::size_t>(share * 20000)]);
-    const auto told = static_cast<double>(histogram.Quantile(share));
-    EXPECT_GE(told, exact) << share;
-    EXPECT_LE(told, exact * (1 + 1.0 / 32)) << share;
+    const auto quantile = static_cast<double>(histogram.Quantile(share));
+    EXPECT_GE(quantile, exact) << share;
+    EXPECT_LE(quantile, exact * (1 + 1.0 / 32)) << share;
   }
   EXPECT_EQ(histogram.Greatest(), all.back());
 }
