@@ -32,12 +32,21 @@ std::string Unexpected(const std::string& argument, const CLI::App& app, const C
   return "\"" + argument + "\" is one argument too many";
 }
 
+// What CLI11 says of the number of an option's values, in the words of the other messages.
+std::string AboutValues(const std::string& message) {
+  const std::string option = message.substr(0, message.find(':'));
+  return option + (message.ends_with("missing") ? ": a value is missing" : ": it is given more than once");
+}
+
 std::string Reason(const CLI::ParseError& error, const CLI::App& app, const CLI::App& command) {
   const std::vector<std::string> unexpected = app.remaining(true);
-  const bool needsCommand = &command == &app && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-  if (needsCommand && unexpected.empty()) return "a command is missing";
-  const bool isUnexpected = needsCommand || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
-  return isUnexpected && !unexpected.empty() ? Unexpected(unexpected.front(), app, command) : error.what();
+  const bool isIncomplete = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  if (isIncomplete || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+    if (!unexpected.empty()) return Unexpected(unexpected.front(), app, command);
+    if (&command == &app) return "a command is missing";
+  }
+  const bool isAboutValues = dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr;
+  return isAboutValues ? AboutValues(error.what()) : error.what();
 }
 
 }  // namespace

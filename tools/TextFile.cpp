@@ -85,7 +85,7 @@ std::string ReadFile(const std::string& file) {
 
 std::string ForeignEncoding(std::string_view text) {
   using namespace std::string_view_literals;
-  if (text.find_first_not_of(" \t\n\v\f\r") == text.npos) return "the file is empty";
+  if (text.find_first_not_of(" \t\n\v\f\r\0"sv) == text.npos) return "the file is empty";
   if (text.starts_with("\xEF\xBB\xBF")) return "begins with a byte order mark: save it as UTF-8 without one";
   // The mark, or an ASCII character and the zero bytes beside it.
   const bool isUtf32 = text.starts_with("\xFF\xFE\0\0"sv) || text.starts_with("\0\0"sv) ||

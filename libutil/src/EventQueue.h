@@ -40,8 +40,7 @@ class Completion;
 /// - takeArrivals() releases, push() acquires: see announce().
 /// - Open() releases, IsOpen() acquires: whoever sees the queue open sees the thread's id.
 /// - Everything else is relaxed: the word alone decides there, and its modification order has one event
-///   accepted
-///   either before Close() or not at all.
+///   accepted either before Close() or not at all.
 ///
 /// An event's address may come back while a push() is between its load and its exchange (the ABA problem).
 /// That does no harm: the exchange then links to the event that has this address now, and it is the latest.

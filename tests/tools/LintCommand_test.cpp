@@ -224,6 +224,7 @@ TEST(LintCommand, NamesTheEncodingOfATextThatIsNoUtf8) {
   const std::pair<std::string, std::string> rows[] = {
       {"", " the file is empty"},
       {" \n\t", " the file is empty"},
+      {"\0"s, " the file is empty"},
       {"\xEF\xBB\xBF{}", " begins with a byte order mark: save it as UTF-8 without one"},
       {"\xFF\xFE{\0}\0"s, utf16},
       {"\xFE\xFF\0{\0}"s, utf16},

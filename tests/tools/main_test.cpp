@@ -57,6 +57,9 @@ TEST(Tessel, SuggestsTheNearestCommandOrOption) {
       {{"lint", "a.json", "--format", "jsn"},
        "--format: expected text or json or github, not \"jsn\" (did you mean \"json\"?) (tessel lint --help "
        "tells more)"},
+      {{"apply", "--wacth"},
+       "there is no option \"--wacth\" (did you mean \"--watch\"?) (tessel apply --help tells more)"},
+      {{"apply"}, "FILE is required (tessel apply --help tells more)"},
       {{"stats", "a", "b"}, "\"b\" is one argument too many (tessel stats --help tells more)"},
   };
   for (const auto& [arguments, reason] : refusals) {
@@ -65,6 +68,17 @@ TEST(Tessel, SuggestsTheNearestCommandOrOption) {
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.status, 2);
   }
+}
+
+TEST(Tessel, SaysThatAnOptionLacksItsValueOrIsGivenTwice) {
+  Program program;
+  program.File("a.json", "{}");
+  EXPECT_EQ(program.Run({"apply", "a.json", "--dump"}).err,
+            "tessel: --dump: a value is missing (tessel apply --help tells more)\n");
+  EXPECT_EQ(program.Run({"toggles", "--from"}).err,
+            "tessel: --from: a value is missing (tessel toggles --help tells more)\n");
+  EXPECT_EQ(program.Run({"apply", "a.json", "--trace", "1", "--trace", "2"}).err,
+            "tessel: --trace: it is given more than once (tessel apply --help tells more)\n");
 }
 
 TEST(Tessel, RefusesAFileWithoutAName) {
