@@ -40,20 +40,24 @@ void DropAll() {
   }
 }
 
-// The registry's map. Made by the first use, which may come from a static object that is constructed before
-// this library is initialised; whoever comes first in that way ends after the stores were dropped at exit.
-// Never destroyed: what ends later still finds it.
+// The registry's map: null until the first use, which may come from a static object that is constructed before
+// this library is initialised. Never destroyed: what ends after the stores were dropped at exit still finds it.
+constinit Stores* g_mapConfigs = nullptr;
+
 Stores& TheStores() {
-  static Stores& stores = *new Stores;
-  static const struct DropAllAtExit {
-    ~DropAllAtExit() { DropAll(); }
-  } dropAllAtExit;
-  return stores;
+  static const struct Lifetime {
+    Lifetime() { g_mapConfigs = new Stores; }
+    ~Lifetime() { DropAll(); }
+  } lifetime;
+  return *g_mapConfigs;
 }
 
-// Made at the latest when the library is loaded: static objects that are constructed later end before the
-// stores do, whether or not they are the first to use one.
-[[maybe_unused]] const Stores& g_madeAtLoad = TheStores();
+// Made at the latest when the library is loaded, in a static program before every constructor of a later
+// priority: static objects end before the stores do, whether or not they have used one by then. The registry
+// of the statistics comes first.
+[[gnu::constructor(102)]] void MakeEarly() {
+  TheStores();
+}
 
 // Takes one reference and returns how many are left; at none, destroys the store and its entry.
 int DropReference(Stores::iterator position) {

@@ -1,6 +1,5 @@
-// Objects with static storage that use the registry before its source is initialised, and after the stores
-// are dropped, as those of a program that links the library statically may. A fault ends the process early or
-// late.
+// Objects with static storage that are constructed before those of a program that have no priority, and what
+// they find when they end. A fault ends the process early or late.
 
 #include <gtest/gtest.h>
 
@@ -15,10 +14,11 @@ namespace {
 
 constexpr KalConfigGroup kAudio = KAL_CONFIG_GROUP_AUDIO;
 
-// Constructed before the library's own static objects, in this order.
-#define INITIALISED_EARLY(order) __attribute__((init_priority(1000 + (order))))
+// Constructed in this order; the registry is made between the first and the second, where nobody uses it
+// earlier.
+#define INITIALISED_EARLY(order) __attribute__((init_priority(100 + (order))))
 
-// Constructed before the registry is made, so it ends after the stores have been dropped.
+// Ends after the stores have been dropped.
 INITIALISED_EARLY(1) const struct UsesTheRegistryLast {
   ~UsesTheRegistryLast() {
     IKalConfig* store = nullptr;
@@ -29,12 +29,20 @@ INITIALISED_EARLY(1) const struct UsesTheRegistryLast {
   }
 } g_usesTheRegistryLast;
 
+// Ends before the stores are dropped, like a facade that is bound later, though it does not use the registry
+// when it is constructed.
+INITIALISED_EARLY(3) const struct FindsTheStores {
+  ~FindsTheStores() {
+    if (GetKalConfigSizeForUT() == 0) std::abort();
+  }
+} g_findsTheStores;
+
 int g_notified = 0;
-INITIALISED_EARLY(2) KalConfigHelper g_facade(77);
-INITIALISED_EARLY(3)
+INITIALISED_EARLY(4) KalConfigHelper g_facade(77);
+INITIALISED_EARLY(5)
 Subscription g_subscription(g_facade, kAudio, "name", [](const KalConfigEvent&) { ++g_notified; });
 
-TEST(StaticFacade, MayBeConstructedBeforeTheRegistryIsInitialised) {
+TEST(StaticFacade, WorksFromItsConstructionOn) {
   EXPECT_EQ(1U, GetKalConfigSizeForUT());
   KalConfigHelper other(77);
   EXPECT_EQ(kResultOk, other.SetKalConfig("name", "1", kAudio));
