@@ -49,6 +49,12 @@ auto Find(Map& records, const Record& record) {
 KalConfigObserverHelper::~KalConfigObserverHelper() {
   try {
     Clean();
+    // What still waits for a store ends while every member lives: its callback may own a Subscription of this
+    // facade.
+    for (RecordsByName& records : m_records) {
+      RecordsByName::Map waiting;  // Ends after the lock, like `replaced` in File().
+      RecordsByName::Locked(records)->swap(waiting);
+    }
   } catch (...) {
     // A destructor completes; the first thing that Clean() does shuts the callbacks off.
   }
@@ -118,7 +124,8 @@ std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record)
     id = registerWith(*store, record);
     if (id != 0) m_recordsById.Set(id, record);
   } catch (...) {
-    if (id != 0) store->UnsubscribeConfig(id);
+    // The store has taken it back, or does now, but may still deliver late.
+    record->m_callback.Remove([&] { return id == 0 ? kResultOk : store->UnsubscribeConfig(id); });
     erase(record);
     throw;
   }

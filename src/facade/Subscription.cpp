@@ -19,7 +19,9 @@ class SubscriptionRegistration {
   /// A refused registration can be begun again: the name may be free by then.
   void Begin() { m_isSubscribed = subscribe(); }
   bool IsSubscribed() const { return m_isSubscribed; }
-  virtual GuardedCallback& Callback() = 0;
+  /// Null once nothing notifies it any more. Not owned for longer: the callback may own the Subscription, and
+  /// both end when the store or facade lets the callback go.
+  virtual std::shared_ptr<GuardedCallback> Callback() const = 0;
 
  private:
   virtual bool subscribe() = 0;
@@ -31,25 +33,34 @@ class StoreRegistration final : public SubscriptionRegistration {
  public:
   StoreRegistration(IKalConfig& store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
                     ACmThread* pRunThread, bool bAsync)
-      : m_store(store),
-        m_callback(std::make_shared<GuardedCallback>(std::move(fn), bAsync && pRunThread != nullptr)) {
+      : m_store(store) {
+    const auto callback = std::make_shared<GuardedCallback>(std::move(fn), bAsync && pRunThread != nullptr);
     fnConfigChangedCallBack guarded;  // The store refuses an empty one itself.
-    if (!m_callback->IsEmpty()) {
-      guarded = [callback = m_callback](const KalConfigEvent& event) { callback->Run(event); };
+    if (!callback->IsEmpty()) {
+      guarded = [callback](const KalConfigEvent& event) { callback->Run(event); };
     }
-    m_id = m_store.SubscribeConfig(group, name, std::move(guarded), pRunThread, bAsync);
+    try {
+      m_id = m_store.SubscribeConfig(group, name, std::move(guarded), pRunThread, bAsync);
+    } catch (...) {
+      // The store has taken it back, but may still deliver late.
+      callback->Remove([] { return kResultOk; });
+      throw;
+    }
+    m_callback = callback;
   }
   ~StoreRegistration() override {
-    if (m_id != 0) m_callback->Remove([this] { return m_store.UnsubscribeConfig(m_id); });
+    if (const auto callback = Callback()) {
+      callback->Remove([this] { return m_store.UnsubscribeConfig(m_id); });
+    }
   }
 
-  GuardedCallback& Callback() override { return *m_callback; }
+  std::shared_ptr<GuardedCallback> Callback() const override { return m_callback.lock(); }
 
  private:
   bool subscribe() override { return m_id != 0; }
 
   IKalConfig& m_store;
-  const std::shared_ptr<GuardedCallback> m_callback;
+  std::weak_ptr<GuardedCallback> m_callback;  // Owned by what the store holds.
   SubscribeId_t m_id = 0;
 };
 
@@ -58,23 +69,39 @@ class FacadeRegistration final : public SubscriptionRegistration {
   FacadeRegistration(KalConfigHelper& facade, KalConfigGroup group, const char* name,
                      fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync)
       : m_helper(*facade.m_pObserverHelper),
-        m_record(facade.makeRecord(name, std::move(fn), group, pRunThread, bAsync)) {}
+        m_unfiled(facade.makeRecord(name, std::move(fn), group, pRunThread, bAsync)) {}
   ~FacadeRegistration() override {
-    if (m_record != nullptr) m_helper.Remove(m_record);
+    if (const auto record = m_filed.lock()) m_helper.Remove(record);
   }
 
-  GuardedCallback& Callback() override { return m_record->m_callback; }
+  std::shared_ptr<GuardedCallback> Callback() const override {
+    const auto record = m_filed.lock();
+    return record == nullptr ? nullptr : std::shared_ptr<GuardedCallback>(record, &record->m_callback);
+  }
 
  private:
-  bool subscribe() override { return m_record != nullptr && m_helper.File(m_record).has_value(); }
+  bool subscribe() override {
+    if (m_unfiled == nullptr || !m_helper.File(m_unfiled)) return false;
+    m_filed = std::exchange(m_unfiled, nullptr);
+    return true;
+  }
 
   KalConfigObserverHelper& m_helper;
-  const KalConfigObserverHelper::Record m_record;
+  KalConfigObserverHelper::Record m_unfiled;                             // Until the facade has it,
+  std::weak_ptr<KalConfigObserverHelper::Record::element_type> m_filed;  // and from then on.
 };
 
 }  // namespace internal
 
 using namespace internal;
+
+namespace {
+
+std::shared_ptr<GuardedCallback> CallbackOf(const std::shared_ptr<SubscriptionRegistration>& registration) {
+  return registration == nullptr ? nullptr : registration->Callback();
+}
+
+}  // namespace
 
 Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* name,
                            fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync) {
@@ -105,15 +132,16 @@ Subscription::operator bool() const {
 }
 
 void Subscription::Pause() {
-  if (*this) m_registration->Callback().Pause();
+  if (const auto callback = CallbackOf(m_registration)) callback->Pause();
 }
 
 void Subscription::Resume() {
-  if (*this) m_registration->Callback().Resume();
+  if (const auto callback = CallbackOf(m_registration)) callback->Resume();
 }
 
 bool Subscription::IsPaused() const {
-  return *this && m_registration->Callback().IsPaused();
+  const auto callback = CallbackOf(m_registration);
+  return callback != nullptr && callback->IsPaused();
 }
 
 }  // namespace kalStore

@@ -3,8 +3,10 @@
 // Whichever way the subscription was removed, user code is not reached.
 #include <atomic>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "WaysToSubscribe.h"
 #include "tessel/post.h"
@@ -127,6 +129,50 @@ TEST_P(LateDelivery, BehindTheCallbackThatRemovesItselfIsDropped) {
     EXPECT_EQ(m_notified, 1) << isAsync;
     m_setter.UnsubscribeConfig("a", kGroup);
     m_setter.RemoveKalConfig("a", kGroup);
+  }
+}
+
+// What the initial delivery throws takes the subscription back, like a removal on that thread.
+TEST_F(LateDelivery, HandedOverWhileTheInitialDeliveryThrowsIsDropped) {
+  const CallStore store(kCall);
+  KalConfigHelper facade(kCall);
+  Subscription replaced;
+  const std::function<void(fnConfigChangedCallBack)> subscribers[] = {
+      [&](fnConfigChangedCallBack fn) { facade.SubscribeConfig("a", std::move(fn), kGroup, &m_thread); },
+      [&](fnConfigChangedCallBack fn) { Subscription(facade, kGroup, "a", std::move(fn), &m_thread); },
+      [&](fnConfigChangedCallBack fn) {
+        replaced = Subscription(facade, kGroup, "a", [](const KalConfigEvent&) {});
+        replaced = Subscription(facade, kGroup, "a", std::move(fn), &m_thread);
+      },
+      [&](fnConfigChangedCallBack fn) { Subscription(*store, kGroup, "a", std::move(fn), &m_thread); }};
+  for (const auto& subscribe : subscribers) {
+    m_setter.SetKalConfig("a", 0, kGroup);
+    Gate goOn, announced;
+    OnAnnounced([&](const KalConfigEvent& event) {
+      if (event.m_newValue == ConfigData(1)) announced.Open();
+    });
+    std::thread setter([&] {
+      goOn.Wait();
+      m_setter.SetKalConfig("a", 1, kGroup);
+    });
+    m_notified = 0;
+    bool hasThrown = false;
+    Send(m_thread, [&] {
+      try {
+        subscribe([&](const KalConfigEvent&) {
+          ++m_notified;
+          goOn.Open();
+          announced.Wait();
+          throw std::runtime_error("initial");
+        });
+      } catch (const std::runtime_error&) {
+        hasThrown = true;
+      }
+    });
+    setter.join();
+    EXPECT_TRUE(hasThrown);
+    EXPECT_EQ(m_notified, 1) << &subscribe - subscribers;
+    m_setter.UnsubscribeConfig("a", kGroup);
   }
 }
 

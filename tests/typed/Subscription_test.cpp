@@ -26,6 +26,12 @@ class Subscriptions : public TypedTest {
     return Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", [this](const KalConfigEvent&) { ++m_notified; });
   }
 
+  static std::weak_ptr<Subscription> OwnedByItsCallback(ConfigRef store) {
+    const auto owner = std::make_shared<Subscription>();
+    *owner = Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", [owner](const KalConfigEvent&) {});
+    return owner;
+  }
+
   CallStore m_call{kCall};
   KalConfigHelper m_facade{kCall};
   std::atomic<int> m_notified{0};
@@ -319,11 +325,7 @@ TEST_F(Subscriptions, CanMoveInsideTheirCallback) {
 }
 
 TEST_F(Subscriptions, CanBelongToTheirOwnCallback) {
-  const auto subscribe = [](ConfigRef store) {
-    const auto owner = std::make_shared<Subscription>();
-    *owner = Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", [owner](const KalConfigEvent&) {});
-    return std::weak_ptr(owner);
-  };
+  const auto subscribe = &Subscriptions::OwnedByItsCallback;
   for (const ConfigRef store : {ConfigRef(*m_call), ConfigRef(m_facade)}) {
     std::weak_ptr<Subscription> subscription = subscribe(store);
     subscription.lock().get()->Remove();
@@ -343,6 +345,40 @@ TEST_F(Subscriptions, CanBelongToTheirOwnCallback) {
     EXPECT_EQ(m_facade.SetKalConfig("A", 1, KAL_CONFIG_GROUP_AUDIO, true), kResultNobody);
   }
   EXPECT_EQ(m_notified, 0);
+}
+
+TEST_F(Subscriptions, OwnedByTheirOwnCallbackEndWithTheStoreOrFacade) {
+  std::weak_ptr<Subscription> subscription;
+  {
+    const CallStore call(kCall + 1, CallStore::kEndsCall);
+    subscription = OwnedByItsCallback(*call);
+    EXPECT_FALSE(subscription.expired());
+  }
+  EXPECT_TRUE(subscription.expired());
+  for (const std::uint32_t callId : {kCall, kNoCallId}) {
+    {
+      KalConfigHelper facade(callId);
+      subscription = OwnedByItsCallback(facade);
+      EXPECT_FALSE(subscription.expired());
+    }
+    EXPECT_TRUE(subscription.expired()) << callId;
+  }
+}
+
+TEST_F(Subscriptions, OwnedByACallbackOfTheSameFacadeEndWithItWhetherOrNotItIsBound) {
+  const KalConfigGroup kOwner = KAL_CONFIG_GROUP_VIDEO;
+  for (const std::uint32_t callId : {kCall, kNoCallId}) {
+    for (const KalConfigGroup owned : {KAL_CONFIG_GROUP_AUDIO, kOwner, KAL_CONFIG_GROUP_UNIT_TEST}) {
+      std::weak_ptr<Subscription> watch;
+      {
+        KalConfigHelper facade(callId);
+        auto subscription = std::make_shared<Subscription>(facade, owned, "B", [](const KalConfigEvent&) {});
+        watch = subscription;
+        facade.SubscribeConfig("A", [subscription](const KalConfigEvent&) {}, kOwner);
+      }
+      EXPECT_TRUE(watch.expired()) << callId << ", " << owned;
+    }
+  }
 }
 
 TEST_F(Subscriptions, DropAPostedDeliveryThatHasNotBegun) {
