@@ -25,7 +25,7 @@ constexpr bool IsStored(std::int32_t setResult) {
   return setResult == kResultOk || setResult == kResultNobody || setResult == kResultUnchanged;
 }
 
-/// A call's settings, by way of its store or of a facade: what typed.h works on. Pass either where a
+/// A call's settings, through its store or through a facade: what typed.h works on. Pass either where a
 /// ConfigRef is asked for.
 ///
 /// KAL_CONFIG_GROUP_DEFAULT is a facade's default group; a store refuses it.

@@ -34,7 +34,7 @@ class NameIndex {
   std::vector<std::string_view> m_names;
   std::unordered_set<std::string_view> m_known;
   std::vector<LetterCounts> m_counts;       // Of m_names, as far as they were needed.
-  std::vector<std::uint8_t> m_differences;  // Of each name's counts from those of the text at hand.
+  std::vector<std::uint8_t> m_differences;  // Of each name's counts from those of the current string.
   std::size_t m_work = 0;                   // Names looked at, and letters compared with letters.
 };
 

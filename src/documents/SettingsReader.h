@@ -99,11 +99,11 @@ class SettingsReader {
   In m_in = In::kNothing;
   In m_around = In::kNothing;                      // Of what is skipped.
   std::size_t m_skipped = 0;                       // Objects and arrays that are open in it.
-  KalConfigGroup m_group = KAL_CONFIG_GROUP_LAST;  // Of the member at hand; LAST when its name is unknown.
+  KalConfigGroup m_group = KAL_CONFIG_GROUP_LAST;  // Of the current member; LAST when its name is unknown.
   std::size_t m_element = 0;                       // How many elements of the group came before.
-  const char* m_entry = nullptr;                   // The place of the entry at hand.
+  const char* m_entry = nullptr;                   // The place of the current entry.
   std::array<Part, 2> m_parts{{{"key"}, {"value"}}};
-  Part* m_part = nullptr;  // Of the entry's member at hand; null when it is another one.
+  Part* m_part = nullptr;  // Of the entry's current member; null when it is another one.
 };
 
 }  // namespace kalStore::internal

@@ -4,7 +4,7 @@
 
 namespace kalStore::internal {
 
-/// The configuration key of a toggle, for ever valid; null for an id that is no toggle.
+/// The configuration key of a toggle, always valid; null for an id that is no toggle.
 const char* FeatureToggleKey(KalFeatureToggleID id);
 
 }  // namespace kalStore::internal

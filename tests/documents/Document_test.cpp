@@ -299,7 +299,7 @@ TEST_F(StoreDocument, DumpsAllThirteenGroups) {
   }
 }
 
-TEST_F(StoreDocument, DumpsNamesByteWiseAscendingAndValuesAsText) {
+TEST_F(StoreDocument, DumpsNamesInByteOrderAndValuesAsStrings) {
   Set("b", 2);
   Set("a", 1.5);
   Set("B", true);

@@ -92,7 +92,7 @@ TEST_F(KalConfigHelperTest, SharesTheStoreOfItsCall) {
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore + 1);
 }
 
-TEST_F(KalConfigHelperTest, GivesItsReferenceBackAtItsEnd) {
+TEST_F(KalConfigHelperTest, ReleasesItsReferenceAtItsEnd) {
   {
     const KalConfigHelper facade(kCall);
     EXPECT_EQ(CleanUpKalConfig(kCall), 0);

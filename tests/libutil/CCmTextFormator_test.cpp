@@ -43,12 +43,12 @@ TEST(TextFormator, StartsEmpty) {
   EXPECT_EQ(formator.tell(), 0u);
 }
 
-TEST(TextFormator, JoinsTextsAndNumbers) {
+TEST(TextFormator, JoinsStringsAndNumbers) {
   EXPECT_EQ(textOf([](CCmTextFormator& f) { f << "a=" << 3 << ", b=" << CCmString("x") << ", c=" << -4L; }),
             "a=3, b=x, c=-4");
 }
 
-TEST(TextFormator, WritesNothingForANullText) {
+TEST(TextFormator, WritesNothingForANullString) {
   EXPECT_EQ(textOf([](CCmTextFormator& f) { f << "a" << static_cast<const char*>(nullptr) << "b"; }), "ab");
 }
 

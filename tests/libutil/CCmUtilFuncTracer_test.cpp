@@ -78,7 +78,7 @@ TEST(FuncTracer, CutsTheEndOfALineThatBarelyFits) {
   EXPECT_EQ(log.Lines()[1].text, text + " le");
 }
 
-TEST(FuncTracer, ToleratesANullText) {
+TEST(FuncTracer, ToleratesANullString) {
   TraceLog log(2);
   {
     CCmUtilFuncTracer tracer(0, nullptr);
@@ -87,7 +87,7 @@ TEST(FuncTracer, ToleratesANullText) {
   EXPECT_EQ(log.Lines()[0].text, " enter");
 }
 
-TEST(FuncTracer, CutsALongTextAtTheEndOfALine) {
+TEST(FuncTracer, CutsALongStringAtTheEndOfALine) {
   TraceLog log(2);
   {
     CCmUtilFuncTracer tracer(2, std::string(5000, 'x').c_str());

@@ -72,7 +72,7 @@ TEST(BoundedSet, SetsNoMoreThanTheDestination) {
   EXPECT_EQ(memset_s(nullptr, 1, 0, 1), EINVAL);
 }
 
-TEST(BoundedText, CopiesTextsThatFitAndEmptiesOtherwise) {
+TEST(BoundedText, CopiesStringsThatFitAndEmptiesOtherwise) {
   for (std::size_t length = 0; length <= kLargest; ++length) {
     const std::string source = std::string("abcdefghijklmno").substr(0, length);
     for (std::size_t size = 0; size <= kLargest + 1; ++size) {

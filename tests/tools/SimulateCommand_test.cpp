@@ -266,7 +266,7 @@ TEST(SimulateCommand, ShowsStringsOfDocumentsInTheReportAsText) {
     EXPECT_THAT(report, Not(HasSubstr(markup)));
 }
 
-TEST(SimulateCommand, CutsLongTextsInTheReportBetweenCharacters) {
+TEST(SimulateCommand, CutsLongStringsInTheReportBetweenCharacters) {
   std::string value(399, 'x');
   for (int i = 0; i < 100; ++i) value += "\u00e9";
   Program program;

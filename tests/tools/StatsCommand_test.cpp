@@ -197,7 +197,7 @@ TEST(StatsCommand, PrintsALinePerBlockAsCsv) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(StatsCommand, QuotesTextsInCsv) {
+TEST(StatsCommand, QuotesStringsInCsv) {
   std::string block(2064, '\0');
   std::memcpy(block.data() + 1984, "a,\"b\"", 5);
   const Finished run = Program().Input(block).Run({"stats", "--csv", "-"});

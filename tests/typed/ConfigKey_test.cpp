@@ -73,7 +73,7 @@ TEST_F(Key, ReadsAndWritesTheValueThatOthersSee) {
   EXPECT_EQ(kGain.Get(*m_call), 2.0);
 }
 
-TEST_F(Key, RefusesAStoredValueThatIsNotWhollyOfItsType) {
+TEST_F(Key, RefusesAStoredValueThatIsNotAWholeOneOfItsType) {
   for (const ConfigRef ref : m_refs) {
     for (const char* text : {"fast", "15.0", "15 ", "", "2147483648"}) {
       m_facade.SetKalConfig("MaxFps", text, KAL_CONFIG_GROUP_VIDEO);

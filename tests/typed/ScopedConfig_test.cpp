@@ -22,7 +22,7 @@ class Scope : public TypedTest {
 
 }  // namespace
 
-TEST_F(Scope, PutsBackWhatStoodBefore) {
+TEST_F(Scope, RestoresThePreviousValue) {
   for (const ConfigRef ref : m_refs) {
     m_facade.SetKalConfig("MaxFps", "fast", KAL_CONFIG_GROUP_VIDEO);
     {
@@ -95,7 +95,7 @@ TEST_F(Scope, DoesNothingWhenTheValueIsRefused) {
   EXPECT_FALSE(ScopedConfig(*m_call, KAL_CONFIG_GROUP_VIDEO, nullptr, 1).IsInPlace());
 }
 
-TEST_F(Scope, PutsBackWhatStoodBeforeWhenACallbackThrows) {
+TEST_F(Scope, RestoresThePreviousValueWhenACallbackThrows) {
   kMaxFps.Set(*m_call, 15);
   const auto subscription = kMaxFps.Subscribe(*m_call, [](const ConfigReading<int>& reading) {
     if (reading.value == 5) throw std::runtime_error("too slow");

@@ -161,7 +161,7 @@ TEST_F(Subscriptions, AreNotMadeWhenTheInitialDeliveryThrows) {
   EXPECT_NO_THROW(Set(2));
 }
 
-TEST_F(Subscriptions, AreMadeWhollyOrNotAtAllWhenAnAllocationFails) {
+TEST_F(Subscriptions, AreMadeWholeOrNotAtAllWhenAnAllocationFails) {
   for (std::size_t n = 1;; ++n) {
     FailAllocation nth(n);
     try {
