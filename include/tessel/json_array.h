@@ -76,8 +76,9 @@ class TESSEL_API Array {
   /// @invalidates References and iterators.
   template <class... Args>
   Value& emplace_back(Args&&... args) {
-    push_back(Value(std::forward<Args>(args)...));
-    return m_elements.back();
+    Value value(std::forward<Args>(args)...);
+    push_back(std::move(value));
+    return m_elements.back();  // Before `value` ends: this array may be a part of it.
   }
   /// The same as push_back().
   /// @param value  any

@@ -7,14 +7,16 @@ namespace kalStore {
 
 using namespace internal;
 
-// The caller's text is read whole before the first set: a callback may free it.
+// The caller's text is read whole before the first line and the first set: a trace sink or a callback may free
+// it, as by dumping the store whose dump is imported.
 std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
   if (szJsonConfig == nullptr) return kResultNotFound;
+  SettingsReader reader(szJsonConfig, SettingsReader::Findings::kNone);
+  const bool isRead = reader.Read();
   TESSEL_TRACE(2, "kalStore::KalConfig::ApplyKalConfigs",
                Cid{m_callId} << "szJsonConfig=" << szJsonConfig << This{this});
 
-  SettingsReader reader(szJsonConfig, SettingsReader::Findings::kNone);
-  if (!reader.Read()) return kResultNotFound;
+  if (!isRead) return kResultNotFound;
   for (const KalConfigGroup group : GroupsByName()) {
     // Goes with the group, so that the lists and what the store makes of them never take their memory
     // together.

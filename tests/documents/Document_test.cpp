@@ -220,6 +220,21 @@ TEST_F(StoreDocument, MayBeTheDumpThatACallbackReplaces) {
   EXPECT_EQ("2", Get(kVideo, "b"));
 }
 
+TEST_F(StoreDocument, MayBeTheDumpThatATraceSinkReplaces) {
+  Set("a", std::string(100, 'x'));
+  const char* const text = m_store.DumpKalConfigs(kAllConfigGroups);
+  m_store.RemoveKalConfigByGroup(kAudio);
+  const TraceLog log;  // Restores the mask and the sink.
+  set_util_trace_sink(
+      [](void* store, int, const char*, const char*, unsigned int) {
+        set_external_trace_mask(-1);
+        static_cast<KalConfig*>(store)->DumpKalConfigs(0);
+      },
+      &m_store);
+  EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text));
+  EXPECT_EQ(std::string(100, 'x'), Get("a"));
+}
+
 TEST_F(StoreDocument, EndsWithWhatACallbackThrowsAndKeepsWhatWasSetBefore) {
   Subscribe("b", [](const KalConfigEvent&) { throw std::runtime_error("no"); });
   EXPECT_THROW(m_store.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"1"},{"key":"b","value":"1"},

@@ -147,6 +147,13 @@ TEST(Array, HoldsItsFormerSelfWhenItIsMovedIntoAnElement) {
   EXPECT_EQ(json::SerializeArray(array), R"([[1,"two"]])");
 }
 
+TEST(Array, MayBeEmplacedInAPartOfItself) {
+  json::Array array;
+  array.push_back(json::Array());
+  array[0].ToArray().emplace_back(std::move(array));
+  EXPECT_TRUE(array.empty());
+}
+
 TEST(Array, CopiesAreIndependent) {
   json::Array array = sample();
   json::Array copy = array;
