@@ -25,11 +25,12 @@ TYPED_TEST(Clock, NeverGoesBack) {
 }
 
 TYPED_TEST(Clock, CountsMicroseconds) {
+  const long begin = timer_policy::now();
   const long before = TypeParam::now();
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   const long passed = TypeParam::now() - before;
   EXPECT_GE(passed, 35'000);  // The coarse clock is some milliseconds late.
-  EXPECT_LT(passed, 5'000'000);
+  EXPECT_LE(passed, timer_policy::now() - begin + 15'000);
 }
 
 TYPED_TEST(Clock, StaysFarBelowItsLargestValue) {
@@ -42,13 +43,14 @@ TEST(TickClock, StepsWholeMilliseconds) {
 }
 
 TEST(Clocks, AgreeWithinTheirSteps) {
+  const long before = timer_policy::now();
   const long coarse = low_tick_policy::now();
   const long tick = tick_policy::now();
-  const long fine = timer_policy::now();
-  EXPECT_GE(fine, tick);
-  EXPECT_GE(fine, coarse);
-  EXPECT_LT(fine - coarse, 1'000'000);
-  EXPECT_LT(fine - tick, 1'000'000);
+  const long after = timer_policy::now();
+  EXPECT_LE(coarse, after);
+  EXPECT_LE(tick, after);
+  EXPECT_GE(coarse, before - 1'000'000);
+  EXPECT_GT(tick, before - 1000);
 }
 
 TEST(MockTime, IsOffAtFirstAndAgainWithAllBitsSet) {

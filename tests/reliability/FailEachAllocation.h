@@ -24,7 +24,7 @@ class QuietTrace {
 };
 
 /// Runs `operation` on what `setup` returns, first with no allocation of the calling thread failing, then
-/// with its first, second, third... until none is left to fail. `check` is notified each time whether the
+/// with its first, second, third... until none is left to fail. `check` is given, each time, whether the
 /// operation returned; otherwise std::bad_alloc left it. Whatever else leaves it fails the test, and so does
 /// anything that is still allocated when the state is gone. Returns how many allocations failed.
 template <class Setup, class Operation, class Check>
