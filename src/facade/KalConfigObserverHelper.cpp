@@ -153,20 +153,18 @@ void KalConfigObserverHelper::Remove(const Record& record) {
     id = record->m_SubscribeId;
     if (id == 0 || id == kRegistering) erased = records->extract(found);
   }
-  if (id == kRegistering) {
-    awaitRegistration(*record);
-  } else if (id != 0) {
-    UnsubscribeConfig(id);
-  }
+  if (id == 0) return;
+  // What another thread registers, or removes already, ends there.
+  if (id == kRegistering || UnsubscribeConfig(id) == kResultNotFound) awaitEnd(*record);
 }
 
-void KalConfigObserverHelper::awaitRegistration(const ObserverRecord& record) {
+void KalConfigObserverHelper::awaitEnd(const ObserverRecord& record) {
   const long deadlineMs = CurrentWaitClock().nowMs() + kRemovalCeilingMs;
-  const auto isRegistering = [&] {
+  const auto hasEnded = [&] {
     const RecordsByName::Locked records(recordsOf(record.m_group));
-    return record.m_SubscribeId == kRegistering;
+    return record.m_SubscribeId == 0;
   };
-  while (isRegistering() && CurrentWaitClock().nowMs() < deadlineMs) CurrentWaitClock().sleepOneMs();
+  while (!hasEnded() && CurrentWaitClock().nowMs() < deadlineMs) CurrentWaitClock().sleepOneMs();
 }
 
 SubscribeId_t KalConfigObserverHelper::registerWith(IKalConfig& store, const Record& record) const {

@@ -85,7 +85,7 @@ class KalConfigObserverHelper {
   RecordsByName& recordsOf(KalConfigGroup group) { return m_records[static_cast<std::size_t>(group)]; }
   SubscribeId_t registerWith(IKalConfig& store, const Record& record) const;
   fnConfigChangedCallBack wrap(const Record& record) const;
-  void awaitRegistration(const internal::ObserverRecord& record);
+  void awaitEnd(const internal::ObserverRecord& record);
   void erase(const Record& record);
   bool waitForCallbacks() const;
   bool isAlive() const;

@@ -126,6 +126,34 @@ TEST_P(Waits, ForNothingWhenNothingRuns) {
 INSTANTIATE_TEST_SUITE_P(Removed, Waits, testing::ValuesIn(kWays),
                          [](const auto& row) { return std::string(row.param.name); });
 
+TEST(Removal, OfASubscriptionThatAnotherThreadRemovesByNameWaitsAsWell) {
+  TestClock clock;
+  KalConfigHelper setter(kCall), facade(kCall);
+  Gate running, removing, release;
+  std::atomic<bool> hasEnded{false};
+  Subscription subscription(facade, kGroup, "a", [&](const KalConfigEvent&) {
+    running.Open();
+    release.Wait();
+    hasEnded = true;
+  });
+  std::atomic<std::thread::id> owner;
+  clock.OnPause([&] {
+    (std::this_thread::get_id() == owner.load() ? release : removing).Open();
+    LetOthersRun();
+  });
+  std::thread settingThread([&] { setter.SetKalConfig("a", 1, kGroup); });
+  running.Wait();
+  std::thread remover([&] { EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), kResultOk); });
+  removing.Wait();
+  owner = std::this_thread::get_id();
+  subscription.Remove();
+  EXPECT_TRUE(hasEnded);
+  release.Open();
+  settingThread.join();
+  remover.join();
+  CleanUpKalConfig(kCall);
+}
+
 using Binding = FacadeTest;
 
 TEST_F(Binding, MakesNoSubscriptionThatItsInitialDeliveryRemoves) {
