@@ -571,9 +571,11 @@ class World {
       }
       case 8: {
         const std::uint64_t id = m_input.Byte();
+        Drain();  // What was posted and has not run is dropped with the subscription.
         return Compare([&] { return real.UnsubscribeConfig(id); }, [&] { return model.Unsubscribe(id); });
       }
       case 9:
+        Drain();
         return Compare([&] { return real.UnsubscribeConfig(NameOf(name), given); },
                        [&] { return model.Unsubscribe(name, group); });
       case 10:

@@ -142,7 +142,10 @@ def handler_id(handler):
 
 
 def handler_kind(handler):
-    if is_callable(member(handler, "m_fnNotify")):
+    # The record of a facade guards its change callback.
+    is_record = any(field.name == "m_callback" for field in handler.type.fields())
+    notify = member(member(handler, "m_callback"), "m_fn") if is_record else member(handler, "m_fnNotify")
+    if is_callable(notify):
         return "subscription"
     return "binding" if is_callable(member(handler, "m_fnInvoke")) else "empty handler"
 

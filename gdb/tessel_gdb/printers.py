@@ -305,7 +305,7 @@ PRINTERS = {
     "json::Array": JsonArray,
     "kalStore::atomMap<.*>": NamedValues,
     "kalStore::KalConfigObserverMgr<.*>": NamedHandlers,
-    "kalStore::ConfigEventHandler": Handler,
+    "kalStore::ConfigEventHandler|kalStore::internal::ObserverRecord": Handler,
     "kalStore::KalConfigEvent": Event,
     "kalStore::KalConfig": Store,
     "kalStore::KalConfigHelper": Facade,
