@@ -15,6 +15,11 @@ EXPORTED = r"(util|tessel)/\w+\.(h|def)"
 UTIL = r"util/\w+\.h"
 TRACE_HEADERS = r"tessel/(export|timer_fact|trace)\.h"
 JSON_HEADERS = r"tessel/(export|json|jsonHelper|json_\w+)\.h"
+STORE_HEADERS = (r"tessel/((I?KalConfig|KalConfig(Event|Group|ObserverMgr|Registry)|ConfigEventHandler|KalFeatureToggleID"
+                 r"|KalSessionType|ResultCode|atomMap)\.h|KalFeatureToggles\.def)")
+DOCUMENT_HEADERS = r"tessel/settings_check\.h"
+STATISTICS_HEADERS = (r"tessel/(CKalTessel|IKalUnknown|IKal(Audio|Media|Video)Info|Kal(Content)?(Audio|Video)StatisticInfo"
+                      r"|KalStatisticsTypes|ResultCode|Statistics(Blocks|Registration))\.h")
 
 # Folder or file, by pattern: what it may include. The first row that matches holds.
 FOLDERS = [
@@ -22,13 +27,17 @@ FOLDERS = [
     (r"libutil/src/", [UTIL, r"\w+\.h"]),
     (r"include/tessel/(export|timer_fact|trace)\.h$", [UTIL, TRACE_HEADERS]),
     (r"include/tessel/json\w*\.h$", [UTIL, JSON_HEADERS]),
+    (f"include/{STORE_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS]),
+    (f"include/{DOCUMENT_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS]),
+    (f"include/{STATISTICS_HEADERS}$", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS]),
     (r"include/tessel/", [EXPORTED]),
     (r"src/trace/", [UTIL, TRACE_HEADERS, "trace/.*"]),
     (r"src/json/", [UTIL, JSON_HEADERS, "json/.*"]),
-    (r"src/store/", [EXPORTED, "(trace|json|store)/.*"]),
-    (r"src/documents/", [EXPORTED, "(trace|json|store|documents)/.*"]),
+    (r"src/store/", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, "(trace|json|store)/.*"]),
+    (r"src/documents/", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, DOCUMENT_HEADERS,
+                         "(trace|json|store|documents)/.*"]),
     (r"src/facade/", [EXPORTED, "(trace|json|store|documents|facade)/.*"]),
-    (r"src/statistics/", [EXPORTED, "(trace|statistics)/.*"]),
+    (r"src/statistics/", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS, "(trace|statistics)/.*"]),
     (r"tools/", [EXPORTED, r"(simulate/)?\w+\.h"]),
     (r"examples/", [EXPORTED]),
 ]

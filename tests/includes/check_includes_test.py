@@ -14,7 +14,8 @@ class CheckIncludes(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.tree = Path(folder.name)
         for header in ("libutil/include/util/ConfigData.h", "libutil/src/EventList.h", "include/tessel/json.h",
-                       "include/tessel/trace.h", "include/tessel/KalConfig.h", "src/trace/TraceLine.h",
+                       "include/tessel/trace.h", "include/tessel/KalConfig.h", "include/tessel/KalConfigHelper.h",
+                       "include/tessel/settings_check.h", "include/tessel/CKalTessel.h", "src/trace/TraceLine.h",
                        "src/json/Reader.h", "src/store/Values.h", "src/documents/Import.h", "src/facade/Helper.h",
                        "src/statistics/Codec.h", "tools/Colour.h", "tools/simulate/Link.h"):
             self.write(header)
@@ -44,8 +45,9 @@ class CheckIncludes(unittest.TestCase):
         self.assert_allowed("src/json/a.cpp", "util/ConfigData.h", "tessel/json.h", "json/Reader.h")
         self.assert_allowed("src/store/a.cpp", "tessel/KalConfig.h", "json/Reader.h", "trace/TraceLine.h")
         self.assert_allowed("src/documents/a.cpp", "store/Values.h", "json/Reader.h")
-        self.assert_allowed("src/facade/a.cpp", "documents/Import.h", "store/Values.h")
-        self.assert_allowed("src/statistics/a.cpp", "trace/TraceLine.h", "tessel/KalConfig.h")
+        self.assert_allowed("src/documents/a.cpp", "tessel/settings_check.h", "tessel/KalConfig.h")
+        self.assert_allowed("src/facade/a.cpp", "documents/Import.h", "store/Values.h", "tessel/KalConfigHelper.h")
+        self.assert_allowed("src/statistics/a.cpp", "trace/TraceLine.h", "tessel/CKalTessel.h")
         self.assert_allowed("tools/a.cpp", "Colour.h", "simulate/Link.h", "tessel/json.h")
         self.assert_allowed("examples/a/main.cpp", "<tessel/json.h>", "<util/ConfigData.h>")
 
@@ -62,6 +64,16 @@ class CheckIncludes(unittest.TestCase):
         self.assert_refused("src/documents/a.cpp", "facade/Helper.h")
         self.assert_refused("src/facade/a.cpp", "statistics/Codec.h")
         self.assert_refused("src/statistics/a.cpp", "store/Values.h")
+
+    def test_no_layer_includes_exported_headers_of_what_is_above_it(self):
+        self.assert_refused("src/store/a.cpp", "tessel/KalConfigHelper.h")
+        self.assert_refused("src/store/a.cpp", "tessel/settings_check.h")
+        self.assert_refused("src/store/a.cpp", "tessel/CKalTessel.h")
+        self.assert_refused("src/documents/a.cpp", "tessel/KalConfigHelper.h")
+        self.assert_refused("src/statistics/a.cpp", "tessel/KalConfig.h")
+        self.assert_refused("include/tessel/IKalConfig.h", "tessel/KalConfigHelper.h")
+        self.assert_refused("include/tessel/settings_check.h", "tessel/KalConfigHelper.h")
+        self.assert_refused("include/tessel/StatisticsBlocks.h", "tessel/KalConfig.h")
 
     def test_only_exported_headers_leave_the_libraries(self):
         self.assert_refused("include/tessel/a.h", "store/Values.h")
