@@ -139,12 +139,16 @@ TEST_F(LateDelivery, HandedOverWhileTheInitialDeliveryThrowsIsDropped) {
   Subscription replaced;
   const std::function<void(fnConfigChangedCallBack)> subscribers[] = {
       [&](fnConfigChangedCallBack fn) { facade.SubscribeConfig("a", std::move(fn), kGroup, &m_thread); },
-      [&](fnConfigChangedCallBack fn) { Subscription(facade, kGroup, "a", std::move(fn), &m_thread); },
+      [&](fnConfigChangedCallBack fn) {
+        const Subscription made(facade, kGroup, "a", std::move(fn), &m_thread);
+      },
       [&](fnConfigChangedCallBack fn) {
         replaced = Subscription(facade, kGroup, "a", [](const KalConfigEvent&) {});
         replaced = Subscription(facade, kGroup, "a", std::move(fn), &m_thread);
       },
-      [&](fnConfigChangedCallBack fn) { Subscription(*store, kGroup, "a", std::move(fn), &m_thread); }};
+      [&](fnConfigChangedCallBack fn) {
+        const Subscription made(*store, kGroup, "a", std::move(fn), &m_thread);
+      }};
   for (const auto& subscribe : subscribers) {
     m_setter.SetKalConfig("a", 0, kGroup);
     Gate goOn, announced;
