@@ -86,7 +86,7 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   /// kMaxFps.Set(settings, 15);
   /// assert(subscription && first == 0 && second == 15);
   /// @endcode
-  Subscription& operator=(Subscription&& other);
+  Subscription& operator=(Subscription&& other) noexcept(false);
   ~Subscription() = default;
 
   /// @return Whether it is not empty.

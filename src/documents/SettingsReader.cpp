@@ -91,12 +91,12 @@ void SettingsReader::readGroupKey(const JsonString& key) {
   std::string name;
   key.AppendTo(name);
   m_group = GroupName2KalConfigGroup(name);
-  const bool isKnown = IsConfigGroup(m_group);
-  if (m_finds && !isKnown) {
+  if (!IsConfigGroup(m_group)) {
+    if (!m_finds) return;
     m_findings.push_back(finding(SettingsProblem::kUnknownGroup, key.Place(), name, "unknown group"));
     m_findings.back().name = std::move(name);
+    return;
   }
-  if (!isKnown) return;
   if (m_finds && group().key != nullptr) {
     m_findings.push_back(finding(SettingsProblem::kRepeatedGroup, group().key, name,
                                  "the group is repeated below; only the last one is read"));

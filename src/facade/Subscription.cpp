@@ -115,7 +115,7 @@ Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* na
   m_registration->Begin();
 }
 
-Subscription& Subscription::operator=(Subscription&& other) {
+Subscription& Subscription::operator=(Subscription&& other) noexcept(false) {
   if (this == &other) return *this;
   // Held here too: what the callback of the old one captured may own this object, which then ends with it.
   const std::shared_ptr<SubscriptionRegistration> assigned = std::move(other.m_registration);
