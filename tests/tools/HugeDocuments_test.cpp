@@ -34,3 +34,10 @@ TEST(HugeDocuments, AreCheckedAndCompared) {
   EXPECT_EQ(program.Run({"diff", "a.json", "b.json"}).status, 1);
   EXPECT_EQ(program.Run({"diff", "--exact", "a.json", "b.json"}).status, 1);
 }
+
+// Here because sanitizers need terabytes of address space for themselves.
+TEST(HugeDocuments, WithoutAnEndAreRefusedWhenMemoryRunsOut) {
+  const Finished run = Program().MemoryLimit(std::size_t{200} << 20).Run({"lint", "/dev/zero"});
+  EXPECT_EQ(run.err, "/dev/zero: cannot be read: not enough memory\n");
+  EXPECT_EQ(run.status, 2);
+}

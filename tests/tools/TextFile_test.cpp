@@ -25,11 +25,3 @@ TEST(TextFile, IsRefusedWhenItIsNoFile) {
     EXPECT_EQ(run.status, 2);
   }
 }
-
-#ifndef __SANITIZE_ADDRESS__  // It needs terabytes of address space for itself.
-TEST(TextFile, WithoutAnEndIsRefusedWhenMemoryRunsOut) {
-  const Finished run = Program().MemoryLimit(std::size_t{200} << 20).Run({"lint", "/dev/zero"});
-  EXPECT_EQ(run.err, "/dev/zero: cannot be read: not enough memory\n");
-  EXPECT_EQ(run.status, 2);
-}
-#endif
