@@ -6,7 +6,8 @@
 namespace kalStore {
 
 // Storage without a constructor or a destructor of its own; kalTesselInstant is its name as an object.
-alignas(CKalTessel) static constinit std::byte storage[sizeof(CKalTessel)] asm("tesselRegistryStorage"){};
+[[maybe_unused]] alignas(CKalTessel) static constinit std::byte storage[sizeof(CKalTessel)] asm(
+    "tesselRegistryStorage"){};
 extern CKalTessel kalTesselInstant __attribute__((alias("tesselRegistryStorage")));
 
 }  // namespace kalStore
