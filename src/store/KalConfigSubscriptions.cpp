@@ -29,6 +29,12 @@ void EmptyCallbacks(ConfigEventHandler& handler) {
   handler.m_fnInvoke = nullptr;
 }
 
+// Asked after a failure: a callback may have removed the handler, or ended the store, of which nothing may be used
+// then. Nothing is synchronised here: the callback has returned, and its end is known to this thread.
+bool IsRegistered(const ConfigEventHandler& handler) {
+  return handler.m_bRegistered.load(std::memory_order_relaxed);
+}
+
 }  // namespace
 
 SubscribeId_t KalConfig::SubscribeConfig(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
@@ -103,7 +109,7 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
   } catch (...) {
     // The caller will never learn the id: the subscription must not stay behind.
     FinishDelivery(*handlerPtr, threadId);
-    withdraw(handlerPtr);
+    if (IsRegistered(*handlerPtr)) withdraw(handlerPtr);
     throw;
   }
   FinishDelivery(*handlerPtr, threadId);
@@ -149,7 +155,7 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
   try {
     registerId(handlerPtr, 612);
   } catch (...) {
-    withdraw(handlerPtr);
+    if (IsRegistered(*handlerPtr)) withdraw(handlerPtr);
     throw;
   }
   return id;
@@ -170,9 +176,6 @@ void KalConfig::registerId(const ConfigEventHandler::Ptr& handlerPtr, int assert
 // Takes a registration back whose caller learns of a failure instead of the id. Waits like a removal for the
 // deliveries that other threads have begun.
 void KalConfig::withdraw(const ConfigEventHandler::Ptr& handlerPtr) {
-  // What failed may have been a callback that removed the handler, or ended the store. Nothing is
-  // synchronised here: the callback has returned, and its end is known to this thread.
-  if (!handlerPtr->m_bRegistered.load(std::memory_order_relaxed)) return;
   decltype(m_mapIDs)::Locked(m_mapIDs)->erase(handlerPtr->m_SubscribeId);
   unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr);
 }
