@@ -73,6 +73,6 @@ bool ConfigData::ToBool(bool defaultValue) const noexcept {
   double number = 0.0;
   const std::errc error = ReadWhole(m_text, number);
   if (error == std::errc::invalid_argument) return defaultValue;
-  // Out of a double's range, be it too large or too small, is not zero.
+  // Out of a double's range, too large or too small, is not zero.
   return error == std::errc::result_out_of_range || number != 0.0;
 }

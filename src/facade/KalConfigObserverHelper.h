@@ -61,7 +61,7 @@ class KalConfigObserverHelper {
   /// Puts the record in its place and registers it if there is a store. Returns the id; 0 when it waits for
   /// the store; nothing when its name is taken, or when it was removed. What is refused can be filed again.
   std::optional<SubscribeId_t> File(const Record& record);
-  /// Removes this very record, be it waiting or registered. Waits like UnsubscribeConfig() by id.
+  /// Removes this very record, whether it waits or is registered. Waits like UnsubscribeConfig() by id.
   void Remove(const Record& record);
 
   /// The id, or 0: refused, already there, or recorded for later.

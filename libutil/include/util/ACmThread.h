@@ -58,7 +58,7 @@ class UTIL_API ACmThread {
   /// thread-local objects included. Several threads may call at once; each returns when the thread has ended.
   /// The wait has no time limit.
   /// @return 0, also when the thread does not run; EDEADLK, and nothing has changed, when the thread itself
-  /// calls, be it from an event or from the destructor of a thread-local object.
+  /// calls, from an event as well as from the destructor of a thread-local object.
   int Stop();
 
   /// @return The thread's id from Start() until what was queued when it stopped has fired; otherwise 0.

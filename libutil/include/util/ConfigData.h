@@ -77,7 +77,7 @@ class UTIL_API ConfigData {
   }
   ~ConfigData() = default;
 
-  /// @return Whether the value holds a string, be it "".
+  /// @return Whether the value holds a string; "" counts as one.
   bool IsValid() const noexcept { return m_valid; }
   /// Makes the value empty; does not free the string's memory.
   void SetInvalid() noexcept {
