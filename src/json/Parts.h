@@ -1,5 +1,8 @@
 #pragma once
 
+#include <type_traits>
+#include <utility>
+
 #include "tessel/json_array.h"
 #include "tessel/json_object.h"
 #include "tessel/json_value.h"
@@ -16,7 +19,9 @@ bool IsPartOf(const void* part, const json::Array& whole);
 /// What a move hands over: the value itself, or a copy when `target` is a part of it.
 template <class Container>
 Container TakenFor(const void* target, Container&& source) {
-  return IsPartOf(target, source) ? Container(std::as_const(source)) : Container(std::move(source));
+  static_assert(!std::is_reference_v<Container>, "only what is moved is taken");
+  return IsPartOf(target, source) ? Container(std::as_const(source))
+                                  : Container(std::forward<Container>(source));
 }
 
 }  // namespace kalStore::internal
