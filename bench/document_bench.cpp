@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What does it cost to apply a settings document of 10,000 entries to an empty store and to dump one, beside
 // the same done with two JSON libraries and one ordered map for each group?
 //

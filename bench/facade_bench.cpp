@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What do a toggle, a read without a facade, and the construction and destruction of a facade cost?
 //
 //   facade_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How much memory does the import of a settings document of 10,000 entries take at its peak, the store that
 // it fills included, beside the document's text?
 //

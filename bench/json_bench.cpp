@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How fast are documents read and written, beside four other libraries, and what memory does a parsed one
 // take?
 //

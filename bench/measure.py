@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs the benchmarks of build/bench and compares them with the goals.
 
 A whole run is kept in build/bench/results.json, one with a FILTER in build/bench/filtered.json. Medians are kept,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What does it cost to notify subscribers of a change, to subscribe and unsubscribe, and to read a bound
 // name, compared with the signal libraries and with the simplest of them, a vector of std::function?
 //

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Draws the figures of the README and of docs/performance.md, each for a light and a dark page."""
 
 from html import escape

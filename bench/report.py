@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Reports a run of the benchmarks: on the console, in docs/performance.md and in docs/images."""
 
 import json

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What does it cost to measure (a setter), to report (a whole block), and to share an object (create and
 // release of a present key)? Each is compared with the least that the same work could cost:
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What does it cost to pass work to another thread, beside Boost.Asio, beside the simplest queue, a deque of
 // functions under a mutex with a condition variable (Floor), and beside a careful one for the same events
 // (Locked)?

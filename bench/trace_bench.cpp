@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What does a trace line cost where nobody wants it, and where somebody does?
 //
 //   trace_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What do a read and an overwrite through the facade cost, compared with the least that the same work could
 // cost (a look-up in an ordered map under a recursive mutex, and a copy) and with other libraries?
 //

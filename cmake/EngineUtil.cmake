@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # tessel::util from an engine's own prefix: <prefix>/include/util/util.h and libutil.so.
 
 find_path(TESSEL_UTIL_INCLUDE_DIR util/util.h PATHS "${TESSEL_UTIL_ROOT}" PATH_SUFFIXES include

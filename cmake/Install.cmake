@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # `cmake --install`: libraries, headers, and what find_package(tessel CONFIG) and `pkg-config tessel` read.
 # Components: runtime, what a built program needs; dev, what building one needs; tools, the `tessel` program.
 
@@ -46,6 +47,11 @@ configure_package_config_file(cmake/tesselConfig.cmake.in ${PROJECT_BINARY_DIR}/
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/tesselConfig.cmake ${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake
   DESTINATION ${tessel_cmake_dir})
+
+if(NOT TESSEL_PACKAGE)
+  # Debian packages refer to the distribution's copy.
+  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tessel COMPONENT runtime)
+endif()
 
 if(TESSEL_PACKAGE)
   # Where only the runtime package is installed, this file's folder is missing, and no run path leads through it.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # `cpack`: a Debian package for each component of the installation, and one with the debug symbols.
 
 set(CPACK_GENERATOR DEB)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What every target of the project has in common.
 
 if(PROJECT_IS_TOP_LEVEL)

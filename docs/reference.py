@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Makes build/docs/html of the guides and the public headers, and checks that every operation is described: what it
 does, what it returns, on which threads it may run, and an example. The last two may be in the comment of its class, of
 a base of it, or of its header. An argument whose name says it all needs no line. Links must lead somewhere, and any

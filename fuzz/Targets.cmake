@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The fuzz targets and the sources of each: <name>_fuzz.cpp and the models that it compares with. Used by the fuzz
 # build, and by the tests, which replay kept inputs with every compiler.
 

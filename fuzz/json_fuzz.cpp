@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any text is read as a plain reader would read it, faults are reported where they are, and what was read is
 // written so that it reads back to the same. Numbers with a fraction are written with six decimals: the first
 // writing may round them, and from then on nothing changes.

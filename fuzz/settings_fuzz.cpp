@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Settings documents, separated by NUL bytes, are applied to a store one after the other. The store must hold
 // what a model of the import holds, notify its subscribers of exactly the changes, and write a document that
 // restores it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Statistics objects and their registry under any sequence of operations, with wrong indexes and counts, null
 // arrays, and arrays that are exactly as long as an operation may read. After each operation the objects hold
 // what a model by documented offsets holds, byte for byte, and nothing around buffers has changed.

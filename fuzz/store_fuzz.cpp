@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stores, facades and the registry under any sequence of operations, with callbacks that set other values or
 // throw, and deliveries of every way: direct, handed over, posted, dropped. Each result, each event and the
 // registry's size must be those of a model; posted events are compared whenever their thread has been waited

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Typed reads of any document, at every place that a random path and the document's own keys lead to: each
 // answers by the exact kind of the value there, or with the default.
 

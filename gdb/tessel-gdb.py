@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Loads the printers of libtessel and libutil into gdb.
 
 Installed as share/tessel/gdb/tessel-gdb.py, for gdb's command `source`, and below share/gdb/auto-load, where gdb looks

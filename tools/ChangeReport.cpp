@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ChangeReport.h"
 
 ChangeReport::ChangeReport(kalStore::IKalConfig& store, const std::vector<SettingsEntry>& entries)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 /// From now on, writes the library's trace lines to standard error as they can be shown: a line each, in the

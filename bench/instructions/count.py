@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Counts the instructions of the fast paths and compares them with those kept in bench/instructions.txt.
 
 A path that takes over 5 % more than is kept fails; one that takes over 5 % less is reported. UPDATE=1 keeps the new

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fast paths, whose instructions count.py counts: each function Path_NAME repeats its operation kRepeats
 // times (documents have as many entries). It is called twice: only the second call is counted, without what
 // is done once.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 /// Runs the registered benchmarks as Google Benchmark's own main() would: the program's exit status. A second

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Puts the debug symbols of `files` where debuggers look for them, under each file's build id.
 foreach(file IN LISTS files)
   execute_process(COMMAND ${readelf} -n ${file} OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)

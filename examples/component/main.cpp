@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A media component as the engine uses it: made before its call is known, notified of its settings on its own
 // thread, and destroyed while others still change them.
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An encoder writes what it measures, on its own thread, without a lock; a reporter reads once an interval
 // and prints what happened in it. Both ask for the statistics of the same call, and so hold the same object.
 #include <atomic>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Printers for gdb: the values of libtessel and libutil as a reader of the headers knows them.
 
     (gdb) print value                   a ConfigData

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Reads the members of the project's classes: the only file that names them."""
 
 from tessel_gdb.reading import (each_of_array, each_of_list, each_of_map, each_of_vector, is_callable, member, plain,

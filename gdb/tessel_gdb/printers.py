@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Prints what `layout` reads. No exception raised here or below reaches gdb: a message replaces the value."""
 
 import gdb

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Reads values of gdb and of the standard library; knows nothing of the project.
 
 Every fault of a value raises an exception. Containers are checked while they are read, so that reading ends whatever

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "util/ICmEvent.h"
 
 ICmEvent::ICmEvent(unsigned long id) : m_id(id) {}

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "util/clock_policy.h"
 
 #include <time.h>  // NOLINT(modernize-deprecated-headers): clock_gettime is not in <ctime>.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "util/util_trace.h"
 
 #include <sys/uio.h>

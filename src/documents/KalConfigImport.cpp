@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "documents/GroupOrder.h"
 #include "documents/SettingsReader.h"
 #include "tessel/KalConfig.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // In a file of its own, so that the call goes through its exported symbol and can be interposed.
 #include "statistics/ProcessRegistry.h"
 

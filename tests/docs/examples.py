@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Makes tests of the examples in the documentation, so that none of them can go stale.
 
 An example is a block fenced by ```cpp in a Markdown file, or @code to @endcode in a comment of a header. One with an

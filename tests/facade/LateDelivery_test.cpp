@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A delivery can be overtaken by the removal of its subscription: it waits in the queue of the run thread, or
 // for the subscribers that are notified before it. The store then gives up waiting for it, and calls late.
 // Whichever way the subscription was removed, user code is not reached.

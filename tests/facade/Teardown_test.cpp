@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Facades come and go on several threads while others set the values that they watch.
 #include <atomic>
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs one fuzz target over its kept inputs. A property that does not hold ends the process.
 
 #include <gtest/gtest.h>

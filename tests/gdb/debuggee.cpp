@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One value of every type that has a printer, for gdb to show. gdb stops in each `show` function.
 #include <tessel/tessel.h>
 #include <util/util.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Installs the build into an empty prefix, runs the program with it in gdb, and checks what gdb shows.
 # usage: gdb_test.sh WAY SOURCE_DIR BUILD_DIR WORK_DIR PROGRAM; UPDATE=1 stores what it shows as the expected text.
 set -euo pipefail

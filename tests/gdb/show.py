@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Writes what the program's `show` functions hold, wherever they stop from now on, to the file $SHOWN.
 
 What $SHOW calls "whole" and "stripped" is the same in every run, addresses written as 0x...; "any" is not.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Checks the directions of the project's own includes: which folder may know which headers.
 
 Every file below a folder of FOLDERS may include the headers that the folder's row names, and no others of the project.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """check_includes.py names each line that breaks a rule, and no other."""
 
 import tempfile

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Documents are exchanged between processes: their numbers must not follow what a process has set as its
 // locale.
 

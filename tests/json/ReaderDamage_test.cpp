@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A damaged document is read or refused, but nothing else happens: no crash, no container of half its
 // members.
 

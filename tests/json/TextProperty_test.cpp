@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What holds for every document: it is written so that it reads back to the same, and its text is settled
 // after one reading.
 

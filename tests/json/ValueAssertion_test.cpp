@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Using a value as the wrong kind prints one line that programs look for, and aborts; in release builds as
 // well.
 

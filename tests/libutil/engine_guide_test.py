@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """docs/guides/engine-utility-library.md names everything that libtessel.so takes from the utility library.
 
 usage: engine_guide_test.py LIBTESSEL LIBUTIL

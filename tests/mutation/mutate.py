@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Changes the libraries and the tools in one place at a time and shows whether the tests find the change.
 
 A mutant is one changed operator, constant or condition, or one statement left out. Each is built in a copy of the

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # From nothing to a running program, on a Debian that has nothing yet: first what the README says, word for word, then
 # the packages. Needs root, and what debootstrap needs: the machine's package mirror, mounts, devices.
 # usage: clean_root_test.sh SOURCE_DIR PACKAGES_DIR ROOT_DIR

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Compares what a library exports with the list kept in the tree: a symbol that goes breaks built consumers, one
 # that comes is a promise. usage: exports_test.sh LIBRARY LIST; with UPDATE=1 writes the list anew.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Reads the hardening of the installed libraries off their files.
 # usage: hardening_test.sh BUILD_DIR WORK_DIR BUILD_TYPE PROCESSOR
 set -euo pipefail

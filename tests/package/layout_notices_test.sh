@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The comparison of layouts notices what breaks a built program, and names the class.
 # usage: layout_notices_test.sh LIBRARY LAYOUT
 set -euo pipefail

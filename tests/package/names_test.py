@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Every symbol that the objects of a library hold is documented, or inside the library's internal namespaces.
 
 A statically linked program shares one set of names with the library: any other name of the program's own would silently

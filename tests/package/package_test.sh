@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Uses the library from outside, as another project would, in one of the ways that are promised.
 # usage: package_test.sh WAY SOURCE_DIR BUILD_DIR WORK_DIR
 set -euo pipefail

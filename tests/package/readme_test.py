@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Does what the README's "From nothing to a program" says, word for word, in a home of its own.
 
 Blocks fenced by ```sh are commands. Any other is saved under the name that the line before it gives, but for ```text,

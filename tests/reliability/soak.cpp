@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Keeps the whole library busy for a while, then looks whether anything was left behind.
 //
 //   tessel_soak [--seconds N] [--seed S]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Many threads use the same objects at once, without a lock of their own. Run under ThreadSanitizer.
 #include <gtest/gtest.h>
 

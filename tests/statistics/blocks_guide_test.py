@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """The tables of docs/guides/statistics-blocks.md have the members of the blocks, all of them, at their offsets.
 
 The offsets are those of the header's own assertions. The heading above each table names its structure.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A trace sink that calls in, from lines that are traced in the middle of an operation. It may even wait
 // there for another thread that uses the store: no lock of a store is held.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Objects with static storage that are constructed before those of a program that have no priority, and what
 // they find when they end. A fault ends the process early or late.
 

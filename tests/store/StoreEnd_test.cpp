@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A store that ends while its callbacks, or what they captured, still use it.
 
 #include <cstddef>

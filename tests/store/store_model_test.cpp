@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random sequences of operations on a store beside a small model, which predicts every result code, every
 // value and every callback. A failing sequence is shrunk and printed with its seed; RC_PARAMS="seed=...
 // max_success=..." runs it again.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Many threads on one store, with accounting: each subscriber knows which sets must have notified it, and
 // when it must not be notified any more. Meant for ThreadSanitizer above all.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "support/TraceLog.h"
 
 TraceLog::TraceLog(int mask) : m_previousMask(get_external_trace_mask()) {

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Compiles a file as it is, which must succeed, and with REFUSED defined, which must fail.
 # usage: refusal_test.sh FILE COMPILER FLAG...
 file=$1

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The manual pages and the completion, as they are installed. usage: reference_test.sh PART FILES PROGRAM
 set -euo pipefail
 part=$1 files=$2 program=$3

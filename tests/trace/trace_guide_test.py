@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """docs/guides/trace.md holds every text that the libraries trace, so that a reader of a line can look it up.
 
 A message is a chain of literals and values; the guide must hold each literal, and each asserted condition.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the manual pages and the completion of bash and zsh into a folder:
 // usage: tessel_reference FOLDER
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 /// The engine utility library: locks, threads with an event loop, trace output, clocks, values, reference

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A program outside the project: uses both installed libraries, and reads a value through each layer.
 #include <tessel/tessel.h>
 #include <util/util.h>

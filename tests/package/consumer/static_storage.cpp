@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A program outside the project whose handles have static storage: made before main, and before the library's
 // own objects where it is linked statically, used in main, and ended after it. Some of its names are those
 // that the library uses for its own private parts: each program keeps its own.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Shows the report of `tessel simulate` in headless Chromium: it loads without a word on the console, refers to
 nothing outside, has marks in every plot, and is laid out well in light and dark, on a phone and on paper.
 
