@@ -3,6 +3,8 @@
 
 #include <concepts>
 #include <cstdint>
+#include <limits>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -24,7 +26,7 @@ namespace kalStore {
 /// assert(reading.IsRefused() && reading.value == 30);
 /// assert(reading.stored.ToString() == "15 per second");
 /// @endcode
-template <ConfigType T>
+template <class T>
 struct ConfigReading {
   T value;            ///< what is stored, or the key's default
   ConfigData stored;  ///< what is stored, as it is; invalid when nothing is, or the store cannot be read
@@ -39,20 +41,50 @@ namespace detail {
 template <class T>
 using ConfigDefault = std::conditional_t<std::same_as<T, std::string>, const char*, T>;
 
-template <class T>
-concept ConfigInteger = ConfigType<T> && std::integral<T> && !std::same_as<T, bool>;
-
 // Never defined: what the compiler names when a key is refused.
 void TheKeyNeedsAGroupANameAndADefaultWithinRange();
 
+// As std::chrono converts without a cast, and no count is cut.
 template <class From, class T>
-concept ConfigDefaultFor = std::same_as<From, ConfigDefault<T>> || (ConfigInteger<From> && ConfigInteger<T>);
+concept ExactDurationFor = ConfigDuration<From> && ConfigDuration<T> && std::convertible_to<From, T> &&
+                           std::in_range<typename T::rep>(std::numeric_limits<typename From::rep>::min()) &&
+                           std::in_range<typename T::rep>(std::numeric_limits<typename From::rep>::max());
 
-// Of its own type alone, so that nothing is narrowed on the way; for a std::string a C string as well.
 template <class From, class T>
-concept SettableAs =
-    std::same_as<From, T> ||
-    (std::same_as<T, std::string> && (std::same_as<From, const char*> || std::same_as<From, char*>));
+concept ConfigDefaultFor =
+    std::same_as<From, ConfigDefault<T>> || (ConfigInteger<From> && ConfigInteger<T>) ||
+    (std::same_as<From, double> && std::same_as<T, float>) || ExactDurationFor<From, T>;
+
+// Of its own type alone, so that nothing is narrowed on the way; for a std::string a C string as well, for a
+// duration one of a larger unit.
+template <class From, class T>
+concept SettableAs = std::same_as<From, T> || ExactDurationFor<From, T> ||
+                     (std::same_as<T, std::string> && OneOf<From, const char*, char*>);
+
+// What is stored for a value that is SettableAs<T>.
+template <ConfigType T, SettableAs<T> Value>
+ConfigData DataOf(Value value) {
+  if constexpr (std::same_as<T, std::string>) {
+    return ConfigData(std::move(value));  // A null C string is no value.
+  } else {
+    return ToConfigData<T>(value);
+  }
+}
+
+template <class T, class Default>
+constexpr bool IsDefaultWithinRange(Default value) {
+  if constexpr (ConfigInteger<T>) {
+    return std::in_range<T>(value);
+  } else if constexpr (std::same_as<T, float> && std::same_as<Default, double>) {
+    return value >= std::numeric_limits<float>::lowest() && value <= std::numeric_limits<float>::max();
+  } else if constexpr (NamedEnum<T>) {
+    return EntryOf(value) != nullptr;
+  } else if constexpr (std::same_as<T, std::string>) {
+    return value != nullptr;
+  } else {
+    return true;
+  }
+}
 
 }  // namespace detail
 
@@ -61,6 +93,13 @@ concept SettableAs =
 ///
 /// A stored value that is not a whole T is refused, not narrowed: reading gives the default, and Read() says
 /// so. Writing takes a T alone: neither a wider number nor, for a number, a string compiles.
+///
+/// | T                                   | stored as                                                    |
+/// |-------------------------------------|--------------------------------------------------------------|
+/// | `bool`, integers, `float`, `double` | see ConfigData                                               |
+/// | a `std::chrono::duration`           | the number of its own unit: 40 for `std::chrono::milliseconds(40)` |
+/// | an enum with a ConfigEnum           | the value's name                                             |
+/// | `std::string`                       | itself                                                       |
 ///
 /// @threads A constant, for any thread; its operations are those of the store or facade that they are given.
 /// @par Example
@@ -80,19 +119,24 @@ concept SettableAs =
 /// assert(fps == 30);
 /// assert(kMaxFps.Read(settings).IsRefused());
 /// @endcode
-template <ConfigType T>
+template <class T>
 class ConfigKey {
+  static_assert(ConfigType<T>,
+                "a key's type is bool, int, unsigned int, std::int64_t, std::uint64_t, float, double, "
+                "std::string, a std::chrono::duration with an integer count, or an enum that has a "
+                "kalStore::ConfigEnum");
+
  public:
   /// All three are constants, checked by the compiler.
   /// @param group  0 to 12, or KAL_CONFIG_GROUP_DEFAULT for a facade's default group
   /// @param name  not null, not empty
-  /// @param defaultValue  within the range of T; for a std::string a C string
+  /// @param defaultValue  within the range of T; for a std::string a C string, for an enum a value that has a
+  /// name, for a duration also one of a larger unit
   template <detail::ConfigDefaultFor<T> Default>
   consteval ConfigKey(KalConfigGroup group, const char* name, Default defaultValue)
       : m_group(group), m_name(name), m_default(static_cast<detail::ConfigDefault<T>>(defaultValue)) {
-    bool fits = (IsConfigGroup(group) || group == KAL_CONFIG_GROUP_DEFAULT) && name && *name != '\0';
-    if constexpr (detail::ConfigInteger<T>) fits = fits && std::in_range<T>(defaultValue);
-    if constexpr (std::same_as<T, std::string>) fits = fits && defaultValue;
+    const bool fits = (IsConfigGroup(group) || group == KAL_CONFIG_GROUP_DEFAULT) && name && *name != '\0' &&
+                      detail::IsDefaultWithinRange<T>(defaultValue);
     if (!fits) detail::TheKeyNeedsAGroupANameAndADefaultWithinRange();
   }
 
@@ -120,12 +164,13 @@ class ConfigKey {
 
   /// Stores a value.
   /// @param store  a store or a facade
-  /// @param value  a T; for a std::string a C string as well, not null
+  /// @param value  a T; for a std::string a C string as well, not null; for a duration one of a larger unit as
+  /// well; of an enum, one that has a name: kResultBadArgument otherwise
   /// @param bForceNotify  notifies of an equal value, too
   /// @return As IKalConfig::SetKalConfig() or KalConfigHelper::SetKalConfig(); see IsStored().
   template <detail::SettableAs<T> Value>
   std::int32_t Set(ConfigRef store, Value value, bool bForceNotify = false) const {
-    return store.Set(m_group, m_name, ConfigData(std::move(value)), bForceNotify);
+    return store.Set(m_group, m_name, detail::DataOf<T>(std::move(value)), bForceNotify);
   }
 
   /// Removes what is stored, and notifies nobody: reading gives the default again.

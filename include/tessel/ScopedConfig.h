@@ -50,7 +50,7 @@ class ScopedConfig {
   /// @param value  of the key's type, as for ConfigKey::Set()
   template <ConfigType T, detail::SettableAs<T> Value>
   [[nodiscard]] ScopedConfig(ConfigRef store, const ConfigKey<T>& key, Value value)
-      : ScopedConfig(store, key.Group(), key.Name(), ConfigData(std::move(value))) {}
+      : ScopedConfig(store, key.Group(), key.Name(), detail::DataOf<T>(std::move(value))) {}
   ScopedConfig(const ScopedConfig&) = delete;
   ScopedConfig& operator=(const ScopedConfig&) = delete;
 

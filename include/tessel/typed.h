@@ -6,6 +6,7 @@
 /// Subscription, CallStore...) and might clash with a component's own: tessel.h does not include it.
 
 #include "tessel/CallStore.h"
+#include "tessel/ConfigEnum.h"
 #include "tessel/ConfigKey.h"
 #include "tessel/ConfigRef.h"
 #include "tessel/ScopedConfig.h"

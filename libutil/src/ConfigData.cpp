@@ -46,6 +46,10 @@ ConfigData::ConfigData(long value) : m_text(TextOf(value)), m_valid(true) {}
 
 ConfigData::ConfigData(unsigned long value) : m_text(TextOf(value)), m_valid(true) {}
 
+ConfigData::ConfigData(long long value) : m_text(TextOf(value)), m_valid(true) {}
+
+ConfigData::ConfigData(unsigned long long value) : m_text(TextOf(value)), m_valid(true) {}
+
 ConfigData::ConfigData(double value) : m_text(TextOf(value)), m_valid(true) {}
 
 ConfigData::operator bool() const noexcept {

@@ -47,6 +47,8 @@ TEST(ConfigData, HoldsNumbersAndFlagsAsStrings) {
   EXPECT_EQ(ConfigData(std::numeric_limits<unsigned int>::max()).ToString(), "4294967295");
   EXPECT_EQ(ConfigData(std::numeric_limits<long>::min()).ToString(), "-9223372036854775808");
   EXPECT_EQ(ConfigData(std::numeric_limits<unsigned long>::max()).ToString(), "18446744073709551615");
+  EXPECT_EQ(ConfigData(std::numeric_limits<long long>::min()).ToString(), "-9223372036854775808");
+  EXPECT_EQ(ConfigData(std::numeric_limits<unsigned long long>::max()).ToString(), "18446744073709551615");
   EXPECT_EQ(ConfigData(0.1).ToString(), "0.1");
   EXPECT_EQ(ConfigData(1.0).ToString(), "1");
   EXPECT_EQ(ConfigData(-0.0).ToString(), "-0");

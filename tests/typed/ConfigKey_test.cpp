@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tessel/ConfigKey.h"
 
+#include <chrono>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -11,11 +13,28 @@
 
 namespace {
 
+enum class Codec { kNone, kH264, kVp8 };
+
+}  // namespace
+
+template <>
+struct kalStore::ConfigEnum<Codec> {
+  static constexpr ConfigEnumName<Codec> kNames[] = {{Codec::kH264, "h264"}, {Codec::kVp8, "vp8"}};
+};
+
+namespace {
+
 constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 constexpr ConfigKey<bool> kDtx{KAL_CONFIG_GROUP_AUDIO, "Dtx", true};
 constexpr ConfigKey<double> kGain{KAL_CONFIG_GROUP_AUDIO, "Gain", -18.5};
 constexpr ConfigKey<unsigned long> kBytes{KAL_CONFIG_GROUP_METRICS, "Bytes", 1};
 constexpr ConfigKey<std::string> kDevice{KAL_CONFIG_GROUP_AUDIO, "Device", "default"};
+constexpr ConfigKey<float> kRatio{KAL_CONFIG_GROUP_AUDIO, "Ratio", 0.1};
+constexpr ConfigKey<Codec> kCodec{KAL_CONFIG_GROUP_VIDEO, "Codec", Codec::kH264};
+constexpr ConfigKey<std::chrono::milliseconds> kTimeout{KAL_CONFIG_GROUP_COMMON, "Timeout",
+                                                        std::chrono::seconds(3)};
+constexpr ConfigKey<long long> kFirstByte{KAL_CONFIG_GROUP_METRICS, "FirstByte", -1};
+constexpr ConfigKey<std::int64_t> kLastByte{KAL_CONFIG_GROUP_METRICS, "LastByte", std::int64_t{1} << 40};
 constexpr ConfigKey<int> kBitrate{KAL_CONFIG_GROUP_DEFAULT, "Bitrate", 64000};
 
 // Both ways to a call's settings.
@@ -63,6 +82,53 @@ TEST_F(Key, GivesWhatItSet) {
     EXPECT_EQ(kDevice.Remove(ref), kResultOk);
     EXPECT_EQ(kDevice.Get(ref), "default");
   }
+}
+
+TEST_F(Key, CanBeOfEveryTypeThatSettingsHave) {
+  const auto expectRoundTrip = [this]<class T>(const ConfigKey<T>& key, T defaultValue, T value,
+                                               const char* text) {
+    for (const ConfigRef ref : m_refs) {
+      key.Remove(ref);
+      EXPECT_EQ(key.Default(), defaultValue);
+      EXPECT_EQ(key.Get(ref), defaultValue);
+      std::vector<T> notified;
+      const auto subscription =
+          key.Subscribe(ref, [&](const ConfigReading<T>& reading) { notified.push_back(reading.value); });
+      EXPECT_TRUE(IsStored(key.Set(ref, value)));
+      EXPECT_EQ(m_facade.GetKalConfig(key.Name(), key.Group()).ToString(), text);
+      EXPECT_TRUE(key.Read(ref).fromStore);
+      EXPECT_EQ(key.Get(ref), value);
+      {
+        const ScopedConfig scope(ref, key, defaultValue);
+        EXPECT_EQ(key.Get(ref), defaultValue);
+      }
+      EXPECT_EQ(notified, (std::vector<T>{value, defaultValue, value}));
+    }
+  };
+  using std::chrono::milliseconds;
+  expectRoundTrip(kRatio, 0.1F, 0.3F, "0.3");
+  expectRoundTrip(kCodec, Codec::kH264, Codec::kVp8, "vp8");
+  expectRoundTrip(kTimeout, milliseconds(3000), milliseconds(40), "40");
+  expectRoundTrip(kFirstByte, -1LL, 1LL << 62, "4611686018427387904");
+  expectRoundTrip(kLastByte, std::int64_t{1} << 40, std::int64_t{7}, "7");
+}
+
+TEST_F(Key, TakesADurationOfALargerUnit) {
+  kTimeout.Set(m_facade, std::chrono::seconds(5));
+  EXPECT_EQ(kTimeout.Get(m_facade), std::chrono::milliseconds(5000));
+  const ScopedConfig scope(m_facade, kTimeout, std::chrono::minutes(1));
+  EXPECT_EQ(m_facade.GetKalConfig("Timeout", KAL_CONFIG_GROUP_COMMON).ToString(), "60000");
+}
+
+TEST_F(Key, RefusesAnUnknownNameAndAValueWithoutOne) {
+  kCodec.Set(m_facade, Codec::kVp8);
+  const TraceLog silent;
+  EXPECT_EQ(kCodec.Set(m_facade, Codec::kNone), kResultBadArgument);
+  EXPECT_EQ(kCodec.Get(m_facade), Codec::kVp8);
+  EXPECT_FALSE(ScopedConfig(m_facade, kCodec, Codec::kNone).IsInPlace());
+  m_facade.SetKalConfig("Codec", "av1", KAL_CONFIG_GROUP_VIDEO);
+  EXPECT_EQ(kCodec.Get(m_facade), Codec::kH264);
+  EXPECT_TRUE(kCodec.Read(m_facade).IsRefused());
 }
 
 TEST_F(Key, ReadsAndWritesTheValueThatOthersSee) {

@@ -40,6 +40,8 @@ class UTIL_API ConfigData {
   ConfigData(unsigned int value);
   ConfigData(long value);
   ConfigData(unsigned long value);
+  ConfigData(long long value);
+  ConfigData(unsigned long long value);
   ConfigData(double value);
   ///@}
   /// Holds a string.

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+// says: a key's type is bool, int, unsigned int, std::int64_t, std::uint64_t, float, double, std::string, a std::chrono::duration with an integer count, or an enum that has a kalStore::ConfigEnum
+#include "Use.h"
+
+void Use() {
+#ifdef REFUSED
+  [[maybe_unused]] constexpr ConfigKey<std::chrono::duration<double>> key{KAL_CONFIG_GROUP_VIDEO, "A",
+                                                                          std::chrono::duration<double>(1)};
+#else
+  [[maybe_unused]] constexpr ConfigKey<std::chrono::seconds> key{KAL_CONFIG_GROUP_VIDEO, "A",
+                                                                 std::chrono::seconds(1)};
+#endif
+}
