@@ -20,6 +20,10 @@ function(tessel_configure target)
     # Clang counts a change of sign as a -Wconversion, GCC does not: both ask for the same here.
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast
                            -Woverloaded-virtual -Wcast-qual -Wconversion -Wno-sign-conversion)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+      # Which lock protects what: see tessel/locking.h.
+      target_compile_options(${target} PRIVATE -Wthread-safety)
+    endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
       # GCC 12 sees overlaps in the standard library's own string code that are not there.
       target_compile_options(${target} PRIVATE -Wno-restrict)

@@ -18,6 +18,7 @@
 
 #include "tessel/ResultCode.h"
 #include "tessel/export.h"
+#include "tessel/locking.h"
 #include "util/CCmMutexThread.h"
 
 namespace kalStore {
@@ -84,12 +85,13 @@ class TESSEL_API CKalTessel {
   using Key = std::pair<KalTesselEntityType, std::uint32_t>;
   using Entry = std::pair<const Key, void*>;
 
-  Entry* find(const Key& key);
-  void* registerEntity(KalTesselEntityType type, std::uint32_t callId);
+  Entry* find(const Key& key) TESSEL_LOCKING(requires_capability(m_mutex));
+  void* registerEntity(KalTesselEntityType type, std::uint32_t callId)
+      TESSEL_LOCKING(requires_capability(m_mutex));
   void forgetAll();
 
-  std::map<Key, void*> m_entities;  // Protected by m_mutex.
-  CCmMutexThreadRecursive m_mutex;
+  std::map<Key, void*> m_entities TESSEL_LOCKING(guarded_by(m_mutex));
+  detail::Mutex<CCmMutexThreadRecursive> m_mutex;
 };
 
 /// The process's registry. Static objects may use it in their constructors and destructors. It is emptied

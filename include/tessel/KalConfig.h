@@ -12,6 +12,7 @@
 #include "tessel/IKalConfig.h"
 #include "tessel/KalConfigObserverMgr.h"
 #include "tessel/atomMap.h"
+#include "tessel/locking.h"
 
 namespace kalStore {
 
@@ -73,14 +74,14 @@ class TESSEL_API KalConfig : public IKalConfig {
                            ConfigValue&& defaultValue, KalConfigGroup group);
 
   const std::uint32_t m_callId;
-  std::string m_dumpText;  // Protected by m_dumpLock.
+  std::string m_dumpText TESSEL_LOCKING(guarded_by(m_dumpLock));
   atomMap<SubscribeId_t, ConfigEventHandler::Ptr> m_mapIDs;
   std::array<ObserverMgr, KAL_CONFIG_GROUP_LAST> m_observerMgrs;
   std::array<ConfigMap, KAL_CONFIG_GROUP_LAST> m_configs;
   bool m_bCleanedUp = false;  // Protected by the registry's lock.
   std::atomic<std::uint64_t> m_nSubscribeSeq{0};
   std::atomic<std::uint32_t> m_TotalObservers{0};
-  std::mutex m_dumpLock;
+  detail::Mutex<std::mutex> m_dumpLock;
 };
 
 }  // namespace kalStore

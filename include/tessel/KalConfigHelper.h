@@ -12,6 +12,7 @@
 #include "tessel/KalFeatureToggleID.h"
 #include "tessel/KalSessionType.h"
 #include "tessel/export.h"
+#include "tessel/locking.h"
 
 namespace kalStore {
 
@@ -370,7 +371,7 @@ class TESSEL_API KalConfigHelper {
   void reportNoGroup(const char* label, const char* failure) const;
 
   // Constant after construction.
-  const std::unique_ptr<std::recursive_mutex> m_pConfigLock;  // Guards binding.
+  const std::unique_ptr<detail::Mutex<std::recursive_mutex>> m_pConfigLock;  // Guards binding.
   // Written once each, and read by any thread: the call id and the store under m_pConfigLock.
   std::atomic<std::uint32_t> m_callId{kNoCallId};
   std::atomic<KalConfigGroup> m_defaultGroup{KAL_CONFIG_GROUP_DEFAULT};

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "tessel/ResultCode.h"
+#include "tessel/locking.h"
 
 namespace kalStore {
 
@@ -80,16 +81,18 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
 
   /// The lists under their lock, for several steps that must be one.
   /// @threads One, in a scope: the lock is the thread's.
-  class Locked {
+  class TESSEL_LOCKING(scoped_lockable) Locked {
    public:
     /// Locks until the end of the scope.
     /// @param owner  must outlive it
-    explicit Locked(KalConfigObserverMgr& owner) : m_lock(owner.m_mutex), m_map(owner.m_map) {}
+    explicit Locked(KalConfigObserverMgr& owner) TESSEL_LOCKING(acquire_capability(owner.m_mutex))
+        : m_lock(owner.m_mutex), m_map(owner.m_map) {}
+    ~Locked() TESSEL_LOCKING(release_capability()) {}
     /// @return The lists, while this object lives.
     Map* operator->() { return &m_map; }
 
    private:
-    std::lock_guard<std::recursive_mutex> m_lock;
+    const detail::Lock<std::recursive_mutex> m_lock;
     Map& m_map;
   };
 
@@ -138,8 +141,8 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
   }
 
  private:
-  std::recursive_mutex m_mutex;
-  Map m_map;
+  detail::Mutex<std::recursive_mutex> m_mutex;
+  Map m_map TESSEL_LOCKING(guarded_by(m_mutex));
 };
 
 }  // namespace kalStore

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <utility>
 
+#include "tessel/locking.h"
+
 namespace kalStore {
 
 /// An ordered map guarded by a recursive mutex of its own; string keys are ordered byte by byte.
@@ -34,11 +36,13 @@ class alignas(64) [[gnu::visibility("default")]] atomMap {
 
   /// The map under its lock: for several steps that must be one, or look-ups that need no key object.
   /// @threads One, in a scope: the lock is the thread's.
-  class Locked {
+  class TESSEL_LOCKING(scoped_lockable) Locked {
    public:
     /// Locks until the end of the scope.
     /// @param owner  must outlive it
-    explicit Locked(atomMap& owner) : m_lock(owner.m_mutex), m_map(owner.m_map) {}
+    explicit Locked(atomMap& owner) TESSEL_LOCKING(acquire_capability(owner.m_mutex))
+        : m_lock(owner.m_mutex), m_map(owner.m_map) {}
+    ~Locked() TESSEL_LOCKING(release_capability()) {}
     ///@{
     /// @return The map, while this object lives.
     Map* operator->() { return &m_map; }
@@ -46,7 +50,7 @@ class alignas(64) [[gnu::visibility("default")]] atomMap {
     ///@}
 
    private:
-    std::lock_guard<std::recursive_mutex> m_lock;
+    const detail::Lock<std::recursive_mutex> m_lock;
     Map& m_map;
   };
 
@@ -82,8 +86,8 @@ class alignas(64) [[gnu::visibility("default")]] atomMap {
   bool Find(K key) { return Locked(*this)->contains(key); }
 
  private:
-  std::recursive_mutex m_mutex;
-  Map m_map;
+  detail::Mutex<std::recursive_mutex> m_mutex;
+  Map m_map TESSEL_LOCKING(guarded_by(m_mutex));
 };
 
 }  // namespace kalStore

@@ -4,7 +4,6 @@
 #include <pthread.h>
 
 #include <cerrno>
-#include <mutex>
 #include <new>
 #include <string>
 #include <string_view>
@@ -13,6 +12,7 @@
 
 #include "Completion.h"
 #include "EventQueue.h"
+#include "Mutex.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ class ACmThread::Impl {
 
   int Start() {
     if (isSelf()) return EBUSY;
-    std::lock_guard lock(m_control);
+    const cm::internal::Lock lock(m_control);
     if (m_thread.joinable()) return EBUSY;
     cm::internal::Completion started;
     try {
@@ -55,7 +55,7 @@ class ACmThread::Impl {
   int Stop() {
     // Before the lock: another thread's Stop() holds it while it waits for this one.
     if (isSelf()) return EDEADLK;
-    std::lock_guard lock(m_control);
+    const cm::internal::Lock lock(m_control);
     if (m_thread.joinable()) {
       m_queue.Close();
       m_thread.join();
@@ -64,8 +64,8 @@ class ACmThread::Impl {
   }
 
   /// Refuses events and has the thread, once it has fired what is queued, delete this object. REQUIRES:
-  /// called by an event of that thread; nobody uses the object afterwards.
-  void EndByItself() {
+  /// called by an event of that thread; nobody else uses the object, now or afterwards, hence no lock.
+  void EndByItself() UTIL_LOCKING(no_thread_safety_analysis) {
     m_queue.Close();
     m_thread.detach();
     m_endsByItself = true;
@@ -91,8 +91,8 @@ class ACmThread::Impl {
   const std::string m_name;
   const bool m_hasQueue;
   cm::internal::EventQueue m_queue;  // Also of a thread without a queue: its loop waits there for Stop().
-  std::mutex m_control;              // Held for the whole of Start() and Stop(). Protects m_thread.
-  std::thread m_thread;
+  cm::internal::Mutex m_control;     // Held for the whole of Start() and Stop().
+  std::thread m_thread UTIL_LOCKING(guarded_by(m_control));
   bool m_endsByItself = false;  // The thread's own.
 };
 

@@ -3,9 +3,9 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <mutex>
 
 #include "BriefWait.h"
+#include "Mutex.h"
 
 namespace cm::internal {
 
@@ -15,7 +15,7 @@ class Completion {
  public:
   void Complete(int result) {
     // Notifies under the lock: the waiter may destroy this as soon as the lock is free.
-    std::lock_guard lock(m_mutex);
+    const Lock lock(m_mutex);
     m_result = result;
     m_done.store(true, std::memory_order_relaxed);  // A hint without the lock; under it, the lock orders.
     m_changed.notify_one();
@@ -25,16 +25,16 @@ class Completion {
   int Wait() {
     const auto isDone = [this] { return m_done.load(std::memory_order_relaxed); };
     WaitBriefly(isDone);
-    std::unique_lock lock(m_mutex);  // In any case: until it is free, Complete() may not have returned.
-    m_changed.wait(lock, isDone);
+    Lock lock(m_mutex);  // In any case: until it is free, Complete() may not have returned.
+    while (!isDone()) lock.Wait(m_changed);
     return m_result;
   }
 
  private:
-  std::mutex m_mutex;  // Protects everything below.
+  Mutex m_mutex;
   std::condition_variable m_changed;
-  std::atomic<bool> m_done{false};
-  int m_result = 0;
+  std::atomic<bool> m_done{false};  // Written under the lock.
+  int m_result UTIL_LOCKING(guarded_by(m_mutex)) = 0;
 };
 
 }  // namespace cm::internal

@@ -142,15 +142,15 @@ void EventQueue::takeArrivals() {
 
 void EventQueue::sleep() {
   if (WaitBriefly([this] { return m_inbox.load(std::memory_order_relaxed) != 0; })) return;
-  std::unique_lock lock(m_sleepMutex);
+  Lock lock(m_sleepMutex);
   std::uintptr_t empty = 0;
   if (!m_inbox.compare_exchange_strong(empty, kSleeping, std::memory_order_relaxed)) return;
-  m_wake.wait(lock, [this] { return m_inbox.load(std::memory_order_relaxed) != kSleeping; });
+  while (m_inbox.load(std::memory_order_relaxed) == kSleeping) lock.Wait(m_wake);
 }
 
 void EventQueue::wake() {
   // sleep() holds the lock from setting kSleeping until it waits, so this notification is not lost.
-  std::lock_guard lock(m_sleepMutex);
+  const Lock lock(m_sleepMutex);
   m_wake.notify_one();
 }
 

@@ -5,9 +5,9 @@
 #include <condition_variable>
 #include <cstdint>
 #include <limits>
-#include <mutex>
 
 #include "EventList.h"
+#include "Mutex.h"
 #include "util/ICmEventQueue.h"
 
 namespace cm::internal {
@@ -87,7 +87,7 @@ class EventQueue final : public ICmEventQueue {
   alignas(64) std::atomic<unsigned int> m_bestArrival{kNoArrival};
   alignas(64) std::atomic<unsigned long> m_threadId{0};
   EventList m_ready;  // The loop's own.
-  std::mutex m_sleepMutex;
+  Mutex m_sleepMutex;
   std::condition_variable m_wake;
 };
 

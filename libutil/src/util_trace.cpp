@@ -10,11 +10,14 @@
 #include <cstring>
 #include <exception>
 #include <iterator>
-#include <mutex>
 
+#include "Mutex.h"
 #include "util/bounded_copy.h"
 
 namespace {
+
+using cm::internal::Lock;
+using cm::internal::Mutex;
 
 std::atomic<int> g_mask{0};
 std::atomic<unsigned long> g_assertionReports{0};
@@ -40,12 +43,12 @@ void WriteToStandardError(void*, int level, const char* module, const char* text
 class Receiver {
  public:
   void Set(util_trace_sink sink, void* context) {
-    std::unique_lock lock(m_mutex);
+    Lock lock(m_mutex);
     m_sink = sink == nullptr ? &WriteToStandardError : sink;
     m_context = context;
     const unsigned long since = ++m_generation;
     // A sink cannot wait for its own call to end, and two sinks must not wait for each other.
-    if (t_callsInSink == 0) m_callEnded.wait(lock, [&] { return !hasCallsBefore(since); });
+    while (t_callsInSink == 0 && hasCallsBefore(since)) lock.Wait(m_callEnded);
   }
 
   void Trace(int level, const char* module, const char* text, unsigned int length) {
@@ -65,7 +68,7 @@ class Receiver {
   class Call {
    public:
     explicit Call(Receiver& receiver) : m_receiver(receiver) {
-      const std::lock_guard lock(receiver.m_mutex);
+      const Lock lock(receiver.m_mutex);
       m_sink = receiver.m_sink;
       m_context = receiver.m_context;
       m_generation = receiver.m_generation;
@@ -76,7 +79,7 @@ class Receiver {
     }
     ~Call() {
       --t_callsInSink;
-      const std::lock_guard lock(m_receiver.m_mutex);
+      const Lock lock(m_receiver.m_mutex);
       (m_previous == nullptr ? m_receiver.m_calls : m_previous->m_next) = m_next;
       if (m_next != nullptr) m_next->m_previous = m_previous;
       if (m_generation != m_receiver.m_generation) m_receiver.m_callEnded.notify_all();
@@ -99,19 +102,19 @@ class Receiver {
     Call* m_next;
   };
 
-  bool hasCallsBefore(unsigned long generation) const {
+  bool hasCallsBefore(unsigned long generation) const UTIL_LOCKING(requires_capability(m_mutex)) {
     for (const Call* call = m_calls; call != nullptr; call = call->Next()) {
       if (call->Generation() < generation) return true;
     }
     return false;
   }
 
-  std::mutex m_mutex;  // Protects everything below. Never held while a sink runs.
+  Mutex m_mutex;  // Never held while a sink runs.
   std::condition_variable m_callEnded;
-  util_trace_sink m_sink = &WriteToStandardError;
-  void* m_context = nullptr;
-  unsigned long m_generation = 0;  // Counts the calls of Set().
-  Call* m_calls = nullptr;         // Latest first.
+  util_trace_sink m_sink UTIL_LOCKING(guarded_by(m_mutex)) = &WriteToStandardError;
+  void* m_context UTIL_LOCKING(guarded_by(m_mutex)) = nullptr;
+  unsigned long m_generation UTIL_LOCKING(guarded_by(m_mutex)) = 0;  // Counts the calls of Set().
+  Call* m_calls UTIL_LOCKING(guarded_by(m_mutex)) = nullptr;         // Latest first.
 };
 
 /// Never destroyed: static objects may trace while the process ends.

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <array>
-#include <mutex>
 #include <utility>
 
 #include "documents/GroupOrder.h"
@@ -46,7 +45,7 @@ const char* KalConfig::DumpKalConfigs(ConfigMultGroup_t groups) {
     text += std::exchange(array, {});
   }
   text += '}';
-  std::lock_guard lock(m_dumpLock);
+  const detail::Lock lock(m_dumpLock);
   m_dumpText = std::move(text);
   return m_dumpText.c_str();
 }

@@ -12,7 +12,7 @@ namespace kalStore {
 using namespace internal;
 
 KalConfigHelper::KalConfigHelper()
-    : m_pConfigLock(std::make_unique<std::recursive_mutex>()),
+    : m_pConfigLock(std::make_unique<detail::Mutex<std::recursive_mutex>>()),
       m_pObserverHelper(std::make_unique<KalConfigObserverHelper>()) {}
 
 // What throws here finds a constructed object, so that the destructor releases the store.
@@ -45,7 +45,7 @@ std::int32_t KalConfigHelper::InitKalConfig(std::uint32_t callId, kal::KalSessio
 std::int32_t KalConfigHelper::SetCallId(std::uint32_t callId) {
   if (!Check(m_pConfigLock != nullptr, "m_pConfigLock != nullptr", 1246)) return kResultNotFound;
   {
-    const std::lock_guard lock(*m_pConfigLock);
+    const detail::Lock lock(*m_pConfigLock);
     if (m_callId == kNoCallId && callId != kNoCallId) return createKalConfig(callId);
     if (m_callId == callId && m_pIKalConfig != nullptr) return kResultOk;
   }
@@ -60,7 +60,7 @@ std::uint32_t KalConfigHelper::GetCallId() const {
 
 std::int32_t KalConfigHelper::createKalConfig(std::uint32_t callId) {
   if (!Check(m_pConfigLock != nullptr, "m_pConfigLock != nullptr", 1549)) return kResultNotFound;
-  const std::lock_guard lock(*m_pConfigLock);
+  const detail::Lock lock(*m_pConfigLock);
   if (m_pIKalConfig != nullptr || callId == kNoCallId) return kResultNotFound;
   // Set before the store is made, which traces: a trace sink that calls SetCallId() does not bind a second
   // time.

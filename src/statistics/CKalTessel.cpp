@@ -22,18 +22,21 @@ constinit std::atomic<int> g_ending{0};
 // Protected by the lock of kalTesselInstant. Other registries do without.
 constinit std::pair<const std::pair<KalTesselEntityType, std::uint32_t>, void*>* g_found = nullptr;
 
+using RegistryLock = detail::Mutex<CCmMutexThreadRecursive>;
+
 // Holds the lock if it can be had; a call goes on without it otherwise.
-class Guard {
+class TESSEL_LOCKING(scoped_lockable) Guard {
  public:
-  explicit Guard(CCmMutexThreadBase& mutex) : m_mutex(mutex), m_isLocked(mutex.Lock() == 0) {}
-  ~Guard() {
+  explicit Guard(RegistryLock& mutex) TESSEL_LOCKING(acquire_capability(mutex))
+      : m_mutex(mutex), m_isLocked(mutex.Lock() == 0) {}
+  ~Guard() TESSEL_LOCKING(release_capability()) {
     if (m_isLocked) m_mutex.UnLock();
   }
   Guard(const Guard&) = delete;
   Guard& operator=(const Guard&) = delete;
 
  private:
-  CCmMutexThreadBase& m_mutex;
+  RegistryLock& m_mutex;
   const bool m_isLocked;
 };
 

@@ -27,14 +27,14 @@ struct StoreEntry {
 using Stores = std::map<std::uint32_t, StoreEntry>;
 
 // Usable before any constructor runs.
-constinit std::recursive_mutex g_mutex;
+constinit detail::Mutex<std::recursive_mutex> g_mutex;
 
-Stores& TheStores();
+Stores& TheStores() TESSEL_LOCKING(requires_capability(g_mutex));
 
 // Destroys every store. What callbacks captured may call in when it ends: the registry is empty by then, and
 // every store is still alive, since a callback may have captured a facade of another call.
 void DropAll() {
-  std::lock_guard lock(g_mutex);
+  const detail::Lock lock(g_mutex);
   while (!TheStores().empty()) {
     const Stores doomed = std::exchange(TheStores(), {});
     for (const auto& [callId, entry] : doomed) entry.store->DropHandlers();
@@ -43,13 +43,17 @@ void DropAll() {
 
 // The registry's map: null until the first use, which may come from a static object that is constructed before
 // this library is initialised. Never destroyed: what ends after the stores were dropped at exit still finds it.
-constinit Stores* g_mapConfigs = nullptr;
+constinit Stores* g_mapConfigs TESSEL_LOCKING(pt_guarded_by(g_mutex)) = nullptr;
 
-Stores& TheStores() {
+void MakeStores() {
   static const struct Lifetime {
     Lifetime() { g_mapConfigs = new Stores; }
     ~Lifetime() { DropAll(); }
   } lifetime;
+}
+
+Stores& TheStores() {
+  MakeStores();
   return *g_mapConfigs;
 }
 
@@ -57,11 +61,11 @@ Stores& TheStores() {
 // priority: static objects end before the stores do, whether or not they have used one by then. The registry
 // of the statistics comes first.
 [[gnu::constructor(102)]] void MakeEarly() {
-  TheStores();
+  MakeStores();
 }
 
 // Takes one reference and returns how many are left; at none, destroys the store and its entry.
-int DropReference(Stores::iterator position) {
+int DropReference(Stores::iterator position) TESSEL_LOCKING(requires_capability(g_mutex)) {
   const int counts = --position->second.counts;
   if (counts < 1) {
     // What callbacks captured may call in again when the store goes: the entry is gone by then.
@@ -106,7 +110,7 @@ class LimitedTracer {
 std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {
   if (ppConfig == nullptr) return kResultBadArgument;
   TESSEL_TRACE(2, "kalStore::CreateKalConfig", Cid{callId});
-  std::lock_guard lock(g_mutex);
+  const detail::Lock lock(g_mutex);
   if (*ppConfig != nullptr) return kResultBadArgument;
   Stores& stores = TheStores();
   std::shared_ptr<KalConfig> made;
@@ -123,7 +127,7 @@ std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {
 
 std::int32_t ReleaseKalConfig(IKalConfig* pConfig) {
   if (pConfig == nullptr) return kResultBadArgument;
-  std::lock_guard lock(g_mutex);
+  const detail::Lock lock(g_mutex);
   Stores& stores = TheStores();
   const auto found = std::find_if(stores.begin(), stores.end(),
                                   [&](const auto& entry) { return entry.second.store.get() == pConfig; });
@@ -140,7 +144,7 @@ std::int32_t CleanUpKalConfig(std::uint32_t callId) {
     text << "int32_t kalStore::CleanUpKalConfig(uint32_t)"
          << ",line=" << 898 << ", callId=" << callId;
   });
-  std::lock_guard lock(g_mutex);
+  const detail::Lock lock(g_mutex);
   const auto found = TheStores().find(callId);
   if (found == TheStores().end() || !found->second.store->MarkCleanedUp()) return kResultNoSuchOrExists;
   const int counts = DropReference(found);
@@ -154,7 +158,7 @@ void DestroyKalConfig() {
     text << "void kalStore::DestroyKalConfig()"
          << ",line=" << __LINE__;
   });
-  std::lock_guard lock(g_mutex);
+  const detail::Lock lock(g_mutex);
   // By key: the sink may call in and change the map.
   const Stores& stores = TheStores();
   for (auto at = stores.begin(); at != stores.end();) {
@@ -166,7 +170,7 @@ void DestroyKalConfig() {
 }
 
 std::uint32_t GetKalConfigSizeForUT() {
-  std::lock_guard lock(g_mutex);
+  const detail::Lock lock(g_mutex);
   return static_cast<std::uint32_t>(TheStores().size());
 }
 

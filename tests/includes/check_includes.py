@@ -14,7 +14,7 @@ from pathlib import Path
 # An exported header's name says whose it is.
 EXPORTED = r"(util|tessel)/\w+\.(h|def)"
 UTIL = r"util/\w+\.h"
-TRACE_HEADERS = r"tessel/(export|timer_fact|trace)\.h"
+TRACE_HEADERS = r"tessel/(export|locking|timer_fact|trace)\.h"
 JSON_HEADERS = r"tessel/(export|json|jsonHelper|json_\w+)\.h"
 STORE_HEADERS = (r"tessel/((I?KalConfig|KalConfig(Event|Group|ObserverMgr|Registry)|ConfigEventHandler|KalFeatureToggleID"
                  r"|KalSessionType|ResultCode|atomMap)\.h|KalFeatureToggles\.def)")
@@ -26,7 +26,7 @@ STATISTICS_HEADERS = (r"tessel/(CKalTessel|IKalUnknown|IKal(Audio|Media|Video)In
 FOLDERS = [
     (r"libutil/include/util/", [UTIL]),
     (r"libutil/src/", [UTIL, r"\w+\.h"]),
-    (r"include/tessel/(export|timer_fact|trace)\.h$", [UTIL, TRACE_HEADERS]),
+    (r"include/tessel/(export|locking|timer_fact|trace)\.h$", [UTIL, TRACE_HEADERS]),
     (r"include/tessel/json\w*\.h$", [UTIL, JSON_HEADERS]),
     (f"include/{STORE_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS]),
     (f"include/{DOCUMENT_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS]),
