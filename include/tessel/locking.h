@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-/// @file
-/// Which lock protects what, for Clang to check (-Wthread-safety). Other compilers see nothing of it.
+// Which lock protects what, for Clang to check (-Wthread-safety). Other compilers see nothing of it.
 
 #include <mutex>
 
