@@ -11,6 +11,10 @@ namespace kalStore {
 
 class Subscription;
 
+namespace internal {
+class LiveRegistrar;
+}
+
 /// Whether a set was carried out, whether or not a subscriber was notified. The value is then stored; a
 /// transient one is announced, and what was stored is removed.
 /// @param setResult  what a SetKalConfig() returned
@@ -85,6 +89,7 @@ class ConfigRef {
 
  private:
   friend class Subscription;
+  friend class internal::LiveRegistrar;
 
   // Exactly one of the two is set.
   IKalConfig* m_store = nullptr;

@@ -16,6 +16,11 @@
 
 namespace kalStore {
 
+namespace internal {
+class LiveRegistration;
+class LiveRegistrations;
+}  // namespace internal
+
 /// The store of one call. Obtain it with CreateKalConfig() and use it through IKalConfig.
 class TESSEL_API KalConfig : public IKalConfig {
  public:
@@ -51,6 +56,8 @@ class TESSEL_API KalConfig : public IKalConfig {
   [[gnu::visibility("hidden")]] void DropHandlers();
 
  private:
+  friend class internal::LiveRegistration;
+
   using ObserverMgr = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
   // A value may end under the lock: that runs no code but its own.
   using ConfigMap = atomMap<std::string, ConfigData>;
@@ -75,6 +82,9 @@ class TESSEL_API KalConfig : public IKalConfig {
 
   const std::uint32_t m_callId;
   std::string m_dumpText TESSEL_LOCKING(guarded_by(m_dumpLock));
+  // What follows the values; null until something does, which is all that other stores' sets look at. Set
+  // once, under internal::g_liveMutex.
+  std::atomic<internal::LiveRegistrations*> m_live{nullptr};
   atomMap<SubscribeId_t, ConfigEventHandler::Ptr> m_mapIDs;
   std::array<ObserverMgr, KAL_CONFIG_GROUP_LAST> m_observerMgrs;
   std::array<ConfigMap, KAL_CONFIG_GROUP_LAST> m_configs;

@@ -20,6 +20,7 @@ class KalConfigObserverHelper;
 
 namespace internal {
 class FacadeRegistration;
+class LiveRegistrar;
 struct ObserverRecord;
 }  // namespace internal
 
@@ -357,6 +358,7 @@ class TESSEL_API KalConfigHelper {
 
  private:
   friend class internal::FacadeRegistration;  // A Subscription removes by the record, not by the name.
+  friend class internal::LiveRegistrar;
 
   std::int32_t createKalConfig(std::uint32_t callId);
   std::shared_ptr<internal::ObserverRecord> makeRecord(const char* szConfigName, fnConfigChangedCallBack cb,

@@ -9,6 +9,7 @@
 #include "tessel/ConfigEnum.h"
 #include "tessel/ConfigKey.h"
 #include "tessel/ConfigRef.h"
+#include "tessel/LiveConfig.h"
 #include "tessel/ScopedConfig.h"
 #include "tessel/StatsRef.h"
 #include "tessel/Subscription.h"

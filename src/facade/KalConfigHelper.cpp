@@ -76,6 +76,8 @@ std::int32_t KalConfigHelper::createKalConfig(std::uint32_t callId) {
     m_callId = kNoCallId;
     return kResultNotFound;
   }
+  // Before anyone sets through this facade, and before the callbacks, which may read a live value.
+  m_pObserverHelper->Live().SetStore(*pStore);
   m_pIKalConfig = pStore;
   m_pObserverHelper->SetStore(*pStore);
   return kResultOk;
@@ -83,9 +85,7 @@ std::int32_t KalConfigHelper::createKalConfig(std::uint32_t callId) {
 
 std::int32_t KalConfigHelper::SetKalSessionType(kal::KalSessionType sessionType) {
   const KalConfigGroup group = GroupOfSessionType(sessionType);
-  KalConfigGroup current = KAL_CONFIG_GROUP_DEFAULT;
-  if (group != KAL_CONFIG_GROUP_DEFAULT &&
-      (m_defaultGroup.compare_exchange_strong(current, group) || current == group)) {
+  if (group != KAL_CONFIG_GROUP_DEFAULT && (SetDefaultGroup(group) == kResultOk || m_defaultGroup == group)) {
     return kResultOk;
   }
   TESSEL_TRACE(0, "kalStore::KalConfigHelper::SetKalSessionType",
@@ -99,8 +99,9 @@ kal::KalSessionType KalConfigHelper::GetKalSessionType() const {
 }
 
 std::int32_t KalConfigHelper::SetDefaultGroup(KalConfigGroup group) {
-  KalConfigGroup current = KAL_CONFIG_GROUP_DEFAULT;
-  const bool isSet = IsConfigGroup(group) && m_defaultGroup.compare_exchange_strong(current, group);
+  // Without the helper, the facade is ending.
+  const bool isSet = IsConfigGroup(group) && m_pObserverHelper != nullptr &&
+                     m_pObserverHelper->Live().SetDefaultGroup(m_defaultGroup, group);
   return isSet ? kResultOk : kResultNotFound;
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "facade/GuardedCallback.h"
+#include "facade/LiveRecords.h"
 #include "tessel/ConfigEventHandler.h"
 #include "tessel/IKalConfig.h"
 #include "tessel/atomMap.h"
@@ -75,6 +76,9 @@ class KalConfigObserverHelper {
   /// Registers every record that waits. A name that a callback has subscribed in the meantime keeps that one.
   void ReSubscribeConfig();
 
+  /// The live values of the facade.
+  internal::LiveRecords& Live() { return m_live; }
+
   /// Keeps change callbacks from user code from now on, waits for those that run, at most 50000 yields, and
   /// removes every subscription and binding from the store.
   void Clean();
@@ -93,6 +97,7 @@ class KalConfigObserverHelper {
 
   RecordsById m_recordsById;
   std::array<RecordsByName, KAL_CONFIG_GROUP_LAST> m_records;
+  internal::LiveRecords m_live;
   std::atomic<IKalConfig*> m_store{nullptr};
   // Shared with every wrapped callback, which may outlive the helper in a thread's queue. Accessed
   // atomically.

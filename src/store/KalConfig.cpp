@@ -1,14 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tessel/KalConfig.h"
 
+#include <memory>
 #include <string_view>
 #include <utility>
 
+#include "store/LiveRegistrations.h"
 #include "trace/TraceLine.h"
 
 namespace kalStore {
 
 using namespace internal;
+
+namespace {
+
+// What follows the store's values, or null. Asked and used under the lock of the values' group, so that what
+// follows a value changes with it, in the order of the changes. That lock shows every follower of the group;
+// acquire, with the release in LiveRegistration::Follow(), is for a first follower in another group.
+LiveRegistrations* Followers(const std::atomic<LiveRegistrations*>& live) {
+  return live.load(std::memory_order_acquire);
+}
+
+}  // namespace
 
 KalConfig::KalConfig(std::uint32_t callId) : m_callId(callId) {
   TESSEL_TRACE(2, "kalStore::KalConfig::KalConfig", Cid{m_callId} << This{this});
@@ -18,6 +31,9 @@ KalConfig::~KalConfig() {
   TESSEL_TRACE(2, "kalStore::KalConfig::~KalConfig", Cid{m_callId} << This{this});
   DropHandlers();
   for (ConfigMap& values : m_configs) ConfigMap::Locked(values)->clear();
+  // Nothing is written for that: what follows a value keeps the last one.
+  const std::unique_ptr<LiveRegistrations> live(m_live.load(std::memory_order_relaxed));
+  if (live != nullptr) live->Leave();
 }
 
 std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,
@@ -48,6 +64,9 @@ std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, Con
       }
     } else {
       values->emplace_hint(position, name, value);
+    }
+    if (LiveRegistrations* const live = Followers(m_live)) [[unlikely]] {
+      live->Write(group, name, bTransient ? nullptr : &value);
     }
   }
   return fireEvents(observersOf(group), name, std::move(previous), std::move(value), group, bForceNotify);
@@ -85,6 +104,7 @@ std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) 
     if (const auto found = values->find(std::string_view(name)); found != values->end()) {
       values->erase(found);
       erased = true;
+      if (LiveRegistrations* const live = Followers(m_live)) live->Write(group, name, nullptr);
     }
   }
   TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfig",
@@ -99,6 +119,7 @@ std::int32_t KalConfig::RemoveKalConfigByGroup(KalConfigGroup group) {
     ConfigMap::Locked values(configsOf(group));
     size = values->size();
     values->clear();
+    if (LiveRegistrations* const live = Followers(m_live)) live->WriteNothing(group);
   }
   TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfigByGroup",
                ", size=" << size << Cid{m_callId} << This{this});
