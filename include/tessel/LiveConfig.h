@@ -109,8 +109,8 @@ template <class T>
 class LiveConfig {
   static_assert(
       detail::kIsLiveType<T>,
-      "a LiveConfig is read without a lock: its type is one of which std::atomic is always lock-free "
-      "(bool, a number, an enum, a duration); read a std::string with its ConfigKey, or subscribe to it");
+      "a LiveConfig is read without a lock: its type is one whose std::atomic is always lock-free, such "
+      "as bool, a number, an enum or a duration; read a std::string by its ConfigKey");
 
  public:
   /// Follows a setting from now on. A failed allocation leaves the constructor as std::bad_alloc.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tessel/LiveConfig.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <new>
@@ -18,12 +19,28 @@
 
 namespace {
 
+enum class Codec { kH264, kVp8 };
+
+}  // namespace
+
+template <>
+struct kalStore::ConfigEnum<Codec> {
+  static constexpr ConfigEnumName<Codec> kNames[] = {{Codec::kH264, "h264"}, {Codec::kVp8, "vp8"}};
+};
+
+namespace {
+
+using std::chrono::milliseconds;
+
 constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 constexpr ConfigKey<int> kMinFps{KAL_CONFIG_GROUP_VIDEO, "MinFps", 5};
 constexpr ConfigKey<bool> kDtx{KAL_CONFIG_GROUP_AUDIO, "Dtx", true};
 constexpr ConfigKey<unsigned int> kPort{KAL_CONFIG_GROUP_TRANSMISSION, "Port", 5004U};
 constexpr ConfigKey<std::int64_t> kBytes{KAL_CONFIG_GROUP_METRICS, "Bytes", -1};
 constexpr ConfigKey<double> kGain{KAL_CONFIG_GROUP_AUDIO, "Gain", -18.5};
+constexpr ConfigKey<float> kVolume{KAL_CONFIG_GROUP_AUDIO, "Volume", 0.5F};
+constexpr ConfigKey<Codec> kCodec{KAL_CONFIG_GROUP_VIDEO, "Codec", Codec::kH264};
+constexpr ConfigKey<milliseconds> kDelay{KAL_CONFIG_GROUP_AUDIO, "Delay", milliseconds(40)};
 constexpr ConfigKey<int> kBitrate{KAL_CONFIG_GROUP_DEFAULT, "Bitrate", 64000};
 
 class Live : public TypedTest {
@@ -69,23 +86,37 @@ TEST_F(Live, GivesTheDefaultAndThenWhatIsSetForEachType) {
     const LiveConfig<unsigned int> port(ref, kPort);
     const LiveConfig<std::int64_t> bytes(ref, kBytes);
     const LiveConfig<double> gain(ref, kGain);
-    EXPECT_TRUE(maxFps && dtx && port && bytes && gain);
+    const LiveConfig<float> volume(ref, kVolume);
+    const LiveConfig<Codec> codec(ref, kCodec);
+    const LiveConfig<milliseconds> delay(ref, kDelay);
+    EXPECT_TRUE(maxFps && dtx && port && bytes && gain && volume && codec && delay);
     EXPECT_EQ(30, maxFps.Get());
     EXPECT_TRUE(dtx.Get());
     EXPECT_EQ(5004U, port.Get());
     EXPECT_EQ(-1, bytes.Get());
     EXPECT_EQ(-18.5, gain.Get());
+    EXPECT_EQ(0.5F, volume.Get());
+    EXPECT_EQ(Codec::kH264, codec.Get());
+    EXPECT_EQ(milliseconds(40), delay.Get());
 
     kMaxFps.Set(ref, -2147483647 - 1);
     kDtx.Set(ref, false);
     kPort.Set(ref, 4294967295U);
     kBytes.Set(ref, std::int64_t{9223372036854775807});
     kGain.Set(ref, 1e-300);
+    kVolume.Set(ref, 0.1F);
+    kCodec.Set(ref, Codec::kVp8);
+    kDelay.Set(ref, std::chrono::seconds(3));
     EXPECT_EQ(-2147483647 - 1, maxFps.Get());
     EXPECT_FALSE(dtx.Get());
     EXPECT_EQ(4294967295U, port.Get());
     EXPECT_EQ(9223372036854775807, bytes.Get());
     EXPECT_EQ(1e-300, gain.Get());
+    EXPECT_EQ(0.1F, volume.Get());
+    EXPECT_EQ(Codec::kVp8, codec.Get());
+    EXPECT_EQ(milliseconds(3000), delay.Get());
+    m_call->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "Codec", "av1", false, false);
+    EXPECT_EQ(Codec::kH264, codec.Get());
     for (int group = 0; group < KAL_CONFIG_GROUP_LAST; ++group) {
       m_call->RemoveKalConfigByGroup(static_cast<KalConfigGroup>(group));
     }
@@ -530,14 +561,22 @@ TEST_F(LiveEnd, EndsAndIsMadeByWhatACallbackOwnsWhenItEndsWithTheStore) {
 TEST_F(Live, AllocatesNothingToBeReadOrWritten) {
   const LiveConfig maxFps(m_facade, kMaxFps);
   const LiveConfig gain(m_facade, kGain);
+  const LiveConfig codec(m_facade, kCodec);
+  const LiveConfig delay(m_facade, kDelay);
   kMaxFps.Set(m_facade, 1);
   kGain.Set(m_facade, 1.0);
+  kCodec.Set(m_facade, Codec::kVp8);
+  kDelay.Set(m_facade, milliseconds(1));
   const AllocationCount count;
   for (int i = 0; i < 100; ++i) {
     kMaxFps.Set(m_facade, i);
     kGain.Set(m_facade, 0.5 * i);
     EXPECT_EQ(i, maxFps.Get());
     EXPECT_EQ(0.5 * i, gain.Get());
+    kCodec.Set(m_facade, i % 2 == 0 ? Codec::kH264 : Codec::kVp8);
+    kDelay.Set(m_facade, milliseconds(i));
+    EXPECT_EQ(i % 2 == 0 ? Codec::kH264 : Codec::kVp8, codec.Get());
+    EXPECT_EQ(milliseconds(i), delay.Get());
   }
   EXPECT_EQ(0U, count.Count());
 }
