@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#ifndef __cpp_exceptions
+#error "tessel/ScopedConfig.h needs exceptions: it restores the value when a callback throws"
+#endif
+
 #include <string>
 #include <utility>
 

@@ -42,3 +42,4 @@
 #include "tessel/settings_check.h"
 #include "tessel/timer_fact.h"
 #include "tessel/trace.h"
+#include "tessel/version.h"

@@ -44,6 +44,7 @@ flags_of_package() {
   local folder
   folder=$(dirname "$(find "$prefix" -name tessel.pc)")
   mapfile -t flags < <(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs "$@" tessel | xargs printf '%s\n')
+  flags+=("-DPACKAGE_VERSION=\"$(PKG_CONFIG_PATH=$folder pkg-config --modversion tessel)\"")
 }
 
 # build_by_pkg_config NAME [PKG_CONFIG_OPTION...]: the consumer, against $prefix.
@@ -76,6 +77,8 @@ case "$way" in
     mv "$prefix" "$work/moved"
     prefix=$work/moved
     build_by_pkg_config consumer
+    "$compiler" -std=c++20 -fno-exceptions -fno-rtti "$consumer/consumer.cpp" "${flags[@]}" -o "$work/plain"
+    "$work/plain"
     # The C library's own libutil, of the same name, still links beside it.
     "$compiler" -std=c++20 "$consumer/consumer.cpp" "${flags[@]}" -lutil -o "$work/both"
     "$work/both"
@@ -147,7 +150,9 @@ case "$way" in
     build_example statistics
     # Installed, it is not moved: its prefix is fixed.
     build_by_pkg_config consumer --define-variable=prefix="$prefix"
-    "$prefix/bin/tessel" --version
+    for package in "$build"/packages/*.deb; do
+      [ "tessel $(dpkg-deb -f "$package" Version)" = "$("$prefix/bin/tessel" --version)" ] || fail "version of $package"
+    done
     ;;
   *)
     echo "unknown way: $way" >&2

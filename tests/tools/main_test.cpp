@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <tessel/version.h>
 
 #include <sstream>
 #include <string>
@@ -10,7 +11,10 @@
 
 TEST(Tessel, PrintsItsVersion) {
   const Finished run = Program().Run({"--version"});
-  EXPECT_EQ(run.out, "tessel " TESSEL_VERSION "\n");
+  std::ostringstream version;
+  version << "tessel " << TESSEL_VERSION_MAJOR << '.' << TESSEL_VERSION_MINOR << '.' << TESSEL_VERSION_PATCH
+          << '\n';
+  EXPECT_EQ(run.out, version.str());
   EXPECT_EQ(run.status, 0);
 }
 

@@ -3,6 +3,7 @@
 #include <tessel/tessel.h>
 #include <util/util.h>
 
+#include <cstdio>
 #include <cstring>
 
 #ifdef CONSUMER_IS_NEWER
@@ -10,6 +11,12 @@ static_assert(__cplusplus > 202002L, "the package has chosen an older language")
 #endif
 
 int main() {
+#ifdef PACKAGE_VERSION
+  char version[32];
+  std::snprintf(version, sizeof version, "%d.%d.%d", TESSEL_VERSION_MAJOR, TESSEL_VERSION_MINOR,
+                TESSEL_VERSION_PATCH);
+  if (std::strcmp(version, PACKAGE_VERSION) != 0) return 6;
+#endif
   kalStore::KalConfigHelper settings(7);
   if (settings.SetKalConfig("Bitrate", ConfigData(32000), kalStore::KAL_CONFIG_GROUP_AUDIO) !=
       kalStore::kResultNobody) {

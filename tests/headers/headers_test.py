@@ -1,0 +1,77 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""The exported headers as a program compiles them: each one alone, and all together by every compiler at hand, for each
+language standard that the compiler knows, without a warning; without run-time type information; without exceptions.
+usage: headers_test.py COMPILER
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+SOURCE = Path(__file__).resolve().parents[2]
+FOLDERS = [SOURCE / "include", SOURCE / "libutil" / "include"]
+HEADERS = [path.relative_to(folder).as_posix() for folder in FOLDERS for path in sorted(folder.glob("*/*.h"))]
+NEEDS_EXCEPTIONS = "tessel/ScopedConfig.h"
+COMPILER = sys.argv.pop(1)
+COMPILERS = [COMPILER] + [found for found in map(shutil.which, ("clang++", "clang++-19")) if found and found != COMPILER]
+STANDARDS = ("c++20", "c++23", "c++26")
+WARNINGS = ("-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror")
+
+
+class Headers(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.work = Path(folder.name)
+
+    def compile(self, compiler, headers, *options):
+        """What the compiler says of a file that includes the headers; nothing when it compiles."""
+        with tempfile.NamedTemporaryFile("w", suffix=".cpp", dir=self.work, delete=False) as source:
+            source.writelines(f"#include <{header}>\n" for header in headers)
+        command = [compiler, "-fsyntax-only", *WARNINGS, *options, *(f"-I{folder}" for folder in FOLDERS), source.name]
+        run = subprocess.run(command, stderr=subprocess.PIPE, text=True, check=False, env=os.environ | {"LC_ALL": "C"})
+        return run.stderr or ("" if run.returncode == 0 else f"status {run.returncode}")
+
+    def knows(self, compiler, standard):
+        return not self.compile(compiler, [], f"-std={standard}")
+
+    def assert_compiles(self, arguments):
+        """Compiles many files, as many at a time as there are processors."""
+        with ThreadPoolExecutor(os.cpu_count()) as pool:
+            for case, said in zip(arguments, pool.map(lambda case: self.compile(*case), arguments)):
+                self.assertEqual(said, "", case)
+
+    def test_each_compiles_alone(self):
+        self.assert_compiles([(COMPILER, [header], "-std=c++20") for header in HEADERS])
+
+    def test_all_compile_with_every_compiler_and_standard(self):
+        cases = [(compiler, HEADERS, f"-std={standard}") for compiler in COMPILERS for standard in STANDARDS
+                 if self.knows(compiler, standard)]
+        self.assertGreaterEqual(len(cases), len(COMPILERS))
+        self.assert_compiles(cases)
+
+    def test_all_compile_without_run_time_type_information(self):
+        self.assert_compiles([(compiler, HEADERS, "-std=c++20", "-fno-rtti") for compiler in COMPILERS])
+
+    def test_all_but_one_compile_without_exceptions(self):
+        headers = [header for header in HEADERS if header != NEEDS_EXCEPTIONS]
+        self.assert_compiles([(compiler, headers, "-std=c++20", "-fno-exceptions") for compiler in COMPILERS])
+        for compiler in COMPILERS:
+            said = self.compile(compiler, [NEEDS_EXCEPTIONS], "-std=c++20", "-fno-exceptions")
+            self.assertRegex(said, r"error: .*ScopedConfig\.h needs exceptions")
+
+    def test_a_fault_is_found(self):
+        (self.work / "fault.h").write_text("inline int Narrow(long value) { return value; }\n")
+        for compiler in COMPILERS:
+            said = self.compile(compiler, ["fault.h"], "-std=c++20", f"-I{self.work}")
+            self.assertIn("conversion", said)
+
+
+if __name__ == "__main__":
+    unittest.main()
