@@ -15,6 +15,7 @@ import subprocess
 import sys
 import tempfile
 
+import plot
 import report
 
 BUILD = report.ROOT / "build/bench"
@@ -58,8 +59,9 @@ def medians(runs, ordered):
         scale = {"ns": 1, "us": 1e3, "ms": 1e6}[all_runs[0]["time_unit"]]
         times = [one[clock] * scale for one in all_runs]
         result[name] = {"ns": statistics.median(times), "least_ns": min(times), "most_ns": max(times)}
-        if "bytes" in all_runs[0]:
-            result[name]["bytes"] = statistics.median(one["bytes"] for one in all_runs)
+        for counter in ("bytes", *plot.PERCENTILES):
+            if counter in all_runs[0]:
+                result[name][counter] = statistics.median(one[counter] for one in all_runs)
     return result
 
 

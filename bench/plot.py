@@ -11,8 +11,11 @@ LABELS = {
     "ToChars": "std::to_chars", "RapidJson": "RapidJSON", "BoostJson": "Boost.JSON", "JsonCpp": "jsoncpp", "Queue": "condvar loop",
     "InPlace": "floor, in place", "Locked": "deque + mutex", "TbbTransparent": "oneTBB, transparent", "Boundary": "library call",
     "Load": "volatile load", "Snprintf": "snprintf", "Fmt": "fmt", "Spdlog": "spdlog",
+    "Live": "LiveConfig", "Atomic": "relaxed load", "Key": "store", "Nothing": "clock alone",
 }
-FLOORS = {"Floor", "FunctionVector", "Queue"}
+OURS = {"Tessel", "Live"}
+FLOORS = {"Floor", "FunctionVector", "Queue", "Nothing"}
+PERCENTILES = ("p50", "p99.9", "p99.99", "greatest")
 THEMES = {
     "light": {"page": "#ffffff", "text": "#1f2328", "faint": "#59636e", "line": "#d1d9e0",
               "ours": "#0969da", "peer": "#9aa5b1", "floor": "#d8dee4"},
@@ -53,7 +56,7 @@ def panel(x, y, title, bars):
     yield (f'<line x1="{x + LABEL}" y1="{y - 4}" x2="{x + LABEL}" y2="{y + STEP * len(bars) - 4}"'
            ' class="line"/>')
     for name, ns in bars:
-        kind = "ours" if name == "Tessel" else "floor" if name in FLOORS else "peer"
+        kind = "ours" if name in OURS else "floor" if name in FLOORS else "peer"
         length = max(1.5, ns / longest * (PANEL - LABEL - VALUE))
         weight = "600" if kind == "ours" else "normal"
         yield text(x + LABEL - 8, y + 11.5, LABELS[name], anchor="end", weight=weight)
@@ -94,6 +97,13 @@ def figures(results):
         ("overwrite, 100 names", bars("values", "Overwrite", "/names:100", stores)),
     ]
 
+    beside = {doer: results.get("live", {}).get(f"ReadBeside<{doer}>/setters:2/iterations:1/repeats:1/real_time")
+              for doer in ("Live", "Key", "Nothing")}
+    if all(beside.values()):
+        yield "live", "One read beside two setters on one CPU", [
+            (percentile, [(doer, one[percentile]) for doer, one in beside.items()]) for percentile in PERCENTILES
+        ]
+
     def notifying(count):
         notify = results["notify"]
         ours = notify[f"Set<Tessel>/subscribers:{count}"]["ns"] - notify["Set<Tessel>/subscribers:0"]["ns"]
@@ -121,10 +131,11 @@ def figures(results):
 def draw(results, folder):
     """The files that were drawn."""
     run = results["run"]
-    note = f"Shorter is better. Medians of {run['repetitions']} runs; {run['processor']}, {run['compiler']}, -O3."
     folder.mkdir(exist_ok=True)
     drawn = []
     for name, title, panels in figures(results):
+        times = "10,000,000 reads" if name == "live" else f"Medians of {run['repetitions']} runs"
+        note = f"Shorter is better. {times}; {run['processor']}, {run['compiler']}, -O3."
         drawn.append(folder / f"{name}.svg")
         drawn[-1].write_text(figure(title, note, panels))
     return drawn

@@ -51,6 +51,8 @@ def time_rows(measured):
     """The head and the cells of all that one program measured: a row for each task, a column for each library."""
     works, doers = {}, []
     for name, one in measured.items():
+        if plot.PERCENTILES[0] in one:
+            continue
         work, doer, variant = re.fullmatch(r"(\w+)<(\w+)>(.*)", name).groups()
         variant = re.sub(r"/(manual_time|real_time|iterations:\d+)", "", variant)
         if doer not in doers:
@@ -60,6 +62,17 @@ def time_rows(measured):
     labels = plot.LABELS | {"Floor": "floor"}
     return (("", *(labels[doer] for doer in doers)),
             [(work, *(cells.get(doer, "") for doer in doers)) for work, cells in works.items()])
+
+
+def percentile_rows(measured):
+    """The head and the cells of what was measured one by one: a row for each task and library."""
+    rows = []
+    for name, one in measured.items():
+        if plot.PERCENTILES[0] in one:
+            work, doer, variant = re.fullmatch(r"(\w+)<(\w+)>/(\w+:\d+).*", name).groups()
+            cells = (plot.in_time(one[percentile]) for percentile in plot.PERCENTILES)
+            rows.append((f"{work} {variant}", plot.LABELS[doer], *cells))
+    return ("", "", *plot.PERCENTILES), sorted(rows, key=lambda row: row[0])
 
 
 def text_table(head, rows, left):
@@ -77,8 +90,13 @@ def markdown_table(head, rows, left):
 
 def console(results, is_whole):
     """The table of goals, after all times; a whole run leaves the times out, as there are too many."""
-    tables = [] if is_whole else [text_table(*time_rows(measured), left=1)
-                                  for section, measured in results.items() if section != "run"]
+    tables = []
+    for section, measured in results.items():
+        if section != "run" and not is_whole:
+            tables.append(text_table(*time_rows(measured), left=1))
+            head, rows = percentile_rows(measured)
+            if rows:
+                tables.append(text_table(head, rows, left=2))
     rows = list(goal_rows(results))
     if rows:
         tables.append(text_table(GOALS_HEAD, rows, left=2))
@@ -101,11 +119,13 @@ def filled(page, results):
             text = run_line(results["run"])
         elif kind == "goals":
             text = markdown_table(GOALS_HEAD, goal_rows(results, section), left=2)
+        elif kind == "percentiles":
+            text = markdown_table(*percentile_rows(results[section]), left=2)
         else:
             text = markdown_table(*time_rows(results[section]), left=1)
         return f"{mark[0]}\n{text}\n<!-- end -->"
 
-    return re.sub(r"(?s)<!-- (run|goals|times)(?: (\w+))? -->(?=\n).*?<!-- end -->",
+    return re.sub(r"(?s)<!-- (run|goals|times|percentiles)(?: (\w+))? -->(?=\n).*?<!-- end -->",
                   lambda found: block(re.match(r"<!-- (\w+)(?: (\w+))? -->", found[0])), page)
 
 

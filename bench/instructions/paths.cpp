@@ -14,6 +14,7 @@
 #include "tessel/IKalVideoInfo.h"
 #include "tessel/json.h"
 #include "tessel/post.h"
+#include "tessel/typed.h"
 #include "trace/TraceLine.h"
 #include "util/util.h"
 
@@ -24,7 +25,9 @@ using kalStore::KalConfigHelper;
 
 constexpr int kRepeats = 200;
 constexpr const char* kName = "VideoSetting0042";
+constexpr kalStore::ConfigKey<int> kLiveKey{kGroup, "LiveSetting00001", 1};
 const char* const kValues[] = {"one value", "another value"};
+const char* const kNumbers[] = {"15", "30"};
 
 /// The data of the paths: a call with 100 settings, and subscribers of some.
 struct Stage {
@@ -58,6 +61,8 @@ struct Stage {
   ACmThread thread;
   Call call;
   KalConfigHelper facade{call.Id()};
+  Call liveCall;  // Its own: sets in the others' group pay nothing for what follows it.
+  kalStore::LiveConfig<int> live{liveCall.Store(), kLiveKey};
   Call documents;
   const std::string document = SettingsDocument(kRepeats);
   const json::Value parsed = json::Deserialize(document);
@@ -119,6 +124,18 @@ TESSEL_PATH(read) {
 
 TESSEL_PATH(overwrite) {
   g_stage->set(kName);
+}
+
+TESSEL_PATH(overwrite_live) {
+  for (int i = 0; i < kRepeats; ++i) {
+    g_stage->liveCall.Store().SetKalConfig(kGroup, kLiveKey.Name(), kNumbers[i % 2], false, false);
+  }
+}
+
+TESSEL_PATH(live_read) {
+  int sum = 0;
+  for (int i = 0; i < kRepeats; ++i) sum += g_stage->live.Get();
+  g_stage->notified += sum;
 }
 
 TESSEL_PATH(set_notify_1) {
@@ -210,12 +227,27 @@ int main() {
   Stage stage;
   g_stage = &stage;
   for (int time = 0; time < 2; ++time) {
-    for (const auto path :
-         {Path_read, Path_overwrite, Path_set_notify_1, Path_set_notify_8,
-          Path_subscribe_and_remove_beside_64, Path_bound_read, Path_toggle_read, Path_post_and_run,
-          Path_set_notify_1_posted, Path_parse_entry, Path_write_entry, Path_apply_entry, Path_dump_entry,
-          Path_create_or_get_and_release, Path_statistics_setter, Path_statistics_block_read,
-          Path_disabled_trace_line, Path_enabled_trace_line, Path_end}) {
+    for (const auto path : {Path_read,
+                            Path_overwrite,
+                            Path_overwrite_live,
+                            Path_live_read,
+                            Path_set_notify_1,
+                            Path_set_notify_8,
+                            Path_subscribe_and_remove_beside_64,
+                            Path_bound_read,
+                            Path_toggle_read,
+                            Path_post_and_run,
+                            Path_set_notify_1_posted,
+                            Path_parse_entry,
+                            Path_write_entry,
+                            Path_apply_entry,
+                            Path_dump_entry,
+                            Path_create_or_get_and_release,
+                            Path_statistics_setter,
+                            Path_statistics_block_read,
+                            Path_disabled_trace_line,
+                            Path_enabled_trace_line,
+                            Path_end}) {
       path();
     }
   }

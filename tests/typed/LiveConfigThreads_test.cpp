@@ -50,11 +50,12 @@ class Seen {
 // Each setter also reads, by the live value and by the store in turn.
 TEST_F(LiveThreads, NeverGoBackWhoeverSetsAndWhereverTheyRead) {
   constexpr long kSets = 1000;
+  constexpr long kOverlaps = 16;  // One of so many deliveries is slow, so that it overlaps with other sets.
   const LiveConfig stamp(*m_call, kStamp);
   KalConfigHelper facade(kCall);
-  // Slow deliveries, so that those of several sets overlap.
-  const Subscription slow(*m_call, KAL_CONFIG_GROUP_VIDEO, "Stamp",
-                          [](const KalConfigEvent&) { std::this_thread::yield(); });
+  const Subscription slow(*m_call, KAL_CONFIG_GROUP_VIDEO, "Stamp", [](const KalConfigEvent& event) {
+    if (event.m_newValue.ToInt64() % kOverlaps == 0) std::this_thread::yield();
+  });
   std::atomic<bool> isOver{false};
   std::atomic<int> faults{0};
   std::barrier begin(Seen::kSetters + 1);
@@ -94,7 +95,7 @@ TEST_F(LiveThreads, NeverGoBackWhoeverSetsAndWhereverTheyRead) {
 
 // A set that finds its value stored returns at once, maybe before the other set of that value has delivered.
 TEST_F(LiveThreads, SeeTheValueOfASetThatFoundItStored) {
-  constexpr int kRounds = 1000;
+  constexpr int kRounds = 200;
   const LiveConfig maxFps(*m_call, kMaxFps);
   const Subscription slow(*m_call, KAL_CONFIG_GROUP_VIDEO, "MaxFps",
                           [](const KalConfigEvent&) { std::this_thread::yield(); });
@@ -116,7 +117,7 @@ TEST_F(LiveThreads, SeeTheValueOfASetThatFoundItStored) {
 
 TEST_F(LiveThreads, SeeTheLastOfSetsAndRemovals) {
   const LiveConfig maxFps(*m_call, kMaxFps);
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 100; ++round) {
     std::thread sets([&] { kMaxFps.Set(*m_call, round); });
     std::thread removes([&] { kMaxFps.Remove(*m_call); });
     std::thread removesAll([&] { m_call->RemoveKalConfigByGroup(KAL_CONFIG_GROUP_VIDEO); });
@@ -127,7 +128,7 @@ TEST_F(LiveThreads, SeeTheLastOfSetsAndRemovals) {
 }
 
 TEST_F(LiveThreads, FindTheEarlierOfTwoSettingsOnceTheySeeTheLaterOne) {
-  constexpr int kSets = 20000;
+  constexpr int kSets = 5000;
   const LiveConfig first(*m_call, kMaxFps);
   const LiveConfig second(*m_call, kMinFps);
   kMaxFps.Set(*m_call, 0);
@@ -188,7 +189,7 @@ TEST_F(LiveThreads, MakeAndEndItWhileOthersSet) {
 TEST_F(LiveThreads, MakeAndEndItWhileItsFacadeBinds) {
   m_call->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 15, false, false);
   constexpr ConfigKey<int> kDefaultMaxFps{KAL_CONFIG_GROUP_DEFAULT, "MaxFps", 30};
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 100; ++round) {
     KalConfigHelper facade;
     std::latch begin(3);
     std::optional<LiveConfig<int>> kept;
@@ -224,7 +225,7 @@ TEST_F(LiveThreads, SeeWhatIsSetThroughAFacadeThatIsBinding) {
 }
 
 TEST_F(LiveThreads, EndItWhileTheStoreOrTheFacadeEnds) {
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 100; ++round) {
     auto store = std::make_unique<KalConfig>(1);
     auto facade = std::make_unique<KalConfigHelper>();
     std::optional<LiveConfig<int>> ofStore(std::in_place, *store, kMaxFps);
