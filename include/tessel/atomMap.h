@@ -42,7 +42,7 @@ class alignas(64) [[gnu::visibility("default")]] atomMap {
     /// @param owner  must outlive it
     explicit Locked(atomMap& owner) TESSEL_LOCKING(acquire_capability(owner.m_mutex))
         : m_lock(owner.m_mutex), m_map(owner.m_map) {}
-    ~Locked() TESSEL_LOCKING(release_capability()) {}
+    ~Locked() TESSEL_LOCKING(release_capability()) = default;
     ///@{
     /// @return The map, while this object lives.
     Map* operator->() { return &m_map; }

@@ -27,7 +27,7 @@ template <class Base>
 class TESSEL_LOCKING(scoped_lockable) Lock {
  public:
   explicit Lock(Mutex<Base>& mutex) TESSEL_LOCKING(acquire_capability(mutex)) : m_lock(mutex) {}
-  ~Lock() TESSEL_LOCKING(release_capability()) {}
+  ~Lock() TESSEL_LOCKING(release_capability()) = default;
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
 

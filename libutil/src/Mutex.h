@@ -22,7 +22,7 @@ class UTIL_LOCKING(capability("mutex")) Mutex : public std::mutex {};
 class UTIL_LOCKING(scoped_lockable) Lock {
  public:
   explicit Lock(Mutex& mutex) UTIL_LOCKING(acquire_capability(mutex)) : m_lock(mutex) {}
-  ~Lock() UTIL_LOCKING(release_capability()) {}
+  ~Lock() UTIL_LOCKING(release_capability()) = default;
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
 
