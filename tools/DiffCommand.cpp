@@ -18,7 +18,7 @@
 
 namespace {
 
-struct Options {
+struct DiffOptions {
   std::string first;
   std::string second;
   bool exact = false;
@@ -40,7 +40,7 @@ void PrintByGroup(const std::vector<Change>& changes) {
   }
 }
 
-int Run(const Options& options) {
+int Diff(const DiffOptions& options) {
   const std::vector<SettingsDocument> documents = LoadDocuments({options.first, options.second});
   for (const SettingsDocument& document : documents) document.PrintFindings(std::cerr);
   const std::vector<Change> changes = Compare(documents[0], documents[1], options.exact);
@@ -55,7 +55,7 @@ int Run(const Options& options) {
 }  // namespace
 
 void AddDiffCommand(CLI::App& app, int& exitStatus) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<DiffOptions>();
   CLI::App* const command = app.add_subcommand(
       "diff", "Show what a settings document changes when it is applied after another one");
   SetFile(*command->add_option("A", options->first, "A settings document; - is standard input")->required());
@@ -72,5 +72,5 @@ void AddDiffCommand(CLI::App& app, int& exitStatus) {
       "  tessel diff base.json lab.json\n"
       "  tessel diff --exact before.json after.json\n"
       "      What differs between two dumps of a call?");
-  command->callback([options, &exitStatus] { exitStatus = Run(*options); });
+  command->callback([options, &exitStatus] { exitStatus = Diff(*options); });
 }

@@ -20,7 +20,7 @@
 
 namespace {
 
-struct Options {
+struct LintOptions {
   std::vector<std::string> files;
   std::vector<std::string> names;
   std::string format;
@@ -34,7 +34,7 @@ std::vector<kalStore::SettingsFinding> Check(const std::string& file, const kalS
   return findings;
 }
 
-int Run(const Options& options) {
+int Lint(const LintOptions& options) {
   RefuseRepeatedInput(options.files, options.names);
   kalStore::SettingsNames known;
   for (const std::string& file : options.names) ReadNamesList(file, known);
@@ -60,7 +60,7 @@ int Run(const Options& options) {
 }  // namespace
 
 void AddLintCommand(CLI::App& app, int& exitStatus) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<LintOptions>();
   CLI::App* const command = app.add_subcommand(
       "lint", "Report everything in settings documents that import would skip without a word");
   SetFile(
@@ -94,5 +94,5 @@ void AddLintCommand(CLI::App& app, int& exitStatus) {
       "  tessel lint lab.json --names base.json\n"
       "      Does lab.json set a name that base.json does not?\n"
       "  tessel lint --format github settings/*.json");
-  command->callback([options, &exitStatus] { exitStatus = Run(*options); });
+  command->callback([options, &exitStatus] { exitStatus = Lint(*options); });
 }

@@ -33,7 +33,7 @@ constexpr unsigned kMaxCalls = kMaxComponents / simulate::Call::kOwnComponents;
 constexpr double kLeastSeconds = 0.05;
 constexpr double kMostSeconds = 86400;
 
-struct Options {
+struct SimulateOptions {
   SimulationPlan plan;
   std::vector<std::string> settings;
   std::string report;
@@ -66,7 +66,7 @@ class Interruption {
   struct sigaction m_terminate{};
 };
 
-void RefuseUnusableReport(const Options& options) {
+void RefuseUnusableReport(const SimulateOptions& options) {
   if (options.report == kStandardInput) throw UsageError("--report -: a report needs a file of its own");
   for (const std::string& document : options.settings) {
     std::error_code isNoFile;
@@ -76,7 +76,7 @@ void RefuseUnusableReport(const Options& options) {
   }
 }
 
-int Run(Options& options) {
+int Simulate(SimulateOptions& options) {
   SimulationPlan& plan = options.plan;
   if (plan.calls * (simulate::Call::kOwnComponents + plan.listeners) > kMaxComponents) {
     throw UsageError("--calls and --components: more than " + std::to_string(kMaxComponents) +
@@ -102,7 +102,7 @@ int Run(Options& options) {
 }  // namespace
 
 void AddSimulateCommand(CLI::App& app, int& exitStatus) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<SimulateOptions>();
   CLI::App* const command =
       app.add_subcommand("simulate", "Run the calls of a small media engine on the library and measure it");
   const auto number = [&](const char* name, auto& value, const char* description) -> CLI::Option& {
@@ -138,5 +138,5 @@ void AddSimulateCommand(CLI::App& app, int& exitStatus) {
       "      What do the two documents do to a call, and what does the library do?\n"
       "  tessel simulate --seconds 60 --calls 10 --components 20 --json\n"
       "      How long do deliveries take under load?");
-  command->callback([options, &exitStatus] { exitStatus = Run(*options); });
+  command->callback([options, &exitStatus] { exitStatus = Simulate(*options); });
 }

@@ -19,7 +19,7 @@ using kalStore::st_KalVideoTxBlock;
 using Members = std::vector<StatisticsMember>;
 
 template <class T>
-struct Shown {
+struct ShownMember {
   static std::string Text(const char* bytes) {
     T value;
     std::memcpy(&value, bytes, sizeof value);
@@ -28,9 +28,9 @@ struct Shown {
 
   static std::string Of(T value) {
     if constexpr (std::is_enum_v<T>) {
-      return Shown<std::underlying_type_t<T>>::Of(static_cast<std::underlying_type_t<T>>(value));
+      return ShownMember<std::underlying_type_t<T>>::Of(static_cast<std::underlying_type_t<T>>(value));
     } else if constexpr (std::is_same_v<T, st_KalUInt64>) {
-      return Shown<std::uint64_t>::Of(value.Value());
+      return ShownMember<std::uint64_t>::Of(value.Value());
     } else {
       std::array<char, 64> text;
       return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
@@ -39,7 +39,7 @@ struct Shown {
 };
 
 template <std::size_t size>
-struct Shown<char[size]> {
+struct ShownMember<char[size]> {
   static std::string Text(const char* bytes) { return {bytes, strnlen(bytes, size)}; }
 };
 
@@ -52,7 +52,7 @@ void Add(Members& members, std::string name, const char* unit, std::size_t offse
       Add<Element>(members, name + "[" + std::to_string(i) + "]", unit, offset + i * sizeof(Element));
     }
   } else {
-    members.push_back({std::move(name), unit, offset, isText, &Shown<T>::Text});
+    members.push_back({std::move(name), unit, offset, isText, &ShownMember<T>::Text});
   }
 }
 

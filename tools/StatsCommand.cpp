@@ -16,7 +16,7 @@
 
 namespace {
 
-struct Options {
+struct StatsOptions {
   std::string file;
   std::string kind;
   std::string format;
@@ -48,7 +48,7 @@ const StatisticsKind& KindOf(const std::string& title, std::size_t size,
   return *fitting.front();
 }
 
-void Run(const Options& options) {
+void ShowStats(const StatsOptions& options) {
   std::vector<const StatisticsKind*> kinds;
   for (const StatisticsKind& kind : StatisticsKinds()) {
     if (options.kind.empty() || options.kind == kind.name) kinds.push_back(&kind);
@@ -64,7 +64,7 @@ void Run(const Options& options) {
 }  // namespace
 
 void AddStatsCommand(CLI::App& app, int& exitStatus) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<StatsOptions>();
   CLI::App* command = app.add_subcommand("stats", "Print raw statistics blocks with names and units");
   SetFile(*command
                ->add_option("FILE", options->file,
@@ -90,7 +90,7 @@ void AddStatsCommand(CLI::App& app, int& exitStatus) {
       "  tessel stats blocks.bin --csv\n"
       "  tessel stats --kind audio - < blocks.bin");
   command->callback([options, &exitStatus] {
-    Run(*options);
+    ShowStats(*options);
     exitStatus = kExitFine;
   });
 }

@@ -26,7 +26,7 @@
 
 namespace {
 
-struct Options {
+struct TogglesOptions {
   std::string pattern;
   std::vector<std::string> files;
   bool json = false;
@@ -79,15 +79,15 @@ std::string NoMatch(const std::string& pattern) {
   return suggestions.empty() ? line : line + " (did you mean " + suggestions + "?)";
 }
 
-std::string ShownValue(const ConfigData& value) {
+std::string ValueColumn(const ConfigData& value) {
   return value.IsValid() ? Quoted(value.ToString()) : "-";
 }
 
-void PrintTable(const std::vector<Row>& rows, bool withValues) {
+void PrintToggles(const std::vector<Row>& rows, bool withValues) {
   std::size_t keyWidth = 3, valueWidth = 5;
   for (const Row& row : rows) {
     keyWidth = std::max(keyWidth, row.toggle->key.size());
-    valueWidth = std::max(valueWidth, ShownValue(row.value).size());
+    valueWidth = std::max(valueWidth, ValueColumn(row.value).size());
   }
   const auto print = [&](const auto& id, std::string_view key, std::string_view kind, std::string_view value,
                          std::string_view state, std::string_view meaning) {
@@ -100,12 +100,12 @@ void PrintTable(const std::vector<Row>& rows, bool withValues) {
   };
   print("id", "key", "kind", "value", "state", "meaning");
   for (const Row& row : rows) {
-    print(row.toggle->id, row.toggle->key, row.toggle->kind, ShownValue(row.value), row.isOn ? "on" : "off",
+    print(row.toggle->id, row.toggle->key, row.toggle->kind, ValueColumn(row.value), row.isOn ? "on" : "off",
           row.toggle->meaning);
   }
 }
 
-void PrintJson(const std::vector<Row>& rows, bool withValues) {
+void PrintTogglesAsJson(const std::vector<Row>& rows, bool withValues) {
   for (const Row& row : rows) {
     JsonObject line(std::cout);
     line.Member("id", static_cast<std::uint32_t>(row.toggle->id))
@@ -117,7 +117,7 @@ void PrintJson(const std::vector<Row>& rows, bool withValues) {
 }
 
 // All arguments after --from are its documents; one of them may have been meant as the pattern.
-void RefuseLatePattern(const Options& options) {
+void RefuseLatePattern(const TogglesOptions& options) {
   if (!options.pattern.empty() || options.files.size() < 2) return;
   const std::string& last = options.files.back();
   if (last == kStandardInput || ::access(last.c_str(), F_OK) == 0) return;
@@ -125,7 +125,7 @@ void RefuseLatePattern(const Options& options) {
                    ": a pattern goes before --from");
 }
 
-int Run(const Options& options) {
+int ListToggles(const TogglesOptions& options) {
   RefuseLatePattern(options);
   const std::vector<SettingsDocument> documents = LoadDocuments(options.files);
   std::vector<Row> rows = MatchingRows(options.pattern);
@@ -139,14 +139,14 @@ int Run(const Options& options) {
     for (const SettingsDocument& document : documents) settings.Apply(document);
     for (Row& row : rows) settings.Read(row);
   }
-  (options.json ? PrintJson : PrintTable)(rows, withValues);
+  (options.json ? PrintTogglesAsJson : PrintToggles)(rows, withValues);
   return kExitFine;
 }
 
 }  // namespace
 
 void AddTogglesCommand(CLI::App& app, int& exitStatus) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<TogglesOptions>();
   CLI::App* const command =
       app.add_subcommand("toggles", "Print the feature toggles, and what settings documents make of them");
   command->add_option(
@@ -164,5 +164,5 @@ void AddTogglesCommand(CLI::App& app, int& exitStatus) {
                   "  tessel toggles '*-recording' --json\n"
                   "  tessel toggles jitter --from base.json lab.json\n"
                   "      Which of the jitter buffer's toggles are on after both documents?");
-  command->callback([options, &exitStatus] { exitStatus = Run(*options); });
+  command->callback([options, &exitStatus] { exitStatus = ListToggles(*options); });
 }
