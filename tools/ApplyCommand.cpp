@@ -58,17 +58,18 @@ SettingsEntry ParseAssignment(const std::string& text) {
   return {path.group, std::move(path.name), text.substr(equals + 1), true};
 }
 
+UsageError NotGroups(const std::string& text, const std::string& why) {
+  return UsageError("--dump " + Quoted(text) + ": " + why +
+                    "; expected \"all\", names of groups with commas between, or a 32-bit mask, decimal or "
+                    "0x and hexadecimal");
+}
+
 // "Audio,Video"
 ConfigMultGroup_t ParseGroups(const std::string& text) {
   ConfigMultGroup_t mask = 0;
   for (const std::string& name : CLI::detail::split(text + ',', ',')) {
     const kalStore::KalConfigGroup group = kalStore::GroupName2KalConfigGroup(name);
-    if (!kalStore::IsConfigGroup(group)) {
-      throw UsageError(
-          "--dump " + Quoted(text) + ": " + UnknownGroup(name) +
-          "; expected \"all\", names of groups with commas between, or a 32-bit mask, decimal or "
-          "0x and hexadecimal");
-    }
+    if (!kalStore::IsConfigGroup(group)) throw NotGroups(text, UnknownGroup(name));
     mask |= ConfigMultGroup_t{1} << group;
   }
   return mask;
@@ -81,7 +82,10 @@ ConfigMultGroup_t ParseMask(const std::string& text) {
   const char* const end = text.data() + text.size();
   ConfigMultGroup_t mask = 0;
   const auto [stop, error] = std::from_chars(begin, end, mask, isHexadecimal ? 16 : 10);
-  return error == std::errc() && stop == end ? mask : ParseGroups(text);
+  if (error == std::errc() && stop == end) return mask;
+  const bool isNumber = !text.empty() && text.front() >= '0' && text.front() <= '9';
+  if (isNumber && text.find(',') == std::string::npos) throw NotGroups(text, "no 32-bit mask");
+  return ParseGroups(text);
 }
 
 // Everything that the command line asks for, read and found usable.

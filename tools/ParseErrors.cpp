@@ -39,6 +39,14 @@ std::string AboutValues(const std::string& message) {
   return option + (message.ends_with("missing") ? ": a value is missing" : ": it is given more than once");
 }
 
+// What CLI11 says of a flag's value, "Could not convert: --json = foo". The values of options pass their own checks.
+std::string AboutFlag(const std::string& message) {
+  const std::size_t option = message.find("--"), value = message.find(" = ");
+  if (option == std::string::npos || value == std::string::npos) return message;
+  return message.substr(option, value - option) + ": expected no value, not \"" + message.substr(value + 3) +
+         '"';
+}
+
 std::string Reason(const CLI::ParseError& error, const CLI::App& app, const CLI::App& command) {
   const std::vector<std::string> unexpected = app.remaining(true);
   const bool isIncomplete = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
@@ -46,6 +54,7 @@ std::string Reason(const CLI::ParseError& error, const CLI::App& app, const CLI:
     if (!unexpected.empty()) return Unexpected(unexpected.front(), app, command);
     if (&command == &app) return "a command is missing";
   }
+  if (dynamic_cast<const CLI::ConversionError*>(&error) != nullptr) return AboutFlag(error.what());
   const bool isAboutValues = dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr;
   return isAboutValues ? AboutValues(error.what()) : error.what();
 }

@@ -6,11 +6,11 @@
 
 namespace {
 
-// Control characters past ASCII, the separators of lines and paragraphs, and the characters that turn the
-// reading direction around, by which a line can look like another one.
+// Control characters past ASCII, the separators of lines and paragraphs, and the characters that change the
+// reading direction, marks included, by which a line can look like another one.
 bool IsControl(std::uint32_t code) {
-  return (code >= 0x80 && code <= 0x9F) || (code >= 0x2028 && code <= 0x202E) ||
-         (code >= 0x2066 && code <= 0x2069);
+  return (code >= 0x80 && code <= 0x9F) || code == 0x061C || code == 0x200E || code == 0x200F ||
+         (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
 // The length of the well-formed UTF-8 sequence that `text` begins with, 0 when there is none, and 0 for a

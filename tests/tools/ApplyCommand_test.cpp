@@ -172,12 +172,14 @@ TEST(Apply, ReadsDumpMasks) {
 }
 
 TEST(Apply, RefusesWhatIsNeitherADumpMaskNorNamesOfGroups) {
-  for (const std::string mask : {"x", "0x", "08a", "1 ", " 1", "+1", "-1", "ALL", "Audio,", "Audio Video",
-                                 "Audio,8", "0x1ffffffff", "4294967296", "LastGroup"}) {
+  for (const std::string mask : {"x", "0x", "0xg", "08a", "1 ", " 1", "+1", "-1", "ALL", "Audio,",
+                                 "Audio Video", "Audio,8", "0x1ffffffff", "4294967296", "LastGroup"}) {
     const Finished run = Program().Input("{}").Run({"apply", "-", "--dump=" + mask});
     EXPECT_EQ(run.out, "") << mask;
     EXPECT_EQ(run.status, 2) << mask;
-    EXPECT_TRUE(run.err.starts_with("tessel: --dump \"" + mask + "\": unknown group \"")) << run.err;
+    const bool isNumber = mask.front() >= '0' && mask.front() <= '9';
+    const std::string why = isNumber ? "no 32-bit mask; " : "unknown group \"";
+    EXPECT_TRUE(run.err.starts_with("tessel: --dump \"" + mask + "\": " + why)) << run.err;
     EXPECT_TRUE(
         run.err.ends_with("expected \"all\", names of groups with commas between, or a 32-bit mask, "
                           "decimal or 0x and hexadecimal\n"))
@@ -185,6 +187,8 @@ TEST(Apply, RefusesWhatIsNeitherADumpMaskNorNamesOfGroups) {
   }
   EXPECT_EQ(Program().Input("{}").Run({"apply", "-", "--dump="}).status, 2);
   EXPECT_EQ(Program().Input("{}").Run({"apply", "-", "--dump", ""}).status, 2);
+  EXPECT_NE(Program().Input("{}").Run({"apply", "-", "--dump", "8,Audio"}).err.find("unknown group \"8\""),
+            std::string::npos);
   EXPECT_NE(Program()
                 .Input("{}")
                 .Run({"apply", "-", "--dump", "Audio,Vido"})

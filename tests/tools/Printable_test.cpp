@@ -22,7 +22,10 @@ TEST(Printable, KeepsWellFormedTextAndEscapesTheRest) {
       {"\x1b[31m\x7f", "\\u001b[31m\\u007f"},
       {"\xc2\x9b", "\\u00c2\\u009b"},  // A control character that some terminals obey.
       {"\u202egnp\u2066", "\\u00e2\\u0080\\u00aegnp\\u00e2\\u0081\\u00a6"},  // Turn the direction around.
-      {"\u2028", "\\u00e2\\u0080\\u00a8"},                                   // Ends a line.
+      {"\u200e\u200f\u061c",                                                 // Marks of a direction.
+       "\\u00e2\\u0080\\u008e\\u00e2\\u0080\\u008f\\u00d8\\u009c"},
+      {"\u061b\u061d\u200d\u2010", "\u061b\u061d\u200d\u2010"},  // What is beside them is shown.
+      {"\u2028", "\\u00e2\\u0080\\u00a8"},                       // Ends a line.
       {"\b\f\n\r\t\x01", "\\b\\f\\n\\r\\t\\u0001"},
       {"back\\slash", "back\\\\slash"},
   };

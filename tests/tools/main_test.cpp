@@ -62,6 +62,8 @@ TEST(Tessel, SuggestsTheNearestCommandOrOption) {
       {{"lint", "a.json", "--format", "jsn"},
        "--format: expected text or json or github, not \"jsn\" (did you mean \"json\"?) (tessel lint --help "
        "tells more)"},
+      {{"diff", "a.json", "b.json", "--json=foo = x"},
+       "--json: expected no value, not \"foo = x\" (tessel diff --help tells more)"},
       {{"apply", "--wacth"},
        "there is no option \"--wacth\" (did you mean \"--watch\"?) (tessel apply --help tells more)"},
       {{"apply"}, "FILE is required (tessel apply --help tells more)"},
