@@ -9,7 +9,8 @@ jsonHelper MemberOf(const json::Value& value, std::string_view key) {
   if (value.GetType() != json::ObjectVal) return {};
   const json::Object& object = value.ToObject();
   const auto found = object.find(key);
-  return found == object.end() ? jsonHelper() : jsonHelper(found->second);
+  if (found == object.end()) return {};
+  return found->second;
 }
 
 }  // namespace
@@ -30,7 +31,8 @@ jsonHelper jsonHelper::operator[](std::string key) const {
 }
 
 jsonHelper jsonHelper::operator[](const char* key) const {
-  return key ? MemberOf(*this, key) : jsonHelper();
+  if (key == nullptr) return {};
+  return MemberOf(*this, key);
 }
 
 int jsonHelper::ToInt(int def) const {
