@@ -6,7 +6,7 @@
 namespace kalStore {
 
 /// The feature toggles: values of group "Feature" that have a number for a name. KalFeatureToggles.def is
-/// their @ref toggle_catalogue "catalogue": id, key, kind of value and meaning of each, for example
+/// their catalogue: id, key, kind of value and meaning of each, for example
 /// KAL_FT(5, EnableMusicDetection, "EnableMusicDetection", bool, "Detect music and ...")
 /// for KAL_FT_EnableMusicDetection = 5. A toggle that is not set counts as on.
 ///

@@ -1,49 +1,13 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Makes build/docs/html of the guides and the public headers, and checks that every operation is described: what it
-does, what it returns, on which threads it may run, and an example. The last two may be in the comment of its class, of
-a base of it, or of its header. An argument whose name says it all needs no line. Links must lead somewhere, and any
-warning of Doxygen is an error.
+"""Checks that every operation of the exported headers is described: what it does, what it returns, on which threads it
+may run, and an example. The last two may be in the comment of its class, of a base of it, or of its header. An argument
+whose name says it all needs no line.
 """
 
-import re
-import shutil
-import subprocess
 import sys
-import xml.etree.ElementTree as ElementTree
 from pathlib import Path
-from urllib.parse import unquote
 
-ROOT = Path(__file__).resolve().parent.parent
-OUT = ROOT / "build" / "docs"
-TOGGLES = "include/tessel/KalFeatureToggles.def"
-
-
-def write_toggles_page(path):
-    """The catalogue of feature toggles, which is a file of macros that Doxygen cannot read."""
-    row = re.compile(r'KAL_FT\((\d+), (\w+), "([^"]*)", (\w+), "([^"]*)"\)')
-    text = (ROOT / TOGGLES).read_text()
-    rows = row.findall(text)
-    if len(rows) != text.count("\nKAL_FT("):
-        sys.exit(f"{TOGGLES}: not every row has the form that is read here")
-    lines = ["# Catalogue of feature toggles {#toggle_catalogue}", "", "| id | enumerator | key | kind | meaning |"]
-    lines += ["|--:|---|---|---|---|"]
-    lines += [f"| {id} | `KAL_FT_{name}` | `{key}` | {kind} | {meaning} |" for id, name, key, kind, meaning in rows]
-    path.write_text("\n".join(lines) + "\n")
-
-
-def run_doxygen():
-    shutil.rmtree(OUT, ignore_errors=True)
-    OUT.mkdir(parents=True)
-    toggles = OUT / "toggles.md"
-    write_toggles_page(toggles)
-    inputs = [path.name for path in sorted(ROOT.glob("*.md"))] + ["docs", "include", "libutil/include", str(toggles)]
-    config = (ROOT / "docs" / "Doxyfile").read_text() + f"INPUT = {' '.join(inputs)}\n"
-    return subprocess.run(["doxygen", "-"], cwd=ROOT, input=config, text=True).returncode == 0
-
-
-def text_of(element):
-    return "".join(element.itertext()).strip() if element is not None else ""
+from headers import text_of
 
 
 class Scope:
@@ -69,12 +33,7 @@ def says(description):
     return {text_of(title) for title in description.iterfind(".//simplesect[@kind='par']/title")}
 
 
-def read_scopes():
-    compounds = {}
-    for entry in ElementTree.parse(OUT / "xml" / "index.xml").getroot():
-        if entry.get("kind") in ("class", "struct", "file", "namespace"):
-            refid = entry.get("refid")
-            compounds[refid] = ElementTree.parse(OUT / "xml" / f"{refid}.xml").find("compounddef")
+def scopes_of(compounds):
     scopes = {refid: Scope(compound) for refid, compound in compounds.items()}
     for refid, compound in compounds.items():
         for inner in compound.findall("innerclass"):
@@ -118,9 +77,9 @@ def lacks(function, scope, said):
             yield f"'{heading}', here or at its class or header"
 
 
-def check_operations():
+def check_operations(compounds):
     """Prints what the description of an operation lacks; whether nothing is."""
-    scopes = read_scopes()
+    scopes = scopes_of(compounds)
     said_by_header = {scope.name: scope.says for scope in scopes.values() if scope.kind == "file"}
     seen, complaints = set(), []
     for refid, scope in scopes.items():
@@ -140,21 +99,3 @@ def check_operations():
         print(complaint, file=sys.stderr)
     print(f"docs: {len(seen)} operations described, {len(complaints)} headings missing")
     return seen and not complaints
-
-
-def check_links():
-    """Prints the links and images that lead nowhere; whether there are none."""
-    dangling = set()
-    for page in (OUT / "html").glob("*.html"):
-        for target in re.findall(r'(?:href|src|data)="([^"#?:]+)[^":]*"', page.read_text()):
-            if not (page.parent / unquote(target)).exists():
-                dangling.add(f"{page.name}: there is no {target}")
-    for complaint in sorted(dangling):
-        print(complaint, file=sys.stderr)
-    return not dangling
-
-
-if __name__ == "__main__":
-    results = [run_doxygen(), check_operations(), check_links()]
-    print(f"docs: {(OUT / 'html' / 'index.html').relative_to(ROOT)}")
-    sys.exit(0 if all(results) else 1)
