@@ -48,6 +48,8 @@ def arrange(_, document):
         if not paragraph.astext().strip() and not any(paragraph.findall(nodes.image)):
             paragraph.parent.remove(paragraph)
     for content in document.findall(addnodes.desc_content):
+        if len(content) and content[-1].astext() == "Values:":  # of an enum whose values are elsewhere on the page
+            content.pop()
         fields = next((child for child in content if isinstance(child, nodes.field_list)), None)
         headed = next((child for child in content if isinstance(child, nodes.definition_list)), None)
         if fields and headed:
