@@ -43,10 +43,10 @@ endif()
 
 install(EXPORT tesselTargets NAMESPACE tessel:: DESTINATION ${tessel_cmake_dir})
 configure_package_config_file(cmake/tesselConfig.cmake.in ${PROJECT_BINARY_DIR}/tesselConfig.cmake
-  INSTALL_DESTINATION ${tessel_cmake_dir})
+  INSTALL_DESTINATION ${tessel_cmake_dir} PATH_VARS CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/tesselConfig.cmake ${PROJECT_BINARY_DIR}/tesselConfigVersion.cmake
-  DESTINATION ${tessel_cmake_dir})
+  cmake/TesselDeclare.cmake DESTINATION ${tessel_cmake_dir})
 
 if(NOT TESSEL_PACKAGE)
   # Debian packages refer to the distribution's copy.

@@ -50,6 +50,8 @@ audio and video engine.
 This package contains the headers, and what CMake and pkg-config need to
 know to build programs against the libraries."
 "${tessel_runtime_package} (= ${PROJECT_VERSION})")
+# tessel_declare_settings() runs the program.
+set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS "tessel-tools (= ${PROJECT_VERSION})")
 tessel_package(tools tessel-tools utils
 "shared settings and statistics for a media engine - command-line program
 libtessel holds the settings and the statistics of the calls of a real-time

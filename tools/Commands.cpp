@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ApplyCommand.h"
+#include "DeclareCommand.h"
 #include "DiffCommand.h"
 #include "ExitStatus.h"
 #include "LintCommand.h"
@@ -32,6 +33,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
   app.set_version_flag("--version", "tessel " TESSEL_VERSION, "Print the version and exit");
   app.require_subcommand(1);
   AddApplyCommand(app, exitStatus);
+  AddDeclareCommand(app, exitStatus);
   AddDiffCommand(app, exitStatus);
   AddLintCommand(app, exitStatus);
   AddSimulateCommand(app, exitStatus);
@@ -45,6 +47,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
       "\n\n"
       "Examples:\n"
       "  tessel apply base.json lab.json --dump all\n"
+      "  tessel declare settings.json --header\n"
       "  tessel diff base.json lab.json\n"
       "  tessel lint lab.json\n"
       "  tessel simulate --settings base.json --report report.html\n"

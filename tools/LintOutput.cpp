@@ -44,6 +44,14 @@ const char* NameOf(SettingsProblem problem) {
       return "unknown-toggle";
     case SettingsProblem::kUnknownName:
       return "unknown-name";
+    case SettingsProblem::kDeprecatedName:
+      return "deprecated-name";
+    case SettingsProblem::kWrongType:
+      return "wrong-type";
+    case SettingsProblem::kOutOfRange:
+      return "out-of-range";
+    case SettingsProblem::kNotAllowed:
+      return "not-allowed";
   }
   return "";
 }

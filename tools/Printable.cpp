@@ -6,30 +6,46 @@
 
 namespace {
 
-// Control characters past ASCII, the separators of lines and paragraphs, and the characters that change the
-// reading direction, marks included, by which a line can look like another one.
+// Control characters, the separators of lines and paragraphs, and the characters that change the reading
+// direction, marks included, by which a line can look like another one.
 bool IsControl(std::uint32_t code) {
-  return (code >= 0x80 && code <= 0x9F) || code == 0x061C || code == 0x200E || code == 0x200F ||
-         (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+  return code < 0x20 || (code >= 0x7F && code <= 0x9F) || code == 0x061C || code == 0x200E ||
+         code == 0x200F || (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
-// The length of the well-formed UTF-8 sequence that `text` begins with, 0 when there is none, and 0 for a
-// control character.
-std::size_t ShownLength(std::string_view text) {
+// The well-formed UTF-8 sequence that a text begins with; its length is 0 when there is none.
+struct Sequence {
+  std::size_t length;
+  std::uint32_t code;
+};
+
+Sequence FirstOf(std::string_view text) {
   const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
   const unsigned char lead = byte(0);
-  if (lead < 0x80) return lead >= 0x20 && lead != 0x7F ? 1 : 0;
+  if (lead < 0x80) return {1, lead};
 
   const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return {};
   std::uint32_t code = lead & (0x7FU >> length);
   for (std::size_t index = 1; index < length; ++index) {
-    if ((byte(index) & 0xC0) != 0x80) return 0;
+    if ((byte(index) & 0xC0) != 0x80) return {};
     code = code << 6 | (byte(index) & 0x3FU);
   }
   const std::uint32_t smallest = length == 4 ? 0x10000 : length == 3 ? 0x800 : 0x80;
   const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-  return code < smallest || code > 0x10FFFF || surrogate || IsControl(code) ? 0 : length;
+  return code < smallest || code > 0x10FFFF || surrogate ? Sequence{} : Sequence{length, code};
+}
+
+// The length of the sequence that `text` begins with, 0 when there is none, and 0 for a control character.
+std::size_t ShownLength(std::string_view text) {
+  const auto [length, code] = FirstOf(text);
+  return IsControl(code) ? 0 : length;
+}
+
+void AppendHex(std::string& out, std::uint32_t code) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  out += "\\u";
+  for (int shift = 12; shift >= 0; shift -= 4) out += kDigits[code >> shift & 0xF];
 }
 
 void AppendEscape(std::string& out, char byte) {
@@ -49,13 +65,8 @@ void AppendEscape(std::string& out, char byte) {
     case '\t':
       out += "\\t";
       return;
-    default: {
-      constexpr std::string_view kDigits = "0123456789abcdef";
-      const auto value = static_cast<unsigned char>(byte);
-      out += "\\u00";
-      out += kDigits[value >> 4];
-      out += kDigits[value & 0xF];
-    }
+    default:
+      AppendHex(out, static_cast<unsigned char>(byte));
   }
 }
 
@@ -88,4 +99,18 @@ std::string Quoted(std::string_view text) {
 
 std::string PrintableJson(std::string_view json) {
   return Shown(json, "");
+}
+
+std::string StandardJson(std::string_view json) {
+  std::string out;
+  while (!json.empty()) {
+    const auto [length, code] = FirstOf(json);
+    if (length == 0 || IsControl(code)) {
+      AppendHex(out, length == 0 ? static_cast<unsigned char>(json.front()) : code);
+    } else {
+      out += json.substr(0, length);
+    }
+    json.remove_prefix(length == 0 ? 1 : length);
+  }
+  return out;
 }

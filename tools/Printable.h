@@ -18,3 +18,6 @@ std::string Quoted(std::string_view text);
 /// JSON text, a dump for example, as a terminal can show it: the same with what no terminal should get as
 /// escapes. It reads back to the same values.
 std::string PrintableJson(std::string_view json);
+
+/// The same for other readers of JSON, to which \uXXXX is a character and not a byte; for compact JSON text.
+std::string StandardJson(std::string_view json);

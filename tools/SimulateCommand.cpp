@@ -14,11 +14,11 @@
 #include "CommandError.h"
 #include "ExitStatus.h"
 #include "OptionChecks.h"
+#include "OutputFile.h"
 #include "Printable.h"
 #include "Progress.h"
 #include "TextFile.h"
 #include "simulate/Report.h"
-#include "simulate/ReportFile.h"
 #include "simulate/Simulation.h"
 #include "simulate/Summary.h"
 
@@ -86,7 +86,7 @@ int Simulate(SimulateOptions& options) {
   const Interruption interruption;
   plan.documents = LoadDocuments(options.settings);
   for (const SettingsDocument& document : plan.documents) document.PrintFindings(std::cerr);
-  std::optional<simulate::ReportFile> file;
+  std::optional<OutputFile> file;
   if (!options.report.empty()) file.emplace(options.report);
 
   Simulation simulation(plan);

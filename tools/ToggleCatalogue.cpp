@@ -7,16 +7,27 @@
 
 #include "Ascii.h"
 #include "Glob.h"
+#include "tessel/settings_declaration.h"
 
 namespace {
 
 constexpr std::size_t kSuggestions = 3;
 
-constexpr ToggleInfo kToggles[] = {
-#define KAL_FT(id, name, key, kind, meaning) {kalStore::KAL_FT_##name, key, #kind, meaning},
+constexpr std::string_view kKinds[] = {
+#define KAL_FT(id, name, key, kind, meaning) #kind,
 #include "tessel/KalFeatureToggles.def"
 #undef KAL_FT
 };
+
+std::vector<ToggleInfo> MakeCatalogue() {
+  std::vector<ToggleInfo> toggles;
+  for (kalStore::SettingDeclaration& toggle : kalStore::FeatureToggleDeclarations()) {
+    const std::size_t id = toggles.size();
+    toggles.push_back({static_cast<kalStore::KalFeatureToggleID>(id), std::move(toggle.name), kKinds[id],
+                       std::move(toggle.description), std::move(toggle.minimum), std::move(toggle.maximum)});
+  }
+  return toggles;
+}
 
 // How many letters of the pattern must be changed, inserted or removed to find it in the text.
 std::size_t DistanceToPart(std::string_view pattern, std::string_view text) {
@@ -38,7 +49,8 @@ std::size_t DistanceToPart(std::string_view pattern, std::string_view text) {
 }  // namespace
 
 std::span<const ToggleInfo> ToggleCatalogue() {
-  return kToggles;
+  static const std::vector<ToggleInfo> toggles = MakeCatalogue();
+  return toggles;
 }
 
 bool MatchesToggle(std::string_view pattern, std::string_view key) {
@@ -50,7 +62,7 @@ std::vector<std::string_view> NearestToggles(std::string_view pattern) {
   std::string text = LowerCase(pattern);
   std::erase_if(text, [](char letter) { return letter == '*' || letter == '?'; });
   std::vector<std::pair<std::size_t, std::string_view>> near;
-  for (const ToggleInfo& toggle : kToggles) {
+  for (const ToggleInfo& toggle : ToggleCatalogue()) {
     const std::size_t distance = DistanceToPart(text, LowerCase(toggle.key));
     if (distance <= text.size() / 3) near.emplace_back(distance, toggle.key);
   }

@@ -7,16 +7,19 @@
 #include <vector>
 
 #include "tessel/KalFeatureToggleID.h"
+#include "util/ConfigData.h"
 
 /// A feature toggle as the catalogue has it.
 struct ToggleInfo {
   kalStore::KalFeatureToggleID id;
-  std::string_view key;
+  std::string key;
   std::string_view kind;  ///< bool, int, double or text
-  std::string_view meaning;
+  std::string meaning;
+  ConfigData minimum;  ///< of its value; invalid when there is none
+  ConfigData maximum;  ///< likewise
 };
 
-/// All toggles, in the order of their ids.
+/// All toggles, in the order of their ids; the end mark is none.
 std::span<const ToggleInfo> ToggleCatalogue();
 
 /// Whether the key has the pattern in it; with * (any text) or ? (any letter) in the pattern, whether the

@@ -83,6 +83,11 @@ std::string ValueColumn(const ConfigData& value) {
   return value.IsValid() ? Quoted(value.ToString()) : "-";
 }
 
+std::string MeaningColumn(const ToggleInfo& toggle) {
+  if (!toggle.minimum.IsValid()) return toggle.meaning;
+  return toggle.meaning + ", " + toggle.minimum.ToString() + " to " + toggle.maximum.ToString();
+}
+
 void PrintToggles(const std::vector<Row>& rows, bool withValues) {
   std::size_t keyWidth = 3, valueWidth = 5;
   for (const Row& row : rows) {
@@ -101,7 +106,7 @@ void PrintToggles(const std::vector<Row>& rows, bool withValues) {
   print("id", "key", "kind", "value", "state", "meaning");
   for (const Row& row : rows) {
     print(row.toggle->id, row.toggle->key, row.toggle->kind, ValueColumn(row.value), row.isOn ? "on" : "off",
-          row.toggle->meaning);
+          MeaningColumn(*row.toggle));
   }
 }
 
@@ -112,6 +117,9 @@ void PrintTogglesAsJson(const std::vector<Row>& rows, bool withValues) {
         .Member("key", row.toggle->key)
         .Member("kind", row.toggle->kind)
         .Member("meaning", row.toggle->meaning);
+    if (row.toggle->minimum.IsValid()) {
+      line.Raw("minimum", row.toggle->minimum.ToString()).Raw("maximum", row.toggle->maximum.ToString());
+    }
     if (withValues) line.Member("value", row.value).Member("on", row.isOn);
   }
 }

@@ -67,6 +67,7 @@ REFERENCE = {
         "tessel/IKalConfig.h": None,
         "tessel/KalConfig.h": None,
         "tessel/settings_check.h": "The check of settings documents",
+        "tessel/settings_declaration.h": "Declared settings",
         "tessel/KalConfigObserverMgr.h": None,
         "tessel/ConfigEventHandler.h": None,
         "tessel/atomMap.h": None,

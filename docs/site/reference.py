@@ -159,15 +159,18 @@ def merged(rows):
 
 def toggle_lines(root):
     """The catalogue of feature toggles, which is a file of macros that Doxygen cannot read."""
-    row = re.compile(r'KAL_FT\((\d+), (\w+), "([^"]*)", (\w+), "([^"]*)"\)')
+    row = re.compile(r'KAL_FT\((\d+), (\w+), "([^"]*)", (\w+), "([^"]*)"\)'
+                     r'(?:\nKAL_FT_RANGE\(\2, (\S+), (\S+)\))?')
     text = (root / TOGGLES).read_text()
     rows = row.findall(text)
-    if len(rows) != text.count("\nKAL_FT("):
+    ranges = sum(1 for toggle in rows if toggle[5])
+    if len(rows) != text.count("\nKAL_FT(") or ranges != text.count("\nKAL_FT_RANGE("):
         sys.exit(f"{TOGGLES}: not every row has the form that is read here")
     heads = [("id", "enumerator and key", "kind", "meaning")]
     return title("Catalogue", "-") + table("8 40 10 42", heads + [
-        (number, f"``KAL_FT_{name}``" + (f" ``{key}``" if key != name else ""), kind, escape(meaning))
-        for number, name, key, kind, meaning in rows], ":class: catalogue")
+        (number, f"``KAL_FT_{name}``" + (f" ``{key}``" if key != name else ""), kind,
+         escape(meaning + (f", {least} to {most}" if least else "")))
+        for number, name, key, kind, meaning, least, most in rows], ":class: catalogue")
 
 
 def write_reference(root, folder, compounds):

@@ -1,34 +1,37 @@
 // SPDX-License-Identifier: Apache-2.0
 // A media component as the engine uses it: made before its call is known, notified of its settings on its own
-// thread, and destroyed while others still change them.
+// thread, and destroyed while others still change them. settings.json declares these; the build makes of it
+// the header with their keys.
+#include <component_settings.h>
+
 #include <atomic>
 #include <iostream>
 #include <string>
 
 #include "tessel/tessel.h"
+#include "tessel/typed.h"
 #include "util/util.h"
 
 namespace {
 
-using kalStore::KalConfigEvent;
+using audio_sender::kBitrate;
+using audio_sender::kDetectMusic;
+using kalStore::ConfigReading;
 using kalStore::KalConfigHelper;
 
 class AudioSender {
  public:
   AudioSender() {
     m_thread.Start();
-    m_settings.SetKalSessionType(kal::KAL_SESSION_AUDIO);
     // No call yet: the facade records the subscription, and JoinCall() makes it. Posted, so that no setter
     // waits.
-    m_settings.SubscribeConfig(
-        "Bitrate", [this](const KalConfigEvent& event) { onBitrate(event); },
-        kalStore::KAL_CONFIG_GROUP_DEFAULT, &m_thread, true);
+    m_subscription = kBitrate.Subscribe(
+        m_settings, [this](const ConfigReading<int>& bitrate) { onBitrate(bitrate.value); }, &m_thread, true);
   }
 
   bool JoinCall(std::uint32_t callId) {
     if (m_settings.SetCallId(callId) != kalStore::kResultOk) return false;
-    // A toggle that is not set is on.
-    m_detectMusic = m_settings.IsFeatureToggleDefaultOn(kalStore::KAL_FT_EnableMusicDetection);
+    m_detectMusic = kDetectMusic.Get(m_settings);
     return true;
   }
 
@@ -41,17 +44,17 @@ class AudioSender {
   }
 
  private:
-  void onBitrate(const KalConfigEvent& event) {
-    m_bitrate = event.m_newValue.ToInt();
+  void onBitrate(int bitrate) {
+    m_bitrate = bitrate;
     m_bitrate.notify_all();
   }
 
   bool m_detectMusic = true;
   std::atomic<int> m_bitrate{0};
   ACmThread m_thread{"audio-sender"};
-  // The last of what callbacks use: it is destroyed first, and no callback runs after that. A Subscription
-  // through this facade would come after it.
   KalConfigHelper m_settings;
+  // The last of all: it ends first, and no callback runs after that.
+  kalStore::Subscription m_subscription;
 };
 
 }  // namespace
@@ -59,17 +62,17 @@ class AudioSender {
 int main() {
   constexpr std::uint32_t kCall = 7;
   KalConfigHelper application(kCall);
-  application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 32000);
-  application.SetFeatureToggle(kalStore::KAL_FT_EnableMusicDetection, "false");
+  kBitrate.Set(application, 32000);
+  kDetectMusic.Set(application, false);
   {
     AudioSender sender;
     if (!sender.JoinCall(kCall)) return 1;
     std::cout << "joined at " << sender.WaitForBitrate(32000) << " bit/s, music detection "
               << (sender.DetectsMusic() ? "on" : "off") << '\n';
-    application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 24000);
+    kBitrate.Set(application, 24000);
     std::cout << "adapted to " << sender.WaitForBitrate(24000) << " bit/s\n";
     // The delivery may still be on its way when the sender ends.
-    application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 16000);
+    kBitrate.Set(application, 16000);
   }
   const bool isAlone =
       application.SetKalConfig(kal::KAL_SESSION_AUDIO, "Bitrate", 8000) == kalStore::kResultNobody;

@@ -9,6 +9,7 @@
 
 #include "tessel/KalConfigGroup.h"
 #include "tessel/export.h"
+#include "tessel/settings_declaration.h"
 
 namespace kalStore {
 
@@ -33,6 +34,10 @@ enum class SettingsProblem : std::int32_t {
   kRepeatedMember,  ///< the entry's "key" or "value" is repeated, and the last one counts
   kUnknownToggle,   ///< an entry of "Feature" with a name that no feature toggle has
   kUnknownName,     ///< the name is not among those that were given as known
+  kDeprecatedName,  ///< the setting is declared as one that should not be used any more
+  kWrongType,       ///< the value is not of the declared type: a typed read gives its default instead
+  kOutOfRange,      ///< the value is less than the declared minimum, or greater than the maximum
+  kNotAllowed,      ///< the value is none of those that are declared
 };
 
 /// What import does because of a problem.
@@ -75,7 +80,8 @@ struct SettingsEntry {
 using SettingsNames = std::map<KalConfigGroup, std::vector<std::string>>;
 
 /// Finds everything in a settings document that import would refuse or skip, or that is most likely a
-/// mistake. The check needs no store and changes nothing. Throws nothing but what a failed allocation throws.
+/// mistake; values of feature toggles are checked against FeatureToggleDeclarations(). The check needs no
+/// store and changes nothing. Throws nothing but what a failed allocation throws.
 /// @param text  the document
 /// @return The findings in the order of the text; none for a document that is fine. A document that is
 /// refused has that one finding. Where very many names are unknown, the nearest known name is given for the
@@ -101,6 +107,26 @@ TESSEL_API std::vector<SettingsFinding> CheckSettings(const std::string& text);
 /// assert(CheckSettings(text, {{KAL_CONFIG_GROUP_VIDEO, {"MaxFps"}}})[0].nearest == "MaxFps");
 /// @endcode
 TESSEL_API std::vector<SettingsFinding> CheckSettings(const std::string& text, const SettingsNames& known);
+
+/// The same, and finds what does not fit declarations: values that are not of their type, out of range or not
+/// allowed, and deprecated names. In a group that has declarations, names that are neither declared nor known
+/// are unknown.
+/// @param text  the document
+/// @param known  the names of each group that has only known ones, beside those declared
+/// @param declared  as ReadDeclarations() returns them
+/// @return As CheckSettings(const std::string&).
+/// @threads Any.
+/// @par Example
+/// @code{.cpp}
+/// const SettingsDeclarations declared = ReadDeclarations({R"({"settings":[
+///   {"group": "Video", "name": "MaxFps", "type": "int", "default": 30, "minimum": 1, "maximum": 120}]})"});
+/// const std::string text = R"({"Video":[{"key":"MaxFps","value":"fast"}]})";
+/// const auto findings = CheckSettings(text, {}, declared.settings);
+/// assert(findings.size() == 1 && findings[0].problem == SettingsProblem::kWrongType);
+/// assert(findings[0].path == "Video[0].value" && findings[0].column == 35);
+/// @endcode
+TESSEL_API std::vector<SettingsFinding> CheckSettings(const std::string& text, const SettingsNames& known,
+                                                      const std::vector<SettingDeclaration>& declared);
 
 /// What import makes of a settings document.
 struct SettingsContents {

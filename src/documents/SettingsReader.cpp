@@ -3,31 +3,10 @@
 
 #include <utility>
 
+#include "documents/PlacedValue.h"
 #include "json/EventReader.h"
 
 namespace kalStore::internal {
-
-namespace {
-
-const char* KindOf(const char* value) {
-  switch (Lowered(*value)) {
-    case '"':
-      return "a string";
-    case '{':
-      return "an object";
-    case '[':
-      return "an array";
-    case 't':
-    case 'f':
-      return "true or false";
-    case 'n':
-      return "null";
-    default:
-      return "a number";
-  }
-}
-
-}  // namespace
 
 std::string ElementPath(KalConfigGroup group, std::size_t index) {
   return KalConfigGroup2GroupName(group) + "[" + std::to_string(index) + "]";
@@ -208,7 +187,7 @@ void SettingsReader::endEntry() {
     return;
   }
   group().entries.Append(m_parts[0].string, m_parts[1].string);
-  if (m_finds) group().origins.push_back({element, m_parts[0].value});
+  if (m_finds) group().origins.push_back({element, m_parts[0].value, m_parts[1].value});
 }
 
 void SettingsReader::findExpected(std::vector<SettingsFinding>& findings, SettingsProblem problem,

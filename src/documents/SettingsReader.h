@@ -23,6 +23,7 @@ struct SettingsGroup {
   struct Origin {
     std::size_t element;  ///< its index in the group's array
     const char* name;     ///< the place of its name
+    const char* value;    ///< the place of its value
   };
 
   const char* key = nullptr;  ///< the place of the member; null when the document has none

@@ -15,6 +15,7 @@
 #include "tessel/KalConfigRegistry.h"
 #include "tessel/KalFeatureToggleID.h"
 #include "tessel/json_text.h"
+#include "tessel/settings_declaration.h"
 
 using namespace std::string_literals;
 using kalStore::CheckSettings;
@@ -257,6 +258,101 @@ TEST(SettingsCheck, FindsNamesThatAreNotKnown) {
   EXPECT_EQ(finding.nearest, "Bitrate");
 }
 
+TEST(SettingsCheck, FindsValuesThatAToggleCannotHave) {
+  const std::string text = R"({"Feature":[
+{"key":"EnableMusicDetection","value":"off"},
+{"key":"EnableMusicMode","value":""},
+{"key":"EnableDigitalAgc","value":"FALSE"},
+{"key":"NoiseSuppressionLevel","value":"5"},
+{"key":"NoiseSuppressionLevel","value":"0"},
+{"key":"AutoFramingSpeed","value":"1.01"},
+{"key":"VideoStrategyMinFps","value":"15.5"},
+{"key":"VideoStrategyLadder","value":"off"}],
+"Audio":[{"key":"EnableMusicDetection","value":"off"}]})";
+  EXPECT_EQ(Lines(text), (Expected{
+                             "2:39 Feature[0].value: expected true or false; this value counts as on",
+                             "3:34 Feature[1].value: expected true or false; this value counts as off",
+                             "5:8 Feature[3].key: the name is repeated in Feature[4]; the last value stays",
+                             "5:40 Feature[3].value: out of range: expected from 0 to 4",
+                             "7:35 Feature[5].value: out of range: expected from 0 to 1",
+                             "8:38 Feature[6].value: expected a whole number from -2147483648 to 2147483647",
+                         }));
+  EXPECT_EQ(Problems(text), (std::vector{Problem::kWrongType, Problem::kWrongType, Problem::kRepeatedName,
+                                         Problem::kOutOfRange, Problem::kOutOfRange, Problem::kWrongType}));
+  EXPECT_EQ(CheckSettings(text)[0].name, "EnableMusicDetection");
+  EXPECT_EQ(kalStore::ReadSettings(text).findings.size(), 6U);
+}
+
+TEST(SettingsCheck, FindsWhatDoesNotFitDeclarations) {
+  const auto declared = kalStore::ReadDeclarations({R"({"settings":[
+{"group":"Video","name":"MaxFps","type":"int","default":30,"minimum":1,"maximum":120},
+{"group":"Video","name":"Codec","type":"enum","default":"h264","values":["h264","vp8"]},
+{"group":"Video","name":"Layers","type":"uint","default":1,"values":[1,3]},
+{"group":"Video","name":"Old","type":"bool","default":true,"deprecated":{"since":"2.0","replacedBy":"Video/MaxFps"}},
+{"group":"Video","name":"Older","type":"string","default":"","deprecated":{}},
+{"group":"Video","name":"Ratio","type":"double","default":1,"minimum":0},
+{"group":"Video","name":"Delay","type":"duration","unit":"ms","default":1,"maximum":50},
+{"group":"Feature","name":"OurOwn","type":"bool","default":true},
+{"group":"Feature","name":"EnableMusicMode","type":"enum","default":"on","values":["on","off"]}]})"});
+  ASSERT_TRUE(declared.findings.empty());
+  const std::string text = R"({"Video":[
+{"key":"MaxFps","value":"fast"},
+{"key":"MaxFsp","value":"1"},
+{"key":"Codec","value":"h265"},
+{"value":"2","key":"Layers"},
+{"key":"Old","value":"maybe"},
+{"key":"Older","value":"x"},
+{"key":"Ratio","value":"nan"},
+{"key":"Delay","value":"51"},
+{"key":"Known","value":"any"}],
+"Feature":[
+{"key":"OurOwn","value":"x"},
+{"key":"EnableMusicMode","value":"off"},
+{"key":"OurOwm","value":"1"}],
+"Audio":[{"key":"MaxFps","value":"fast"}]})";
+  std::vector<std::string> lines;
+  std::vector<Problem> problems;
+  const kalStore::SettingsNames known = {{kalStore::KAL_CONFIG_GROUP_VIDEO, {"Known"}}};
+  const std::vector<SettingsFinding> findings = CheckSettings(text, known, declared.settings);
+  for (const SettingsFinding& finding : findings) {
+    lines.push_back(Line(finding));
+    problems.push_back(finding.problem);
+  }
+  EXPECT_EQ(
+      lines,
+      (Expected{
+          "2:25 Video[0].value: expected a whole number from -2147483648 to 2147483647",
+          "3:8 Video[1].key: unknown name (did you mean \"MaxFps\"?)",
+          "4:24 Video[2].value: not one of the values allowed: \"h264\", \"vp8\" (did you mean \"h264\"?)",
+          "5:10 Video[3].value: not one of the values allowed: \"1\", \"3\"",
+          "6:8 Video[4].key: deprecated since 2.0: use Video/MaxFps",
+          "6:22 Video[4].value: expected true or false",
+          "7:8 Video[5].key: deprecated",
+          "8:24 Video[6].value: out of range: expected 0 or more",
+          "9:24 Video[7].value: out of range: expected 50 or less",
+          "12:25 Feature[0].value: expected true or false; this value counts as on",
+          "14:8 Feature[2].key: no feature toggle has this name (did you mean \"OurOwn\"?)",
+      }));
+  EXPECT_EQ(problems, (std::vector{Problem::kWrongType, Problem::kUnknownName, Problem::kNotAllowed,
+                                   Problem::kNotAllowed, Problem::kDeprecatedName, Problem::kWrongType,
+                                   Problem::kDeprecatedName, Problem::kOutOfRange, Problem::kOutOfRange,
+                                   Problem::kWrongType, Problem::kUnknownToggle}));
+  EXPECT_EQ(findings[2].nearest, "h264");
+}
+
+TEST(SettingsCheck, FindsNothingInValuesThatFitDeclarations) {
+  const auto declared = kalStore::ReadDeclarations({R"({"settings":[
+{"group":"Video","name":"MaxFps","type":"int","default":30,"minimum":1,"maximum":120,"values":[30,60]},
+{"group":"Video","name":"Codec","type":"enum","default":"h264","values":["h264","vp8"]},
+{"group":"Video","name":"Title","type":"string","default":""},
+{"group":"Video","name":"Ratio","type":"double","default":1,"minimum":-1}]})"});
+  ASSERT_TRUE(declared.findings.empty());
+  EXPECT_TRUE(CheckSettings(R"({"Video":[{"key":"MaxFps","value":"060"},{"key":"Codec","value":"vp8"},
+{"key":"Title","value":"\u0000"},{"key":"Ratio","value":"-.5e0"}],"Audio":[{"key":"Any","value":""}]})",
+                            {}, declared.settings)
+                  .empty());
+}
+
 // One letter of each name is left out, doubled or swapped with the next one.
 TEST(SettingsCheck, FindsTheNearestOfThousandsOfNames) {
   constexpr const char* kWords[] = {"Audio", "Bitrate", "Maximum", "Jitter",
@@ -303,13 +399,15 @@ TEST(SettingsCheck, ReadsTheEntriesInTheOrderOfImport) {
 
 TEST(SettingsCheck, GivesEveryProblemItsEffect) {
   const std::pair<Problem, Effect> rows[] = {
-      {Problem::kNoJson, Effect::kRefused},         {Problem::kNoObject, Effect::kRefused},
-      {Problem::kZeroByte, Effect::kRefused},       {Problem::kUnknownGroup, Effect::kSkipped},
-      {Problem::kNoArray, Effect::kSkipped},        {Problem::kNoEntry, Effect::kSkipped},
-      {Problem::kNoMember, Effect::kSkipped},       {Problem::kNoText, Effect::kSkipped},
-      {Problem::kEmptyName, Effect::kSkipped},      {Problem::kRepeatedGroup, Effect::kSkipped},
-      {Problem::kRepeatedName, Effect::kImported},  {Problem::kRepeatedMember, Effect::kImported},
-      {Problem::kUnknownToggle, Effect::kImported}, {Problem::kUnknownName, Effect::kImported},
+      {Problem::kNoJson, Effect::kRefused},          {Problem::kNoObject, Effect::kRefused},
+      {Problem::kZeroByte, Effect::kRefused},        {Problem::kUnknownGroup, Effect::kSkipped},
+      {Problem::kNoArray, Effect::kSkipped},         {Problem::kNoEntry, Effect::kSkipped},
+      {Problem::kNoMember, Effect::kSkipped},        {Problem::kNoText, Effect::kSkipped},
+      {Problem::kEmptyName, Effect::kSkipped},       {Problem::kRepeatedGroup, Effect::kSkipped},
+      {Problem::kRepeatedName, Effect::kImported},   {Problem::kRepeatedMember, Effect::kImported},
+      {Problem::kUnknownToggle, Effect::kImported},  {Problem::kUnknownName, Effect::kImported},
+      {Problem::kDeprecatedName, Effect::kImported}, {Problem::kWrongType, Effect::kImported},
+      {Problem::kOutOfRange, Effect::kImported},     {Problem::kNotAllowed, Effect::kImported},
   };
   for (const auto& [problem, effect] : rows) EXPECT_EQ(kalStore::EffectOf(problem), effect);
 }

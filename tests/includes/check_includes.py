@@ -18,7 +18,7 @@ TRACE_HEADERS = r"tessel/(export|locking|timer_fact|trace)\.h"
 JSON_HEADERS = r"tessel/(export|json|jsonHelper|json_\w+)\.h"
 STORE_HEADERS = (r"tessel/((I?KalConfig|KalConfig(Event|Group|ObserverMgr|Registry)|ConfigEventHandler|KalFeatureToggleID"
                  r"|KalSessionType|ResultCode|atomMap)\.h|KalFeatureToggles\.def)")
-DOCUMENT_HEADERS = r"tessel/settings_check\.h"
+DOCUMENT_HEADERS = r"tessel/(settings_(check|declaration)|ConfigEnum|TypedValue)\.h"
 STATISTICS_HEADERS = (r"tessel/(CKalTessel|IKalUnknown|IKal(Audio|Media|Video)Info|Kal(Content)?(Audio|Video)StatisticInfo"
                       r"|KalStatisticsTypes|ResultCode|Statistics(Blocks|Registration))\.h")
 
@@ -29,7 +29,7 @@ FOLDERS = [
     (r"include/tessel/(export|locking|timer_fact|trace)\.h$", [UTIL, TRACE_HEADERS]),
     (r"include/tessel/json\w*\.h$", [UTIL, JSON_HEADERS]),
     (f"include/{STORE_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS]),
-    (f"include/{DOCUMENT_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS]),
+    (f"include/{DOCUMENT_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, DOCUMENT_HEADERS]),
     (f"include/{STATISTICS_HEADERS}$", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS]),
     (r"include/tessel/", [EXPORTED]),
     (r"src/trace/", [UTIL, TRACE_HEADERS, "trace/.*"]),
@@ -39,7 +39,7 @@ FOLDERS = [
                          "(trace|json|store|documents)/.*"]),
     (r"src/facade/", [EXPORTED, "(trace|json|store|documents|facade)/.*"]),
     (r"src/statistics/", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS, "(trace|statistics)/.*"]),
-    (r"tools/", [EXPORTED, r"(simulate/)?\w+\.h"]),
+    (r"tools/", [EXPORTED, r"((declare|simulate)/)?\w+\.h"]),
     (r"examples/", [EXPORTED]),
 ]
 

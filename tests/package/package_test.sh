@@ -115,6 +115,44 @@ case "$way" in
     cc "$work/consumer.o" "${flags[@]}" -o "$work/by_c_compiler"
     "$work/by_c_compiler"
     ;;
+  declared)
+    # Settings that a consumer declares, in a place with spaces, and in which the files change.
+    install_build
+    project="$work/a project"
+    cp -r "$source/tests/package/declared" "$project"
+    configure_build "the build" "$project"
+    expect_output() {
+      local found
+      found=$("$work/the build/sender")
+      [ "$found" = "$1" ] || fail "sender prints $found, not $1"
+    }
+    expect_output "900 30 5 1"
+    sed -i 's/30/25/' "$project/settings of all/sender.json"
+    sed -i 's/: 5/: 6/' "$project/settings of all/more.json"
+    sed -i 's/: 1}/: 2}/' "$project/settings of all/limits.json"
+    quietly "$work/build.log" cmake --build "$work/the build"
+    expect_output "900 25 6 2"
+    [ -z "$(cmake --build "$work/the build" | grep -v 'no work to do')" ] || fail "built again without a change"
+    sed -i 's/25/"25"/' "$project/settings of all/sender.json"
+    ! cmake --build "$work/the build" >"$work/wrong.log" 2>&1 || fail "wrong declarations are built"
+    grep -F 'sender.json:1:78: settings[0].default: expected a whole number' "$work/wrong.log" >/dev/null ||
+      { cat "$work/wrong.log" && fail "the mistake has no place"; }
+
+    refuses() {
+      ! cmake -G Ninja -S "$project" -B "$work/refused" -DCMAKE_PREFIX_PATH="$prefix" "${@:2}" >"$work/refused.log" 2>&1 ||
+        fail "${*:2} is not refused"
+      tr '\n' ' ' <"$work/refused.log" | tr -s ' ' | grep -F "$1" >/dev/null || { cat "$work/refused.log" && fail "$1"; }
+    }
+    refuses 'there is no target "sendr"' -DMISTAKE=target
+    refuses '(sender): no file of declarations is given' -DMISTAKE=file
+    refuses '(sender): called twice' -DMISTAKE=twice
+    refuses '(sender): the target is made in another folder' -DMISTAKE=folder
+    # In a project that builds the library itself, without the tools.
+    refuses '(codec): the program tessel is missing' -DMISTAKE= -DTESSEL_FROM=add_subdirectory -DTESSEL_SOURCE="$source"
+    quietly "$work/subdirectory.log" cmake -G Ninja -S "$project" -B "$work/sub" -DTESSEL_FROM=add_subdirectory \
+      -DTESSEL_SOURCE="$source" -DTESSEL_PROGRAM="$prefix/bin/tessel"
+    quietly "$work/subdirectory.log" cmake --build "$work/sub" --target codec_declared/codec_settings.h
+    ;;
   engine_util)
     # libtessel alone, against a utility library that an engine brings: here the bundled one, from a prefix.
     install_build

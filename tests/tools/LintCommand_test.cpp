@@ -157,6 +157,73 @@ TEST(LintCommand, RefusesAListThatIsNone) {
   }
 }
 
+TEST(LintCommand, ChecksValuesAgainstDeclarations) {
+  Program program;
+  program
+      .File("video.json", R"({"settings":[
+{"group":"Video","name":"MaxFps","type":"int","default":30,"maximum":120},
+{"group":"Video","name":"Fps","type":"int","default":30,"deprecated":{"replacedBy":"Video/MaxFps"}}]})")
+      .File(
+          "audio.json",
+          R"({"settings":[{"group":"Audio","name":"Codec","type":"enum","default":"a","values":["a","b"]}]})")
+      .File("a.json", R"({"Video":[
+{"key":"MaxFps","value":"fast"},
+{"key":"MaxFps","value":"121"},
+{"key":"Fps","value":"15"},
+{"key":"MaxFsp","value":"15"}],
+"Audio":[
+{"key":"Codec","value":"c d e"}],
+"Common":[{"key":"Any","value":""}]})");
+  const std::vector<std::string> declared = {"lint",       "--declared", "video.json",
+                                             "--declared", "audio.json", "a.json"};
+  const Finished run = program.Run(declared);
+  EXPECT_EQ(run.out,
+            "a.json:2:8: Video[0].key: the name is repeated in Video[1]; the last value stays\n"
+            "a.json:2:25: Video[0].value: expected a whole number from -2147483648 to 2147483647\n"
+            "a.json:3:25: Video[1].value: out of range: expected 120 or less\n"
+            "a.json:4:8: Video[2].key: deprecated: use Video/MaxFps\n"
+            "a.json:5:8: Video[3].key: unknown name (did you mean \"MaxFps\"?)\n"
+            "a.json:7:24: Audio[0].value: not one of the values allowed: \"a\", \"b\"\n");
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 1);
+
+  std::vector<std::string> arguments = declared;
+  arguments.push_back("--json");
+  const std::string json = program.Run(arguments).out;
+  for (const char* problem :
+       {"wrong-type", "out-of-range", "deprecated-name", "unknown-name", "not-allowed"}) {
+    EXPECT_NE(json.find(std::string("\"problem\":\"") + problem + "\",\"effect\":\"imported\""),
+              std::string::npos)
+        << json;
+  }
+  arguments.back() = "--github";
+  EXPECT_NE(
+      program.Run(arguments).out.find("::warning file=a.json,line=3,col=25::Video[1].value: out of range"),
+      std::string::npos);
+}
+
+TEST(LintCommand, ChecksTogglesWithoutBeingAsked) {
+  const Finished run =
+      Program()
+          .File("a.json", "{\"Feature\":[\n {\"key\":\"EnableMusicDetection\",\"value\":\"off\"}]}")
+          .Run({"lint", "a.json"});
+  EXPECT_EQ(run.out, "a.json:2:40: Feature[0].value: expected true or false; this value counts as on\n");
+  EXPECT_EQ(run.status, 1);
+}
+
+TEST(LintCommand, RefusesDeclarationsThatAreWrong) {
+  Program program;
+  program.File("a.json", "{\"X\":[]}").File("wrong.json", R"({"settings":[{"name":"A"},7]})");
+  const Finished run = program.Run({"lint", "a.json", "--declared", "wrong.json"});
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err.substr(0, run.err.find('\n')), "wrong.json:1:14: settings[0]: \"group\" is missing");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(program.Run({"lint", "a.json", "--declared", "missing.json"}).err,
+            "missing.json: cannot be read: No such file or directory\n");
+  EXPECT_EQ(program.Run({"lint", "-", "--declared", "-"}).status, 2);
+  EXPECT_EQ(program.Run({"lint", "a.json", "--declared"}).status, 2);
+}
+
 TEST(LintCommand, ChecksTheOtherFilesWhenOneCannotBeRead) {
   const Finished run = Program().File("a.json", "{\"X\":[]}").Run({"lint", "missing.json", "a.json", "."});
   EXPECT_EQ(run.out, "a.json:1:2: X: unknown group\n");

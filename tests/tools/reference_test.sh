@@ -12,7 +12,7 @@ fail() {
 # The commands that the program's help lists.
 commands() { "$program" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p'; }
 # The long options that a command's help lists.
-options() { "$program" "$1" --help | sed -n '/^Options:/,/^$/s/^  [^ ]*\(--[a-z]*\).*/\1/p'; }
+options() { "$program" "$1" --help | sed -n '/^Options:/,/^$/s/^  [^ ]*\(--[a-z-]*\).*/\1/p'; }
 
 manual() {
   local page command option text warnings

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "simulate/ReportFile.h"
+#include "OutputFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -9,8 +9,6 @@
 #include "CommandError.h"
 #include "Printable.h"
 
-namespace simulate {
-
 namespace {
 
 CommandError Unwritable(const std::string& file) {
@@ -19,17 +17,15 @@ CommandError Unwritable(const std::string& file) {
 
 }  // namespace
 
-ReportFile::ReportFile(std::string file) : m_file(std::move(file)) {
+OutputFile::OutputFile(std::string file) : m_file(std::move(file)) {
   std::FILE* const stream = std::fopen(m_file.c_str(), "abe");
   if (stream == nullptr) throw Unwritable(m_file);
   std::fclose(stream);
 }
 
-void ReportFile::Write(std::string_view text) const {
+void OutputFile::Write(std::string_view text) const {
   std::FILE* const stream = std::fopen(m_file.c_str(), "wbe");
   if (stream == nullptr) throw Unwritable(m_file);
   const bool isWritten = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
   if (std::fclose(stream) != 0 || !isWritten) throw Unwritable(m_file);
 }
-
-}  // namespace simulate

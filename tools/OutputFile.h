@@ -4,14 +4,12 @@
 #include <string>
 #include <string_view>
 
-namespace simulate {
-
-/// The file that a report goes to. What was in it stays until the report is written.
-class ReportFile {
+/// A file that a command writes. What was in it stays until then.
+class OutputFile {
  public:
   /// Finds out whether the file can be written, and makes it if there is none. Throws CommandError with the
   /// system's reason.
-  explicit ReportFile(std::string file);
+  explicit OutputFile(std::string file);
 
   /// Throws CommandError likewise.
   void Write(std::string_view text) const;
@@ -19,5 +17,3 @@ class ReportFile {
  private:
   const std::string m_file;
 };
-
-}  // namespace simulate

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "documents/Identifier.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace kalStore::internal {
+namespace {
+
+// What may not name a namespace: the words of the language, what it reserves, and this library's own names,
+// which generated code has to find.
+constexpr std::string_view kTaken[] = {
+    "alignas",       "alignof",      "and",       "and_eq",       "asm",      "auto",
+    "bitand",        "bitor",        "bool",      "break",        "case",     "catch",
+    "char",          "char16_t",     "char32_t",  "char8_t",      "class",    "co_await",
+    "co_return",     "co_yield",     "compl",     "concept",      "const",    "const_cast",
+    "consteval",     "constexpr",    "constinit", "continue",     "decltype", "default",
+    "delete",        "do",           "double",    "dynamic_cast", "else",     "enum",
+    "explicit",      "export",       "extern",    "false",        "float",    "for",
+    "friend",        "goto",         "if",        "inline",       "int",      "kal",
+    "kalStore",      "long",         "mutable",   "namespace",    "new",      "noexcept",
+    "not",           "not_eq",       "nullptr",   "operator",     "or",       "or_eq",
+    "posix",         "private",      "protected", "public",       "register", "reinterpret_cast",
+    "requires",      "return",       "short",     "signed",       "sizeof",   "static",
+    "static_assert", "static_cast",  "std",       "struct",       "switch",   "template",
+    "this",          "thread_local", "throw",     "true",         "try",      "typedef",
+    "typeid",        "typename",     "union",     "unsigned",     "using",    "virtual",
+    "void",          "volatile",     "wchar_t",   "while",        "xor",      "xor_eq"};
+static_assert(std::ranges::is_sorted(kTaken));
+
+bool IsCapital(char c) {
+  return c >= 'A' && c <= 'Z';
+}
+bool IsLetter(char c) {
+  return IsCapital(c) || (c >= 'a' && c <= 'z');
+}
+bool IsLetterOrDigit(char c) {
+  return IsLetter(c) || (c >= '0' && c <= '9');
+}
+
+// Two underscores in a row are the compiler's.
+bool IsIdentifier(std::string_view text) {
+  return !text.empty() && IsLetter(text.front()) && text.find("__") == std::string_view::npos &&
+         std::ranges::all_of(text, [](char c) { return c == '_' || IsLetterOrDigit(c); });
+}
+
+}  // namespace
+
+std::string CamelCase(std::string_view text) {
+  std::string joined;
+  bool isWordBegin = true;
+  for (const char c : text) {
+    if (c < ' ' || c > '~') return {};
+    if (!IsLetterOrDigit(c)) {
+      isWordBegin = true;
+      continue;
+    }
+    const bool rises = isWordBegin && c >= 'a';
+    joined += rises ? static_cast<char>(c - 'a' + 'A') : c;
+    isWordBegin = false;
+  }
+  return joined;
+}
+
+bool IsTypeName(std::string_view text) {
+  return IsIdentifier(text) && IsCapital(text.front());
+}
+
+bool IsOwnNamespace(std::string_view text) {
+  for (;;) {
+    const std::size_t end = text.find("::");
+    const std::string_view part = text.substr(0, end);
+    if (!IsIdentifier(part) || std::ranges::binary_search(kTaken, part)) return false;
+    if (end == std::string_view::npos) return true;
+    text.remove_prefix(end + 2);
+  }
+}
+
+}  // namespace kalStore::internal

@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Program.h"
+#include "tessel/json.h"
+
+namespace {
+
+constexpr const char* kVideo = R"({"namespace":"video","settings":[
+{"group":"Video","name":"MaxFps","type":"int","default":30,"minimum":1,"maximum":120,"unit":"frames/s",
+ "description":"Highest frame rate","since":"1.0"},
+{"group":"Video","name":"Codec","type":"enum","default":"h264","values":["h264","low-latency"],
+ "deprecated":{"since":"2.0","replacedBy":"Audio/Codec"}}]})";
+constexpr const char* kAudio =
+    R"({"settings":[{"group":"Audio","name":"Codec","type":"string","default":"a\"b"}]})";
+
+}  // namespace
+
+TEST(DeclareCommand, WritesAHeaderOfKeys) {
+  const Finished run = Program()
+                           .File("video.json", kVideo)
+                           .File("audio.json", kAudio)
+                           .Run({"declare", "video.json", "audio.json", "--header"});
+  EXPECT_EQ(run.out, R"(// Made by tessel declare from video.json, audio.json. Changes to this file are lost.
+#pragma once
+
+#include <tessel/ConfigEnum.h>
+#include <tessel/ConfigKey.h>
+#include <tessel/KalConfigGroup.h>
+
+#include <chrono>
+#include <cstdint>
+#include <limits>
+#include <string>
+
+namespace video {
+
+// The values of kVideoCodec.
+enum class VideoCodec {
+  kH264,
+  kLowLatency,
+};
+
+}  // namespace video
+
+template <>
+struct kalStore::ConfigEnum<::video::VideoCodec> {
+  static constexpr ConfigEnumName<::video::VideoCodec> kNames[] = {
+      {::video::VideoCodec::kH264, "h264"},
+      {::video::VideoCodec::kLowLatency, "low-latency"},
+  };
+};
+
+namespace video {
+
+// Highest frame rate
+//
+// Default: 30 frames/s; 1 to 120; since 1.0.
+inline constexpr kalStore::ConfigKey<int> kVideoMaxFps{
+    kalStore::KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
+
+// Default: h264; one of h264, low-latency.
+[[deprecated("deprecated since 2.0: use Audio/Codec")]]
+inline constexpr kalStore::ConfigKey<VideoCodec> kVideoCodec{
+    kalStore::KAL_CONFIG_GROUP_VIDEO, "Codec", VideoCodec::kH264};
+
+}  // namespace video
+
+namespace settings {
+
+// Default: a"b.
+inline constexpr kalStore::ConfigKey<std::string> kAudioCodec{
+    kalStore::KAL_CONFIG_GROUP_AUDIO, "Codec", "a\"b"};
+
+}  // namespace settings
+)");
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(DeclareCommand, WritesATableForEachGroup) {
+  const Finished run = Program()
+                           .File("video.json", kVideo)
+                           .File("audio.json", kAudio)
+                           .Run({"declare", "video.json", "audio.json", "--markdown"});
+  EXPECT_EQ(run.out, R"(# Settings
+
+## Audio
+
+| name | type | default | unit | allowed | meaning |
+|---|---|---|---|---|---|
+| Codec | string | a"b | | | |
+
+## Video
+
+| name | type | default | unit | allowed | meaning |
+|---|---|---|---|---|---|
+| MaxFps | int | 30 | frames/s | 1 to 120 | Highest frame rate<br>since 1.0 |
+| Codec | enum | h264 | | h264, low-latency | deprecated since 2.0: use Audio/Codec |
+)");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(DeclareCommand, EscapesWhatIsMarkupInATable) {
+  const Finished run =
+      Program()
+          .Input(R"({"settings":[{"group":"Audio","name":"a|b_c","type":"bool","default":false,
+"description":"`x` | <b>\n*y* \\ [z](u)\u0007 &amp; ~"}]})")
+          .Run({"declare", "-", "--markdown"});
+  EXPECT_NE(run.out.find("| a\\|b\\_c | bool | false | | | "
+                         "\\`x\\` \\| \\<b\\><br>\\*y\\* \\\\ \\[z\\](u)\\u0007 \\&amp; \\~ |\n"),
+            std::string::npos)
+      << run.out;
+}
+
+TEST(DeclareCommand, WritesASchemaThatIsJson) {
+  const Finished run = Program()
+                           .File("video.json", kVideo)
+                           .File("audio.json", kAudio)
+                           .Run({"declare", "--json-schema", "video.json", "audio.json"});
+  json::ParseError error;
+  const json::Value schema = json::Deserialize(run.out, error);
+  ASSERT_EQ(error.reason, nullptr) << run.out;
+  EXPECT_EQ(schema["$schema"].ToString(), "https://json-schema.org/draft/2020-12/schema");
+  EXPECT_EQ(schema["properties"].ToObject().size(), 13U);
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(DeclareCommand, WritesNothingButHeadingsForAnEmptyList) {
+  Program program;
+  program.File("none.json", R"({"settings":[]})");
+  EXPECT_EQ(program.Run({"declare", "none.json", "--markdown"}).out, "# Settings\n");
+  const Finished header = program.Run({"declare", "none.json", "--header"});
+  EXPECT_EQ(header.status, 0);
+  EXPECT_EQ(header.out.find("namespace"), std::string::npos);
+}
+
+TEST(DeclareCommand, WritesToAFile) {
+  Program program;
+  program.File("video.json", kVideo)
+      .File("audio.json", kAudio)
+      .File("old.h", "old and longer than the new one");
+  const std::string expected = program.Run({"declare", "video.json", "audio.json", "--header"}).out;
+  for (const std::string name : {"old.h", "new.h"}) {
+    const Finished run = program.Run({"declare", "video.json", "audio.json", "--header", "-o", name});
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(program.Contents(name), expected);
+  }
+}
+
+TEST(DeclareCommand, ReportsEveryMistakeAndWritesNothing) {
+  Program program;
+  program
+      .File("a.json",
+            "{\"settings\":[{\"group\":\"Vidoe\",\n\"name\":\"A\",\"type\":\"int\",\"default\":\"x\"}]}")
+      .File("b.json", "[\n}")
+      .File("out.h", "as it was");
+  const Finished run = program.Run({"declare", "a.json", "b.json", "--header", "-o", "out.h"});
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(
+      run.err,
+      "a.json:1:23: settings[0].group: unknown group \"Vidoe\" (did you mean \"Video\"?)\n"
+      "a.json:2:35: settings[0].default: expected a whole number from -2147483648 to 2147483647, found a "
+      "string\n"
+      "b.json:2:1: expected a value\n");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(program.Contents("out.h"), "as it was");
+}
+
+TEST(DeclareCommand, ShowsNamesOfAnyBytesAsTheyCanBeShown) {
+  const Finished run =
+      Program().File("\x1b.json", "{\"\x1b[1m\":1}").Run({"declare", "\x1b.json", "--header"});
+  EXPECT_EQ(run.err.find('\x1b'), std::string::npos);
+  EXPECT_NE(run.err.find("\\u001b.json:1:2: unknown member \"\\"), std::string::npos) << run.err;
+}
+
+TEST(DeclareCommand, RefusesAFileThatCannotBeUsed) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"missing.json", "missing.json: cannot be read: No such file or directory\n"},
+      {".", ".: cannot be read: Is a directory\n"},
+      {"empty.json", "empty.json:1:1: the file is empty\n"},
+      {"utf16.json", "utf16.json:1:1: is in UTF-16: save it as UTF-8\n"},
+  };
+  for (const auto& [file, message] : rows) {
+    const Finished run = Program()
+                             .File("empty.json", "")
+                             .File("utf16.json", std::string("{\0}\0", 4))
+                             .Run({"declare", file, "--header"});
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, message);
+    EXPECT_EQ(run.status, 2);
+  }
+}
+
+TEST(DeclareCommand, RefusesAnUnusableCommandLineInOneLine) {
+  for (const auto& arguments : {std::vector<std::string>{"declare"},
+                                {"declare", "a.json"},
+                                {"declare", "--header"},
+                                {"declare", "a.json", "--header", "--markdown"},
+                                {"declare", "a.json", "--json-schema", "--header"},
+                                {"declare", "a.json", "--json"},
+                                {"declare", "-", "a.json", "-", "--header"},
+                                {"declare", "a.json", "--header", "-o", "-"},
+                                {"declare", "a.json", "--header", "-o", ""},
+                                {"declare", "a.json", "--header", "-o", "./a.json"},
+                                {"declare", "a.json", "--header", "-o", "nowhere/a.h"}}) {
+    Program program;
+    program.File("a.json", R"({"settings":[]})");
+    const Finished run = program.Run(arguments);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
+    EXPECT_EQ(run.status, 2) << run.err;
+    EXPECT_EQ(program.Contents("a.json"), R"({"settings":[]})");
+  }
+}
+
+TEST(DeclareCommand, FailsWhenStandardOutputIsFull) {
+  Program program;
+  program.File("a.json", kAudio);
+  EXPECT_EQ(program.To(Program::Output::kFullDevice).Run({"declare", "a.json", "--header"}).status, 2);
+}
