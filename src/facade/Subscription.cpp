@@ -69,10 +69,10 @@ class FacadeRegistration final : public SubscriptionRegistration {
  public:
   FacadeRegistration(KalConfigHelper& facade, KalConfigGroup group, const char* name,
                      fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync)
-      : m_helper(*facade.m_pObserverHelper),
+      : m_helper(facade.m_pObserverHelper.get()),
         m_unfiled(facade.makeRecord(name, std::move(fn), group, pRunThread, bAsync)) {}
   ~FacadeRegistration() override {
-    if (const auto record = m_filed.lock()) m_helper.Remove(record);
+    if (const auto record = m_filed.lock()) m_helper->Remove(record);
   }
 
   std::shared_ptr<GuardedCallback> Callback() const override {
@@ -82,12 +82,12 @@ class FacadeRegistration final : public SubscriptionRegistration {
 
  private:
   bool subscribe() override {
-    if (m_unfiled == nullptr || !m_helper.File(m_unfiled)) return false;
+    if (m_unfiled == nullptr || !m_helper->File(m_unfiled)) return false;
     m_filed = std::exchange(m_unfiled, nullptr);
     return true;
   }
 
-  KalConfigObserverHelper& m_helper;
+  KalConfigObserverHelper* const m_helper;                               // Null when the facade is ending.
   KalConfigObserverHelper::Record m_unfiled;                             // Until the facade has it,
   std::weak_ptr<KalConfigObserverHelper::Record::element_type> m_filed;  // and from then on.
 };

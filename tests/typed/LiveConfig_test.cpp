@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "ForeignStore.h"
 #include "TypedTest.h"
 #include "support/AllocationCount.h"
 #include "support/TraceLog.h"
@@ -51,31 +52,6 @@ class Live : public TypedTest {
 };
 
 using LiveEnd = TypedTest;
-
-/// A store that is not the library's own.
-class ForeignStore : public IKalConfig {
- public:
-  SubscribeId_t SubscribeConfig(KalConfigGroup, const char*, fnConfigChangedCallBack, ACmThread*,
-                                bool) override {
-    return 0;
-  }
-  SubscribeId_t BindConfig(KalConfigGroup, const char*, fnConfigInvokeCallBack) override { return 0; }
-  std::int32_t UnsubscribeConfig(SubscribeId_t) override { return kResultNotFound; }
-  std::int32_t SetKalConfig(KalConfigGroup, const char*, ConfigData, bool, bool) override {
-    return kResultNobody;
-  }
-  std::int32_t GetKalConfig(KalConfigGroup, const char*, ConfigData& value) override {
-    value = 15;
-    return kResultOk;
-  }
-  std::int32_t GetDynamicConfig(KalConfigGroup, const char*, ConfigData&, ConfigData) override {
-    return kResultBadArgument;
-  }
-  std::int32_t RemoveKalConfig(KalConfigGroup, const char*) override { return kResultOk; }
-  std::int32_t RemoveKalConfigByGroup(KalConfigGroup) override { return kResultOk; }
-  const char* DumpKalConfigs(ConfigMultGroup_t) override { return "{}"; }
-  std::int32_t ApplyKalConfigs(const char*) override { return kResultOk; }
-};
 
 }  // namespace
 
@@ -371,10 +347,12 @@ TEST_F(Live, CopiesShareOneValueUntilTheLastEnds) {
 }
 
 TEST_F(Live, RefusesAStoreThatIsNotTheLibrarysOwn) {
-  ForeignStore store;
-  const LiveConfig maxFps(store, kMaxFps);
-  EXPECT_FALSE(maxFps);
-  EXPECT_EQ(30, maxFps.Get());
+  ForeignStore<true> store;
+  for (IKalConfig* const foreign : {static_cast<IKalConfig*>(&store), StoreWithoutRtti()}) {
+    const LiveConfig maxFps(*foreign, kMaxFps);
+    EXPECT_FALSE(maxFps);
+    EXPECT_EQ(30, maxFps.Get());
+  }
 }
 
 TEST_F(Live, RefusesTheDefaultGroupOfAStore) {
@@ -490,6 +468,23 @@ TEST_F(Live, OutlivesAFacadeThatHasNotBound) {
   facade.reset();
   kMaxFps.Set(*m_call, 15);
   EXPECT_EQ(30, maxFps.Get());
+}
+
+TEST_F(Live, IsRefusedByAFacadeThatEndsWhatACallbackOwned) {
+  struct Owned {
+    KalConfigHelper& facade;
+    std::vector<LiveConfig<int>>& made;
+    ~Owned() { made.emplace_back(facade, kMaxFps); }
+  };
+  std::vector<LiveConfig<int>> made;
+  {
+    KalConfigHelper facade;
+    const auto owned = std::make_shared<Owned>(facade, made);
+    facade.SubscribeConfig("MaxFps", [owned](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_VIDEO);
+  }
+  ASSERT_EQ(1U, made.size());
+  EXPECT_FALSE(made.front());
+  EXPECT_EQ(30, made.front().Get());
 }
 
 TEST_F(Live, FollowsTheStoreWhenItsFacadeHasEnded) {

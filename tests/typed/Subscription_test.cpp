@@ -382,6 +382,24 @@ TEST_F(Subscriptions, OwnedByACallbackOfTheSameFacadeEndWithItWhetherOrNotItIsBo
   }
 }
 
+TEST_F(Subscriptions, AreRefusedByAFacadeThatEndsWhatACallbackOwned) {
+  struct Owned {
+    KalConfigHelper& facade;
+    bool& isRefused;
+    ~Owned() {
+      isRefused = !Subscription(facade, KAL_CONFIG_GROUP_AUDIO, "B", [](const KalConfigEvent&) {});
+    }
+  };
+  const TraceLog silent(-1);
+  bool isRefused = false;
+  {
+    KalConfigHelper facade;
+    const auto owned = std::make_shared<Owned>(facade, isRefused);
+    facade.SubscribeConfig("A", [owned](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO);
+  }
+  EXPECT_TRUE(isRefused);
+}
+
 TEST_F(Subscriptions, DropAPostedDeliveryThatHasNotBegun) {
   ACmThread thread;
   thread.Start();
