@@ -62,6 +62,7 @@ std::int32_t KalConfigHelper::createKalConfig(std::uint32_t callId) {
   if (!Check(m_pConfigLock != nullptr, "m_pConfigLock != nullptr", 1549)) return kResultNotFound;
   const detail::Lock lock(*m_pConfigLock);
   if (m_pIKalConfig != nullptr || callId == kNoCallId) return kResultNotFound;
+  if (m_pObserverHelper == nullptr) return kResultNotFound;  // The facade is ending.
   // Set before the store is made, which traces: a trace sink that calls SetCallId() does not bind a second
   // time.
   m_callId = callId;

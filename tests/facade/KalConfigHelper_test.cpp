@@ -37,6 +37,22 @@ TEST_F(KalConfigHelperTest, HasNoCallAndNoStoreWithoutACallId) {
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore);
 }
 
+TEST_F(KalConfigHelperTest, DoesNotBindWhileItEnds) {
+  struct Owned {
+    KalConfigHelper& facade;
+    std::int32_t& result;
+    ~Owned() { result = facade.SetCallId(kCall); }
+  };
+  std::int32_t result = kResultOk;
+  {
+    KalConfigHelper facade;
+    const auto owned = std::make_shared<Owned>(facade, result);
+    facade.SubscribeConfig("name", [owned](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO);
+  }
+  EXPECT_EQ(result, kResultNotFound);
+  EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore);
+}
+
 TEST_F(KalConfigHelperTest, BindsLater) {
   KalConfigHelper facade;
   TraceLog log(0);
