@@ -24,7 +24,7 @@ namespace kalStore {
 /// }
 /// assert(GetKalConfigSizeForUT() == 0);
 /// @endcode
-class CallStore {
+class [[nodiscard]] CallStore {
  public:
   /// What the end of the scope means for the call.
   enum Role {
@@ -35,7 +35,8 @@ class CallStore {
   /// Makes or shares the store. A failed allocation leaves the constructor as std::bad_alloc.
   /// @param callId  any
   /// @param role  what the end of the scope means for the call
-  explicit CallStore(std::uint32_t callId, Role role = kSharesCall) : m_callId(callId), m_role(role) {
+  [[nodiscard]] explicit CallStore(std::uint32_t callId, Role role = kSharesCall)
+      : m_callId(callId), m_role(role) {
     CreateKalConfig(callId, &m_store);
   }
 

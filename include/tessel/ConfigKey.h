@@ -9,7 +9,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "tessel/Binding.h"
+#include "tessel/ConfigExecutor.h"
 #include "tessel/ConfigRef.h"
+#include "tessel/SetResult.h"
 #include "tessel/Subscription.h"
 #include "tessel/TypedValue.h"
 
@@ -167,10 +170,11 @@ class ConfigKey {
   /// @param value  a T; for a std::string a C string as well, not null; for a duration one of a larger unit as
   /// well; of an enum, one that has a name: kResultBadArgument otherwise
   /// @param bForceNotify  notifies of an equal value, too
-  /// @return As IKalConfig::SetKalConfig() or KalConfigHelper::SetKalConfig(); see IsStored().
+  /// @return Whether the value was stored, and whether a subscriber was notified; its code is that of
+  /// IKalConfig::SetKalConfig() or KalConfigHelper::SetKalConfig().
   template <detail::SettableAs<T> Value>
-  std::int32_t Set(ConfigRef store, Value value, bool bForceNotify = false) const {
-    return store.Set(m_group, m_name, detail::DataOf<T>(std::move(value)), bForceNotify);
+  SetResult Set(ConfigRef store, Value value, bool bForceNotify = false) const {
+    return SetResult(store.Set(m_group, m_name, detail::DataOf<T>(std::move(value)), bForceNotify));
   }
 
   /// Removes what is stored, and notifies nobody: reading gives the default again.
@@ -178,8 +182,39 @@ class ConfigKey {
   /// @return As IKalConfig::RemoveKalConfig() or KalConfigHelper::RemoveKalConfig().
   std::int32_t Remove(ConfigRef store) const { return store.Remove(m_group, m_name); }
 
-  /// Notifies `fn` of every change, and at once of what is stored if anything is. A facade refuses a second
-  /// subscription of a name, see Subscription.
+  /// Has `fn` compute the value whenever GetDynamic() reads it, on the reader's thread. What `fn` throws
+  /// leaves that read.
+  /// @param store  a store or a facade; must outlive the binding
+  /// @param fn  takes nothing and returns a T, or what Set() takes
+  /// @return The binding; empty when refused, see Binding::RefusalReason().
+  template <std::invocable Fn>
+    requires detail::SettableAs<std::invoke_result_t<Fn&>, T>
+  Binding Bind(ConfigRef store, Fn fn) const {
+    return Binding(store, m_group, m_name,
+                   [fn = std::move(fn)](const KalConfigEvent&) mutable { return detail::DataOf<T>(fn()); });
+  }
+
+  /// Asks the binding. What is stored is not consulted.
+  /// @param store  a store or a facade
+  /// @return What it computes; the default when nothing is bound, when that is refused, and when the store
+  /// cannot be read.
+  T GetDynamic(ConfigRef store) const { return GetDynamic(store, Default()); }
+  /// The same with a default of the caller's own.
+  /// @param store  a store or a facade
+  /// @param defaultValue  as for Set()
+  /// @return As above, with `defaultValue` for the default.
+  template <detail::SettableAs<T> Value>
+  T GetDynamic(ConfigRef store, Value defaultValue) const {
+    ConfigData computed;
+    store.GetDynamic(m_group, m_name, computed, detail::DataOf<T>(defaultValue));
+    std::optional<T> value = ReadAs<T>(computed);
+    return value ? *std::move(value) : T(std::move(defaultValue));
+  }
+
+  /// Notifies `fn` of every change, and at once of what is stored if anything is.
+  ///
+  /// **A facade refuses a second subscription of a name:** the result is empty then, and its RefusalReason()
+  /// is kResultNoSuchOrExists. Use a facade of your own, or assign to the Subscription that is there.
   /// @param store  a store or a facade; must outlive the subscription
   /// @param fn  takes a const ConfigReading<T>&
   /// @param pRunThread  where `fn` runs, see IKalConfig::SubscribeConfig(); not owned, must outlive the
@@ -194,6 +229,20 @@ class ConfigKey {
           fn(key.reading(event.m_newValue));
         },
         pRunThread, bAsync);
+  }
+  /// The same on an event loop, see Subscription.
+  /// @param store  a store or a facade; must outlive the subscription
+  /// @param fn  takes a const ConfigReading<T>&
+  /// @param executor  where `fn` runs
+  /// @return The subscription; empty when refused.
+  template <std::invocable<const ConfigReading<T>&> Fn>
+  Subscription Subscribe(ConfigRef store, Fn fn, ConfigExecutor executor) const {
+    return Subscription(
+        store, m_group, m_name,
+        [key = *this, fn = std::move(fn)](const KalConfigEvent& event) mutable {
+          fn(key.reading(event.m_newValue));
+        },
+        std::move(executor));
   }
 
  private:

@@ -6,28 +6,15 @@
 
 #include "tessel/IKalConfig.h"
 #include "tessel/KalConfigHelper.h"
+#include "tessel/SetResult.h"
 
 namespace kalStore {
 
+class Binding;
 class Subscription;
 
 namespace internal {
 class LiveRegistrar;
-}
-
-/// Whether a set was carried out, whether or not a subscriber was notified. The value is then stored; a
-/// transient one is announced, and what was stored is removed.
-/// @param setResult  what a SetKalConfig() returned
-/// @return True for kResultOk, kResultUnchanged and kResultNobody.
-/// @threads Any.
-/// @par Example
-/// @code{.cpp}
-/// KalConfigHelper settings(7);
-/// assert(IsStored(settings.SetKalConfig("Bitrate", 32000, KAL_CONFIG_GROUP_AUDIO)));
-/// assert(!IsStored(settings.SetKalConfig("", 32000, KAL_CONFIG_GROUP_AUDIO)));
-/// @endcode
-constexpr bool IsStored(std::int32_t setResult) {
-  return setResult == kResultOk || setResult == kResultNobody || setResult == kResultUnchanged;
 }
 
 /// A call's settings, through its store or through a facade: what typed.h works on. Pass either where a
@@ -79,6 +66,17 @@ class ConfigRef {
     return m_facade ? m_facade->SetKalConfig(name, std::move(value), group, bForceNotify)
                     : m_store->SetKalConfig(group, name, std::move(value), bForceNotify, false);
   }
+  /// Asks the name's binding. Stored values are not consulted.
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @param value  receives what the binding returned
+  /// @param defaultValue  handed to the binding; may be invalid
+  /// @return As GetDynamicConfig() there.
+  std::int32_t GetDynamic(KalConfigGroup group, const char* name, ConfigData& value,
+                          ConfigData defaultValue) const {
+    return m_facade ? m_facade->GetDynamicConfig(name, value, group, std::move(defaultValue))
+                    : m_store->GetDynamicConfig(group, name, value, std::move(defaultValue));
+  }
   /// Removes a stored value and notifies nobody.
   /// @param group  0 to 12, or a facade's default group
   /// @param name  not null, not empty
@@ -88,6 +86,7 @@ class ConfigRef {
   }
 
  private:
+  friend class Binding;
   friend class Subscription;
   friend class internal::LiveRegistrar;
 

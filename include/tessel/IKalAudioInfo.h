@@ -20,7 +20,7 @@ namespace kalStore {
 ///
 /// @par Example
 /// @code{.cpp}
-/// const StatsRef<Audio> statistics(7);
+/// const StatsRef<AudioStats> statistics(7);
 /// statistics->updateTxBitRate(32000);
 /// statistics->updateSpeechLevel(-30, -35, -28);
 /// statistics->updateRxBitRate(2, 24000);

@@ -21,7 +21,7 @@ namespace kalStore {
 /// @lifetime Obtained from createTesselEntity(); shared by reference counting.
 /// @par Example
 /// @code{.cpp}
-/// const StatsRef<Video> statistics(7);
+/// const StatsRef<VideoStats> statistics(7);
 /// IKalMediaInfo& info = *statistics;
 /// assert(info.GetCallId() == 7);
 /// st_KalVideoTxBlock block{};

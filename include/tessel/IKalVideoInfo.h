@@ -22,7 +22,7 @@ namespace kalStore {
 ///
 /// @par Example
 /// @code{.cpp}
-/// const StatsRef<Video> statistics(7);
+/// const StatsRef<VideoStats> statistics(7);
 /// st_KalVideoStreamStatInfo streams[2]{};
 /// streams[1].counter = 40;
 /// statistics->UpdateEncodeParam(2, kal::KAL_VIDEO_CODEC_CODE_104);

@@ -31,7 +31,7 @@ namespace kalStore {
 /// }
 /// assert(!settings.HaveKalConfig("MaxFps", KAL_CONFIG_GROUP_VIDEO));
 /// @endcode
-class ScopedConfig {
+class [[nodiscard]] ScopedConfig {
  public:
   /// Sets the value.
   /// @param store  a store or a facade

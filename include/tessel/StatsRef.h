@@ -11,22 +11,22 @@
 namespace kalStore {
 
 /// What a StatsRef refers to: a call's audio.
-struct Audio {
+struct AudioStats {
   using Interface = IKalAudioInfo;                                ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_AUDIO;  ///< its type
 };
 /// What a StatsRef refers to: a call's video.
-struct Video {
+struct VideoStats {
   using Interface = IKalVideoInfo;                                ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_VIDEO;  ///< its type
 };
 /// What a StatsRef refers to: the audio of a call's shared content.
-struct ContentAudio {
+struct ContentAudioStats {
   using Interface = IKalAudioInfo;                                        ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_AUDIO;  ///< its type
 };
 /// What a StatsRef refers to: the video of a call's shared content.
-struct ContentVideo {
+struct ContentVideoStats {
   using Interface = IKalVideoInfo;                                        ///< what the object offers
   static constexpr KalTesselEntityType kType = KAL_TESSEL_CONTENT_VIDEO;  ///< its type
 };
@@ -37,22 +37,22 @@ struct ContentVideo {
 /// @threads The handle has one owner, who may be any thread; the object is for all.
 /// @par Example
 /// @code{.cpp}
-/// const StatsRef<Video> measuring(7);
-/// const StatsRef<Video> reporting(7);
+/// const StatsRef<VideoStats> measuring(7);
+/// const StatsRef<VideoStats> reporting(7);
 /// measuring->UpdateVideoCapturedFrameCnt(250);
 /// st_KalVideoTxBlock block;
 /// reporting->GetTxMediaInfo(&block, false);
 /// assert(block.capturedFrames == 250);
 /// @endcode
 template <class Media>
-class StatsRef {
+class [[nodiscard]] StatsRef {
  public:
   /// What the object offers: IKalAudioInfo or IKalVideoInfo.
   using Interface = typename Media::Interface;
 
   /// Makes or shares the object. A failed allocation leaves the constructor as std::bad_alloc.
   /// @param callId  any
-  explicit StatsRef(std::uint32_t callId) : m_callId(callId) {
+  [[nodiscard]] explicit StatsRef(std::uint32_t callId) : m_callId(callId) {
     void* entity = nullptr;
     createTesselEntity(Media::kType, callId, &entity);
     m_info = static_cast<Interface*>(entity);

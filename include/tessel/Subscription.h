@@ -1,21 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 
+#include "tessel/ConfigExecutor.h"
 #include "tessel/ConfigRef.h"
 
 namespace kalStore {
 
 namespace internal {
-class SubscriptionRegistration;
+class ConfigRegistration;
 }
 
 /// A subscription that removes itself. Where and when its callback runs: IKalConfig::SubscribeConfig().
 ///
 /// A facade has one subscription or binding per name and group. A second one through the same facade is
-/// refused, without a trace line: the new Subscription is empty. Check it, or use a facade of your own. To
-/// replace a subscription, assign to it: what was refused is then subscribed in place of the old one.
+/// refused, without a trace line: the new Subscription is empty, and RefusalReason() is kResultNoSuchOrExists.
+/// Check it, or use a facade of your own. To replace a subscription, assign to it: what was refused is then
+/// subscribed in place of the old one. For that, a refused one keeps its callback until it is assigned,
+/// removed or destroyed.
 ///
 /// |            | Pause() | Resume()   | Remove(), destruction, move from it |
 /// |------------|---------|------------|-------------------------------------|
@@ -68,14 +73,43 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   /// @param fn  notified of the changes; not empty
   /// @param pRunThread  where `fn` runs; not owned
   /// @param bAsync  whether `pRunThread` is posted to rather than waited for
-  Subscription(ConfigRef store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
-               ACmThread* pRunThread = nullptr, bool bAsync = false);
+  [[nodiscard]] Subscription(ConfigRef store, KalConfigGroup group, const char* name,
+                             fnConfigChangedCallBack fn, ACmThread* pRunThread = nullptr,
+                             bool bAsync = false);
+  /// The same on an event loop: each delivery, the initial one included, is a task for the executor. `fn` sees
+  /// the deliveries' values in the order in which the executor runs them. Once the subscription is removed, no
+  /// task reaches `fn` any more; on a thread of the executor, inside `fn` too, the removal does not wait for
+  /// itself. On another thread it waits for runs of `fn`, and for calls of the executor, as described above.
+  ///
+  /// A task that the executor refuses, or destroys before it has run, is reported by a trace line of level 0;
+  /// the setter does not notice it. What `fn` throws is the executor's to handle.
+  /// @param store  a store or a facade
+  /// @param group  0 to 12, or a facade's default group
+  /// @param name  not null, not empty
+  /// @param fn  notified of the changes; not empty
+  /// @param executor  where `fn` runs
+  /// @par Example
+  /// @code{.cpp}
+  /// std::vector<std::function<void()>> loop;
+  /// const auto executor = [&](std::function<void()> task) { loop.push_back(std::move(task)); };
+  /// KalConfigHelper settings(7);
+  /// int changes = 0;
+  /// const Subscription subscription(
+  ///     settings, KAL_CONFIG_GROUP_AUDIO, "Bitrate", [&](const KalConfigEvent&) { ++changes; }, executor);
+  /// settings.SetKalConfig("Bitrate", 32000, KAL_CONFIG_GROUP_AUDIO);
+  /// assert(changes == 0);
+  /// for (const auto& task : loop) task();
+  /// assert(changes == 1);
+  /// @endcode
+  [[nodiscard]] Subscription(ConfigRef store, KalConfigGroup group, const char* name,
+                             fnConfigChangedCallBack fn, ConfigExecutor executor);
 
   /// The source is empty afterwards.
   Subscription(Subscription&&) noexcept = default;
   /// Removes what the target had; the source is empty afterwards. If the source was refused, because the
-  /// facade had a subscription of that name, it is subscribed now; what its callback throws at the initial
-  /// delivery leaves the assignment, and the target is empty.
+  /// facade had a subscription of that name, it is subscribed now. What its callback throws at the initial
+  /// delivery leaves the assignment, and the target is empty; so it is when the name is still taken. What the
+  /// callback captured ends then.
   /// @par Example
   /// @code{.cpp}
   /// constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
@@ -93,6 +127,19 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   /// @return Whether it is not empty.
   explicit operator bool() const;
 
+  /// Why it is empty. A name that the facade has subscribed or bound already is the most common reason.
+  /// @return kResultNoSuchOrExists for such a name, kResultNotFound for a facade without a default group,
+  /// kResultBadArgument for other bad arguments; kResultOk when it was not refused.
+  /// @par Example
+  /// @code{.cpp}
+  /// KalConfigHelper settings(7);
+  /// const auto ignore = [](const KalConfigEvent&) {};
+  /// const Subscription first(settings, KAL_CONFIG_GROUP_AUDIO, "Bitrate", ignore);
+  /// const Subscription second(settings, KAL_CONFIG_GROUP_AUDIO, "Bitrate", ignore);
+  /// assert(!second && second.RefusalReason() == kResultNoSuchOrExists);
+  /// @endcode
+  std::int32_t RefusalReason() const;
+
   /// Drops changes from now on.
   void Pause();
   /// Ends a pause.
@@ -105,7 +152,10 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   void Remove() { m_registration.reset(); }
 
  private:
-  std::shared_ptr<internal::SubscriptionRegistration> m_registration;
+  Subscription(ConfigRef store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
+               ACmThread* pRunThread, bool bAsync, std::optional<ConfigExecutor> executor);
+
+  std::shared_ptr<internal::ConfigRegistration> m_registration;
 };
 
 }  // namespace kalStore

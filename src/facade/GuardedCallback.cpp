@@ -1,47 +1,58 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "facade/GuardedCallback.h"
 
-#include "util/ACmThread.h"
-
 namespace kalStore::internal {
-namespace {
 
-// Names this thread in a member while it lives.
-class Mark {
+// A posted run, in the count of its callback and in the list of those of this thread, innermost first.
+class GuardedCallback::PostedRun {
  public:
-  explicit Mark(std::atomic<unsigned long>& threadId) : m_threadId(threadId) {
-    m_threadId.store(GetThreadSelfId());
+  explicit PostedRun(GuardedCallback& callback) : m_callback(callback), m_outer(t_innermost) {
+    t_innermost = this;
+    m_callback.m_postedRuns.fetch_add(1);
   }
-  ~Mark() { m_threadId.store(0); }
-  Mark(const Mark&) = delete;
-  Mark& operator=(const Mark&) = delete;
+  ~PostedRun() {
+    m_callback.m_postedRuns.fetch_sub(1);
+    t_innermost = m_outer;
+  }
+  PostedRun(const PostedRun&) = delete;
+  PostedRun& operator=(const PostedRun&) = delete;
+
+  static int CountOf(const GuardedCallback& callback) {
+    int count = 0;
+    for (const PostedRun* run = t_innermost; run != nullptr; run = run->m_outer) {
+      if (&run->m_callback == &callback) ++count;
+    }
+    return count;
+  }
 
  private:
-  std::atomic<unsigned long>& m_threadId;
+  static inline thread_local const PostedRun* t_innermost = nullptr;
+
+  GuardedCallback& m_callback;
+  const PostedRun* const m_outer;
 };
 
-}  // namespace
-
 void GuardedCallback::Run(const KalConfigEvent& event) {
-  if (!m_isPosted) {
-    if (m_state.load() == State::kOpen) m_fn(event);
+  if (m_delivery == Delivery::kByStore) {
+    if (IsOpen()) m_fn(event);
     return;
   }
-  // Marked first, then asked, against Remove(), which closes first and then reads the mark: one of the two
+  // Counted first, then asked, against Remove(), which closes first and then reads the count: one of the two
   // sees the other. Both are a store followed by a load of another variable, which takes sequential
   // consistency.
-  const Mark running(m_postedThreadId);
-  if (m_state.load() == State::kOpen) m_fn(event);
+  const PostedRun running(*this);
+  if (IsOpen()) m_fn(event);
 }
 
-void GuardedCallback::awaitPostedRun(long deadlineMs) const {
-  if (!m_isPosted) return;
-  const unsigned long self = GetThreadSelfId();
-  for (;;) {
-    const unsigned long running = m_postedThreadId.load();
-    if (running == 0 || running == self || CurrentWaitClock().nowMs() >= deadlineMs) return;
+int GuardedCallback::runsOnThisThread() const {
+  return PostedRun::CountOf(*this);
+}
+
+void GuardedCallback::awaitPostedRuns(long deadlineMs) const {
+  if (m_delivery == Delivery::kByStore) return;
+  const int own = runsOnThisThread();
+  while (m_postedRuns.load() > own && CurrentWaitClock().nowMs() < deadlineMs)
     CurrentWaitClock().sleepOneMs();
-  }
 }
 
 }  // namespace kalStore::internal

@@ -3,8 +3,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
+#include "store/UnwaitedRemoval.h"
 #include "store/WaitClock.h"
 #include "tessel/KalConfigEvent.h"
 
@@ -23,46 +25,59 @@ inline constexpr long kRemovalCeilingMs = 3000;
 /// | paused  | paused  | open     | closed  | does nothing       |
 /// | closed  | closed  | closed   | closed  | does nothing       |
 ///
-/// Threads: any operation, from any thread.
+/// Threads: any operation but DeliveredByExecutor(), from any thread.
 class GuardedCallback {
  public:
-  /// `isPosted`: runs come from the queue of one thread, and a store's removal does not wait for them.
-  GuardedCallback(fnConfigChangedCallBack fn, bool isPosted) : m_fn(std::move(fn)), m_isPosted(isPosted) {}
+  /// `isPosted`: runs come from a queue, and a store's removal does not wait for them.
+  GuardedCallback(fnConfigChangedCallBack fn, bool isPosted)
+      : m_fn(std::move(fn)), m_delivery(isPosted ? Delivery::kPosted : Delivery::kByStore) {}
   GuardedCallback(const GuardedCallback&) = delete;
   GuardedCallback& operator=(const GuardedCallback&) = delete;
+
+  /// Before the first delivery: runs come from an executor, be it on several threads at once or while the setter
+  /// waits.
+  void DeliveredByExecutor() { m_delivery = Delivery::kByExecutor; }
 
   bool IsEmpty() const { return !m_fn; }
   void Run(const KalConfigEvent& event);
 
   void Pause() { change(State::kOpen, State::kPaused); }
   void Resume() { change(State::kPaused, State::kOpen); }
+  bool IsOpen() const { return m_state.load() == State::kOpen; }
   bool IsPaused() const { return m_state.load() == State::kPaused; }
 
   void Close() { m_state.store(State::kClosed); }
   bool IsClosed() const { return m_state.load() == State::kClosed; }
 
-  /// Closes, calls `unsubscribe`, which waits for every run but a posted one, and waits for that too, unless
-  /// it is this thread's own. One deadline holds for both waits. Returns what `unsubscribe` returned.
+  /// Closes, calls `unsubscribe`, which waits for every run but a posted one, and waits for those too, unless
+  /// they are this thread's own. One deadline holds for both waits. In a run from an executor `unsubscribe` does
+  /// not wait: the executor may have begun the run in a delivery that ends only after it. Returns what
+  /// `unsubscribe` returned.
   template <class Unsubscribe>
   std::int32_t Remove(Unsubscribe unsubscribe) {
     const long deadlineMs = CurrentWaitClock().nowMs() + kRemovalCeilingMs;
     Close();
+    std::optional<UnwaitedRemoval> unwaited;
+    if (m_delivery == Delivery::kByExecutor && runsOnThisThread() > 0) unwaited.emplace();
     const std::int32_t result = unsubscribe();
-    awaitPostedRun(deadlineMs);
+    unwaited.reset();
+    awaitPostedRuns(deadlineMs);
     return result;
   }
 
  private:
   enum class State : std::uint8_t { kOpen, kPaused, kClosed };
+  enum class Delivery : std::uint8_t { kByStore, kPosted, kByExecutor };
+  class PostedRun;
 
   void change(State from, State to) { m_state.compare_exchange_strong(from, to); }
-  void awaitPostedRun(long deadlineMs) const;
+  int runsOnThisThread() const;
+  void awaitPostedRuns(long deadlineMs) const;
 
   const fnConfigChangedCallBack m_fn;
-  const bool m_isPosted;
+  Delivery m_delivery;
   std::atomic<State> m_state{State::kOpen};
-  // The thread that runs a posted delivery; 0: none. A queue runs one event at a time.
-  std::atomic<unsigned long> m_postedThreadId{0};
+  std::atomic<int> m_postedRuns{0};  // In progress, on whatever thread.
 };
 
 }  // namespace kalStore::internal

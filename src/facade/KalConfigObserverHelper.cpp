@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "facade/ExecutorDelivery.h"
 #include "store/WaitClock.h"
 #include "trace/Assertion.h"
 #include "trace/TraceLine.h"
@@ -74,15 +75,22 @@ void KalConfigObserverHelper::ForgetStore() {
 
 SubscribeId_t KalConfigObserverHelper::BindConfig(KalConfigGroup group, const char* szConfigName,
                                                   fnConfigInvokeCallBack cb) {
+  const Record record = MakeBinding(group, szConfigName, std::move(cb));
+  return record == nullptr ? 0 : File(record).value_or(0);
+}
+
+KalConfigObserverHelper::Record KalConfigObserverHelper::MakeBinding(KalConfigGroup group,
+                                                                     const char* szConfigName,
+                                                                     fnConfigInvokeCallBack cb) {
   if (!IsRecordable(group, szConfigName) || !cb) {
     TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::BindConfig", "Error parameters" << This{this});
-    return 0;
+    return nullptr;
   }
-  const auto record = std::make_shared<ObserverRecord>();
+  auto record = std::make_shared<ObserverRecord>();
   record->m_group = group;
   record->m_strName = szConfigName;
   record->m_fnInvoke = std::move(cb);
-  return File(record).value_or(0);
+  return record;
 }
 
 KalConfigObserverHelper::Record KalConfigObserverHelper::MakeRecord(KalConfigGroup group,
@@ -123,6 +131,7 @@ std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record)
   SubscribeId_t id = 0;
   try {
     id = registerWith(*store, record);
+    record->m_isRefusedByStore = id == 0;
     if (id != 0) m_recordsById.Set(id, record);
   } catch (...) {
     // The store has taken it back, or does now, but may still deliver late.
@@ -171,7 +180,14 @@ void KalConfigObserverHelper::awaitEnd(const ObserverRecord& record) {
 SubscribeId_t KalConfigObserverHelper::registerWith(IKalConfig& store, const Record& record) const {
   const char* name = record->m_strName.c_str();
   if (record->m_fnInvoke) return store.BindConfig(record->m_group, name, record->m_fnInvoke);
-  return store.SubscribeConfig(record->m_group, name, wrap(record), record->m_pRunThread, record->m_bAsync);
+  fnConfigChangedCallBack deliver = wrap(record);
+  if (record->m_executor) {
+    deliver =
+        DeliverOn(*std::exchange(record->m_executor, std::nullopt),
+                  std::shared_ptr<const GuardedCallback>(record, &record->m_callback), std::move(deliver));
+  }
+  return store.SubscribeConfig(record->m_group, name, std::move(deliver), record->m_pRunThread,
+                               record->m_bAsync);
 }
 
 // What is copied with each posted delivery is one pointer.
@@ -202,8 +218,10 @@ std::int32_t KalConfigObserverHelper::UnsubscribeConfig(SubscribeId_t id) {
     // A record by id is registered, so there is a store.
     return m_store.load(std::memory_order_acquire)->UnsubscribeConfig(id);
   };
+  const bool isCleaning = !isAlive();
   // Clean() has waited for what runs, as long as it may.
-  const std::int32_t result = isAlive() ? record->m_callback.Remove(unsubscribe) : unsubscribe();
+  if (isCleaning) record->m_callback.Close();
+  const std::int32_t result = isCleaning ? unsubscribe() : record->m_callback.Remove(unsubscribe);
   erase(record);
   return result;
 }

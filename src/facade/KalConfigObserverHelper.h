@@ -12,6 +12,7 @@
 #include "facade/GuardedCallback.h"
 #include "facade/LiveRecords.h"
 #include "tessel/ConfigEventHandler.h"
+#include "tessel/ConfigExecutor.h"
 #include "tessel/IKalConfig.h"
 #include "tessel/atomMap.h"
 
@@ -26,6 +27,9 @@ struct ObserverRecord : ConfigEventHandler {
       : m_callback(std::move(cb), isPosted) {}
 
   GuardedCallback m_callback;
+  // Until it is registered: deliveries refer to the record, and wait in what the executor may own.
+  std::optional<ConfigExecutor> m_executor;
+  std::atomic<bool> m_isRefusedByStore{false};
 };
 
 }  // namespace internal
@@ -60,6 +64,8 @@ class KalConfigObserverHelper {
   /// A subscription, to be filed. Null for bad arguments.
   Record MakeRecord(KalConfigGroup group, const char* szConfigName, fnConfigChangedCallBack cb,
                     ACmThread* thread, bool async);
+  /// A binding, likewise.
+  Record MakeBinding(KalConfigGroup group, const char* szConfigName, fnConfigInvokeCallBack cb);
   /// Puts the record in its place and registers it if there is a store. Returns the id; 0 when it waits for
   /// the store; nothing when its name is taken, or when it was removed. What is refused can be filed again.
   std::optional<SubscribeId_t> File(const Record& record);

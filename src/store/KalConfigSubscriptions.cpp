@@ -4,6 +4,7 @@
 
 #include "store/DeliverySnapshot.h"
 #include "store/SessionGroup.h"
+#include "store/UnwaitedRemoval.h"
 #include "store/WaitClock.h"
 #include "tessel/KalConfig.h"
 #include "trace/Assertion.h"
@@ -200,6 +201,7 @@ void KalConfig::DropHandlers() {
 
 std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name,
                                           ConfigEventHandler::Ptr handlerPtr) {
+  const bool isUnwaited = UnwaitedRemoval::Take();
   if (handlerPtr == nullptr) return kResultBadArgument;
   if (!IsConfigGroup(group) || name == nullptr) {
     TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
@@ -239,6 +241,7 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
   }
 
   if (HasPendingDelivery(*handlerPtr)) {
+    if (isUnwaited) return kResultOk;
     const WaitClock& clock = CurrentWaitClock();
     const long startMs = clock.nowMs();
     long reportMs = startMs;

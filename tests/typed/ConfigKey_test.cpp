@@ -94,7 +94,7 @@ TEST_F(Key, CanBeOfEveryTypeThatSettingsHave) {
       std::vector<T> notified;
       const auto subscription =
           key.Subscribe(ref, [&](const ConfigReading<T>& reading) { notified.push_back(reading.value); });
-      EXPECT_TRUE(IsStored(key.Set(ref, value)));
+      EXPECT_TRUE(key.Set(ref, value).IsStored());
       EXPECT_EQ(m_facade.GetKalConfig(key.Name(), key.Group()).ToString(), text);
       EXPECT_TRUE(key.Read(ref).fromStore);
       EXPECT_EQ(key.Get(ref), value);
@@ -123,7 +123,7 @@ TEST_F(Key, TakesADurationOfALargerUnit) {
 TEST_F(Key, RefusesAnUnknownNameAndAValueWithoutOne) {
   kCodec.Set(m_facade, Codec::kVp8);
   const TraceLog silent;
-  EXPECT_EQ(kCodec.Set(m_facade, Codec::kNone), kResultBadArgument);
+  EXPECT_EQ(kCodec.Set(m_facade, Codec::kNone).Code(), kResultBadArgument);
   EXPECT_EQ(kCodec.Get(m_facade), Codec::kVp8);
   EXPECT_FALSE(ScopedConfig(m_facade, kCodec, Codec::kNone).IsInPlace());
   m_facade.SetKalConfig("Codec", "av1", KAL_CONFIG_GROUP_VIDEO);
@@ -157,12 +157,12 @@ TEST_F(Key, RefusesAStoredValueThatIsNotAWholeOneOfItsType) {
 TEST_F(Key, SaysWhetherASetStoredItsValue) {
   for (const ConfigRef ref : m_refs) {
     kMaxFps.Remove(ref);
-    EXPECT_EQ(kMaxFps.Set(ref, 15), kResultNobody);
-    EXPECT_EQ(kMaxFps.Set(ref, 15), kResultUnchanged);
+    EXPECT_EQ(kMaxFps.Set(ref, 15).Code(), kResultNobody);
+    EXPECT_EQ(kMaxFps.Set(ref, 15).Code(), kResultUnchanged);
     const auto subscription = kMaxFps.Subscribe(ref, [](const ConfigReading<int>&) {});
-    EXPECT_EQ(kMaxFps.Set(ref, 16), kResultOk);
-    EXPECT_EQ(kMaxFps.Set(ref, 16, true), kResultOk);
-    EXPECT_EQ(kDevice.Set(ref, static_cast<const char*>(nullptr)), kResultBadArgument);
+    EXPECT_EQ(kMaxFps.Set(ref, 16).Code(), kResultOk);
+    EXPECT_EQ(kMaxFps.Set(ref, 16, true).Code(), kResultOk);
+    EXPECT_EQ(kDevice.Set(ref, static_cast<const char*>(nullptr)).Code(), kResultBadArgument);
     EXPECT_FALSE(kDevice.Read(ref).fromStore);
   }
   EXPECT_TRUE(IsStored(kResultOk));
@@ -172,10 +172,25 @@ TEST_F(Key, SaysWhetherASetStoredItsValue) {
   EXPECT_FALSE(IsStored(kResultNotFound));
 }
 
+TEST_F(Key, SaysWhetherASetNotifiedSomebody) {
+  for (const ConfigRef ref : m_refs) {
+    kMaxFps.Remove(ref);
+    EXPECT_TRUE(kMaxFps.Set(ref, 15).IsStored());
+    EXPECT_FALSE(kMaxFps.Set(ref, 16).WasTold());
+    EXPECT_TRUE(kMaxFps.Set(ref, 16).IsStored()) << "unchanged";
+    const auto subscription = kMaxFps.Subscribe(ref, [](const ConfigReading<int>&) {});
+    EXPECT_TRUE(kMaxFps.Set(ref, 17).WasTold());
+    EXPECT_FALSE(kMaxFps.Set(ref, 17).WasTold());
+  }
+  const TraceLog silent;
+  EXPECT_FALSE(kDevice.Set(m_facade, static_cast<const char*>(nullptr)).IsStored());
+  EXPECT_FALSE(kDevice.Set(m_facade, static_cast<const char*>(nullptr)).WasTold());
+}
+
 TEST_F(Key, CanBeInAFacadesDefaultGroup) {
   {
     const TraceLog silent;
-    EXPECT_EQ(kBitrate.Set(m_facade, 1), kResultNotFound);
+    EXPECT_EQ(kBitrate.Set(m_facade, 1).Code(), kResultNotFound);
     EXPECT_EQ(kBitrate.Get(m_facade), 64000);
   }
   m_facade.SetKalSessionType(kal::KAL_SESSION_AUDIO);
@@ -185,7 +200,7 @@ TEST_F(Key, CanBeInAFacadesDefaultGroup) {
 
   EXPECT_EQ(kBitrate.Get(*m_call), 64000);  // A store has no default group.
   const TraceLog silent;
-  EXPECT_EQ(kBitrate.Set(*m_call, 1), kResultBadArgument);
+  EXPECT_EQ(kBitrate.Set(*m_call, 1).Code(), kResultBadArgument);
 }
 
 TEST_F(Key, GivesItsDefaultWhenTheFacadeIsNotBound) {
@@ -193,7 +208,7 @@ TEST_F(Key, GivesItsDefaultWhenTheFacadeIsNotBound) {
   KalConfigHelper unbound;
   EXPECT_EQ(kMaxFps.Get(unbound), 30);
   EXPECT_FALSE(kMaxFps.Read(unbound).IsRefused());
-  EXPECT_EQ(kMaxFps.Set(unbound, 15), kResultBadArgument);
+  EXPECT_EQ(kMaxFps.Set(unbound, 15).Code(), kResultBadArgument);
 }
 
 TEST_F(Key, NotifiesOfChangesInItsOwnType) {
@@ -218,7 +233,7 @@ TEST_F(Key, NotifiesOfChangesInItsOwnType) {
 TEST_F(Key, ServesManyThreadsAtOnce) {
   const auto use = [this](int ours) {
     for (int i = 0; i < 500; ++i) {
-      EXPECT_TRUE(IsStored(kMaxFps.Set(m_facade, ours)));
+      EXPECT_TRUE(kMaxFps.Set(m_facade, ours).IsStored());
       const ConfigReading<int> reading = kMaxFps.Read(*m_call);
       EXPECT_TRUE(reading.fromStore);
       EXPECT_TRUE(reading.value == 15 || reading.value == 60) << reading.value;

@@ -218,7 +218,7 @@ TEST_F(LiveThreads, SeeWhatIsSetThroughAFacadeThatIsBinding) {
     const LiveConfig maxFps(facade, kMaxFps);
     kMaxFps.Remove(*m_call);
     std::thread binds([&] { facade.SetCallId(kCall); });
-    while (!IsStored(kMaxFps.Set(facade, 15))) std::this_thread::yield();
+    while (!kMaxFps.Set(facade, 15).IsStored()) std::this_thread::yield();
     EXPECT_EQ(15, maxFps.Get());
     binds.join();
   }

@@ -18,7 +18,7 @@ bool Exists(KalTesselEntityType type) {
 template <class Media>
 class Stats : public testing::Test {};
 
-using AllMedia = testing::Types<Audio, Video, ContentAudio, ContentVideo>;
+using AllMedia = testing::Types<AudioStats, VideoStats, ContentAudioStats, ContentVideoStats>;
 TYPED_TEST_SUITE(Stats, AllMedia);
 
 }  // namespace
@@ -69,11 +69,11 @@ TYPED_TEST(Stats, MayEndOnAnotherThreadWhileTheObjectIsInUse) {
 }
 
 TEST(StatsKinds, AreApart) {
-  const StatsRef<Audio> audio(kCall);
-  const StatsRef<ContentAudio> content(kCall);
+  const StatsRef<AudioStats> audio(kCall);
+  const StatsRef<ContentAudioStats> content(kCall);
   EXPECT_NE(&*audio, &*content);
-  static_assert(std::is_same_v<StatsRef<Audio>::Interface, IKalAudioInfo>);
-  static_assert(std::is_same_v<StatsRef<Video>::Interface, IKalVideoInfo>);
-  static_assert(std::is_same_v<StatsRef<ContentAudio>::Interface, IKalAudioInfo>);
-  static_assert(std::is_same_v<StatsRef<ContentVideo>::Interface, IKalVideoInfo>);
+  static_assert(std::is_same_v<StatsRef<AudioStats>::Interface, IKalAudioInfo>);
+  static_assert(std::is_same_v<StatsRef<VideoStats>::Interface, IKalVideoInfo>);
+  static_assert(std::is_same_v<StatsRef<ContentAudioStats>::Interface, IKalAudioInfo>);
+  static_assert(std::is_same_v<StatsRef<ContentVideoStats>::Interface, IKalVideoInfo>);
 }

@@ -287,17 +287,59 @@ TEST_F(Subscriptions, AreReplacedByAssignmentOnAFacade) {
   EXPECT_FALSE(refused);
   refused.Pause();
   EXPECT_FALSE(refused.IsPaused());
-  Subscription empty;
-  empty = std::move(refused);
-  EXPECT_FALSE(empty) << "the name is still taken";
-  Set(2);
-  EXPECT_EQ(m_notified, 0);
-  EXPECT_EQ(second, 2);
-  subscription = std::move(empty);
+  subscription = std::move(refused);
   EXPECT_EQ(m_notified, 1) << "the initial delivery";
-  Set(3);
+  Set(2);
   EXPECT_EQ(m_notified, 2);
-  EXPECT_EQ(second, 2);
+  EXPECT_EQ(second, 1);
+}
+
+TEST_F(Subscriptions, SayWhyTheyWereRefused) {
+  const TraceLog silent;
+  const fnConfigChangedCallBack fn = [](const KalConfigEvent&) {};
+  const auto reasonOf = [&](ConfigRef store, KalConfigGroup group, const char* name) {
+    return Subscription(store, group, name, fn).RefusalReason();
+  };
+  for (const ConfigRef store : {ConfigRef(*m_call), ConfigRef(m_facade)}) {
+    EXPECT_EQ(reasonOf(store, KAL_CONFIG_GROUP_AUDIO, "B"), kResultOk);
+    EXPECT_EQ(reasonOf(store, KAL_CONFIG_GROUP_AUDIO, ""), kResultBadArgument);
+    EXPECT_EQ(reasonOf(store, KAL_CONFIG_GROUP_AUDIO, nullptr), kResultBadArgument);
+    EXPECT_EQ(reasonOf(store, KAL_CONFIG_GROUP_LAST, "A"), kResultBadArgument);
+    EXPECT_EQ(Subscription(store, KAL_CONFIG_GROUP_AUDIO, "A", nullptr).RefusalReason(), kResultBadArgument);
+  }
+  EXPECT_EQ(reasonOf(m_facade, KAL_CONFIG_GROUP_DEFAULT, "A"), kResultNotFound);
+  EXPECT_EQ(Subscription().RefusalReason(), kResultOk);
+
+  Subscription first = Counting(m_facade);
+  EXPECT_EQ(first.RefusalReason(), kResultOk);
+  EXPECT_EQ(reasonOf(m_facade, KAL_CONFIG_GROUP_AUDIO, "A"), kResultNoSuchOrExists);
+  EXPECT_EQ(reasonOf(*m_call, KAL_CONFIG_GROUP_AUDIO, "A"), kResultOk) << "a store has as many as one likes";
+  first.Remove();
+  EXPECT_EQ(first.RefusalReason(), kResultOk);
+}
+
+TEST_F(Subscriptions, RefusedAgainByAnAssignmentReleaseWhatTheirCallbackCaptured) {
+  const Subscription taken = Counting(m_facade);
+  const std::weak_ptr<Subscription> owner = OwnedByItsCallback(m_facade);
+  EXPECT_TRUE(owner.expired()) << "the callback owned it for ever";
+
+  const auto captured = std::make_shared<int>();
+  Subscription refused(m_facade, KAL_CONFIG_GROUP_AUDIO, "A", [captured](const KalConfigEvent&) {});
+  EXPECT_EQ(captured.use_count(), 2) << "for an assignment";
+  Subscription target;
+  target = std::move(refused);
+  EXPECT_EQ(captured.use_count(), 1);
+  EXPECT_EQ(target.RefusalReason(), kResultNoSuchOrExists);
+}
+
+TEST_F(Subscriptions, WhoseReplacementThrewReleaseWhatItsCallbackCaptured) {
+  Set(1);
+  const auto captured = std::make_shared<int>();
+  Subscription subscription = Counting(m_facade);
+  Subscription replacement(m_facade, KAL_CONFIG_GROUP_AUDIO, "A",
+                           [captured](const KalConfigEvent&) { throw std::runtime_error("no"); });
+  EXPECT_THROW(subscription = std::move(replacement), std::runtime_error);
+  EXPECT_EQ(captured.use_count(), 1);
 }
 
 TEST_F(Subscriptions, AreEmptyWhenTheInitialDeliveryOfAReplacementThrows) {

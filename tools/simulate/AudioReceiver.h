@@ -22,7 +22,7 @@ class AudioReceiver : public Component {
   std::atomic<bool> m_hasFec{false};
   double m_seenBits = 0;
   Rate m_received;
-  kalStore::StatsRef<kalStore::Audio> m_statistics;
+  kalStore::StatsRef<kalStore::AudioStats> m_statistics;
   CallSettings m_settings;
 };
 

@@ -25,7 +25,7 @@ class AudioSender : public Component {
   double m_owedFrames = 0;
   std::uint64_t m_frames = 0;
   Rate m_sent;
-  kalStore::StatsRef<kalStore::Audio> m_statistics;
+  kalStore::StatsRef<kalStore::AudioStats> m_statistics;
   CallSettings m_settings;
 };
 

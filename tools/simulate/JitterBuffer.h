@@ -23,7 +23,7 @@ class JitterBuffer : public Component {
   std::atomic<double> m_playoutMs{60};
   double m_targetMs = 60;
   Link::Traffic m_seen;
-  kalStore::StatsRef<kalStore::Audio> m_statistics;
+  kalStore::StatsRef<kalStore::AudioStats> m_statistics;
   CallSettings m_settings;
 };
 

@@ -48,8 +48,8 @@ class Reporter : public Component {
   Packets m_seenAudio;
   Packets m_seenVideo;
   std::vector<Sample> m_samples;
-  kalStore::StatsRef<kalStore::Audio> m_audio;
-  kalStore::StatsRef<kalStore::Video> m_video;
+  kalStore::StatsRef<kalStore::AudioStats> m_audio;
+  kalStore::StatsRef<kalStore::VideoStats> m_video;
   CallSettings m_settings;
 };
 

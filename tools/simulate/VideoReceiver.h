@@ -24,7 +24,7 @@ class VideoReceiver : public Component {
   Link::Traffic m_seen;
   Rate m_received;
   double m_complete = 0;  // The share of pictures, as of late.
-  kalStore::StatsRef<kalStore::Audio> m_statistics;
+  kalStore::StatsRef<kalStore::AudioStats> m_statistics;
   CallSettings m_settings;
 };
 

@@ -28,7 +28,7 @@ class VideoSender : public Component {
   kalStore::st_KalVideoStreamStatInfo m_streams[kalStore::kVideoLayerCount]{};
   Rate m_sentBits;
   Rate m_sentFrames;
-  kalStore::StatsRef<kalStore::Video> m_statistics;
+  kalStore::StatsRef<kalStore::VideoStats> m_statistics;
   CallSettings m_settings;
 };
 

@@ -62,7 +62,7 @@ struct ExitStatus {
 constexpr kalStore::ConfigKey<int> kMaxFps{kalStore::KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 // Constructed before every object that has no priority.
 [[gnu::init_priority(101)]] kalStore::KalConfigHelper g_settings(7);
-[[gnu::init_priority(101)]] const kalStore::StatsRef<kalStore::Video> g_statistics(7);
+[[gnu::init_priority(101)]] const kalStore::StatsRef<kalStore::VideoStats> g_statistics(7);
 [[gnu::init_priority(101)]] const kalStore::Subscription g_subscription =
     kMaxFps.Subscribe(g_settings, [](const kalStore::ConfigReading<int>&) { ++g_notified; });
 

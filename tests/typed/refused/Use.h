@@ -20,7 +20,7 @@ struct kalStore::ConfigEnum<Codecs> {
 extern KalConfigHelper settings;
 extern Subscription subscription;
 extern CallStore call;
-extern StatsRef<Audio> audio;
+extern StatsRef<AudioStats> audio;
 
 inline constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 inline constexpr ConfigKey<bool> kDtx{KAL_CONFIG_GROUP_AUDIO, "Dtx", true};

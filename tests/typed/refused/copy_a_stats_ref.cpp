@@ -3,8 +3,8 @@
 
 void Use() {
 #ifdef REFUSED
-  StatsRef<Audio> other = audio;
+  StatsRef<AudioStats> other = audio;
 #else
-  StatsRef<Audio> other = std::move(audio);
+  StatsRef<AudioStats> other = std::move(audio);
 #endif
 }

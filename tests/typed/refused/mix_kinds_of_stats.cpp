@@ -3,8 +3,8 @@
 
 void Use() {
 #ifdef REFUSED
-  StatsRef<ContentAudio> other = std::move(audio);
+  StatsRef<ContentAudioStats> other = std::move(audio);
 #else
-  StatsRef<Audio> other = std::move(audio);
+  StatsRef<AudioStats> other = std::move(audio);
 #endif
 }

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "facade/ExecutorDelivery.h"
+
+#include <atomic>
+#include <utility>
+
+#include "trace/TraceLine.h"
+
+namespace kalStore::internal {
+namespace {
+
+// What a delivery needs when it runs. Not the executor: that may own the queue in which the delivery waits.
+struct Target {
+  std::shared_ptr<const GuardedCallback> callback;
+  fnConfigChangedCallBack deliver;
+};
+
+// One delivery on its way, shared by the copies of its task.
+class Delivery {
+ public:
+  Delivery(std::shared_ptr<const Target> target, const KalConfigEvent& event)
+      : m_target(std::move(target)), m_event(event) {}
+  Delivery(const Delivery&) = delete;
+  Delivery& operator=(const Delivery&) = delete;
+
+  // Ends where the last copy of the task does: after the run, or in an executor that ends before it.
+  ~Delivery() {
+    if (HasBegun() || m_isRefused || !m_target->callback->IsOpen()) return;
+    TESSEL_TRACE(0, "kalStore::ConfigExecutor::Execute",
+                 ", " << m_event.m_name.c_str() << ", The executor dropped a delivery");
+  }
+
+  // A task that an executor copies and runs twice notifies once. Nothing else is ordered by the flag.
+  void Run() {
+    if (!m_hasBegun.exchange(true, std::memory_order_relaxed)) m_target->deliver(m_event);
+  }
+  bool HasBegun() const { return m_hasBegun.load(std::memory_order_relaxed); }
+
+  // Called by the setter alone, who still holds the delivery then.
+  void Refuse() {
+    m_isRefused = true;
+    TESSEL_TRACE(0, "kalStore::ConfigExecutor::Execute",
+                 ", " << m_event.m_name.c_str() << ", The executor refused a delivery");
+  }
+
+ private:
+  const std::shared_ptr<const Target> m_target;
+  const KalConfigEvent m_event;
+  std::atomic<bool> m_hasBegun{false};
+  bool m_isRefused = false;
+};
+
+}  // namespace
+
+fnConfigChangedCallBack DeliverOn(ConfigExecutor executor, std::shared_ptr<const GuardedCallback> callback,
+                                  fnConfigChangedCallBack deliver) {
+  const auto target = std::make_shared<const Target>(Target{std::move(callback), std::move(deliver)});
+  return [target, executor = std::move(executor)](const KalConfigEvent& event) {
+    if (!target->callback->IsOpen()) return;
+    const auto delivery = std::make_shared<Delivery>(target, event);
+    try {
+      if (!executor.Execute([delivery] { delivery->Run(); }) && !delivery->HasBegun()) delivery->Refuse();
+    } catch (...) {
+      // What the callback throws in an executor that runs it at once goes to the setter, as in a direct delivery.
+      if (delivery->HasBegun()) throw;
+      delivery->Refuse();
+    }
+  };
+}
+
+}  // namespace kalStore::internal

@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Use.h"
+
+void Use() {
+#ifdef REFUSED
+  if (kMaxFps.Set(settings, 15)) return;
+#else
+  if (kMaxFps.Set(settings, 15).IsStored()) return;
+#endif
+}
