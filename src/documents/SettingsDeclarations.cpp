@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <map>
+#include <set>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "documents/DeclarationsReader.h"
 #include "documents/FindingOrder.h"
@@ -24,6 +28,11 @@ class ListCheck {
  public:
   explicit ListCheck(std::vector<DeclarationsReader>& readers) : m_readers(readers) {
     for (const SettingDeclaration& toggle : FeatureToggleDeclarations()) m_known[PathOf(toggle)] = {};
+    for (DeclarationsReader& reader : m_readers) {
+      for (const PlacedDeclaration& declaration : reader.Settings()) {
+        addNamespace(declaration.setting.nameSpace);
+      }
+    }
   }
 
   void Check() {
@@ -44,6 +53,13 @@ class ListCheck {
     bool isDeprecated = false;
   };
 
+  // With those that it is nested in.
+  void addNamespace(std::string_view name) {
+    for (std::size_t end = name.size(); end != name.npos; end = name.rfind("::", end - 1)) {
+      m_nameSpaces.emplace(name.substr(0, end));
+    }
+  }
+
   void add(DeclarationsReader& reader, const PlacedDeclaration& declaration) {
     const SettingDeclaration& setting = declaration.setting;
     const std::string path = PathOf(setting);
@@ -54,6 +70,14 @@ class ListCheck {
     if (!isNew) {
       reader.AddFinding(declaration.place, declaration.path + ".name", InQuotes(path) + " is declared twice");
       return;
+    }
+    std::vector<std::string> names = {"k" + setting.identifier};
+    if (setting.type == SettingType::kEnum) names.push_back(setting.identifier);
+    for (const std::string& name : names) {
+      if (!m_nameSpaces.contains(setting.nameSpace + "::" + name)) continue;
+      reader.AddFinding(declaration.place, declaration.path + ".name",
+                        InQuotes(path) + " is called " + name +
+                            " in C++, as is a namespace: give it another \"identifier\"");
     }
     const auto [other, isFirst] =
         m_identifiers.try_emplace(setting.nameSpace + "::" + setting.identifier, path);
@@ -81,6 +105,7 @@ class ListCheck {
 
   std::vector<DeclarationsReader>& m_readers;
   std::map<std::string, Known> m_known;              // By path; toggles, too.
+  std::set<std::string> m_nameSpaces;                // Those that have settings, and those around them.
   std::map<std::string, std::string> m_identifiers;  // The path of each.
 };
 

@@ -293,6 +293,23 @@ TEST(SettingsDeclarations, RefuseNamesThatCannotBeTold) {
             Expected());
 }
 
+TEST(SettingsDeclarations, RefuseTheNameOfANamespaceForAnEnumOrAKey) {
+  const std::string codec =
+      R"({"namespace":"media","settings":[{"group":"Video","name":"Codec","type":"enum",)"
+      R"("default":"vp8","values":["vp8"]}]})";
+  const auto in = [](const std::string& nameSpace) {
+    return "{\"namespace\":\"" + nameSpace +
+           R"(","settings":[{"group":"Video","name":"Fps","type":"int","default":1}]})";
+  };
+  const std::string place = "1:58 settings[0].name: \"Video/Codec\" is called ";
+  const std::string reason = " in C++, as is a namespace: give it another \"identifier\"";
+  EXPECT_EQ(Lines({codec, in("media::VideoCodec")}), Expected({place + "VideoCodec" + reason}));
+  EXPECT_EQ(Lines({codec, in("media::VideoCodec::more")}), Expected({place + "VideoCodec" + reason}));
+  EXPECT_EQ(Lines({codec, in("media::kVideoCodec")}), Expected({place + "kVideoCodec" + reason}));
+  EXPECT_EQ(Lines({codec, in("media::video")}), Expected());
+  EXPECT_EQ(Lines({codec, in("VideoCodec")}), Expected());
+}
+
 TEST(SettingsDeclarations, ReportEveryMistakeInTheOrderOfTheText) {
   EXPECT_EQ(
       Lines({R"({"settings":[
