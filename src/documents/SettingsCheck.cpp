@@ -152,8 +152,10 @@ class EntryCheck {
   }
 
   // A toggle is read by IsFeatureToggleDefaultOn(), which takes any value.
-  static std::string aboutToggle(const SettingDeclaration& setting, const ConfigData& value) {
+  std::string aboutToggle(const SettingDeclaration& setting, const ConfigData& value) const {
     if (setting.group != KAL_CONFIG_GROUP_FEATURE || setting.type != SettingType::kBool) return {};
+    // What a component declares there besides is read by a key, which gives its default.
+    if (std::ranges::find(m_toggles, setting.name, &SettingDeclaration::name) == m_toggles.end()) return {};
     return value ? "; this value counts as on" : "; this value counts as off";
   }
 

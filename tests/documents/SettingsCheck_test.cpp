@@ -283,6 +283,18 @@ TEST(SettingsCheck, FindsValuesThatAToggleCannotHave) {
   EXPECT_EQ(kalStore::ReadSettings(text).findings.size(), 6U);
 }
 
+TEST(SettingsCheck, SaysHowAValueCountsOfTogglesOnly) {
+  const auto declared = kalStore::ReadDeclarations({R"({"settings":[
+{"group":"Feature","name":"MyFlag","type":"bool","default":false},
+{"group":"Feature","name":"EnableMusicMode","type":"bool","default":false}]})"});
+  const std::string text =
+      R"({"Feature":[{"key":"MyFlag","value":"off"},{"key":"EnableMusicMode","value":"off"}]})";
+  const auto findings = CheckSettings(text, {}, declared.settings);
+  ASSERT_EQ(findings.size(), 2U);
+  EXPECT_EQ(findings[0].reason, "expected true or false");
+  EXPECT_EQ(findings[1].reason, "expected true or false; this value counts as on");
+}
+
 TEST(SettingsCheck, FindsWhatDoesNotFitDeclarations) {
   const auto declared = kalStore::ReadDeclarations({R"({"settings":[
 {"group":"Video","name":"MaxFps","type":"int","default":30,"minimum":1,"maximum":120},
@@ -330,7 +342,7 @@ TEST(SettingsCheck, FindsWhatDoesNotFitDeclarations) {
           "7:8 Video[5].key: deprecated",
           "8:24 Video[6].value: out of range: expected 0 or more",
           "9:24 Video[7].value: out of range: expected 50 or less",
-          "12:25 Feature[0].value: expected true or false; this value counts as on",
+          "12:25 Feature[0].value: expected true or false",
           "14:8 Feature[2].key: no feature toggle has this name (did you mean \"OurOwn\"?)",
       }));
   EXPECT_EQ(problems, (std::vector{Problem::kWrongType, Problem::kUnknownName, Problem::kNotAllowed,
