@@ -52,19 +52,20 @@ std::string Description(const SettingDeclaration& setting) {
 
 template <class T>
 std::string WholeNumbers(const SettingDeclaration& setting) {
+  using Limits = std::numeric_limits<T>;
   if (!setting.values.empty()) {
     std::vector<std::string> patterns;
     for (const std::string& value : setting.values) {
       const std::int64_t number = ConfigData(value).ToInt64();
-      patterns.push_back(WholeNumberPattern(number, number));
+      patterns.push_back(WholeNumberPattern(number, number, Limits::is_signed));
     }
     return Joined(patterns, "|");
   }
-  using Limits = std::numeric_limits<T>;
   const auto bound = [](const ConfigData& given, std::int64_t otherwise) {
     return given.IsValid() ? given.ToInt64() : otherwise;
   };
-  return WholeNumberPattern(bound(setting.minimum, Limits::min()), bound(setting.maximum, Limits::max()));
+  return WholeNumberPattern(bound(setting.minimum, Limits::min()), bound(setting.maximum, Limits::max()),
+                            Limits::is_signed);
 }
 
 json::Value ValueSchema(const SettingDeclaration& setting) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <regex>
 #include <string>
 
@@ -17,10 +18,10 @@ using declare::WholeNumberPattern;
 TEST(NumberPattern, MatchesEveryNumberOfASmallRangeAndNoOther) {
   for (int least = -31; least <= 31; least += 2) {
     for (int most = least; most <= 131; most += 3) {
-      const std::regex pattern(WholeNumberPattern(least, most));
+      const std::regex pattern(WholeNumberPattern(least, most, true));
       for (int number = -140; number <= 140; ++number) {
         ASSERT_EQ(std::regex_search(std::to_string(number), pattern), number >= least && number <= most)
-            << number << " in " << least << " to " << most << ": " << WholeNumberPattern(least, most);
+            << number << " in " << least << " to " << most << ": " << WholeNumberPattern(least, most, true);
       }
     }
   }
@@ -48,7 +49,7 @@ TEST(NumberPattern, IsExactAtTheEndsOfLongRanges) {
   for (const std::int64_t least : kEnds) {
     for (const std::int64_t most : kEnds) {
       if (most < least) continue;
-      const std::regex pattern(WholeNumberPattern(least, most));
+      const std::regex pattern(WholeNumberPattern(least, most, true));
       for (const std::int64_t end : kEnds) {
         for (const std::int64_t number : {end - 1, end, end + 1}) {
           ASSERT_EQ(std::regex_search(std::to_string(number), pattern), number >= least && number <= most)
@@ -61,8 +62,9 @@ TEST(NumberPattern, IsExactAtTheEndsOfLongRanges) {
 
 TEST(NumberPattern, MatchesTheNumbersThatATypedReadTakes) {
   const std::regex whole(
-      WholeNumberPattern(std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-  const std::regex natural(WholeNumberPattern(0, std::numeric_limits<unsigned int>::max()));
+      WholeNumberPattern(std::numeric_limits<int>::min(), std::numeric_limits<int>::max(), true));
+  const std::regex natural(WholeNumberPattern(0, std::numeric_limits<unsigned int>::max(), false));
+  const std::regex notNegative(WholeNumberPattern(0, std::numeric_limits<int>::max(), true));
   const std::regex number(NumberPattern());
   const std::regex flag(BoolPattern());
   for (const char* text :
@@ -76,6 +78,8 @@ TEST(NumberPattern, MatchesTheNumbersThatATypedReadTakes) {
     EXPECT_EQ(std::regex_search(text, whole), kalStore::ReadAs<int>(value).has_value()) << '"' << text << '"';
     EXPECT_EQ(std::regex_search(text, natural), kalStore::ReadAs<unsigned int>(value).has_value())
         << '"' << text << '"';
+    const std::optional<int> read = kalStore::ReadAs<int>(value);
+    EXPECT_EQ(std::regex_search(text, notNegative), read && *read >= 0) << '"' << text << '"';
     EXPECT_EQ(std::regex_search(text, flag), kalStore::ReadAs<bool>(value).has_value()) << '"' << text << '"';
     if (std::string(text) == "1e400") continue;  // Out of a double's range, which no pattern tells.
     EXPECT_EQ(std::regex_search(text, number), kalStore::ReadAs<double>(value).has_value())

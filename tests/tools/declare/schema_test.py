@@ -33,7 +33,7 @@ DECLARATIONS = {
 GOOD = [
     ("Video", "MaxFps", "1"), ("Video", "MaxFps", "120"), ("Video", "MaxFps", "0060"), ("Video", "Layers", "3"),
     ("Video", "Offset", "-20"), ("Video", "Offset", "-3"), ("Video", "Codec", "vp8"), ("Audio", "Ratio", "-1.5e3"),
-    ("Audio", "Frame", "20"), ("Audio", "Dtx \u0085\u007f\n", "TRUE"), ("Audio", "Dtx \u0085\u007f\n", "0"),
+    ("Audio", "Frame", "20"), ("Audio", "Frame", "-0"), ("Audio", "Dtx \u0085\u007f\n", "TRUE"), ("Audio", "Dtx \u0085\u007f\n", "0"),
     ("Common", "Anything", "at all"), ("Feature", "EnableMusicDetection", "false"),
     ("Feature", "NoiseSuppressionLevel", "4"), ("Feature", "VideoStrategyLadder", "any"),
 ]
