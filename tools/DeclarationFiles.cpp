@@ -11,7 +11,7 @@ namespace {
 
 std::string MistakeLine(const std::string& title, const kalStore::DeclarationFinding& finding) {
   return title + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column) + ": " +
-         (finding.path.empty() ? "" : finding.path + ": ") + Printable(finding.reason);
+         (finding.path.empty() ? "" : finding.path + ": ") + PrintableJson(finding.reason);
 }
 
 }  // namespace

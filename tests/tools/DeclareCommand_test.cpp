@@ -176,7 +176,7 @@ TEST(DeclareCommand, ShowsNamesOfAnyBytesAsTheyCanBeShown) {
   const Finished run =
       Program().File("\x1b.json", "{\"\x1b[1m\":1}").Run({"declare", "\x1b.json", "--header"});
   EXPECT_EQ(run.err.find('\x1b'), std::string::npos);
-  EXPECT_NE(run.err.find("\\u001b.json:1:2: unknown member \"\\"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("\\u001b.json:1:2: unknown member \"\\u001b[1m\""), std::string::npos) << run.err;
 }
 
 TEST(DeclareCommand, RefusesAFileThatCannotBeUsed) {
