@@ -61,8 +61,9 @@ struct SettingsFinding {
   SettingsProblem problem = SettingsProblem::kNoJson;  ///< what is wrong
   std::string path;     ///< for example Audio[3].value, as the document names it; "" for the whole document
   std::string name;     ///< the group's or entry's name where the problem lies in it; any bytes
-  std::string nearest;  ///< the known name that `name` is most likely meant to be; "" when none is near
-  std::string reason;   ///< in words, on one line, with `nearest`; has no bytes of the document
+  std::string nearest;  ///< the known name that `name` is most likely meant to be, or the allowed value that
+                        ///< the value is (kNotAllowed); "" when none is near
+  std::string reason;   ///< in words, with `nearest`; has no bytes of the document, but may of declarations
   std::size_t offset = 0;  ///< bytes before the place
   std::size_t line = 0;    ///< of the place, from 1
   std::size_t column = 0;  ///< of the place, from 1, in bytes
