@@ -16,6 +16,7 @@ Binding::Binding(ConfigRef store, KalConfigGroup group, const char* name, fnConf
     m_registration = std::make_shared<StoreBinding>(*store.m_store, group, name, std::move(fn));
   }
   m_registration->Begin();
+  if (!m_registration->IsMade()) m_registration->GiveUp();
 }
 
 Binding::operator bool() const {

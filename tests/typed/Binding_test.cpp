@@ -148,6 +148,13 @@ TEST_F(Bindings, CanBelongToTheirOwnCallbackAndEndWithTheStoreOrFacade) {
   }
   std::weak_ptr<Binding> binding;
   {
+    const Binding taken = kLoad.Bind(m_facade, [] { return 2; });
+    for (const ConfigRef ref : m_refs) {
+      binding = ownedByItsCallback(ref);
+      EXPECT_TRUE(binding.expired()) << "what is refused keeps nothing";
+    }
+  }
+  {
     const CallStore call(kCall + 1, CallStore::kEndsCall);
     binding = ownedByItsCallback(*call);
   }
