@@ -80,6 +80,8 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   /// the deliveries' values in the order in which the executor runs them. Once the subscription is removed, no
   /// task reaches `fn` any more; on a thread of the executor, inside `fn` too, the removal does not wait for
   /// itself. On another thread it waits for runs of `fn`, and for calls of the executor, as described above.
+  /// An executor of several threads may run `fn` on several at once. A removal inside `fn` waits for the
+  /// other runs, but not for calls of the executor: what that refers to must not end with the removal.
   ///
   /// A task that the executor refuses, or destroys before it has run, is reported by a trace line of level 0;
   /// the setter does not notice it. What `fn` throws is the executor's to handle.

@@ -59,9 +59,11 @@ class StoreSubscription final : public ConfigRegistration {
     m_callback = callback;
   }
   ~StoreSubscription() override {
-    if (const auto callback = Callback()) {
-      callback->Remove([this] { return m_store.UnsubscribeConfig(m_id); });
-    }
+    const auto callback = Callback();
+    if (callback == nullptr) return;
+    // Closed: the store has ended, and a delivery on its way to an executor is all that is left.
+    const bool isRegistered = !callback->IsClosed();
+    callback->Remove([&] { return isRegistered ? m_store.UnsubscribeConfig(m_id) : kResultOk; });
   }
 
   std::int32_t Result() const override { return m_id != 0 ? kResultOk : kResultBadArgument; }
@@ -109,7 +111,7 @@ class FacadeRegistration final : public ConfigRegistration {
         m_unfiled(facade.makeRecord(name, std::move(fn), group, pRunThread, bAsync)),
         m_result(resultBefore(facade, group)) {
     if (m_unfiled == nullptr || !executor) return;
-    m_unfiled->m_callback.DeliveredByExecutor();
+    m_unfiled->m_callback->DeliveredByExecutor();
     m_unfiled->m_executor = std::move(executor);
   }
   FacadeRegistration(KalConfigHelper& facade, KalConfigGroup group, const char* name,
@@ -133,7 +135,7 @@ class FacadeRegistration final : public ConfigRegistration {
   }
   std::shared_ptr<GuardedCallback> Callback() const override {
     const auto record = m_filed.lock();
-    return record == nullptr ? nullptr : std::shared_ptr<GuardedCallback>(record, &record->m_callback);
+    return record == nullptr ? nullptr : record->m_callback;
   }
 
  private:

@@ -11,7 +11,7 @@ namespace {
 
 // What a delivery needs when it runs. Not the executor: that may own the queue in which the delivery waits.
 struct Target {
-  std::shared_ptr<const GuardedCallback> callback;
+  std::shared_ptr<GuardedCallback> callback;
   fnConfigChangedCallBack deliver;
 };
 
@@ -50,22 +50,43 @@ class Delivery {
   bool m_isRefused = false;
 };
 
-}  // namespace
+// What the store alone has. It may end before the deliveries that are on their way.
+class Source {
+ public:
+  Source(ConfigExecutor executor, std::shared_ptr<GuardedCallback> callback, fnConfigChangedCallBack deliver)
+      : m_executor(std::move(executor)),
+        m_target(std::make_shared<const Target>(Target{std::move(callback), std::move(deliver)})) {}
+  Source(const Source&) = delete;
+  Source& operator=(const Source&) = delete;
+  ~Source() { m_target->callback->Close(); }
 
-fnConfigChangedCallBack DeliverOn(ConfigExecutor executor, std::shared_ptr<const GuardedCallback> callback,
-                                  fnConfigChangedCallBack deliver) {
-  const auto target = std::make_shared<const Target>(Target{std::move(callback), std::move(deliver)});
-  return [target, executor = std::move(executor)](const KalConfigEvent& event) {
-    if (!target->callback->IsOpen()) return;
-    const auto delivery = std::make_shared<Delivery>(target, event);
+  void Post(const KalConfigEvent& event) const {
+    if (!m_target->callback->IsOpen()) return;
+    const auto delivery = std::make_shared<Delivery>(m_target, event);
     try {
-      if (!executor.Execute([delivery] { delivery->Run(); }) && !delivery->HasBegun()) delivery->Refuse();
+      // The run holds the delivery: its callback may end the executor's queue, and the task with it.
+      const bool isTaken = m_executor.Execute([delivery] { std::shared_ptr(delivery)->Run(); });
+      if (!isTaken && !delivery->HasBegun()) delivery->Refuse();
     } catch (...) {
-      // What the callback throws in an executor that runs it at once goes to the setter, as in a direct delivery.
+      // What the callback throws in an executor that runs it at once goes to the setter, as in a direct
+      // delivery.
       if (delivery->HasBegun()) throw;
       delivery->Refuse();
     }
-  };
+  }
+
+ private:
+  const ConfigExecutor m_executor;
+  const std::shared_ptr<const Target> m_target;
+};
+
+}  // namespace
+
+fnConfigChangedCallBack DeliverOn(ConfigExecutor executor, std::shared_ptr<GuardedCallback> callback,
+                                  fnConfigChangedCallBack deliver) {
+  return
+      [source = std::make_shared<const Source>(std::move(executor), std::move(callback), std::move(deliver))](
+          const KalConfigEvent& event) { source->Post(event); };
 }
 
 }  // namespace kalStore::internal

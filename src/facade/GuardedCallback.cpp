@@ -44,13 +44,13 @@ void GuardedCallback::Run(const KalConfigEvent& event) {
   if (IsOpen()) m_fn(event);
 }
 
-int GuardedCallback::runsOnThisThread() const {
+int GuardedCallback::RunsOnThisThread() const {
   return PostedRun::CountOf(*this);
 }
 
 void GuardedCallback::awaitPostedRuns(long deadlineMs) const {
   if (m_delivery == Delivery::kByStore) return;
-  const int own = runsOnThisThread();
+  const int own = RunsOnThisThread();
   while (m_postedRuns.load() > own && CurrentWaitClock().nowMs() < deadlineMs)
     CurrentWaitClock().sleepOneMs();
 }

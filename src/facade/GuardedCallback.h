@@ -46,6 +46,9 @@ class GuardedCallback {
   bool IsOpen() const { return m_state.load() == State::kOpen; }
   bool IsPaused() const { return m_state.load() == State::kPaused; }
 
+  /// How many runs from a queue or an executor are in progress on this thread.
+  int RunsOnThisThread() const;
+
   void Close() { m_state.store(State::kClosed); }
   bool IsClosed() const { return m_state.load() == State::kClosed; }
 
@@ -58,7 +61,7 @@ class GuardedCallback {
     const long deadlineMs = CurrentWaitClock().nowMs() + kRemovalCeilingMs;
     Close();
     std::optional<UnwaitedRemoval> unwaited;
-    if (m_delivery == Delivery::kByExecutor && runsOnThisThread() > 0) unwaited.emplace();
+    if (m_delivery == Delivery::kByExecutor && RunsOnThisThread() > 0) unwaited.emplace();
     const std::int32_t result = unsubscribe();
     unwaited.reset();
     awaitPostedRuns(deadlineMs);
@@ -71,7 +74,6 @@ class GuardedCallback {
   class PostedRun;
 
   void change(State from, State to) { m_state.compare_exchange_strong(from, to); }
-  int runsOnThisThread() const;
   void awaitPostedRuns(long deadlineMs) const;
 
   const fnConfigChangedCallBack m_fn;

@@ -116,7 +116,7 @@ std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record)
     RecordsByName::Locked records(recordsOf(record->m_group));
     // Under the lock: Remove() finds the record here, or has closed it before. After Clean() nothing new
     // comes, so that it ends, whatever a trace sink subscribes meanwhile.
-    if (record->m_callback.IsClosed() || !isAlive()) return std::nullopt;
+    if (record->m_callback->IsClosed() || !isAlive()) return std::nullopt;
     const auto [position, isNew] = records->try_emplace(record->m_strName, record);
     if (!isNew) {
       if (position->second->m_SubscribeId != 0) return std::nullopt;
@@ -135,7 +135,7 @@ std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record)
     if (id != 0) m_recordsById.Set(id, record);
   } catch (...) {
     // The store has taken it back, or does now, but may still deliver late.
-    record->m_callback.Remove([&] { return id == 0 ? kResultOk : store->UnsubscribeConfig(id); });
+    record->m_callback->Remove([&] { return id == 0 ? kResultOk : store->UnsubscribeConfig(id); });
     erase(record);
     throw;
   }
@@ -153,7 +153,7 @@ std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record)
 }
 
 void KalConfigObserverHelper::Remove(const Record& record) {
-  record->m_callback.Close();
+  record->m_callback->Close();
   RecordsByName::Map::node_type erased;  // Ends after the lock, like `replaced` in File().
   SubscribeId_t id = 0;
   {
@@ -164,8 +164,13 @@ void KalConfigObserverHelper::Remove(const Record& record) {
     if (id == 0 || id == kRegistering) erased = records->extract(found);
   }
   if (id == 0) return;
-  // What another thread registers, or removes already, ends there.
-  if (id == kRegistering || UnsubscribeConfig(id) == kResultNotFound) awaitEnd(*record);
+  if (id != kRegistering && UnsubscribeConfig(id) != kResultNotFound) return;
+  // What another thread registers, or removes already, ends there. That thread may wait for a posted run of
+  // this one.
+  record->m_callback->Remove([&] {
+    if (record->m_callback->RunsOnThisThread() == 0) awaitEnd(*record);
+    return kResultOk;
+  });
 }
 
 void KalConfigObserverHelper::awaitEnd(const ObserverRecord& record) {
@@ -181,11 +186,7 @@ SubscribeId_t KalConfigObserverHelper::registerWith(IKalConfig& store, const Rec
   const char* name = record->m_strName.c_str();
   if (record->m_fnInvoke) return store.BindConfig(record->m_group, name, record->m_fnInvoke);
   fnConfigChangedCallBack deliver = wrap(record);
-  if (record->m_executor) {
-    deliver =
-        DeliverOn(*std::exchange(record->m_executor, std::nullopt),
-                  std::shared_ptr<const GuardedCallback>(record, &record->m_callback), std::move(deliver));
-  }
+  if (record->m_executor) deliver = DeliverOn(*record->m_executor, record->m_callback, std::move(deliver));
   return store.SubscribeConfig(record->m_group, name, std::move(deliver), record->m_pRunThread,
                                record->m_bAsync);
 }
@@ -195,15 +196,15 @@ fnConfigChangedCallBack KalConfigObserverHelper::wrap(const Record& record) cons
   struct Wrapped {
     std::shared_ptr<bool> alive;
     std::shared_ptr<int> inFlight;
-    Record record;
+    std::shared_ptr<GuardedCallback> callback;
   };
-  return [wrapped = std::make_shared<const Wrapped>(Wrapped{m_alive, m_inFlight, record})](
+  return [wrapped = std::make_shared<const Wrapped>(Wrapped{m_alive, m_inFlight, record->m_callback})](
              const KalConfigEvent& event) {
     // Counted first, then asked, against Clean(), which says no first and then reads the count: one of the
     // two sees the other. Both are a store followed by a load of another variable, which takes sequential
     // consistency.
     const InFlight run(*wrapped->inFlight);
-    if (std::atomic_ref(*wrapped->alive).load()) wrapped->record->m_callback.Run(event);
+    if (std::atomic_ref(*wrapped->alive).load()) wrapped->callback->Run(event);
   };
 }
 
@@ -220,8 +221,8 @@ std::int32_t KalConfigObserverHelper::UnsubscribeConfig(SubscribeId_t id) {
   };
   const bool isCleaning = !isAlive();
   // Clean() has waited for what runs, as long as it may.
-  if (isCleaning) record->m_callback.Close();
-  const std::int32_t result = isCleaning ? unsubscribe() : record->m_callback.Remove(unsubscribe);
+  if (isCleaning) record->m_callback->Close();
+  const std::int32_t result = isCleaning ? unsubscribe() : record->m_callback->Remove(unsubscribe);
   erase(record);
   return result;
 }

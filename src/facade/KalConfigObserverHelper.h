@@ -21,14 +21,14 @@ namespace kalStore {
 namespace internal {
 
 /// One subscription or binding as a facade records it. Its change callback is in m_callback, not in
-/// m_fnNotify: what is registered with the store shares the record, and runs what the record still allows.
+/// m_fnNotify: what is registered with the store shares it, and runs what it still allows. It does not
+/// share the record, whose executor may own the queue in which deliveries wait.
 struct ObserverRecord : ConfigEventHandler {
   explicit ObserverRecord(fnConfigChangedCallBack cb = nullptr, bool isPosted = false)
-      : m_callback(std::move(cb), isPosted) {}
+      : m_callback(std::make_shared<GuardedCallback>(std::move(cb), isPosted)) {}
 
-  GuardedCallback m_callback;
-  // Until it is registered: deliveries refer to the record, and wait in what the executor may own.
-  std::optional<ConfigExecutor> m_executor;
+  const std::shared_ptr<GuardedCallback> m_callback;
+  std::optional<ConfigExecutor> m_executor;  // Before it is filed; then constant.
   std::atomic<bool> m_isRefusedByStore{false};
 };
 

@@ -350,6 +350,117 @@ TEST_P(OnAnExecutor, NeverRunsWhatWasPostedOnceTheFacadeHasEnded) {
   EXPECT_EQ(watch.use_count(), 1);
 }
 
+// The callback ends what is about to be registered: the thread that registers it is the one that runs it.
+TEST_P(OnAnExecutor, EndsInsideItsInitialDeliveryWhileTheFacadeIsBound) {
+  if (GetParam() == Of::kStore) return;
+  kValue.Set(m_setter, 1);
+  KalConfigHelper late;
+  Subscription subscription;
+  subscription = kValue.Subscribe(
+      late,
+      [&](const ConfigReading<int>& reading) {
+        m_notified.push_back(reading.value);
+        subscription.Remove();
+      },
+      [](const std::function<void()>& task) { task(); });
+  late.SetCallId(kCall);
+  EXPECT_EQ(m_notified, std::vector{1});
+  EXPECT_EQ(m_clock.Sleeps(), 0) << "the removal waited for itself";
+  EXPECT_EQ(kValue.Set(m_setter, 2).Code(), kResultNobody);
+}
+
+TEST_P(OnAnExecutor, EndsInsideItsCallbackWhileAnotherThreadRemovesItByName) {
+  if (GetParam() == Of::kStore) return;
+  Gate isRemoving;
+  const std::thread::id loop = std::this_thread::get_id();
+  std::atomic<int> sleepsOfTheLoop{0};
+  m_clock.OnPause([&] {
+    if (std::this_thread::get_id() == loop) {
+      ++sleepsOfTheLoop;
+      return m_clock.PassOneMs();
+    }
+    isRemoving.Open();
+    LetOthersRun();
+  });
+  Subscription subscription;
+  std::thread other;
+  subscription = kValue.Subscribe(
+      m_facade,
+      [&](const auto&) {
+        other = std::thread([&] { m_facade.UnsubscribeConfig(kValue.Name(), kValue.Group()); });
+        isRemoving.Wait();
+        subscription.Remove();
+      },
+      PostToLoop());
+  kValue.Set(m_setter, 1);
+  m_loop->Run();
+  other.join();
+  EXPECT_EQ(sleepsOfTheLoop, 0);
+}
+
+// The facade is still in use when the store has let the executor go.
+TEST_P(OnAnExecutor, EndsWithTheFacadeThatItsExecutorOwns) {
+  struct Component {
+    KalConfigHelper facade{kCall};
+    Subscription subscription;
+  };
+  auto owner = std::make_shared<Component>();
+  const std::weak_ptr<Component> watch = owner;
+  std::size_t posted = 0;
+  owner->subscription = kValue.Subscribe(
+      GetParam() == Of::kStore ? Store() : ConfigRef(owner->facade), [](const auto&) {},
+      [&posted, owner](const std::function<void()>&) { ++posted; });
+  Component& component = *owner;
+  owner = nullptr;
+  component.subscription.Remove();
+  EXPECT_TRUE(watch.expired());
+  EXPECT_EQ(kValue.Set(m_setter, 1).Code(), kResultNobody);
+  EXPECT_EQ(posted, 0U);
+}
+
+TEST_P(OnAnExecutor, RunsToItsEndWhenItsTaskEndsMeanwhile) {
+  std::function<void()> task;
+  const auto captured = std::make_shared<int>();
+  Subscription subscription;
+  long usesInside = 0;
+  subscription = kValue.Subscribe(
+      Store(),
+      [&, captured](const auto&) {
+        const std::weak_ptr<int> watch = captured;
+        subscription.Remove();
+        task = nullptr;
+        usesInside = watch.use_count();
+      },
+      [&](std::function<void()> posted) { task = std::move(posted); });
+  kValue.Set(m_setter, 1);
+  task();
+  EXPECT_EQ(usesInside, 2) << "what the callback captured ended while it ran";
+  EXPECT_EQ(captured.use_count(), 1);
+}
+
+TEST_P(OnAnExecutor, NeverRunsWhatWasPostedOnceTheStoreHasEnded) {
+  if (GetParam() == Of::kFacade) return;
+  auto owner = std::make_shared<Subscription>();
+  const std::weak_ptr<Subscription> watch = owner;
+  {
+    const CallStore call(kCall + 1, CallStore::kEndsCall);
+    *owner = kValue.Subscribe(
+        *call,
+        [this, owner](const auto&) {
+          m_notified.push_back(1);
+          owner->Remove();
+        },
+        PostToLoop());
+    owner.reset();
+    kValue.Set(*call, 1);
+  }
+  EXPECT_FALSE(watch.expired());
+  EXPECT_EQ(m_loop->Run(), 1);
+  EXPECT_TRUE(m_notified.empty());
+  EXPECT_TRUE(watch.expired());
+  EXPECT_TRUE(m_log.Lines().empty());
+}
+
 TEST_P(OnAnExecutor, DropsChangesWhilePausedWhetherOrNotTheyWait) {
   Subscription subscription = Collecting(PostToLoop());
   kValue.Set(m_setter, 1);

@@ -29,6 +29,9 @@ class TestClock {
   /// Calls `onPause` for each sleep and yield, in place of letting the time pass. Set before any wait begins.
   void OnPause(std::function<void()> onPause) { s_onPause = std::move(onPause); }
 
+  /// For an onPause that lets the time pass.
+  void PassOneMs() { ++s_nowMs; }
+
   long NowMs() const { return s_nowMs; }
   int Sleeps() const { return s_sleeps; }
   int Yields() const { return s_yields; }
