@@ -116,7 +116,7 @@ class LiveConfig {
   /// Follows a setting from now on. A failed allocation leaves the constructor as std::bad_alloc.
   /// @param settings  a store or a facade, bound or not
   /// @param key  the setting's
-  LiveConfig(ConfigRef settings, const ConfigKey<T>& key)
+  [[nodiscard]] LiveConfig(ConfigRef settings, const ConfigKey<T>& key)
       : m_cell(std::make_shared<detail::LiveCell<T>>(settings, key)) {}
   ///@{
   /// Shares the other's value.

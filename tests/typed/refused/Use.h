@@ -17,6 +17,12 @@ struct kalStore::ConfigEnum<Codecs> {
   static constexpr ConfigEnumName<Codecs> kNames[] = {{Codecs::kH264, "h264"}, {Codecs::kVp8, "vp8"}};
 };
 
+// A component's own: the library has no such short names.
+class Audio;
+class Video;
+extern Audio* componentsAudio;
+extern Video* componentsVideo;
+
 extern KalConfigHelper settings;
 extern Subscription subscription;
 extern CallStore call;
