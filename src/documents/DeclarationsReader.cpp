@@ -301,7 +301,7 @@ void DeclarationsReader::readDeprecation(const Object& object, PlacedDeclaration
 
 ConfigData DeclarationsReader::readValue(const PlacedValue& value, const std::string& path,
                                          const SettingDeclaration& setting) {
-  const ConfigData read = readOfType(value, path, setting.type);
+  ConfigData read = readOfType(value, path, setting.type);
   const bool areValuesWrong = setting.type == SettingType::kEnum && setting.values.empty();
   if (!read.IsValid() || areValuesWrong) return {};
   switch (FaultOf(setting, read)) {
