@@ -54,10 +54,13 @@ REFERENCE = {
     "Handles and typed keys": {
         "tessel/CallStore.h": None,
         "tessel/Subscription.h": None,
+        "tessel/ConfigExecutor.h": None,
         "tessel/ConfigKey.h": None,
+        "tessel/SetResult.h": None,
         "tessel/TypedValue.h": "Types of a key",
         "tessel/ConfigEnum.h": "Enums as values",
         "tessel/LiveConfig.h": None,
+        "tessel/Binding.h": None,
         "tessel/ScopedConfig.h": None,
         "tessel/ConfigRef.h": None,
         "tessel/post.h": "Functions on a thread",
