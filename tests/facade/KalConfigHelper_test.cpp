@@ -46,7 +46,7 @@ TEST_F(KalConfigHelperTest, DoesNotBindWhileItEnds) {
   std::int32_t result = kResultOk;
   {
     KalConfigHelper facade;
-    const auto owned = std::make_shared<Owned>(facade, result);
+    const auto owned = std::shared_ptr<Owned>(new Owned{facade, result});
     facade.SubscribeConfig("name", [owned](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO);
   }
   EXPECT_EQ(result, kResultNotFound);

@@ -186,7 +186,7 @@ TEST_F(Bindings, AreRefusedByAFacadeThatEndsWhatACallbackOwned) {
   std::int32_t reason = kResultOk;
   {
     KalConfigHelper facade;
-    const auto owned = std::make_shared<Owned>(facade, reason);
+    const auto owned = std::shared_ptr<Owned>(new Owned{facade, reason});
     facade.SubscribeConfig("A", [owned](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO);
   }
   EXPECT_EQ(reason, kResultBadArgument);

@@ -195,7 +195,7 @@ TEST_F(LiveThreads, MakeAndEndItWhileItsFacadeBinds) {
     std::optional<LiveConfig<int>> kept;
     std::thread makes([&] {
       begin.arrive_and_wait();
-      for (int i = 0; i < 5; ++i) LiveConfig(facade, kDefaultMaxFps);
+      for (int i = 0; i < 5; ++i) (void)LiveConfig(facade, kDefaultMaxFps);
       kept.emplace(facade, kDefaultMaxFps);
     });
     std::thread chooses([&] {

@@ -479,7 +479,7 @@ TEST_F(Live, IsRefusedByAFacadeThatEndsWhatACallbackOwned) {
   std::vector<LiveConfig<int>> made;
   {
     KalConfigHelper facade;
-    const auto owned = std::make_shared<Owned>(facade, made);
+    const auto owned = std::shared_ptr<Owned>(new Owned{facade, made});
     facade.SubscribeConfig("MaxFps", [owned](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_VIDEO);
   }
   ASSERT_EQ(1U, made.size());
@@ -543,7 +543,7 @@ TEST_F(LiveEnd, EndsAndIsMadeByWhatACallbackOwnsWhenItEndsWithTheStore) {
   {
     KalConfig store(1);
     kMinFps.Set(store, 1);
-    const auto owned = std::make_shared<Owned>(store, made);
+    const auto owned = std::shared_ptr<Owned>(new Owned{store, made});
     store.SubscribeConfig(
         KAL_CONFIG_GROUP_VIDEO, "MaxFps", [owned](const KalConfigEvent&) {}, nullptr, false);
   }
@@ -579,7 +579,7 @@ TEST_F(Live, AllocatesNothingToBeReadOrWritten) {
 TEST_F(Live, LeavesNothingOfAConstructionThatFindsNoMemory) {
   KalConfigHelper late;
   for (const ConfigRef ref : {ConfigRef(*m_call), ConfigRef(m_facade), ConfigRef(late)}) {
-    LiveConfig(ref, kMinFps);  // what stays in the store or facade for the next one
+    (void)LiveConfig(ref, kMinFps);  // what stays in the store or facade for the next one
     const long before = LiveAllocations();
     for (std::size_t n = 1;; ++n) {
       bool failed = false;

@@ -436,7 +436,7 @@ TEST_F(Subscriptions, AreRefusedByAFacadeThatEndsWhatACallbackOwned) {
   bool isRefused = false;
   {
     KalConfigHelper facade;
-    const auto owned = std::make_shared<Owned>(facade, isRefused);
+    const auto owned = std::shared_ptr<Owned>(new Owned{facade, isRefused});
     facade.SubscribeConfig("A", [owned](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO);
   }
   EXPECT_TRUE(isRefused);

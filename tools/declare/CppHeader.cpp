@@ -211,6 +211,7 @@ std::string Block(std::span<const SettingDeclaration> settings) {
 std::string CppHeader(const std::vector<SettingDeclaration>& settings,
                       const std::vector<std::string>& sources) {
   std::vector<std::string> names;
+  names.reserve(sources.size());
   for (const std::string& source : sources) {
     names.push_back(Printable(std::filesystem::path(source).filename().string()));
   }
