@@ -11,7 +11,7 @@
 /// static_assert(TESSEL_VERSION_NUMBER / 10000 == TESSEL_VERSION_MAJOR);
 /// @endcode
 
-/// Changes when programs must be built anew.
+/// Changes when programs must be built again.
 #define TESSEL_VERSION_MAJOR 1
 /// Grows when something is added.
 #define TESSEL_VERSION_MINOR 0

@@ -34,7 +34,7 @@ class GuardedCallback {
   GuardedCallback(const GuardedCallback&) = delete;
   GuardedCallback& operator=(const GuardedCallback&) = delete;
 
-  /// Before the first delivery: runs come from an executor, be it on several threads at once or while the setter
+  /// Before the first delivery: runs come from an executor, on several threads at once or while the setter
   /// waits.
   void DeliveredByExecutor() { m_delivery = Delivery::kByExecutor; }
 

@@ -79,7 +79,7 @@ def main():
     parser.add_argument("archive", type=Path, help="abi/baseline-MAJOR.tar.xz")
     parser.add_argument("compiler")
     parser.add_argument("libraries", type=Path, help="the folder of libtessel.so")
-    parser.add_argument("work", type=Path, help="a folder for what is built, made anew")
+    parser.add_argument("work", type=Path, help="a folder for what is built, made again")
     arguments = parser.parse_args()
     headers = arguments.work / "headers"
     shutil.rmtree(headers, ignore_errors=True)

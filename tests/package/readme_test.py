@@ -38,7 +38,7 @@ def transcript(readme):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("home", type=lambda path: Path(path).resolve(), nargs="?", help="the home folder, made anew")
+    parser.add_argument("home", type=lambda path: Path(path).resolve(), nargs="?", help="the home folder, made again")
     parser.add_argument("--print", action="store_true", help="write the script to standard output, and do nothing else")
     arguments = parser.parse_args()
     script, printed = transcript((SOURCE / "README.md").read_text())
