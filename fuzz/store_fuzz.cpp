@@ -686,6 +686,7 @@ class World {
         break;
       }
       case 3:
+        Drain();  // As for a name.
         Compare([&] { return facade.real->UnsubscribeFeatureToggle(id); },
                 [&] { return facade.model.Unsubscribe(key, group); });
         break;
