@@ -14,8 +14,10 @@
 #include <utility>
 #include <vector>
 
-#include "WaitTest.h"
+#include "FacadeTest.h"
 #include "support/AllocationCount.h"
+#include "support/Gate.h"
+#include "support/TestClock.h"
 #include "tessel/post.h"
 #include "tessel/typed.h"
 
@@ -373,12 +375,8 @@ TEST_P(OnAnExecutor, EndsInsideItsCallbackWhileAnotherThreadRemovesItByName) {
   if (GetParam() == Of::kStore) return;
   Gate isRemoving;
   const std::thread::id loop = std::this_thread::get_id();
-  std::atomic<int> sleepsOfTheLoop{0};
   m_clock.OnPause([&] {
-    if (std::this_thread::get_id() == loop) {
-      ++sleepsOfTheLoop;
-      return m_clock.PassOneMs();
-    }
+    if (std::this_thread::get_id() == loop) return TestClock::PassMs(1);
     isRemoving.Open();
     LetOthersRun();
   });
@@ -395,7 +393,7 @@ TEST_P(OnAnExecutor, EndsInsideItsCallbackWhileAnotherThreadRemovesItByName) {
   kValue.Set(m_setter, 1);
   m_loop->Run();
   other.join();
-  EXPECT_EQ(sleepsOfTheLoop, 0);
+  EXPECT_EQ(m_clock.NowMs(), 0);
 }
 
 // The facade is still in use when the store has let the executor go.

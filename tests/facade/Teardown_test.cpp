@@ -5,7 +5,8 @@
 #include <thread>
 #include <vector>
 
-#include "WaitTest.h"
+#include "FacadeTest.h"
+#include "support/TestClock.h"
 #include "support/Way.h"
 
 namespace kalStore {

@@ -7,7 +7,9 @@
 #include <ostream>
 #include <utility>
 
-#include "WaitTest.h"
+#include "FacadeTest.h"
+#include "support/Gate.h"
+#include "support/TestClock.h"
 #include "tessel/typed.h"
 
 namespace kalStore {

@@ -150,7 +150,7 @@ void Play(const Action& action, Way way, std::uint32_t call) {
 
 TEST(CallbackDeadlock, WhateverACallbackDoesComesToAnEnd) {
   const Watchdog watchdog(std::chrono::seconds(60));
-  const TestClock clock(1);
+  const TestClock clock;
   set_external_trace_mask(-1);
   std::vector<std::thread> scenarios;
   std::uint32_t call = 100;
@@ -184,7 +184,7 @@ TEST(CallbackDeadlock, ABindingMayUseTheStoreAndItsOwnName) {
 // Each callback destroys the facade of the other while that one is running: both teardowns give up waiting.
 TEST(CallbackDeadlock, TwoCallbacksMayDestroyEachOthersFacade) {
   const Watchdog watchdog(std::chrono::seconds(60));
-  const TestClock clock(1);
+  const TestClock clock;
   set_external_trace_mask(-1);
   constexpr std::uint32_t kCall = 90;
   std::unique_ptr<KalConfigHelper> facades[2];

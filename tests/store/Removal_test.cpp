@@ -9,19 +9,19 @@ namespace kalStore {
 namespace {
 
 using ::testing::ElementsAre;
-// The sleeps of a wait that gives up, on a clock that each moves by 1 ms: 3000 ms must have passed.
-constexpr long kGiveUpSleeps = 3001;
+// What a wait that gives up takes: more than 3000 ms must have passed.
+constexpr long kGiveUpMs = 3001;
 
 class StoreRemoval : public StoreTest {
  protected:
   std::string WaitingLine() const {
     return "kalStore::KalConfig::unsubscribeConfig, name Waiting for long time..." + Suffix();
   }
-  /// Removes on this thread, and returns how often that slept.
-  long SleepsOfRemoving(SubscribeId_t id) {
-    const long before = TestClock::Sleeps();
+  /// Removes on this thread, and returns how long that waited.
+  long MsOfRemoving(SubscribeId_t id) {
+    const long before = TestClock::NowMs();
     EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
-    return TestClock::Sleeps() - before;
+    return TestClock::NowMs() - before;
   }
 };
 
@@ -71,8 +71,8 @@ TEST_F(StoreRemoval, DoesNotWaitWhenNothingIsInProgress) {
   Recorder notified;
   const SubscribeId_t id = Subscribe("name", notified.Callback());
   Set("name", "1");
-  const TestClock clock(1);
-  EXPECT_EQ(0, SleepsOfRemoving(id));
+  const TestClock clock;
+  EXPECT_EQ(0, MsOfRemoving(id));
 }
 
 TEST_F(StoreRemoval, WaitsForADeliveryInProgressElsewhere) {
@@ -88,8 +88,11 @@ TEST_F(StoreRemoval, WaitsForADeliveryInProgressElsewhere) {
   TraceLog log(1);
   std::thread setter([&] { EXPECT_EQ(kResultOk, Set("name", "1")); });
   inside.Wait();
-  TestClock clock(0);
-  clock.OnSleep([&] { go.Open(); });
+  TestClock clock;
+  clock.OnPause([&] {
+    go.Open();
+    LetOthersRun();
+  });
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
   EXPECT_TRUE(isDone);
   EXPECT_EQ(1, captured.use_count());
@@ -115,8 +118,11 @@ TEST_F(StoreRemoval, WaitsForTheInitialDelivery) {
               }));
   });
   inside.Wait();
-  TestClock clock(0);
-  clock.OnSleep([&] { go.Open(); });
+  TestClock clock;
+  clock.OnPause([&] {
+    go.Open();
+    LetOthersRun();
+  });
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(1));
   EXPECT_TRUE(isDone);
   subscriber.join();
@@ -138,8 +144,11 @@ TEST_F(StoreRemoval, WaitsForABindingThatComputes) {
     EXPECT_STREQ("late", value.ToCstr());
   });
   inside.Wait();
-  TestClock clock(0);
-  clock.OnSleep([&] { go.Open(); });
+  TestClock clock;
+  clock.OnPause([&] {
+    go.Open();
+    LetOthersRun();
+  });
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
   EXPECT_TRUE(isDone);
   reader.join();
@@ -162,14 +171,14 @@ TEST_F(StoreRemoval, HappensOnceWhenSeveralThreadsTry) {
 }
 
 TEST_F(StoreRemoval, FromTheOwnCallbackGivesUpAfterThreeSecondsWhateverTheMockTime) {
-  const TestClock clock(1);
+  const TestClock clock;
   set_mock_time(0);
   int calls = 0;
   SubscribeId_t id = 0;
   TraceLog log(1);
   id = Subscribe("name", [&](const KalConfigEvent&) {
     ++calls;
-    EXPECT_EQ(kGiveUpSleeps, SleepsOfRemoving(id));
+    EXPECT_EQ(kGiveUpMs, MsOfRemoving(id));
   });
   EXPECT_EQ(kResultOk, Set("name", "1"));
   set_mock_time(~0UL);
@@ -189,26 +198,26 @@ TEST_F(StoreRemoval, FromTheOwnCallbackGivesUpAfterThreeSecondsWhateverTheMockTi
 }
 
 TEST_F(StoreRemoval, OfAnotherNameGivesUpInsideACallbackThatItsOwnSetNotifies) {
-  const TestClock clock(1);
+  const TestClock clock;
   SubscribeId_t outer = 0;
-  long sleeps = 0;
-  Subscribe("inner", [&](const KalConfigEvent&) { sleeps = SleepsOfRemoving(outer); });
+  long waitedMs = 0;
+  Subscribe("inner", [&](const KalConfigEvent&) { waitedMs = MsOfRemoving(outer); });
   outer = Subscribe("outer", [&](const KalConfigEvent&) { Set("inner", "1"); });
   EXPECT_EQ(kResultOk, Set("outer", "1"));
-  EXPECT_EQ(kGiveUpSleeps, sleeps);
+  EXPECT_EQ(kGiveUpMs, waitedMs);
   EXPECT_EQ(kResultNobody, Set("outer", "2"));
 }
 
 TEST_F(StoreRemoval, FromAHandedOverCallbackGivesUpWhileTheSetterWaits) {
-  const TestClock clock(1);
+  const TestClock clock;
   ACmThread thread;
   ASSERT_EQ(0, thread.Start());
   SubscribeId_t id = 0;
-  long sleeps = 0;
+  long waitedMs = 0;
   TraceLog log(1);
-  id = Subscribe("name", [&](const KalConfigEvent&) { sleeps = SleepsOfRemoving(id); }, &thread, false);
+  id = Subscribe("name", [&](const KalConfigEvent&) { waitedMs = MsOfRemoving(id); }, &thread, false);
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  EXPECT_EQ(kGiveUpSleeps, sleeps);
+  EXPECT_EQ(kGiveUpMs, waitedMs);
   EXPECT_EQ(
       (std::vector<std::string>{
           "kalStore::KalConfig::unsubscribeConfig, Other thread remove itself when notification, name, " +
@@ -229,9 +238,9 @@ TEST_F(StoreRemoval, ThatGaveUpLeavesTheCallbackToItsDelivery) {
   });
   std::thread setter([&] { EXPECT_EQ(kResultOk, Set("name", "1")); });
   inside.Wait();
-  const TestClock clock(1);
+  const TestClock clock;
   TraceLog log(1);
-  EXPECT_EQ(kGiveUpSleeps, SleepsOfRemoving(id));
+  EXPECT_EQ(kGiveUpMs, MsOfRemoving(id));
   EXPECT_EQ(std::vector<std::string>(5, WaitingLine()), log.Matching("Waiting"));
   EXPECT_EQ(5U, log.CountLevel(1));
   EXPECT_FALSE(isDone);
@@ -246,7 +255,7 @@ TEST_F(StoreRemoval, ThatGaveUpLeavesTheCallbackToItsDelivery) {
 // The setter waits for the run thread and the removal, on that thread, for the setter: one has to give up.
 // The callback still runs once, with all that it captured, after the removal has returned.
 TEST_F(StoreRemoval, FromAnEventOfTheRunThreadLeavesOneCallToASetterThatHandsOver) {
-  const TestClock clock(1);
+  const TestClock clock;
   ACmThread thread;
   ASSERT_EQ(0, thread.Start());
   Gate announced;
@@ -261,15 +270,15 @@ TEST_F(StoreRemoval, FromAnEventOfTheRunThreadLeavesOneCallToASetterThatHandsOve
         calls += *captured;
       },
       &thread, false);
-  long sleeps = 0;
+  long waitedMs = 0;
   Post(thread, [&] {
     announced.Wait();  // The change is announced to the second subscriber as well.
-    sleeps = SleepsOfRemoving(id);
+    waitedMs = MsOfRemoving(id);
     EXPECT_EQ(0, calls);
     hasReturned = true;
   });
   EXPECT_EQ(kResultOk, Set("name", "1"));
-  EXPECT_EQ(kGiveUpSleeps, sleeps);
+  EXPECT_EQ(kGiveUpMs, waitedMs);
   EXPECT_EQ(1, calls);
   EXPECT_EQ(kResultOk, Set("name", "2"));
   thread.Stop();
@@ -279,7 +288,7 @@ TEST_F(StoreRemoval, FromAnEventOfTheRunThreadLeavesOneCallToASetterThatHandsOve
 
 // The same for a subscription that fails: the initial delivery throws while a setter waits to hand over.
 TEST_F(StoreRemoval, OfASubscriptionThatFailedGivesUpOnceAndLeavesOneCallToASetterThatHandsOver) {
-  const TestClock clock(1);
+  const TestClock clock;
   ACmThread thread;
   ASSERT_EQ(0, thread.Start());
   Set("name", "1");
@@ -291,9 +300,9 @@ TEST_F(StoreRemoval, OfASubscriptionThatFailedGivesUpOnceAndLeavesOneCallToASett
   std::thread setter;
   std::atomic<bool> hasThrown{false};
   std::atomic<int> late{0};
-  long sleeps = 0;
+  long waitedMs = 0;
   Send(thread, [&] {
-    const long before = TestClock::Sleeps();
+    const long before = TestClock::NowMs();
     EXPECT_THROW(Subscribe(
                      "name",
                      [&](const KalConfigEvent& event) {
@@ -308,11 +317,11 @@ TEST_F(StoreRemoval, OfASubscriptionThatFailedGivesUpOnceAndLeavesOneCallToASett
                      },
                      &thread, false),
                  std::runtime_error);
-    sleeps = TestClock::Sleeps() - before;
+    waitedMs = TestClock::NowMs() - before;
     hasThrown = true;
   });
   setter.join();
-  EXPECT_EQ(kGiveUpSleeps, sleeps);
+  EXPECT_EQ(kGiveUpMs, waitedMs);
   EXPECT_EQ(1, late);
   EXPECT_EQ(kResultOk, Set("name", "3"));
   thread.Stop();
@@ -322,7 +331,7 @@ TEST_F(StoreRemoval, OfASubscriptionThatFailedGivesUpOnceAndLeavesOneCallToASett
 
 // The delivery that a removal waits for ends the store.
 TEST_F(StoreRemoval, MayWaitForTheEndOfItsStore) {
-  TestClock clock(501);
+  TestClock clock;
   auto store = std::make_unique<KalConfig>(6);
   Gate inside;
   Gate go;
@@ -338,7 +347,8 @@ TEST_F(StoreRemoval, MayWaitForTheEndOfItsStore) {
   std::thread setter([&] { ending.SetKalConfig(kAudio, "name", "1", false, false); });
   inside.Wait();
   TraceLog log(1);
-  clock.OnSleep([&] {
+  clock.OnPause([&] {
+    TestClock::PassMs(501);
     go.Open();
     if (setter.joinable()) setter.join();
   });
@@ -351,14 +361,14 @@ TEST_F(StoreRemoval, FromAPostedCallbackDoesNotWait) {
   ASSERT_EQ(0, thread.Start());
   SubscribeId_t id = 0;
   std::atomic<int> calls{0};
-  std::atomic<long> sleeps{-1};
-  const TestClock clock(1);
+  std::atomic<long> waitedMs{-1};
+  const TestClock clock;
   TraceLog log(1);
   id = Subscribe(
       "name",
       [&](const KalConfigEvent&) {
         ++calls;
-        sleeps = SleepsOfRemoving(id);
+        waitedMs = MsOfRemoving(id);
       },
       &thread, true);
   Gate go;
@@ -366,7 +376,7 @@ TEST_F(StoreRemoval, FromAPostedCallbackDoesNotWait) {
   Set("name", "1");
   go.Open();
   thread.Stop();
-  EXPECT_EQ(0, sleeps);
+  EXPECT_EQ(0, waitedMs);
   EXPECT_EQ(kResultNobody, Set("name", "2"));
   EXPECT_EQ(1, calls);
   EXPECT_EQ(0U, log.Count("remove itself"));

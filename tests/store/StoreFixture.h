@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/Gate.h"
 #include "support/TraceLog.h"
 #include "tessel/KalConfig.h"
 #include "tessel/post.h"
@@ -71,25 +72,6 @@ class Recorder {
   mutable std::mutex m_mutex;
   mutable std::condition_variable m_changed;
   std::vector<Notification> m_notified;
-};
-
-/// Holds threads until it is opened.
-class Gate {
- public:
-  void Open() {
-    std::lock_guard lock(m_mutex);
-    m_open = true;
-    m_changed.notify_all();
-  }
-  void Wait() {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [&] { return m_open; });
-  }
-
- private:
-  std::mutex m_mutex;
-  std::condition_variable m_changed;
-  bool m_open = false;
 };
 
 class StoreTest : public ::testing::Test {

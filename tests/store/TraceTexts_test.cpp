@@ -139,9 +139,9 @@ TEST_F(StoreTraceTexts, OfTwoThreadsInOneBinding) {
 }
 
 TEST_F(StoreTraceTexts, OfASlowCallbackAndBinding) {
-  const TestClock clock(0);
+  const TestClock clock;
   long costMs = 101;
-  const auto slow = [&] { TestClock::Advance(costMs); };
+  const auto slow = [&] { TestClock::PassMs(costMs); };
   Subscribe("name", [&](const KalConfigEvent&) { slow(); });
   Bind("name", [&](const KalConfigEvent&) {
     slow();

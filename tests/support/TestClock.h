@@ -1,44 +1,60 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <thread>
+#include <utility>
 
 #include "store/WaitClock.h"
 
-/// Stands in for the clock of everything that waits while it lives, so that three seconds take none and no
-/// load makes a wait longer. Each thread has its own time, which its sleeps alone move. One at a time.
+/// Replaces the clock of everything that waits while it lives. Each thread has its own time, which a sleep of
+/// that thread moves by 1 ms: a wait of three seconds takes none, and no load makes it longer. A wait that
+/// another thread ends calls OnPause(): its time stops. One clock at a time.
 class TestClock {
  public:
-  /// @param msPerSleep  by how much a sleep moves the time; 0: what is waited for has all the time it needs
-  explicit TestClock(long msPerSleep) {
-    s_msPerSleep = msPerSleep;
-    s_onSleep = nullptr;
+  /// The calling thread's time begins at 0.
+  TestClock() {
+    t_nowMs = s_sleeps = s_yields = 0;
+    s_onPause = nullptr;
     kalStore::internal::SetWaitClock(&kClock);
   }
   ~TestClock() { kalStore::internal::SetWaitClock(nullptr); }
   TestClock(const TestClock&) = delete;
   TestClock& operator=(const TestClock&) = delete;
 
-  /// Runs `function` in each sleep. REQUIRES: no wait is under way.
-  void OnSleep(std::function<void()> function) { s_onSleep = std::move(function); }
+  /// Calls `onPause` for each sleep and yield, in place of letting the time pass. REQUIRES: no wait is under
+  /// way.
+  void OnPause(std::function<void()> onPause) { s_onPause = std::move(onPause); }
 
-  /// The calling thread's time and sleeps.
+  /// The calling thread's time.
   static long NowMs() { return t_nowMs; }
-  static long Sleeps() { return t_sleeps; }
-  static void Advance(long ms) { t_nowMs += ms; }
+  static void PassMs(long ms) { t_nowMs += ms; }
+
+  /// Of all threads.
+  int Sleeps() const { return s_sleeps; }
+  int Yields() const { return s_yields; }
 
  private:
   static void sleepOneMs() {
-    ++t_sleeps;
-    t_nowMs += s_msPerSleep;
-    if (s_onSleep) s_onSleep();
-    std::this_thread::yield();
+    ++s_sleeps;
+    if (s_onPause) return s_onPause();
+    PassMs(1);
+  }
+  static void yield() {
+    ++s_yields;
+    if (s_onPause) s_onPause();
   }
 
-  static constexpr kalStore::internal::WaitClock kClock{&NowMs, &sleepOneMs, &std::this_thread::yield};
+  static constexpr kalStore::internal::WaitClock kClock{&NowMs, &sleepOneMs, &yield};
   static inline thread_local long t_nowMs = 0;
-  static inline thread_local long t_sleeps = 0;
-  static inline long s_msPerSleep = 0;
-  static inline std::function<void()> s_onSleep;
+  static inline std::atomic<int> s_sleeps{0};
+  static inline std::atomic<int> s_yields{0};
+  static inline std::function<void()> s_onPause;
 };
+
+/// Lets other threads run; for OnPause().
+inline void LetOthersRun() {
+  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
