@@ -12,8 +12,9 @@ LiveRecords::~LiveRecords() {
 
 void LiveRecords::Add(LiveRegistration& registration) {
   auto spare = std::make_unique<LiveRegistrations>();
+  LiveRegistration::List entry{&registration};
   const detail::Lock lock(g_liveMutex);
-  registration.WaitIn(m_waiting);
+  registration.WaitIn(m_waiting, entry);
   if (m_spare == nullptr) m_spare = std::move(spare);
   followStore();
 }

@@ -16,15 +16,15 @@ LiveRegistration::LiveRegistration(KalConfigGroup group, const char* name, LiveW
 
 void LiveRegistration::leave() noexcept {
   const detail::Lock lock(g_liveMutex);
-  if (m_list != nullptr) std::erase(*m_list, this);
+  if (m_list != nullptr) m_list->remove(this);
   if (m_store == nullptr) return;
   // A set or removal in progress ends before, and no later one finds the cell.
   const KalConfig::ConfigMap::Locked values(m_store->configsOf(m_group));
   m_node = m_store->m_live.load(std::memory_order_relaxed)->NamesOf(m_group).extract(m_place);
 }
 
-void LiveRegistration::WaitIn(List& list) {
-  list.push_back(this);
+void LiveRegistration::WaitIn(List& list, List& entry) noexcept {
+  list.splice(list.end(), entry);
   m_list = &list;
 }
 

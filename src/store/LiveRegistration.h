@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <list>
 #include <memory>
 #include <mutex>
-#include <vector>
 
 #include "store/LiveRegistrations.h"
 #include "tessel/KalConfig.h"
@@ -18,7 +18,8 @@ using LiveWrite = void (*)(void* cell, const ConfigData* stored) noexcept;
 /// Guards where every registration of the process is, so that neither a store nor a facade ends while a
 /// registration takes itself out. Live values are rarely made and ended; no set or read takes this lock. It
 /// is held for short; the only lock taken inside it is that of one group's values, under which nobody takes
-/// another.
+/// another. Nothing is allocated inside it: an allocation may call a program's own code, which may end a live
+/// value.
 extern constinit detail::Mutex<std::mutex> g_liveMutex;
 
 /// Where one live value is: it waits in a list, follows a store, or does neither. Its end takes it out; no
@@ -28,7 +29,7 @@ extern constinit detail::Mutex<std::mutex> g_liveMutex;
 class LiveRegistration {
  public:
   /// What waits for a store, or for its group.
-  using List = std::vector<LiveRegistration*>;
+  using List = std::list<LiveRegistration*>;
 
   /// Allocates what following a store takes. The cell must outlive the registration. `group` may be the
   /// default group of a facade.
@@ -41,8 +42,8 @@ class LiveRegistration {
   KalConfigGroup Group() const TESSEL_LOCKING(requires_capability(g_liveMutex)) { return m_group; }
   void Write(const ConfigData* stored) const noexcept { m_write(m_cell, stored); }
 
-  /// Appends it to the list. Fails without a change.
-  void WaitIn(List& list) TESSEL_LOCKING(requires_capability(g_liveMutex));
+  /// Appends it to the list. `entry` is a list of nothing but this registration.
+  void WaitIn(List& list, List& entry) noexcept TESSEL_LOCKING(requires_capability(g_liveMutex));
   /// Writes what is stored to the cell, and from then on each change. `spare` serves a store that nothing has
   /// followed yet. REQUIRES: it follows no store, and the caller takes it out of its list;
   /// IsConfigGroup(group).

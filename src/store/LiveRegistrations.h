@@ -16,7 +16,8 @@ class LiveRegistration;
 
 /// What follows the values of one store, by group and name.
 ///
-/// Threads: a group's part is read and changed under the lock of the group's values.
+/// Threads: a group's part is changed under both g_liveMutex and the lock of the group's values; either of
+/// them is enough to read it.
 class LiveRegistrations {
  public:
   using Names = std::multimap<std::string, LiveRegistration*, std::less<>>;
@@ -28,7 +29,7 @@ class LiveRegistrations {
   /// The same when nothing is stored in the group any more.
   void WriteNothing(KalConfigGroup group) noexcept;
 
-  /// The store ends: no registration uses it after this.
+  /// The store ends: its registrations forget it, and their values stay as they are. Takes g_liveMutex.
   void Leave() noexcept;
 
  private:

@@ -165,6 +165,25 @@ TEST_F(LiveThreads, ReadWhileASetterHoldsTheLock) {
   EXPECT_EQ(15, seen);
 }
 
+// A program's own operator new may do so, or its handler of failed allocations.
+TEST_F(LiveThreads, MakeAndEndItInsideEveryAllocationThatMakingOneTakes) {
+  KalConfigHelper unbound;
+  std::vector<LiveConfig<int>> waiting;
+  waiting.reserve(300);
+  int calls = 0;
+  for (std::size_t size = 1; size <= 4096; size += 15) {
+    const AtAllocation inside(size, [&] {
+      ++calls;
+      EXPECT_EQ(30, LiveConfig(unbound, kMinFps).Get());
+    });
+    waiting.emplace_back(unbound, kMaxFps);
+  }
+  EXPECT_GT(calls, 3);
+  unbound.SetCallId(kCall);
+  kMaxFps.Set(*m_call, 15);
+  for (const LiveConfig<int>& maxFps : waiting) EXPECT_EQ(15, maxFps.Get());
+}
+
 TEST_F(LiveThreads, MakeAndEndItWhileOthersSet) {
   KalConfigHelper facade(kCall);
   kMaxFps.Set(*m_call, 0);
