@@ -279,9 +279,13 @@ void DeclarationsReader::readIdentifier(const Object& object, SettingDeclaration
                InQuotes(setting.name) + " gives no C++ constant a name: give it one as \"identifier\"");
   } else if (isString(*given, object.PathOf("identifier"))) {
     setting.identifier = given->text;
-    if (IsTypeName(given->text)) return;
-    AddFinding(given->place, object.PathOf("identifier"),
-               InQuotes(given->text) + " is no C++ identifier that begins with a capital letter");
+    if (!IsTypeName(given->text)) {
+      AddFinding(given->place, object.PathOf("identifier"),
+                 InQuotes(given->text) + " is no C++ identifier that begins with a capital letter");
+    } else if (setting.type == SettingType::kEnum && IsLikeAMacro(given->text)) {
+      AddFinding(given->place, object.PathOf("identifier"),
+                 InQuotes(given->text) + " may be a macro: the name of an enum has a lower-case letter");
+    }
   }
 }
 

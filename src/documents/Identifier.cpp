@@ -7,25 +7,24 @@
 namespace kalStore::internal {
 namespace {
 
-// What may not name a namespace: the words of the language, what it reserves, and this library's own names,
-// which generated code has to find.
+// What may not name a namespace: the words of the language, what it reserves, macros of the C library and of
+// compilers, and this library's own names, which generated code has to find.
 constexpr std::string_view kTaken[] = {
-    "alignas",       "alignof",      "and",       "and_eq",       "asm",      "auto",
-    "bitand",        "bitor",        "bool",      "break",        "case",     "catch",
-    "char",          "char16_t",     "char32_t",  "char8_t",      "class",    "co_await",
-    "co_return",     "co_yield",     "compl",     "concept",      "const",    "const_cast",
-    "consteval",     "constexpr",    "constinit", "continue",     "decltype", "default",
-    "delete",        "do",           "double",    "dynamic_cast", "else",     "enum",
-    "explicit",      "export",       "extern",    "false",        "float",    "for",
-    "friend",        "goto",         "if",        "inline",       "int",      "kal",
-    "kalStore",      "long",         "mutable",   "namespace",    "new",      "noexcept",
-    "not",           "not_eq",       "nullptr",   "operator",     "or",       "or_eq",
-    "posix",         "private",      "protected", "public",       "register", "reinterpret_cast",
-    "requires",      "return",       "short",     "signed",       "sizeof",   "static",
-    "static_assert", "static_cast",  "std",       "struct",       "switch",   "template",
-    "this",          "thread_local", "throw",     "true",         "try",      "typedef",
-    "typeid",        "typename",     "union",     "unsigned",     "using",    "virtual",
-    "void",          "volatile",     "wchar_t",   "while",        "xor",      "xor_eq"};
+    "alignas",     "alignof",  "and",          "and_eq",     "asm",       "assert",    "auto",
+    "bitand",      "bitor",    "bool",         "break",      "case",      "catch",     "char",
+    "char16_t",    "char32_t", "char8_t",      "class",      "co_await",  "co_return", "co_yield",
+    "compl",       "concept",  "const",        "const_cast", "consteval", "constexpr", "constinit",
+    "continue",    "decltype", "default",      "delete",     "do",        "double",    "dynamic_cast",
+    "else",        "enum",     "errno",        "explicit",   "export",    "extern",    "false",
+    "float",       "for",      "friend",       "goto",       "if",        "inline",    "int",
+    "kal",         "kalStore", "linux",        "long",       "mutable",   "namespace", "new",
+    "noexcept",    "not",      "not_eq",       "nullptr",    "offsetof",  "operator",  "or",
+    "or_eq",       "posix",    "private",      "protected",  "public",    "register",  "reinterpret_cast",
+    "requires",    "return",   "short",        "signed",     "sizeof",    "static",    "static_assert",
+    "static_cast", "std",      "stderr",       "stdin",      "stdout",    "struct",    "switch",
+    "template",    "this",     "thread_local", "throw",      "true",      "try",       "typedef",
+    "typeid",      "typename", "union",        "unix",       "unsigned",  "using",     "virtual",
+    "void",        "volatile", "wchar_t",      "while",      "xor",       "xor_eq"};
 static_assert(std::ranges::is_sorted(kTaken));
 
 bool IsCapital(char c) {
@@ -66,11 +65,15 @@ bool IsTypeName(std::string_view text) {
   return IsIdentifier(text) && IsCapital(text.front());
 }
 
+bool IsLikeAMacro(std::string_view text) {
+  return std::ranges::none_of(text, [](char c) { return c >= 'a' && c <= 'z'; });
+}
+
 bool IsOwnNamespace(std::string_view text) {
   for (;;) {
     const std::size_t end = text.find("::");
     const std::string_view part = text.substr(0, end);
-    if (!IsIdentifier(part) || std::ranges::binary_search(kTaken, part)) return false;
+    if (!IsIdentifier(part) || IsLikeAMacro(part) || std::ranges::binary_search(kTaken, part)) return false;
     if (end == std::string_view::npos) return true;
     text.remove_prefix(end + 2);
   }

@@ -8,14 +8,17 @@ namespace kalStore::internal {
 
 // What names and strings are called in C++ code.
 
-/// The words of a text, each with its first letter in capitals: "low-latency" gives "LowLatency". "" when that
+/// The words of a string, each with a capital first letter: "low-latency" gives "LowLatency". "" when that
 /// would leave out anything but punctuation and spaces, or has no letter and no digit.
 std::string CamelCase(std::string_view text);
 
-/// Whether a text can name a type: letters, digits and underscores after a capital letter.
+/// Whether a string can name a type: letters, digits and underscores after a capital letter.
 bool IsTypeName(std::string_view text);
 
-/// Whether a text can name a namespace, possibly nested, that is a component's own.
+/// Whether an identifier has no lower-case letter: the C library and compilers have hundreds of such macros.
+bool IsLikeAMacro(std::string_view text);
+
+/// Whether a string can name a namespace, possibly nested, that is a component's own.
 bool IsOwnNamespace(std::string_view text);
 
 }  // namespace kalStore::internal

@@ -151,8 +151,10 @@ TEST(SettingsDeclarations, TakeOnlyNamespacesThatAComponentMayHave) {
   for (const char* name : {"a", "a::b2::c_d", "Media"}) {
     EXPECT_EQ(Lines({std::string(R"({"settings":[],"namespace":")") + name + "\"}"}), Expected()) << name;
   }
-  for (const char* name : {"", "::a", "a::", "a::::b", "2a", "_a", "a__b", "a-b", "std", "std::a", "kalStore",
-                           "a::kal", "class", "a::int", "xor_eq", "alignas", "\xc3\xa4"}) {
+  for (const char* name :
+       {"",         "::a",    "a::",      "a::::b", "2a",     "_a",     "a__b",   "a-b",
+        "std",      "std::a", "kalStore", "a::kal", "class",  "a::int", "xor_eq", "alignas",
+        "\xc3\xa4", "assert", "errno",    "linux",  "stdout", "unix",   "EOF",    "a::NULL"}) {
     EXPECT_EQ(Lines({std::string(R"({"settings":[],"namespace":")") + name + "\"}"}).size(), 1U) << name;
   }
 }
@@ -265,6 +267,8 @@ TEST(SettingsDeclarations, SayWhatIsWrongWithAValue) {
        "identifier: \"max\" is no C++ identifier that begins with a capital letter"},
       {R"("type":"int","default":1,"identifier":"Max-Fps")",
        "identifier: \"Max-Fps\" is no C++ identifier that begins with a capital letter"},
+      {R"("type":"enum","values":["a"],"default":"a","identifier":"EOF")",
+       "identifier: \"EOF\" may be a macro: the name of an enum has a lower-case letter"},
   };
   for (const auto& [members, line] : rows) {
     const std::vector<std::string> lines = Lines({VideoA(members)});
@@ -274,7 +278,7 @@ TEST(SettingsDeclarations, SayWhatIsWrongWithAValue) {
   }
 }
 
-TEST(SettingsDeclarations, RefuseNamesThatCannotBeTold) {
+TEST(SettingsDeclarations, RefuseNamesThatGiveNoIdentifierOrOneTwice) {
   const std::string rest = R"(,"type":"int","default":1)";
   EXPECT_EQ(
       Lines({One(R"("group":"Video","name":"+-")" + rest)}),
@@ -282,6 +286,7 @@ TEST(SettingsDeclarations, RefuseNamesThatCannotBeTold) {
           "2:25 settings[0].name: \"+-\" gives no C++ constant a name: give it one as \"identifier\""}));
   EXPECT_EQ(Lines({One("\"group\":\"Video\",\"name\":\"\xc3\xa4\"" + rest)}).size(), 1U);
   EXPECT_EQ(Lines({One(R"("group":"Video","name":"+-","identifier":"PlusMinus")" + rest)}), Expected());
+  EXPECT_EQ(Lines({One(R"("group":"Video","name":"+-","identifier":"EOF")" + rest)}), Expected());
 
   const std::string list = "{\"settings\":[\n{" + (R"("group":"Video","name":"SlideGain")" + rest) + "},\n{" +
                            (R"("group":"VideoSlide","name":"Gain")" + rest) + "}]}";
@@ -345,7 +350,7 @@ TEST(FeatureToggleDeclarations, AreTheCatalogueWithoutItsEndMark) {
     EXPECT_FALSE(toggle.description.empty());
     EXPECT_TRUE(identifiers.insert(toggle.identifier).second) << toggle.identifier;
     EXPECT_EQ(toggle.minimum.IsValid(), toggle.maximum.IsValid());
-    EXPECT_EQ(toggle.description.find(" 0 to "), std::string::npos) << "a range told in words";
+    EXPECT_EQ(toggle.description.find(" 0 to "), std::string::npos) << "a range in words";
   }
   EXPECT_EQ(toggles[5].name, "EnableMusicDetection");
   EXPECT_EQ(toggles[KAL_FT_VideoStrategyLadder].type, SettingType::kString);
