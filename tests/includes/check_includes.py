@@ -89,12 +89,5 @@ def check(tree):
     return faults
 
 
-def main():
-    tree = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parents[2]
-    faults = check(tree)
-    print("\n".join(faults), end="\n" if faults else "")
-    return bool(faults)
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit("\n".join(check(Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parents[2])) or 0)
