@@ -24,7 +24,7 @@ using kalStore::KalConfigGroup;
 
 constexpr std::size_t kMostDocuments = 8;
 
-/// Group, name, old and new text; a value that was not there has no old text.
+/// Group, name, old and new string; a value that was not there has no old one.
 using Change = std::tuple<std::uint32_t, std::string, std::string, bool, std::string>;
 
 std::vector<std::string> Split(std::string_view text) {
@@ -82,7 +82,7 @@ class Subject {
   void SetWatched() { m_isWatched = true; }
   bool WasNotified() const { return !m_notified.empty(); }
 
-  /// A document carries texts up to their first NUL only.
+  /// A document carries strings up to their first NUL only.
   bool HoldsNul() const {
     for (const auto& group : m_model) {
       for (const auto& [name, value] : group) {

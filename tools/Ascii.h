@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// The text with ASCII letters in lower case, the same in every locale.
+/// The string with ASCII letters in lower case, the same in every locale.
 inline std::string LowerCase(std::string_view text) {
   std::string lower(text);
   for (char& letter : lower) {

@@ -16,5 +16,5 @@ bool IsCapableTerminal(int descriptor);
 /// TERM=dumb.
 bool WantsColour();
 
-/// The text in the colour, or as it is where colour is not wanted.
+/// The string in the colour, or as it is where colour is not wanted.
 std::string Coloured(Colour colour, std::string_view text);

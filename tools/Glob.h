@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-/// Whether the text has a wildcard: * or ?.
+/// Whether the string has a wildcard: * or ?.
 bool IsGlob(std::string_view text);
 
-/// Whether the whole text fits the pattern, in which * is any text and ? any byte. Letter case does not
+/// Whether the whole string fits the pattern, in which * is any string and ? any byte. Letter case does not
 /// count.
 bool FitsGlob(std::string_view pattern, std::string_view text);

@@ -68,7 +68,7 @@ const char* NameOf(SettingsEffect effect) {
   return "";
 }
 
-// A text that an annotation may hold: what ends it, or a property of it, is written as %XX.
+// A string that an annotation may hold: what ends it, or a property of it, is written as %XX.
 std::string ForGithub(std::string_view text, std::string_view special) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string out;

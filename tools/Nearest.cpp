@@ -36,7 +36,7 @@ std::string Nearest(std::string_view text, std::span<const std::string> known) {
   std::size_t least = std::numeric_limits<std::size_t>::max();
   for (const std::string& name : known) {
     const std::size_t edits = std::max<std::size_t>(1, name.size() / 3);
-    // Also keeps the table small, however long the text is.
+    // Also keeps the table small, however long the string is.
     if (text.size() > name.size() + edits) continue;
     const std::size_t distance = Distance(LowerCase(text), LowerCase(name));
     if (distance > edits || distance >= least) continue;

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// The known name that a text is most likely meant to be, letter case aside: at most a third of the name's
+/// The known name that a string is most likely meant to be, letter case aside: at most a third of the name's
 /// letters, and one in any case, are missing, too many, wrong or swapped. "" when there is none.
 std::string Nearest(std::string_view text, std::span<const std::string> known);
 

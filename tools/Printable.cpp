@@ -13,7 +13,7 @@ bool IsControl(std::uint32_t code) {
          code == 0x200F || (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
-// The well-formed UTF-8 sequence that a text begins with; its length is 0 when there is none.
+// The well-formed UTF-8 sequence that a string begins with; its length is 0 when there is none.
 struct Sequence {
   std::size_t length;
   std::uint32_t code;
@@ -70,7 +70,7 @@ void AppendEscape(std::string& out, char byte) {
   }
 }
 
-// The text, in which a backslash comes before each of the `special` characters.
+// The string, in which a backslash comes before each of the `special` characters.
 std::string Shown(std::string_view text, std::string_view special) {
   std::string out;
   out.reserve(text.size() + 2);

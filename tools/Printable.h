@@ -6,13 +6,13 @@
 
 // Whatever comes from a document, a file's name or the command line passes here before it is shown.
 
-/// The text as it can be shown: on one line, in well-formed UTF-8, and without characters that a terminal
+/// The string as it can be shown: on one line, in well-formed UTF-8, and without characters that a terminal
 /// would obey: no control characters, and none that reorder or end lines. Such bytes and the backslash are
 /// written as JSON escapes, \u00XX for one byte; inside a settings document they read back to the
 /// same bytes.
 std::string Printable(std::string_view text);
 
-/// The same in double quotes, with those of the text escaped: a JSON string.
+/// The same in double quotes, with its own ones escaped: a JSON string.
 std::string Quoted(std::string_view text);
 
 /// JSON text, a dump for example, as a terminal can show it: the same with what no terminal should get as

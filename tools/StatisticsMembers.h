@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-/// One number or text of a raw statistics block.
+/// One number or string of a raw statistics block.
 struct StatisticsMember {
   std::string name;    ///< As the block's structure has it; array elements with their index.
   const char* unit;    ///< "" for a bare number.
   std::size_t offset;  ///< Bytes from the start of the section.
   bool isText;
-  std::string (*shown)(const char* bytes);  ///< The value at `bytes` as text.
+  std::string (*shown)(const char* bytes);  ///< The value at `bytes` as a string.
 };
 
 /// Members of a block that belong together.

@@ -45,7 +45,7 @@ void PrintTable(std::ostream& out, const StatisticsKind& kind, std::size_t numbe
   }
 }
 
-// A text field, in quotes with its own ones doubled.
+// A string, in quotes with its own ones doubled.
 std::string CsvText(std::string_view text) {
   std::string field = "\"";
   for (const char character : Printable(text)) {

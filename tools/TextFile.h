@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-/// The name that stands for standard input.
+/// The name of standard input.
 inline constexpr const char* kStandardInput = "-";
 
 /// The file's name, or "<stdin>".

@@ -22,7 +22,7 @@ struct ToggleInfo {
 /// All toggles, in the order of their ids; the end mark is none.
 std::span<const ToggleInfo> ToggleCatalogue();
 
-/// Whether the key has the pattern in it; with * (any text) or ? (any letter) in the pattern, whether the
+/// Whether the key has the pattern in it; with * (any string) or ? (any letter) in the pattern, whether the
 /// whole key fits it. Letter case does not count.
 bool MatchesToggle(std::string_view pattern, std::string_view key);
 

@@ -7,7 +7,7 @@
 
 namespace kalStore {
 
-/// One value of an enum, and the string that stands for it in a store.
+/// One value of an enum, and the string that a store holds for it.
 template <class E>
 struct ConfigEnumName {
   E value;                ///< the enumerator

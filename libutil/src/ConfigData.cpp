@@ -14,8 +14,8 @@ std::string TextOf(Number value) {
   return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
-/// Reads a number that is the whole text: no error for one in range, `result_out_of_range` for one that is
-/// not, `invalid_argument` for any other text.
+/// Reads a number that is the whole string: no error for one in range, `result_out_of_range` for one that is
+/// not, `invalid_argument` for any other string.
 template <class Number>
 std::errc ReadWhole(const std::string& text, Number& number) noexcept {
   const char* end = text.data() + text.size();

@@ -25,7 +25,7 @@ struct PlacedDeclaration {
 /// `text` as JSON has it, in quotes.
 std::string InQuotes(std::string_view text);
 
-/// " (did you mean \"NAME\"?)" with the name nearest to the text, or "" when none is near.
+/// " (did you mean \"NAME\"?)" with the name nearest to the string, or "" when none is near.
 std::string Suggestion(std::string_view text, std::span<const std::string_view> names);
 
 /// Reads the declarations of one text, each by itself. The text must outlive what is read.

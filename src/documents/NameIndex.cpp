@@ -26,7 +26,7 @@ NameIndex::LetterCounts NameIndex::countLetters(std::string_view text) {
 }
 
 // Inserting, removing or replacing a letter changes the counts by two at most: names that differ in more than
-// the edits which may turn a text into them need no closer look, and the others are best looked at in the
+// the edits which may turn a string into them need no closer look, and the others are best looked at in the
 // order of the difference.
 void NameIndex::findDifferences(std::string_view text) {
   for (std::size_t index = m_counts.size(); index < m_names.size(); ++index) {

@@ -11,8 +11,8 @@
 
 namespace kalStore::internal {
 
-/// Known names, asked again and again whether a text is one of them, and which one it is most likely meant to
-/// be. The names given must outlive the object.
+/// Known names, asked again and again whether a string is one of them, and which one it is most likely meant
+/// to be. The names given must outlive the object.
 class NameIndex {
  public:
   void Add(std::string_view name) {
@@ -21,8 +21,8 @@ class NameIndex {
 
   bool Has(std::string_view name) const { return m_known.contains(name); }
 
-  /// The name that NearestName finds for the text, "" when none is near. The work spent on it has a bound for
-  /// all texts together; "" once it is used up.
+  /// The name that NearestName finds for the string, "" when none is near. The work spent on it has a bound
+  /// for all strings together; "" once it is used up.
   std::string Nearest(std::string_view text);
 
  private:

@@ -40,7 +40,7 @@ bool NearestName::MayBeImproved(std::size_t edits) const {
   return m_nearest.empty() || edits * kLetterCost < m_nearestDistance;
 }
 
-// What it costs to turn the text into the name by inserting, removing, replacing and swapping letters; more
+// What it costs to turn the string into the name by inserting, removing, replacing and swapping letters; more
 // than `limit` when it is more.
 std::size_t NearestName::distance(std::string_view known, std::size_t limit) {
   m_beforeLast.assign(known.size() + 1, 0);

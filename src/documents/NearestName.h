@@ -9,14 +9,14 @@
 
 namespace kalStore::internal {
 
-/// Finds, among known names, the one that a text is most likely meant to be: the one with the fewest wrong
-/// letters, of those the one with the fewest letters in the wrong case. The texts given must outlive the
+/// Finds, among known names, the one that a string is most likely meant to be: the one with the fewest wrong
+/// letters, of those the one with the fewest letters in the wrong case. The strings given must outlive the
 /// object.
 class NearestName {
  public:
   explicit NearestName(std::string_view text);
 
-  /// How many letters of a text may be wrong for it to be meant as the name.
+  /// How many letters of a string may be wrong for it to be meant as the name.
   static std::size_t Edits(std::string_view known) { return std::max<std::size_t>(1, known.size() / 3); }
 
   void Consider(std::string_view known);

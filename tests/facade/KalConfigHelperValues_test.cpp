@@ -82,7 +82,7 @@ const FailingCall kWithoutStore[] = {
     {"Apply", [](KalConfigHelper& f) { return f.ApplyKalConfigs("{}"); }, kResultBadArgument, kTextAndStore},
 };
 
-// On any facade, with a null name or text.
+// On any facade, with a null name or string.
 const FailingCall kNullName[] = {
     {"Set", [](KalConfigHelper& f) { return f.SetKalConfig(nullptr, 1, kGroup); }, kResultBadArgument,
      kNameAndStore},

@@ -73,7 +73,7 @@ TEST(BoundedSet, SetsNoMoreThanTheDestination) {
   EXPECT_EQ(memset_s(nullptr, 1, 0, 1), EINVAL);
 }
 
-TEST(BoundedText, CopiesStringsThatFitAndEmptiesOtherwise) {
+TEST(BoundedString, CopiesStringsThatFitAndEmptiesOtherwise) {
   for (std::size_t length = 0; length <= kLargest; ++length) {
     const std::string source = std::string("abcdefghijklmno").substr(0, length);
     for (std::size_t size = 0; size <= kLargest + 1; ++size) {
@@ -91,14 +91,14 @@ TEST(BoundedText, CopiesStringsThatFitAndEmptiesOtherwise) {
   }
 }
 
-TEST(BoundedText, ReadsNoFurtherThanTheCount) {
+TEST(BoundedString, ReadsNoFurtherThanTheCount) {
   const std::vector<char> unterminated{'a', 'b', 'c'};
   char destination[8];
   EXPECT_EQ(strncpy_s(destination, sizeof destination, unterminated.data(), unterminated.size()), 0);
   EXPECT_STREQ(destination, "abc");
 }
 
-TEST(BoundedText, EmptiesTheDestinationOfANullSource) {
+TEST(BoundedString, EmptiesTheDestinationOfANullSource) {
   char destination[4] = "xyz";
   EXPECT_EQ(strncpy_s(destination, sizeof destination, nullptr, 3), EINVAL);
   EXPECT_STREQ(destination, "");

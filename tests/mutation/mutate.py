@@ -42,7 +42,7 @@ Mutant = collections.namedtuple("Mutant", "file start end text")
 
 
 def masked(code):
-    """The code with comments, strings and characters blanked out, every offset kept."""
+    """The code with comments, strings and characters masked, every offset kept."""
     pattern = re.compile(r"//[^\n]*|/\*.*?\*/|\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])'", re.S)
     return pattern.sub(lambda match: re.sub(r"[^\n]", "\x01", match.group()), code)
 

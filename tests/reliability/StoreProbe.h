@@ -10,7 +10,7 @@ inline const std::string kLongName = "a configuration name of more than fifteen 
 inline const std::string kOldText = "the value that was stored before, at some length";
 inline const std::string kNewText = "the value that is to be stored now, at some length";
 
-/// The text stored under the name; "" when there is none.
+/// The string stored under the name; "" when there is none.
 std::string StoredText(kalStore::IKalConfig& store, kalStore::KalConfigGroup group, const std::string& name);
 
 /// The store's count of subscriptions and bindings, as its trace lines say it. Uses the trace sink and one

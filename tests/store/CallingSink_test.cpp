@@ -10,7 +10,7 @@
 namespace kalStore {
 namespace {
 
-/// Calls a function from each line that contains a text, but not from lines that the function itself causes.
+/// Calls a function from each line that contains a string, but not from lines that the function causes.
 class CallingSink {
  public:
   CallingSink(const char* part, std::function<void()> function)

@@ -90,7 +90,7 @@ class StoreTest : public ::testing::Test {
     return m_store.SetKalConfig(kAudio, name, std::move(value), force, transient);
   }
   std::string Get(const char* name) { return Get(kAudio, name); }
-  /// The stored text, or "(none)".
+  /// The stored string, or "(none)".
   std::string Get(KalConfigGroup group, const char* name) {
     ConfigData value;
     return m_store.GetKalConfig(group, name, value) == kResultOk ? value.ToCstr() : "(none)";

@@ -7,7 +7,7 @@
 
 #include "Program.h"
 
-TEST(Printable, KeepsWellFormedTextAndEscapesTheRest) {
+TEST(Printable, KeepsWellFormedUtf8AndEscapesTheRest) {
   const std::tuple<std::string, std::string> texts[] = {
       {"plain", "plain"},
       {"\xc3\xa9 \xe2\x82\xac \xf0\x9f\x8e\xa7", "\xc3\xa9 \xe2\x82\xac \xf0\x9f\x8e\xa7"},

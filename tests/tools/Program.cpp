@@ -71,7 +71,7 @@ Pipe OpenPipe() {
 }
 
 // Appends what the program writes to a terminal that nobody else writes to any more: all of it, or up to the
-// awaited text.
+// awaited string.
 void ReadTerminal(int terminal, std::string& text, const std::string& awaited = "") {
   char chunk[4096];
   while (awaited.empty() || text.find(awaited) == std::string::npos) {

@@ -35,7 +35,7 @@ class Program {
   Program& Input(std::string text);
   /// The same, but it arrives through a pipe, after a while.
   Program& LateInput(std::string text, std::chrono::milliseconds delay);
-  /// The same, once standard error, which must be a terminal, has shown a text.
+  /// The same, once standard error, which must be a terminal, has shown a string.
   Program& InputOnceShown(std::string text, std::string shown);
   Program& To(Output output);
   /// Starts the program with a descriptor closed: 0, 1 or 2.

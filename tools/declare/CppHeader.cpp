@@ -64,7 +64,7 @@ std::string CommentLine(std::string line) {
   return line.empty() ? "//\n" : "// " + line + "\n";
 }
 
-// The lines of a text, each wrapped.
+// The lines of a string, each wrapped.
 std::string Comment(std::string_view text) {
   std::string comment;
   while (!text.empty()) {

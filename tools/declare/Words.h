@@ -11,7 +11,7 @@ namespace declare {
 
 // What the outputs say of a setting alike.
 
-/// The words of a text, without the spaces between them.
+/// The words of a string, without the spaces between them.
 std::vector<std::string> Words(std::string_view text);
 
 std::string Joined(const std::vector<std::string>& texts, std::string_view separator);

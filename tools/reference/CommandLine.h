@@ -49,5 +49,5 @@ Values ValuesOf(const Parameter& parameter);
 
 std::string Joined(const std::vector<std::string>& words);
 
-/// The text inside single quotes, as a shell reads it back.
+/// The string inside single quotes, as a shell reads it back.
 std::string ShellQuoted(const std::string& text);

@@ -13,7 +13,7 @@ std::string Upper(std::string text) {
   return text;
 }
 
-// A text that troff prints as it is, wherever it is.
+// A string that troff prints as it is, wherever it is.
 std::string Literal(const std::string& text) {
   std::string out;
   for (const char letter : text) {

@@ -5,7 +5,7 @@
 
 namespace {
 
-// A text inside an argument of _arguments, where colons and brackets part it.
+// A string inside an argument of _arguments, where colons and brackets part it.
 std::string Escaped(const std::string& text) {
   std::string out;
   for (const char letter : text) {

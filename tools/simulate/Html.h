@@ -6,8 +6,8 @@
 
 namespace simulate {
 
-/// The text as an HTML document can have it, between tags and in quoted attributes: what no page can show
-/// is escaped as Printable() does, and a text of more than 400 bytes is cut.
+/// The string as an HTML document can have it, between tags and in quoted attributes: what no page can show
+/// is escaped as Printable() does, and a string of more than 400 bytes is cut.
 std::string HtmlText(std::string_view text);
 
 }  // namespace simulate

@@ -81,7 +81,7 @@ TEST(NumberPattern, MatchesTheNumbersThatATypedReadTakes) {
     const std::optional<int> read = kalStore::ReadAs<int>(value);
     EXPECT_EQ(std::regex_search(text, notNegative), read && *read >= 0) << '"' << text << '"';
     EXPECT_EQ(std::regex_search(text, flag), kalStore::ReadAs<bool>(value).has_value()) << '"' << text << '"';
-    if (std::string(text) == "1e400") continue;  // Out of a double's range, which no pattern tells.
+    if (std::string(text) == "1e400") continue;  // Out of a double's range, which no pattern shows.
     EXPECT_EQ(std::regex_search(text, number), kalStore::ReadAs<double>(value).has_value())
         << '"' << text << '"';
   }

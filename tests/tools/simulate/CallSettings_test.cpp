@@ -85,7 +85,7 @@ TEST_F(CallSettingsTest, CountsASetOfTheSameValueAsUnchanged) {
   EXPECT_EQ(ledger.Missing(), 0U);
 }
 
-TEST_F(CallSettingsTest, GivesTheDefaultWhereTheTextIsNoSuchValue) {
+TEST_F(CallSettingsTest, GivesTheDefaultWhereTheStringIsNoSuchValue) {
   settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
   settings.Join(kCallId);
   store->SetKalConfig(kBitrate.Group(), kBitrate.Name(), "soon", false, false);

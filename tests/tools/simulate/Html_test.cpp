@@ -9,19 +9,19 @@ namespace {
 
 using simulate::HtmlText;
 
-TEST(Html, LetsNoTextBecomeMarkup) {
+TEST(Html, LetsNoStringBecomeMarkup) {
   EXPECT_EQ(HtmlText("a<b>&\"c\"'d'"), "a&lt;b&gt;&amp;&quot;c&quot;&#39;d&#39;");
   EXPECT_EQ(HtmlText("&amp;"), "&amp;amp;");
   EXPECT_EQ(HtmlText(""), "");
 }
 
-TEST(Html, EscapesWhatIsNoText) {
+TEST(Html, EscapesWhatIsNoUtf8) {
   EXPECT_EQ(HtmlText("\xff<"), "\\u00ff&lt;");
   EXPECT_EQ(HtmlText(std::string("\0\n", 2)), "\\u0000\\n");
   EXPECT_EQ(HtmlText("µs\u202f"), "µs\u202f");
 }
 
-TEST(Html, CutsALongTextBetweenCharacters) {
+TEST(Html, CutsALongStringBetweenCharacters) {
   EXPECT_EQ(HtmlText(std::string(400, 'x')), std::string(400, 'x'));
   EXPECT_EQ(HtmlText(std::string(401, 'x')), std::string(400, 'x') + "\u2026 (401 bytes)");
   for (const char* letter : {"\u00e9", "\u20ac", "\U0001F600"}) {
@@ -31,7 +31,7 @@ TEST(Html, CutsALongTextBetweenCharacters) {
   }
 }
 
-TEST(Html, CutsALongTextOfContinuationBytesToo) {
+TEST(Html, CutsALongStringOfContinuationBytesToo) {
   const std::string text(500, '\x80');
   const std::string shown = HtmlText(text);
   EXPECT_EQ(shown.find("\\u0080"), 0U);
