@@ -86,7 +86,11 @@ class TESSEL_API CKalTessel {
   using Entry = std::pair<const Key, void*>;
 
   Entry* find(const Key& key) TESSEL_LOCKING(requires_capability(m_mutex));
-  void* registerEntity(KalTesselEntityType type, std::uint32_t callId)
+  [[gnu::visibility("hidden")]] void* createOrGet(KalTesselEntityType type, std::uint32_t callId,
+                                                  const void* caller);
+  [[gnu::visibility("hidden")]] int release(KalTesselEntityType type, std::uint32_t callId, void* entity,
+                                            const void* caller);
+  void* registerEntity(KalTesselEntityType type, std::uint32_t callId, const void* caller)
       TESSEL_LOCKING(requires_capability(m_mutex));
   void forgetAll();
 

@@ -19,6 +19,7 @@ namespace kalStore {
 namespace internal {
 class LiveRegistration;
 class LiveRegistrations;
+struct JournalEntry;
 }  // namespace internal
 
 /// The store of one call. Obtain it with CreateKalConfig() and use it through IKalConfig.
@@ -67,18 +68,32 @@ class TESSEL_API KalConfig : public IKalConfig {
   ObserverMgr& observersOf(KalConfigGroup group) { return m_observerMgrs[static_cast<std::size_t>(group)]; }
 
   // Registration (KalConfigSubscriptions.cpp).
-  SubscribeId_t subscribeConfig(KalConfigGroup group, const char* name, ConfigEventHandler::Ptr handlerPtr,
-                                ACmThread* pRunThread, bool bAsync);
-  SubscribeId_t bindConfig(KalConfigGroup group, const char* name, ConfigEventHandler::Ptr handlerPtr);
+  [[gnu::visibility("hidden")]] SubscribeId_t subscribeConfig(KalConfigGroup group, const char* name,
+                                                              ConfigEventHandler::Ptr handlerPtr,
+                                                              ACmThread* pRunThread, bool bAsync,
+                                                              const void* caller);
+  [[gnu::visibility("hidden")]] SubscribeId_t bindConfig(KalConfigGroup group, const char* name,
+                                                         ConfigEventHandler::Ptr handlerPtr,
+                                                         const void* caller);
   void registerId(const ConfigEventHandler::Ptr& handlerPtr, int assertionLine);
-  void withdraw(const ConfigEventHandler::Ptr& handlerPtr);
-  std::int32_t unsubscribeConfig(KalConfigGroup group, const char* name, ConfigEventHandler::Ptr handlerPtr);
+  [[gnu::visibility("hidden")]] void withdraw(const ConfigEventHandler::Ptr& handlerPtr, const void* caller);
+  [[gnu::visibility("hidden")]] std::int32_t unsubscribeConfig(KalConfigGroup group, const char* name,
+                                                               const ConfigEventHandler::Ptr& handlerPtr,
+                                                               const void* caller);
 
   // Delivery (KalConfigDelivery.cpp).
   std::int32_t fireEvents(ObserverMgr& observers, const char* name, ConfigValue&& oldValue,
                           ConfigValue&& newValue, KalConfigGroup group, bool bForceNotify);
   std::int32_t invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
                            ConfigValue&& defaultValue, KalConfigGroup group);
+  // The same with events in the journal. `set` has what SetKalConfig() knows.
+  [[gnu::visibility("hidden")]] std::int32_t fireInJournal(ObserverMgr& observers,
+                                                           internal::JournalEntry& set,
+                                                           ConfigValue&& oldValue, ConfigValue&& newValue,
+                                                           bool bForceNotify);
+  [[gnu::visibility("hidden")]] std::int32_t invokeInJournal(const void* caller, const char* name,
+                                                             ConfigValue& value, ConfigValue&& defaultValue,
+                                                             KalConfigGroup group);
 
   const std::uint32_t m_callId;
   std::string m_dumpText TESSEL_LOCKING(guarded_by(m_dumpLock));

@@ -372,6 +372,9 @@ class TESSEL_API KalConfigHelper {
     return false;
   }
   void reportNoGroup(const char* label, const char* failure) const;
+  [[gnu::visibility("hidden")]] std::int32_t getDynamicConfig(const char* szConfigName, ConfigData& value,
+                                                              KalConfigGroup group, ConfigData&& defaultValue,
+                                                              const void* caller);
 
   // Constant after construction.
   const std::unique_ptr<detail::Mutex<std::recursive_mutex>> m_pConfigLock;  // Guards binding.

@@ -124,7 +124,7 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   /// assert(subscription && first == 0 && second == 15);
   /// @endcode
   Subscription& operator=(Subscription&& other) noexcept(false);
-  ~Subscription() = default;
+  ~Subscription();
 
   /// @return Whether it is not empty.
   explicit operator bool() const;
@@ -151,7 +151,7 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
 
   /// Removes the subscription; waits as described above.
   /// @invalidates What the callback captured by reference may go, unless the wait gave up.
-  void Remove() { m_registration.reset(); }
+  void Remove();
 
  private:
   Subscription(ConfigRef store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <optional>
+
 #include "documents/GroupOrder.h"
+#include "documents/ImportJournal.h"
 #include "documents/SettingsReader.h"
 #include "tessel/KalConfig.h"
 #include "trace/TraceLine.h"
@@ -12,21 +15,31 @@ using namespace internal;
 // it, as by dumping the store whose dump is imported.
 std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
   if (szJsonConfig == nullptr) return kResultNotFound;
-  SettingsReader reader(szJsonConfig, SettingsReader::Findings::kNone);
+  const bool isInJournal = JournalIsOn();
+  SettingsReader reader(szJsonConfig,
+                        isInJournal ? SettingsReader::Findings::kPlaces : SettingsReader::Findings::kNone);
   const bool isRead = reader.Read();
+  std::optional<ImportJournal> journal;
+  if (isInJournal) journal.emplace(__builtin_return_address(0), m_callId, szJsonConfig, reader);
   TESSEL_TRACE(2, "kalStore::KalConfig::ApplyKalConfigs",
                Cid{m_callId} << "szJsonConfig=" << szJsonConfig << This{this});
 
-  if (!isRead) return kResultNotFound;
+  if (!isRead) {
+    if (journal) journal->End(kResultNotFound);
+    return kResultNotFound;
+  }
   for (const KalConfigGroup group : GroupsByName()) {
     // Goes with the group, so that the lists and what the store makes of them never take their memory
     // together.
     const EntryList entries = std::move(reader.Group(group).entries);
     for (std::size_t index = 0; index < entries.size(); ++index) {
       const auto [name, value] = entries[index];
+      if (journal) [[unlikely]]
+        journal->BeginSet(group, index);
       SetKalConfig(group, name, ConfigData(std::string(value)), false, false);
     }
   }
+  if (journal) journal->End(kResultOk);
   return kResultOk;
 }
 

@@ -15,7 +15,8 @@ std::string ElementPath(KalConfigGroup group, std::size_t index) {
 SettingsReader::SettingsReader(std::string_view text, Findings findings)
     : m_text(text.substr(0, text.find('\0'))),
       m_endsAtZero(m_text.size() != text.size()),
-      m_finds(findings == Findings::kAll) {}
+      m_finds(findings == Findings::kAll),
+      m_findsPlaces(findings != Findings::kNone) {}
 
 bool SettingsReader::Read() {
   EventReader reader(m_text, *this);
@@ -187,7 +188,7 @@ void SettingsReader::endEntry() {
     return;
   }
   group().entries.Append(m_parts[0].string, m_parts[1].string);
-  if (m_finds) group().origins.push_back({element, m_parts[0].value, m_parts[1].value});
+  if (m_findsPlaces) group().origins.push_back({element, m_parts[0].value, m_parts[1].value});
 }
 
 void SettingsReader::findExpected(std::vector<SettingsFinding>& findings, SettingsProblem problem,

@@ -17,7 +17,7 @@ namespace kalStore::internal {
 /// "Audio[3]": what findings call an element of a group.
 std::string ElementPath(KalConfigGroup group, std::size_t index);
 
-/// What the last member of a group's name has. Without findings, only the entries are kept.
+/// What the last member of a group's name has. Without findings, only the entries are kept, and their origins if asked for.
 struct SettingsGroup {
   /// Where an entry comes from.
   struct Origin {
@@ -38,7 +38,11 @@ struct SettingsGroup {
 /// It is the handler of an EventReader. The text must outlive it; the entries are copies.
 class SettingsReader {
  public:
-  enum class Findings { kNone, kAll };
+  enum class Findings {
+    kNone,
+    kPlaces,  ///< none, but where each entry comes from
+    kAll,
+  };
 
   SettingsReader(std::string_view text, Findings findings);
 
@@ -91,6 +95,7 @@ class SettingsReader {
   const std::string_view m_text;
   const bool m_endsAtZero;
   const bool m_finds;
+  const bool m_findsPlaces;
   const char* m_faultPlace = nullptr;
   const char* m_faultReason = nullptr;
   const char* m_noObject = nullptr;  // The place of the document's value when it is no object.

@@ -3,6 +3,7 @@
 
 #include "facade/Check.h"
 #include "facade/KalConfigObserverHelper.h"
+#include "journal/JournalSource.h"
 #include "store/SessionGroup.h"
 #include "tessel/KalConfigRegistry.h"
 #include "trace/TraceLine.h"
@@ -17,10 +18,12 @@ KalConfigHelper::KalConfigHelper()
 
 // What throws here finds a constructed object, so that the destructor releases the store.
 KalConfigHelper::KalConfigHelper(std::uint32_t callId) : KalConfigHelper() {
+  const CallerScope caller(__builtin_return_address(0));
   if (callId != kNoCallId) createKalConfig(callId);
 }
 
 KalConfigHelper::~KalConfigHelper() {
+  const CallerScope caller(__builtin_return_address(0));
   // Callbacks that run to their end meanwhile still find the store here.
   IKalConfig* const pStore = m_pIKalConfig;
   try {
@@ -37,12 +40,14 @@ KalConfigHelper::~KalConfigHelper() {
 }
 
 std::int32_t KalConfigHelper::InitKalConfig(std::uint32_t callId, kal::KalSessionType sessionType) {
+  const CallerScope caller(__builtin_return_address(0));
   const std::int32_t callResult = SetCallId(callId);
   const std::int32_t sessionResult = SetKalSessionType(sessionType);
   return callResult == kResultOk && sessionResult == kResultOk ? kResultOk : kResultNotFound;
 }
 
 std::int32_t KalConfigHelper::SetCallId(std::uint32_t callId) {
+  const CallerScope caller(__builtin_return_address(0));
   if (!Check(m_pConfigLock != nullptr, "m_pConfigLock != nullptr", 1246)) return kResultNotFound;
   {
     const detail::Lock lock(*m_pConfigLock);

@@ -3,6 +3,7 @@
 
 #include "facade/Check.h"
 #include "facade/KalConfigObserverHelper.h"
+#include "journal/JournalSource.h"
 #include "tessel/KalConfigHelper.h"
 
 // None of these needs the store: what is asked for before there is one is recorded.
@@ -13,6 +14,7 @@ using namespace internal;
 
 SubscribeId_t KalConfigHelper::SubscribeConfig(const char* szConfigName, fnConfigChangedCallBack cb,
                                                KalConfigGroup group, ACmThread* thread, bool async) {
+  const CallerScope caller(__builtin_return_address(0));
   const auto record = makeRecord(szConfigName, std::move(cb), group, thread, async);
   return record == nullptr ? 0 : m_pObserverHelper->File(record).value_or(0);
 }
@@ -30,6 +32,7 @@ std::shared_ptr<ObserverRecord> KalConfigHelper::makeRecord(const char* szConfig
 
 SubscribeId_t KalConfigHelper::BindConfig(const char* szConfigName, fnConfigInvokeCallBack cb,
                                           KalConfigGroup group) {
+  const CallerScope caller(__builtin_return_address(0));
   if (!Check(m_pObserverHelper != nullptr && szConfigName != nullptr,
              "(m_pObserverHelper != NULL) && (szConfigName != NULL)")) {
     return 0;
@@ -39,11 +42,13 @@ SubscribeId_t KalConfigHelper::BindConfig(const char* szConfigName, fnConfigInvo
 }
 
 std::int32_t KalConfigHelper::UnsubscribeConfig(SubscribeId_t id) {
+  const CallerScope caller(__builtin_return_address(0));
   if (!Check(m_pObserverHelper != nullptr, "m_pObserverHelper != NULL")) return kResultBadArgument;
   return m_pObserverHelper->UnsubscribeConfig(id);
 }
 
 std::int32_t KalConfigHelper::UnsubscribeConfig(const char* szConfigName, KalConfigGroup group) {
+  const CallerScope caller(__builtin_return_address(0));
   if (!Check(m_pObserverHelper != nullptr, "m_pObserverHelper != NULL")) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::UnsubscribeConfig", kNoGroup)) return kResultNotFound;
   return m_pObserverHelper->UnsubscribeConfig(szConfigName, group);

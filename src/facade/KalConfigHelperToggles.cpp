@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "facade/KalConfigObserverHelper.h"
+#include "journal/JournalSource.h"
 #include "store/FeatureToggleKeys.h"
 #include "tessel/KalConfigHelper.h"
 
@@ -10,6 +11,7 @@ namespace kalStore {
 using namespace internal;
 
 std::int32_t KalConfigHelper::SetFeatureToggle(KalFeatureToggleID id, ConfigData value) {
+  const CallerScope caller(__builtin_return_address(0));
   return SetKalConfig(FeatureToggleKey(id), std::move(value), KAL_CONFIG_GROUP_FEATURE, false, false);
 }
 
@@ -22,15 +24,18 @@ bool KalConfigHelper::HaveFeatureToggle(KalFeatureToggleID id) {
 }
 
 std::int32_t KalConfigHelper::RemoveFeatureToggle(KalFeatureToggleID id) {
+  const CallerScope caller(__builtin_return_address(0));
   return RemoveKalConfig(FeatureToggleKey(id), KAL_CONFIG_GROUP_FEATURE);
 }
 
 SubscribeId_t KalConfigHelper::SubscribeFeatureToggle(KalFeatureToggleID id, fnConfigChangedCallBack cb,
                                                       ACmThread* thread, bool async) {
+  const CallerScope caller(__builtin_return_address(0));
   return SubscribeConfig(FeatureToggleKey(id), std::move(cb), KAL_CONFIG_GROUP_FEATURE, thread, async);
 }
 
 std::int32_t KalConfigHelper::UnsubscribeFeatureToggle(KalFeatureToggleID id) {
+  const CallerScope caller(__builtin_return_address(0));
   return UnsubscribeConfig(FeatureToggleKey(id), KAL_CONFIG_GROUP_FEATURE);
 }
 

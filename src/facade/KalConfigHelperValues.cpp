@@ -3,6 +3,7 @@
 
 #include "facade/Check.h"
 #include "facade/KalConfigObserverHelper.h"
+#include "journal/JournalSource.h"
 #include "store/SessionGroup.h"
 #include "tessel/KalConfigHelper.h"
 
@@ -32,11 +33,14 @@ std::int32_t KalConfigHelper::SetKalConfig(const char* szConfigName, ConfigData 
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::SetKalConfig", kNoGroup)) return kResultNotFound;
+  if (JournalIsOn()) [[unlikely]]
+    PassCaller(__builtin_return_address(0));
   return pStore->SetKalConfig(group, szConfigName, std::move(value), bForceNotify, bTransient);
 }
 
 std::int32_t KalConfigHelper::SetKalConfig(kal::KalSessionType sessionType, const char* szConfigName,
                                            ConfigData value, bool bForceNotify, bool bTransient) {
+  const CallerScope caller(__builtin_return_address(0));
   return SetKalConfig(szConfigName, std::move(value), GroupOfSessionType(sessionType), bForceNotify,
                       bTransient);
 }
@@ -69,18 +73,26 @@ bool KalConfigHelper::HaveKalConfig(const char* szConfigName, KalConfigGroup gro
   return GetKalConfig(szConfigName, scratch, group) == kResultOk;
 }
 
-std::int32_t KalConfigHelper::GetDynamicConfig(const char* szConfigName, ConfigData& value,
-                                               KalConfigGroup group, ConfigData defaultValue) {
+inline std::int32_t KalConfigHelper::getDynamicConfig(const char* szConfigName, ConfigData& value,
+                                                      KalConfigGroup group, ConfigData&& defaultValue,
+                                                      const void* caller) {
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::GetDynamicConfig", kNoGroup)) return kResultNotFound;
+  if (JournalIsOn()) [[unlikely]]
+    PassCaller(caller);
   return pStore->GetDynamicConfig(group, szConfigName, value, std::move(defaultValue));
+}
+
+std::int32_t KalConfigHelper::GetDynamicConfig(const char* szConfigName, ConfigData& value,
+                                               KalConfigGroup group, ConfigData defaultValue) {
+  return getDynamicConfig(szConfigName, value, group, std::move(defaultValue), __builtin_return_address(0));
 }
 
 ConfigData KalConfigHelper::GetDynamicConfig(const char* szConfigName, KalConfigGroup group,
                                              ConfigData defaultValue) {
   ConfigData value;
-  GetDynamicConfig(szConfigName, value, group, std::move(defaultValue));
+  getDynamicConfig(szConfigName, value, group, std::move(defaultValue), __builtin_return_address(0));
   return value;  // A failed read leaves it empty.
 }
 
@@ -88,6 +100,8 @@ std::int32_t KalConfigHelper::RemoveKalConfig(const char* szConfigName, KalConfi
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfig", kNoGroup)) return kResultNotFound;
+  if (JournalIsOn()) [[unlikely]]
+    PassCaller(__builtin_return_address(0));
   return pStore->RemoveKalConfig(group, szConfigName);
 }
 
@@ -96,6 +110,8 @@ std::int32_t KalConfigHelper::RemoveKalConfigByGroup(KalConfigGroup group) {
   if (!CheckStore(pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfigByGroup", kNoGroup))
     return kResultNotFound;
+  if (JournalIsOn()) [[unlikely]]
+    PassCaller(__builtin_return_address(0));
   return pStore->RemoveKalConfigByGroup(group);
 }
 
@@ -111,6 +127,8 @@ std::int32_t KalConfigHelper::ApplyKalConfigs(const char* szJsonConfig) {
              "(szJsonConfig != NULL) && (m_pIKalConfig != NULL)")) {
     return kResultBadArgument;
   }
+  if (JournalIsOn()) [[unlikely]]
+    PassCaller(__builtin_return_address(0));
   return pStore->ApplyKalConfigs(szJsonConfig);
 }
 

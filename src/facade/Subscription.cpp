@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "facade/ConfigRegistration.h"
+#include "journal/JournalSource.h"
 
 namespace kalStore {
 
@@ -28,6 +29,7 @@ Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* na
 Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* name,
                            fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync,
                            std::optional<ConfigExecutor> executor) {
+  const CallerScope caller(__builtin_return_address(0));
   if (store.m_facade != nullptr) {
     m_registration = std::make_shared<FacadeRegistration>(*store.m_facade, group, name, std::move(fn),
                                                           pRunThread, bAsync, std::move(executor));
@@ -40,6 +42,7 @@ Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* na
 
 Subscription& Subscription::operator=(Subscription&& other) noexcept(false) {
   if (this == &other) return *this;
+  const CallerScope caller(__builtin_return_address(0));
   // Held here too: what the callback of the old one captured may own this object, which then ends with it.
   const std::shared_ptr<ConfigRegistration> assigned = std::move(other.m_registration);
   std::shared_ptr<ConfigRegistration> old = std::exchange(m_registration, assigned);
@@ -54,6 +57,16 @@ Subscription& Subscription::operator=(Subscription&& other) noexcept(false) {
   }
   if (!assigned->IsMade()) assigned->GiveUp();
   return *this;
+}
+
+Subscription::~Subscription() {
+  const CallerScope caller(__builtin_return_address(0));
+  m_registration.reset();
+}
+
+void Subscription::Remove() {
+  const CallerScope caller(__builtin_return_address(0));
+  m_registration.reset();
 }
 
 Subscription::operator bool() const {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <memory>
 
+#include "journal/JournalSource.h"
 #include "statistics/ProcessRegistry.h"
 #include "tessel/KalContentAudioStatisticInfo.h"
 #include "tessel/KalContentVideoStatisticInfo.h"
@@ -122,6 +123,13 @@ bool IsEnding(KalTesselEntityType type, void* entity) {
   line.Emit();
 }
 
+[[gnu::noinline, gnu::cold]] void WriteStatistics(JournalKind kind, KalTesselEntityType type,
+                                                  std::uint32_t callId, std::uint32_t count,
+                                                  const void* caller) {
+  WriteJournal(
+      {.kind = kind, .callId = callId, .source = TakeSource(caller), .entityType = type, .count = count});
+}
+
 }  // namespace
 
 inline CKalTessel::Entry* CKalTessel::find(const Key& key) {
@@ -152,6 +160,7 @@ Registration::~Registration() {
       if (registry == &kalTesselInstant) g_found = nullptr;
       registry->m_entities.erase({m_type, m_callId});
     }
+    if (JournalIsOn()) WriteStatistics(JournalKind::kStatisticsEnded, m_type, m_callId, 0, nullptr);
   }
   if (g_ending.fetch_sub(1) == 1) g_ending.notify_all();
 }
@@ -171,26 +180,39 @@ void CKalTessel::forgetAll() {
   m_entities.clear();
 }
 
-void* CKalTessel::createOrGetTesselEntity(KalTesselEntityType type, std::uint32_t callId) {
+inline void* CKalTessel::createOrGet(KalTesselEntityType type, std::uint32_t callId, const void* caller) {
   const Guard guard(m_mutex);
   const Entry* const entry = find({type, callId});
   void* entity = entry != nullptr ? entry->second : nullptr;
   // An object whose last reference is gone is ending on another thread, which waits for the lock.
   if (entity == nullptr || !EntityParts::Of(type, entity).references.AddReferenceUnlessZero())
-    entity = registerEntity(type, callId);
+    entity = registerEntity(type, callId, caller);
   if (IsTraced(2)) [[unlikely]]
     TraceCreated(this, type, callId, entity);
   return entity;
 }
 
+void* CKalTessel::createOrGetTesselEntity(KalTesselEntityType type, std::uint32_t callId) {
+  return createOrGet(type, callId, __builtin_return_address(0));
+}
+
+inline void* internal::ProcessRegistry::CreateOrGet(KalTesselEntityType type, std::uint32_t callId,
+                                                    const void* caller) {
+  return Get().createOrGet(type, callId, caller);
+}
+
 int createTesselEntity(KalTesselEntityType type, std::uint32_t callId, void** out) {
   if (out == nullptr) return kResultNotFound;
   *out = nullptr;
-  *out = ProcessRegistry::Get().createOrGetTesselEntity(type, callId);
+  *out = ProcessRegistry::CreateOrGet(type, callId, __builtin_return_address(0));
   return *out == nullptr ? kResultNotFound : kResultOk;
 }
 
 int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
+  return release(type, callId, entity, __builtin_return_address(0));
+}
+
+int CKalTessel::release(KalTesselEntityType type, std::uint32_t callId, void* entity, const void* caller) {
   const Guard guard(m_mutex);
   if (entity == nullptr) return -1;
   const Entry* const entry = find({type, callId});
@@ -202,6 +224,8 @@ int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t call
   void* const registered = entry->second;
   // At 0 the object ends here and takes its entry with it.
   const std::uint32_t count = EntityParts::Of(type, registered).references.ReleaseReference();
+  if (JournalIsOn()) [[unlikely]]
+    WriteStatistics(JournalKind::kStatisticsReleased, type, callId, count, caller);
   if (IsTraced(2)) [[unlikely]]
     TraceReleased(this, type, callId, entity, registered, count);
   return static_cast<int>(count);
@@ -214,7 +238,8 @@ bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t c
 }
 
 // Out of line: making an object is the rare case.
-[[gnu::noinline]] void* CKalTessel::registerEntity(KalTesselEntityType type, std::uint32_t callId) {
+[[gnu::noinline]] void* CKalTessel::registerEntity(KalTesselEntityType type, std::uint32_t callId,
+                                                   const void* caller) {
   std::unique_ptr<IKalMediaInfo> object = MakeEntity(type, callId);
   if (object == nullptr) return nullptr;
   void*& entity = m_entities[{type, callId}];
@@ -223,6 +248,7 @@ bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t c
   const EntityParts parts = EntityParts::Of(type, entity);
   parts.registration.Enter(*this, type, callId);
   parts.references.AddReference();
+  if (JournalIsOn()) WriteStatistics(JournalKind::kStatisticsMade, type, callId, 1, caller);
   return entity;
 }
 

@@ -22,6 +22,11 @@ CKalTessel& ProcessRegistry::Get() {
   return kalTesselInstant;
 }
 
+int ProcessRegistry::Release(KalTesselEntityType type, std::uint32_t callId, void* entity,
+                             const void* caller) {
+  return Get().release(type, callId, entity, caller);
+}
+
 ProcessRegistry::ProcessRegistry() {
   new (&kalTesselInstant) CKalTessel;
 }

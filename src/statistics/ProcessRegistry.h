@@ -12,6 +12,10 @@ class ProcessRegistry {
  public:
   static CKalTessel& Get();
 
+  // The entry points' operations, for their callers.
+  static void* CreateOrGet(KalTesselEntityType type, std::uint32_t callId, const void* caller);
+  static int Release(KalTesselEntityType type, std::uint32_t callId, void* entity, const void* caller);
+
  private:
   ProcessRegistry();
   ~ProcessRegistry();

@@ -6,7 +6,7 @@ namespace kalStore {
 
 int releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
   if (entity == nullptr) return -1;
-  return internal::ProcessRegistry::Get().releaseTesselEntity(type, callId, entity);
+  return internal::ProcessRegistry::Release(type, callId, entity, __builtin_return_address(0));
 }
 
 }  // namespace kalStore

@@ -15,7 +15,7 @@ class CSwitchThreadEvent : public ICmEvent {
   /// Calls the callback, if there is one; returns 0.
   int OnEventFire() override;
 
- private:
+ protected:
   ~CSwitchThreadEvent() override;
 
   const KalConfigEvent m_event;

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "store/CSwitchThreadEvent.h"
+#include "store/DeliveryJournal.h"
 #include "store/WaitClock.h"
 #include "trace/TraceLine.h"
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr unsigned int kPostPriority = 128;
 constexpr long kSlowMs = 100;
+constexpr const char* kNotify = "kalStore::ConfigEventHandler::Notify";
 
 // Raises a handler's call level while it lives.
 class CallLevel {
@@ -56,28 +58,59 @@ void RunCallback(const char* label, ConfigEventHandler& handler, const KalConfig
   }
 }
 
-// Calls, posts or hands over, as the subscription asks for.
-void Deliver(ConfigEventHandler& handler, const KalConfigEvent& event) {
+// Calls, posts or hands over, as the subscription asks for: `call` calls, and `make` makes what takes the event to
+// another thread.
+template <class Call, class Make>
+JournalWay Deliver(ConfigEventHandler& handler, Call call, Make make) {
   ACmThread* const thread = handler.m_pRunThread;
   if (thread == nullptr) {
-    handler.m_fnNotify(event);
+    call();
   } else if (ICmEventQueue* const queue = thread->GetEventQueue(); queue == nullptr) {
     TESSEL_TRACE(0, "kalStore::ConfigEventHandler::Notify",
                  ", m_pRunThread=" << static_cast<void*>(thread) << ", EventQueue == NULL" << This{&handler});
+    return JournalWay::kDropped;
   } else if (handler.m_bAsync) {
-    queue->PostEvent(new CSwitchThreadEvent(event, handler.m_fnNotify), kPostPriority, 0);
+    queue->PostEvent(make(JournalWay::kPosted), kPostPriority, 0);
+    return JournalWay::kPosted;
   } else if (thread->GetThreadId() == GetThreadSelfId()) {
-    handler.m_fnNotify(event);
+    call();
   } else {
-    queue->SendEvent(new CSwitchThreadEvent(event, handler.m_fnNotify), 0);
+    queue->SendEvent(make(JournalWay::kHandedOver), 0);
+    return JournalWay::kHandedOver;
   }
+  return JournalWay::kDirect;
 }
 
 }  // namespace
 
 bool ConfigEventHandler::Notify(const KalConfigEvent& event) {
   if (!m_fnNotify) return false;
-  RunCallback("kalStore::ConfigEventHandler::Notify", *this, event, [&] { Deliver(*this, event); });
+  RunCallback(kNotify, *this, event, [&] {
+    Deliver(
+        *this, [&] { m_fnNotify(event); },
+        [&](JournalWay) { return new CSwitchThreadEvent(event, m_fnNotify); });
+  });
+  return true;
+}
+
+bool internal::NotifyInJournal(ConfigEventHandler& handler, const KalConfigEvent& event,
+                               ChangeInJournal& change) {
+  if (!handler.m_fnNotify) return false;
+  RunCallback(kNotify, handler, event, [&] {
+    const JournalWay way = Deliver(
+        handler,
+        [&] {
+          JournalEntry entry = change.Delivery(handler.m_SubscribeId, event);
+          entry.way = JournalWay::kDirect;
+          change.nowNs = RunInJournal(entry, [&] { handler.m_fnNotify(event); });
+        },
+        [&](JournalWay asked) {
+          return new SwitchEventInJournal(change, handler.m_SubscribeId, asked, event, handler.m_fnNotify);
+        });
+    if (way == JournalWay::kDirect) return;
+    if (way == JournalWay::kDropped) WriteJournal(change.Delivery(handler.m_SubscribeId, event));
+    change.nowNs = JournalNowNs();
+  });
   return true;
 }
 

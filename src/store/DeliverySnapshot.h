@@ -63,6 +63,7 @@ class DeliverySnapshot {
   }
 
   bool IsEmpty() const { return m_handlers.IsEmpty(); }
+  std::size_t Size() const { return m_handlers.Handlers().size(); }
 
   /// Hands the next handler that is not finished to `deliver` and finishes it, whatever `deliver` throws.
   template <class Deliver>

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "journal/JournalSource.h"
 #include "store/LiveRegistrations.h"
 #include "trace/TraceLine.h"
 
@@ -19,6 +20,23 @@ namespace {
 // acquire, with the release in LiveRegistration::Follow(), is for a first follower in another group.
 LiveRegistrations* Followers(const std::atomic<LiveRegistrations*>& live) {
   return live.load(std::memory_order_acquire);
+}
+
+// The event of a set whose outcome is still open.
+JournalEntry EntryOfSet(const void* caller, std::uint32_t callId, KalConfigGroup group, const char* name,
+                        bool bTransient) {
+  return {.kind = bTransient ? JournalKind::kTransientSet : JournalKind::kSet,
+          .callId = callId,
+          .source = TakeSource(caller),
+          .timeNs = JournalNowNs(),
+          .group = group,
+          .name = name};
+}
+
+[[gnu::noinline, gnu::cold]] void WriteRefusedSet(JournalEntry set, const ConfigData& value) {
+  set.newValue = &value;
+  set.result = kResultBadArgument;
+  WriteJournal(set);
 }
 
 }  // namespace
@@ -38,17 +56,23 @@ KalConfig::~KalConfig() {
 
 std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,
                                      bool bForceNotify, bool bTransient) {
+  const void* const caller = __builtin_return_address(0);
   if (!IsConfigGroup(group) || name == nullptr || !value.IsValid()) {
+    if (JournalIsOn()) WriteRefusedSet(EntryOfSet(caller, m_callId, group, name, bTransient), value);
     TESSEL_TRACE(0, "kalStore::KalConfig::SetKalConfig", "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
-  if (*name == '\0') return kResultBadArgument;
+  if (*name == '\0') {
+    if (JournalIsOn()) WriteRefusedSet(EntryOfSet(caller, m_callId, group, name, bTransient), value);
+    return kResultBadArgument;
+  }
 
   ConfigData previous;
   {
     ConfigMap::Locked values(configsOf(group));
-    const auto position = values->lower_bound(std::string_view(name));
-    const bool isPresent = position != values->end() && position->first == name;
+    const std::string_view key(name);
+    const auto position = values->lower_bound(key);
+    const bool isPresent = position != values->end() && position->first == key;
     if (bTransient) {
       if (isPresent) {
         previous = std::move(position->second);
@@ -68,6 +92,10 @@ std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, Con
     if (LiveRegistrations* const live = Followers(m_live)) [[unlikely]] {
       live->Write(group, name, bTransient ? nullptr : &value);
     }
+  }
+  if (JournalIsOn()) [[unlikely]] {
+    JournalEntry set = EntryOfSet(caller, m_callId, group, name, bTransient);
+    return fireInJournal(observersOf(group), set, std::move(previous), std::move(value), bForceNotify);
   }
   return fireEvents(observersOf(group), name, std::move(previous), std::move(value), group, bForceNotify);
 }
@@ -93,19 +121,31 @@ std::int32_t KalConfig::GetDynamicConfig(KalConfigGroup group, const char* name,
     return kResultBadArgument;
   }
   if (*name == '\0') return kResultBadArgument;
+  if (JournalIsOn()) [[unlikely]] {
+    return invokeInJournal(__builtin_return_address(0), name, value, std::move(defaultValue), group);
+  }
   return invokeEvent(observersOf(group), name, value, std::move(defaultValue), group);
 }
 
 std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) {
   if (!IsConfigGroup(group) || name == nullptr || *name == '\0') return kResultBadArgument;
-  bool erased = false;
+  ConfigMap::Map::node_type removed;
   {
     ConfigMap::Locked values(configsOf(group));
     if (const auto found = values->find(std::string_view(name)); found != values->end()) {
-      values->erase(found);
-      erased = true;
+      removed = values->extract(found);
       if (LiveRegistrations* const live = Followers(m_live)) live->Write(group, name, nullptr);
     }
+  }
+  const bool erased = !removed.empty();
+  if (JournalIsOn()) [[unlikely]] {
+    WriteJournal({.kind = JournalKind::kRemoved,
+                  .callId = m_callId,
+                  .source = TakeSource(__builtin_return_address(0)),
+                  .group = group,
+                  .name = name,
+                  .oldValue = erased ? &removed.mapped() : nullptr,
+                  .count = erased});
   }
   TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfig",
                ", " << name << ", ret=" << erased << Cid{m_callId} << This{this});
@@ -120,6 +160,13 @@ std::int32_t KalConfig::RemoveKalConfigByGroup(KalConfigGroup group) {
     size = values->size();
     values->clear();
     if (LiveRegistrations* const live = Followers(m_live)) live->WriteNothing(group);
+  }
+  if (JournalIsOn()) [[unlikely]] {
+    WriteJournal({.kind = JournalKind::kGroupRemoved,
+                  .callId = m_callId,
+                  .source = TakeSource(__builtin_return_address(0)),
+                  .group = group,
+                  .count = static_cast<std::uint32_t>(size)});
   }
   TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfigByGroup",
                ", size=" << size << Cid{m_callId} << This{this});

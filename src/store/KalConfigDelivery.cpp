@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <exception>
+#include <string_view>
 #include <utility>
 
+#include "store/DeliveryJournal.h"
 #include "store/DeliverySnapshot.h"
 #include "store/SessionGroup.h"
 #include "tessel/KalConfig.h"
@@ -11,16 +13,58 @@ namespace kalStore {
 
 using namespace internal;
 
-std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, ConfigValue&& oldValue,
-                                   ConfigValue&& newValue, KalConfigGroup group, bool bForceNotify) {
+namespace {
+
+// How a change is delivered without the journal.
+struct Plain {
+  void Begin(std::int32_t, std::size_t, const ConfigValue&, const ConfigValue&) {}
+  bool Notify(ConfigEventHandler& handler, const KalConfigEvent& event) { return handler.Notify(event); }
+};
+
+// The same with it.
+class InJournal {
+ public:
+  explicit InJournal(JournalEntry& set)
+      : m_set(set), m_change{set.callId, set.source, set.timeNs, set.timeNs} {
+    // A delivery's event names the set's, which has the place in the document.
+    m_change.source.document = {};
+    m_change.source.line = m_change.source.column = 0;
+  }
+
+  // Writes the set before its first delivery: what the callbacks do comes after it.
+  void Begin(std::int32_t result, std::size_t subscribers, const ConfigValue& oldValue,
+             const ConfigValue& newValue) {
+    m_set.result = result;
+    m_set.count = static_cast<std::uint32_t>(subscribers);
+    m_set.oldValue = &oldValue;
+    m_set.newValue = &newValue;
+    m_change.cause = WriteJournal(m_set);
+  }
+  bool Notify(ConfigEventHandler& handler, const KalConfigEvent& event) {
+    return NotifyInJournal(handler, event, m_change);
+  }
+
+ private:
+  JournalEntry& m_set;
+  ChangeInJournal m_change;
+};
+
+// A callback may end the store: nothing of it is used here. Part of its two callers, so that the set without the journal
+// pays for no further call.
+template <class Delivery>
+[[gnu::always_inline]] inline std::int32_t Fire(Cid cid, This self,
+                                                KalConfigObserverMgr<ConfigEventHandler::Ptr>& observers,
+                                                const char* name, ConfigValue&& oldValue,
+                                                ConfigValue&& newValue, KalConfigGroup group,
+                                                bool bForceNotify, Delivery delivery) {
   if (!IsConfigGroup(group) || name == nullptr) {
-    TESSEL_TRACE(0, "kalStore::KalConfig::fireEvents", "Error parameters" << Cid{m_callId} << This{this});
+    TESSEL_TRACE(0, "kalStore::KalConfig::fireEvents", "Error parameters" << cid << self);
     return kResultBadArgument;
   }
-  if (!bForceNotify && oldValue == newValue) return kResultUnchanged;
-  // A callback may end the store: nothing of it is used once the deliveries have begun.
-  const Cid cid{m_callId};
-  const This self{this};
+  if (!bForceNotify && oldValue == newValue) {
+    delivery.Begin(kResultUnchanged, 0, oldValue, newValue);
+    return kResultUnchanged;
+  }
   TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents",
                ", " << name << ", " << oldValue.ToCstr() << " -> " << newValue.ToCstr()
                     << ", bForceNotify=" << bForceNotify << cid << self);
@@ -32,6 +76,7 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
     for (std::size_t left = snapshot.AnnounceToSubscriptions(observers, name); left > 0; --left) {
       TESSEL_TRACE(1, "kalStore::KalConfig::fireEvents", ", fireEvents Multiple notification" << cid << self);
     }
+    delivery.Begin(snapshot.IsEmpty() ? kResultNobody : kResultOk, snapshot.Size(), oldValue, newValue);
     if (snapshot.IsEmpty()) return kResultNobody;
 
     const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
@@ -40,7 +85,8 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
     std::exception_ptr firstError;
     while (snapshot.HasNext()) {
       try {
-        snapshot.DeliverNext([&](ConfigEventHandler& handler) { notified += handler.Notify(event) ? 1 : 0; });
+        snapshot.DeliverNext(
+            [&](ConfigEventHandler& handler) { notified += delivery.Notify(handler, event) ? 1 : 0; });
       } catch (...) {
         if (!firstError) firstError = std::current_exception();
       }
@@ -50,6 +96,20 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
   if (notified == 0) return kResultNobody;
   TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents", ", nObservers=" << notified << cid << self);
   return kResultOk;
+}
+
+}  // namespace
+
+std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, ConfigValue&& oldValue,
+                                   ConfigValue&& newValue, KalConfigGroup group, bool bForceNotify) {
+  return Fire(Cid{m_callId}, This{this}, observers, name, std::move(oldValue), std::move(newValue), group,
+              bForceNotify, Plain());
+}
+
+std::int32_t KalConfig::fireInJournal(ObserverMgr& observers, JournalEntry& set, ConfigValue&& oldValue,
+                                      ConfigValue&& newValue, bool bForceNotify) {
+  return Fire(Cid{m_callId}, This{this}, observers, set.name, std::move(oldValue), std::move(newValue),
+              set.group, bForceNotify, InJournal(set));
 }
 
 std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
@@ -86,6 +146,24 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
                  ", Bind too much, " << "nCallees=" << callees << cid << self);
   }
   return kResultOk;
+}
+
+std::int32_t KalConfig::invokeInJournal(const void* caller, const char* name, ConfigValue& value,
+                                        ConfigValue&& defaultValue, KalConfigGroup group) {
+  // A copy of what an event has of it, and a byte more, to mark the cut: the binding may end the caller's name.
+  char asked[kJournalLongestValue + 2]{};
+  std::string_view(name).copy(asked, sizeof asked - 1);
+  JournalEntry entry{.kind = JournalKind::kAsked,
+                     .callId = m_callId,
+                     .source = TakeSource(caller),
+                     .timeNs = JournalNowNs(),
+                     .group = group,
+                     .name = asked};
+  RunInJournal(entry, [&] {
+    entry.result = invokeEvent(observersOf(group), name, value, std::move(defaultValue), group);
+    if (entry.result == kResultOk) entry.newValue = &value;
+  });
+  return entry.result;
 }
 
 }  // namespace kalStore

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "store/DeliveryJournal.h"
 #include "store/DeliverySnapshot.h"
 #include "store/SessionGroup.h"
 #include "store/UnwaitedRemoval.h"
@@ -37,19 +38,29 @@ bool IsRegistered(const ConfigEventHandler& handler) {
   return handler.m_bRegistered.load(std::memory_order_relaxed);
 }
 
+[[gnu::noinline, gnu::cold]] void WriteRegistration(JournalKind kind, const void* caller,
+                                                    std::uint32_t callId, const ConfigEventHandler& handler) {
+  WriteJournal({.kind = kind,
+                .callId = callId,
+                .source = TakeSource(caller),
+                .group = handler.m_group,
+                .name = handler.m_strName.c_str(),
+                .id = handler.m_SubscribeId});
+}
+
 }  // namespace
 
 SubscribeId_t KalConfig::SubscribeConfig(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
                                          ACmThread* pRunThread, bool bAsync) {
   auto handlerPtr = std::make_shared<ConfigEventHandler>();
   handlerPtr->m_fnNotify = std::move(fn);
-  return subscribeConfig(group, name, std::move(handlerPtr), pRunThread, bAsync);
+  return subscribeConfig(group, name, std::move(handlerPtr), pRunThread, bAsync, __builtin_return_address(0));
 }
 
 SubscribeId_t KalConfig::BindConfig(KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn) {
   auto handlerPtr = std::make_shared<ConfigEventHandler>();
   handlerPtr->m_fnInvoke = std::move(fn);
-  return bindConfig(group, name, std::move(handlerPtr));
+  return bindConfig(group, name, std::move(handlerPtr), __builtin_return_address(0));
 }
 
 std::int32_t KalConfig::UnsubscribeConfig(SubscribeId_t id) {
@@ -63,12 +74,13 @@ std::int32_t KalConfig::UnsubscribeConfig(SubscribeId_t id) {
                  ", " << id << "Failed" << Cid{m_callId} << This{this});
     return kResultNotFound;
   }
-  return unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr);
+  return unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr,
+                           __builtin_return_address(0));
 }
 
 SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
                                          ConfigEventHandler::Ptr handlerPtr, ACmThread* pRunThread,
-                                         bool bAsync) {
+                                         bool bAsync, const void* caller) {
   if (!IsConfigGroup(group) || name == nullptr || handlerPtr == nullptr || !handlerPtr->m_fnNotify ||
       handlerPtr->m_SubscribeId != 0) {
     TESSEL_TRACE(0, "kalStore::KalConfig::subscribeConfig",
@@ -104,14 +116,23 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
 
   try {
     registerId(handlerPtr, 557);
+    if (JournalIsOn()) [[unlikely]]
+      WriteRegistration(JournalKind::kSubscribed, caller, m_callId, *handlerPtr);
     ConfigValue current;
     if (KalConfig::GetKalConfig(group, name, current) == kResultOk) {
-      handlerPtr->Notify({name, {}, std::move(current), {}, group, SessionTypeOfGroup(group)});
+      const KalConfigEvent event{name, {}, std::move(current), {}, group, SessionTypeOfGroup(group)};
+      if (JournalIsOn()) [[unlikely]] {
+        const std::int64_t nowNs = JournalNowNs();
+        ChangeInJournal initial{m_callId, TakeSource(caller), nowNs, nowNs};
+        NotifyInJournal(*handlerPtr, event, initial);
+      } else {
+        handlerPtr->Notify(event);
+      }
     }
   } catch (...) {
     // The caller will never learn the id: the subscription must not stay behind.
     FinishDelivery(*handlerPtr, threadId);
-    if (IsRegistered(*handlerPtr)) withdraw(handlerPtr);
+    if (IsRegistered(*handlerPtr)) withdraw(handlerPtr, caller);
     throw;
   }
   FinishDelivery(*handlerPtr, threadId);
@@ -119,7 +140,7 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
 }
 
 SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
-                                    ConfigEventHandler::Ptr handlerPtr) {
+                                    ConfigEventHandler::Ptr handlerPtr, const void* caller) {
   if (!IsConfigGroup(group) || name == nullptr || handlerPtr == nullptr || !handlerPtr->m_fnInvoke ||
       handlerPtr->m_SubscribeId != 0) {
     TESSEL_TRACE(0, "kalStore::KalConfig::bindConfig", "Error parameters 0" << Cid{m_callId} << This{this});
@@ -157,9 +178,11 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
   try {
     registerId(handlerPtr, 612);
   } catch (...) {
-    if (IsRegistered(*handlerPtr)) withdraw(handlerPtr);
+    if (IsRegistered(*handlerPtr)) withdraw(handlerPtr, caller);
     throw;
   }
+  if (JournalIsOn()) [[unlikely]]
+    WriteRegistration(JournalKind::kBound, caller, m_callId, *handlerPtr);
   return id;
 }
 
@@ -177,9 +200,9 @@ void KalConfig::registerId(const ConfigEventHandler::Ptr& handlerPtr, int assert
 
 // Takes a registration back whose caller learns of a failure instead of the id. Waits like a removal for the
 // deliveries that other threads have begun.
-void KalConfig::withdraw(const ConfigEventHandler::Ptr& handlerPtr) {
+void KalConfig::withdraw(const ConfigEventHandler::Ptr& handlerPtr, const void* caller) {
   decltype(m_mapIDs)::Locked(m_mapIDs)->erase(handlerPtr->m_SubscribeId);
-  unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr);
+  unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr, caller);
 }
 
 void KalConfig::DropHandlers() {
@@ -200,7 +223,7 @@ void KalConfig::DropHandlers() {
 }
 
 std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name,
-                                          ConfigEventHandler::Ptr handlerPtr) {
+                                          const ConfigEventHandler::Ptr& handlerPtr, const void* caller) {
   const bool isUnwaited = UnwaitedRemoval::Take();
   if (handlerPtr == nullptr) return kResultBadArgument;
   if (!IsConfigGroup(group) || name == nullptr) {
@@ -224,6 +247,8 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
     deliveringId = DeliveringThread(*handlerPtr).load(std::memory_order_relaxed);
   });
   if (result != kResultOk) return result;
+  if (JournalIsOn()) [[unlikely]]
+    WriteRegistration(JournalKind::kEnded, caller, cid.callId, *handlerPtr);
   // Reported once the lock is released: a trace sink may call in, and may wait for a thread that needs the
   // lock.
   if (deliveringId != 0) {

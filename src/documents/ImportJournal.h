@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include "documents/SettingsReader.h"
+#include "journal/JournalSource.h"
+
+namespace kalStore::internal {
+
+/// An import for the journal: where in the document each set comes from, and the event of the whole.
+class ImportJournal {
+ public:
+  /// Takes the places from the text while it is there. `reader` has read it, with places.
+  ImportJournal(const void* caller, std::uint32_t callId, const char* text, SettingsReader& reader);
+
+  /// Before the set of an entry.
+  void BeginSet(KalConfigGroup group, std::size_t index);
+  /// The event of the import.
+  void End(std::int32_t result) const;
+
+ private:
+  std::vector<JournalPlace>& placesOf(KalConfigGroup group) {
+    return m_places[static_cast<std::size_t>(group)];
+  }
+
+  JournalEntry m_entry;
+  const char* const m_document;
+  std::array<std::vector<JournalPlace>, KAL_CONFIG_GROUP_LAST> m_places;
+};
+
+}  // namespace kalStore::internal

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "journal/Journal.h"
+
+#include <atomic>
+#include <bit>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "journal/JournalState.h"
+
+namespace kalStore {
+
+namespace internal {
+
+constinit std::atomic<std::uint32_t> g_journalStart{0};
+
+namespace {
+
+// The running number, which every writer changes, on a cache line of its own.
+alignas(64) constinit std::atomic<std::uint64_t> g_next{1};
+
+alignas(64) constinit std::atomic<JournalRing*> g_ring{nullptr};
+constinit std::atomic<std::uint64_t> g_ringBegin{1};    // The first number that is in g_ring, or was.
+constinit std::atomic<std::uint64_t> g_startNumber{1};  // The first number since the last start.
+
+// Starts and stops, one at a time. Writers and readers do without.
+constinit std::mutex g_startMutex;
+constinit std::uint32_t g_starts = 0;
+
+// A ring for each power of two that was ever asked for. They are never freed: a writer may be late, and a ring that is
+// used again may still have one. Its number is then lower than those of the new life, and the ring knows what to do.
+constexpr unsigned int kMostBits = std::bit_width(kJournalLargestCapacity - 1);
+constinit JournalRing* g_rings[kMostBits + 1] = {};
+
+JournalRing& RingOf(std::size_t capacity) {
+  const auto bits = static_cast<unsigned int>(std::bit_width(capacity - 1));
+  JournalRing*& ring = g_rings[bits];
+  if (ring == nullptr) ring = std::make_unique<JournalRing>(bits).release();
+  return *ring;
+}
+
+}  // namespace
+
+// The number comes first, then the ring: a number from g_ringBegin on was drawn after the start that published the ring
+// had drawn that one in the same order, by operations that acquire and release, so it is written in that ring, or in a
+// later one.
+std::uint64_t WriteJournal(const JournalEntry& entry) noexcept {
+  const std::uint64_t number = g_next.fetch_add(1, std::memory_order_acq_rel);
+  JournalRing* const ring = g_ring.load(std::memory_order_acquire);
+  // The switch is read without order: its change may be seen before that of the ring.
+  if (ring == nullptr) return number;
+  JournalRing::Words words;
+  if (entry.timeNs != 0) {
+    ring->Write(number, Encode(entry, words));
+  } else {
+    JournalEntry timed = entry;
+    timed.timeNs = JournalNowNs();
+    ring->Write(number, Encode(timed, words));
+  }
+  return number;
+}
+
+JournalState CurrentJournal() {
+  // The ring before its first number: one that is newer than the ring only makes events of it missed.
+  const JournalRing* const ring = g_ring.load(std::memory_order_acquire);
+  return {ring, g_ringBegin.load(std::memory_order_acquire), g_next.load(std::memory_order_acquire)};
+}
+
+std::uint64_t JournalStartNumber() {
+  return g_startNumber.load(std::memory_order_acquire);
+}
+
+}  // namespace internal
+
+using namespace internal;
+
+std::int32_t StartJournal(std::size_t capacity) {
+  if (capacity == 0 || capacity > kJournalLargestCapacity) return kResultBadArgument;
+  const std::lock_guard lock(g_startMutex);
+  if (JournalIsOn()) return kResultUnchanged;
+  JournalRing& ring = RingOf(capacity);
+  const bool isAnother = g_ring.load(std::memory_order_relaxed) != &ring;
+  g_ring.store(&ring, std::memory_order_release);
+  // Draws no number, but takes its turn among those who do.
+  const std::uint64_t first = g_next.fetch_add(0, std::memory_order_acq_rel);
+  if (isAnother) g_ringBegin.store(first, std::memory_order_release);
+  g_startNumber.store(first, std::memory_order_release);
+  if (++g_starts == 0) ++g_starts;
+  g_journalStart.store(g_starts, std::memory_order_relaxed);
+  return kResultOk;
+}
+
+std::int32_t StopJournal() {
+  const std::lock_guard lock(g_startMutex);
+  return g_journalStart.exchange(0, std::memory_order_relaxed) == 0 ? kResultUnchanged : kResultOk;
+}
+
+bool IsJournalOn() {
+  return JournalIsOn();
+}
+
+std::uint64_t NextJournalNumber() {
+  return g_next.load(std::memory_order_acquire);
+}
+
+}  // namespace kalStore

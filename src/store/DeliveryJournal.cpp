@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "store/DeliveryJournal.h"
+
+namespace kalStore::internal {
+
+SwitchEventInJournal::SwitchEventInJournal(const ChangeInJournal& change, SubscribeId_t id, JournalWay way,
+                                           const KalConfigEvent& event,
+                                           const fnConfigChangedCallBack& fnNotify)
+    : CSwitchThreadEvent(event, fnNotify), m_change(change), m_id(id), m_way(way) {
+  // One byte more than an event has of it: a label that is cut there is marked so.
+  const std::string_view label = change.source.label;
+  m_change.source.label = {m_label, label.copy(m_label, sizeof m_label)};
+  m_change.source.document = {};
+}
+
+SwitchEventInJournal::~SwitchEventInJournal() {
+  if (m_hasFired) return;
+  m_change.nowNs = JournalNowNs();
+  WriteJournal(m_change.Delivery(m_id, m_event));
+}
+
+int SwitchEventInJournal::OnEventFire() {
+  m_hasFired = true;
+  m_change.nowNs = JournalNowNs();
+  JournalEntry entry = m_change.Delivery(m_id, m_event);
+  entry.way = m_way;
+  RunInJournal(entry, [this] { CSwitchThreadEvent::OnEventFire(); });
+  return 0;
+}
+
+}  // namespace kalStore::internal

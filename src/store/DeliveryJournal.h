@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "journal/JournalRun.h"
+#include "store/CSwitchThreadEvent.h"
+#include "tessel/ConfigEventHandler.h"
+
+namespace kalStore::internal {
+
+/// A change whose deliveries the journal has, too.
+struct ChangeInJournal {
+  std::uint32_t callId;
+  JournalSource source;
+  std::int64_t timeNs;  ///< of the set
+  std::int64_t
+      nowNs;  ///< when the last delivery ended, and so the next one begins: one look at the clock for both
+  std::uint64_t cause = 0;  ///< the number of the set's event
+
+  /// The entry of a delivery that begins now; nobody is called yet.
+  JournalEntry Delivery(SubscribeId_t id, const KalConfigEvent& event) const {
+    return {.kind = JournalKind::kDelivered,
+            .callId = callId,
+            .source = source,
+            .timeNs = nowNs,
+            .group = event.m_group,
+            .name = event.m_name.c_str(),
+            .oldValue = &event.m_oldValue,
+            .newValue = &event.m_newValue,
+            .id = id,
+            .cause = cause,
+            .way = JournalWay::kDropped,
+            .waitedNs = nowNs - timeNs};
+  }
+};
+
+/// ConfigEventHandler::Notify() of a delivery that the journal has.
+bool NotifyInJournal(ConfigEventHandler& handler, const KalConfigEvent& event, ChangeInJournal& change);
+
+/// A delivery to another thread that writes its event when it has run, or when it ends without.
+class SwitchEventInJournal final : public CSwitchThreadEvent {
+ public:
+  SwitchEventInJournal(const ChangeInJournal& change, SubscribeId_t id, JournalWay way,
+                       const KalConfigEvent& event, const fnConfigChangedCallBack& fnNotify);
+
+  int OnEventFire() override;
+
+ private:
+  ~SwitchEventInJournal() override;
+
+  ChangeInJournal m_change;
+  const SubscribeId_t m_id;
+  const JournalWay m_way;
+  bool m_hasFired = false;
+  char m_label[kJournalLongestLabel + 1];  // The setter's scope may be over.
+};
+
+}  // namespace kalStore::internal

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "JournalTest.h"
+
+namespace kalStore {
+namespace {
+
+class JournalReaders : public JournalTest {
+ protected:
+  static constexpr int kCapacity = 16;
+
+  JournalReaders() {
+    StopJournal();
+    StartJournal(kCapacity);
+    m_reader = JournalReader();
+  }
+
+  void Set(int from, int to) {
+    for (int value = from; value <= to; ++value) m_store.SetKalConfig(kVideo, "Key", value, true, false);
+  }
+
+  KalConfig m_store{kCall};
+};
+
+TEST_F(JournalReaders, GetEverythingThatFitsInTheRing) {
+  Set(1, kCapacity);
+  int expected = 1;
+  for (const JournalEvent& event : Events()) {
+    EXPECT_EQ(event.newValue->text, std::to_string(expected++));
+    EXPECT_EQ(event.missed, 0u);
+  }
+  EXPECT_EQ(expected, kCapacity + 1);
+}
+
+TEST_F(JournalReaders, CountWhatTheyMissed) {
+  Set(1, kCapacity * 2 + 5);
+  const auto events = Events();
+  ASSERT_EQ(events.size(), static_cast<std::size_t>(kCapacity));
+  EXPECT_EQ(events.front().missed, static_cast<std::uint64_t>(kCapacity + 5));
+  EXPECT_EQ(events.front().newValue->text, std::to_string(kCapacity + 6));
+  for (std::size_t i = 1; i < events.size(); ++i) {
+    EXPECT_EQ(events[i].missed, 0u);
+    EXPECT_EQ(events[i].number, events[i - 1].number + 1);
+  }
+  EXPECT_EQ(m_reader.Missed(), 0u);
+}
+
+TEST_F(JournalReaders, DoNotTakeEventsFromEachOther) {
+  Set(1, 3);
+  JournalReader other;
+  EXPECT_EQ(Events().size(), 3u);
+  JournalEvent event;
+  for (int value = 1; value <= 3; ++value) {
+    ASSERT_TRUE(other.Next(event));
+    EXPECT_EQ(event.newValue->text, std::to_string(value));
+  }
+  EXPECT_FALSE(other.Next(event));
+  EXPECT_EQ(event.newValue->text, "3") << "is unchanged";
+}
+
+TEST_F(JournalReaders, BeginWithTheNumberGiven) {
+  Set(1, 3);
+  JournalReader reader(NextJournalNumber() - 1);
+  JournalEvent event;
+  ASSERT_TRUE(reader.Next(event));
+  EXPECT_EQ(event.newValue->text, "3");
+  EXPECT_EQ(event.missed, 0u);
+
+  JournalReader future(NextJournalNumber() + 2);
+  Set(4, 6);
+  ASSERT_TRUE(future.Next(event));
+  EXPECT_EQ(event.newValue->text, "6");
+
+  const std::uint64_t end = NextJournalNumber();
+  JournalReader all(0);
+  std::uint64_t seen = 0;
+  while (all.Next(event)) seen += 1 + event.missed;
+  EXPECT_EQ(seen + all.Missed(), end - 1) << "every number is given or counted";
+}
+
+TEST_F(JournalReaders, GoOnAfterAStopAndAStartOfTheSameCapacity) {
+  Set(1, 2);
+  StopJournal();
+  Set(3, 4);
+  StartJournal(kCapacity);
+  Set(5, 6);
+  std::vector<std::string> values;
+  for (const JournalEvent& event : Events()) values.push_back(event.newValue->text);
+  EXPECT_THAT(values, ::testing::ElementsAre("1", "2", "5", "6"));
+  JournalReader fresh;
+  JournalEvent event;
+  ASSERT_TRUE(fresh.Next(event));
+  EXPECT_EQ(event.newValue->text, "5");
+}
+
+TEST_F(JournalReaders, MissTheEventsOfAnotherCapacity) {
+  Set(1, 2);
+  StopJournal();
+  StartJournal(kCapacity * 2);
+  Set(3, 3);
+  const auto events = Events();
+  ASSERT_EQ(events.size(), 1u);
+  EXPECT_EQ(events[0].newValue->text, "3");
+  EXPECT_EQ(events[0].missed, 2u);
+}
+
+TEST_F(JournalReaders, FindNoOldEventsInARingThatIsUsedAgain) {
+  Set(1, kCapacity);
+  StopJournal();
+  StartJournal(kCapacity * 2);
+  Set(101, 103);
+  StopJournal();
+  StartJournal(kCapacity);
+  const std::uint64_t missed = static_cast<std::uint64_t>(kCapacity) + 3;
+  EXPECT_TRUE(Events().empty());
+  Set(201, 201);
+  const auto events = Events();
+  ASSERT_EQ(events.size(), 1u);
+  EXPECT_EQ(events[0].newValue->text, "201");
+  EXPECT_EQ(events[0].missed + m_reader.Missed(), missed);
+}
+
+}  // namespace
+}  // namespace kalStore

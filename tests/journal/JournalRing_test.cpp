@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "journal/JournalRing.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace kalStore::internal {
+namespace {
+
+using Found = JournalRing::Found;
+
+std::vector<std::uint64_t> RecordOf(std::uint64_t number) {
+  return std::vector<std::uint64_t>(JournalRing::kWords, number);
+}
+
+void Write(JournalRing& ring, std::uint64_t number) {
+  ring.Write(number, RecordOf(number));
+}
+
+Found Read(const JournalRing& ring, std::uint64_t number) {
+  JournalRing::Words words;
+  const Found found = ring.Read(number, words);
+  if (found == Found::kWhole) {
+    for (const std::uint64_t word : words) EXPECT_EQ(word, number);
+  }
+  return found;
+}
+
+TEST(JournalRing, HasTheLastRecords) {
+  JournalRing ring(2);
+  EXPECT_EQ(ring.Capacity(), 4u);
+  for (std::uint64_t number = 1; number <= 2 * ring.Capacity() + 1; ++number) {
+    EXPECT_EQ(Read(ring, number), Found::kPending);
+    Write(ring, number);
+    EXPECT_EQ(Read(ring, number), Found::kWhole);
+    for (std::uint64_t old = 1; old < number; ++old) {
+      EXPECT_EQ(Read(ring, old), number - old < ring.Capacity() ? Found::kWhole : Found::kGone);
+    }
+  }
+}
+
+TEST(JournalRing, GivesNoRecordThatIsBeingWritten) {
+  JournalRing ring(0);
+  Write(ring, 1);
+  ASSERT_TRUE(ring.Begin(2));
+  EXPECT_EQ(Read(ring, 1), Found::kGone);
+  EXPECT_EQ(Read(ring, 2), Found::kPending);
+  ring.Fill(2, RecordOf(2));
+  EXPECT_EQ(Read(ring, 2), Found::kPending);
+  ring.End(2);
+  EXPECT_EQ(Read(ring, 2), Found::kWhole);
+}
+
+TEST(JournalRing, LosesTheRecordsOfWritersWhosePlaceIsBeingWritten) {
+  JournalRing ring(0);
+  ASSERT_TRUE(ring.Begin(1));
+  EXPECT_FALSE(ring.Begin(2));
+  EXPECT_EQ(Read(ring, 1), Found::kGone);
+  EXPECT_EQ(Read(ring, 2), Found::kGone);
+  EXPECT_EQ(Read(ring, 3), Found::kPending);
+  EXPECT_FALSE(ring.Begin(3)) << "the first one is still writing";
+  EXPECT_EQ(Read(ring, 3), Found::kGone);
+  ring.Fill(1, RecordOf(1));
+  ring.End(1);
+  for (const std::uint64_t lost : {1, 2, 3}) EXPECT_EQ(Read(ring, lost), Found::kGone);
+  EXPECT_EQ(Read(ring, 4), Found::kPending);
+  Write(ring, 4);
+  EXPECT_EQ(Read(ring, 4), Found::kWhole);
+}
+
+TEST(JournalRing, RefusesAWriterThatComesTooLate) {
+  JournalRing ring(0);
+  Write(ring, 2);
+  EXPECT_FALSE(ring.Begin(1));
+  EXPECT_EQ(Read(ring, 2), Found::kWhole);
+  EXPECT_EQ(Read(ring, 1), Found::kGone);
+}
+
+TEST(JournalRing, ReadsARecordThatIsShorterThanTheLast) {
+  JournalRing ring(0);
+  Write(ring, 1);
+  const std::uint64_t two[] = {2, 2};
+  ring.Write(2, two);
+  JournalRing::Words words;
+  ASSERT_EQ(ring.Read(2, words), Found::kWhole);
+  EXPECT_EQ(words[0], 2u);
+  EXPECT_EQ(words[1], 2u);
+}
+
+// Several writers and slow readers, in rings so small that writers lap each other all the time. Every number ends as a
+// whole record or as gone, and a whole one has the words of its number alone.
+TEST(JournalRing, IsNeverReadTornBesideSeveralWriters) {
+  constexpr unsigned int kWriters = 3;
+  constexpr std::uint64_t kNumbers = 30000;
+  for (const unsigned int bits : {0U, 1U, 3U}) {
+    JournalRing ring(bits);
+    std::atomic<std::uint64_t> next{1};
+    std::atomic<unsigned int> writing{kWriters};
+    std::vector<std::thread> threads;
+    for (unsigned int i = 0; i < kWriters; ++i) {
+      threads.emplace_back([&] {
+        for (std::uint64_t number; (number = next.fetch_add(1)) <= kNumbers;) Write(ring, number);
+        --writing;
+      });
+    }
+    for (const bool isSlow : {false, true}) {
+      threads.emplace_back([&, isSlow] {
+        std::uint64_t whole = 0, gone = 0;
+        for (std::uint64_t number = 1; number <= kNumbers;) {
+          if (isSlow && number % 8 == 0) std::this_thread::yield();
+          const bool areDone = writing == 0;
+          const Found found = Read(ring, number);
+          if (found == Found::kPending) {
+            EXPECT_FALSE(areDone) << number << " neither whole nor gone";
+            if (areDone) return;
+            continue;
+          }
+          ++(found == Found::kWhole ? whole : gone);
+          ++number;
+        }
+        EXPECT_EQ(whole + gone, kNumbers);
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    // What nobody overwrote is there, unless it was lost.
+    for (std::uint64_t number = kNumbers + 1; number <= kNumbers + ring.Capacity(); ++number) {
+      Write(ring, number);
+      EXPECT_EQ(Read(ring, number), Found::kWhole);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace kalStore::internal

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <thread>
+
+#include "JournalTest.h"
+#include "component.h"
+
+namespace kalStore {
+namespace {
+
+using ::testing::Each;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+class JournalOrigins : public JournalStoreTest {
+ protected:
+  JournalOrigins() { Events(); }
+
+  /// The function of the component that each event names; what is in another module is that one's path.
+  std::vector<std::string> Callers() {
+    std::vector<std::string> callers;
+    for (const JournalEvent& event : Events()) {
+      const CodePlace place = FindCodePlace(event.caller);
+      const bool isComponent = place.module.find("libjournal_component") != std::string::npos;
+      callers.push_back(isComponent ? place.symbol : "in " + place.module);
+    }
+    EXPECT_THAT(callers, Not(IsEmpty()));
+    return callers;
+  }
+
+  KalConfigHelper m_facade{kCall};
+};
+
+TEST_F(JournalOrigins, AreTheFunctionThatCalledTheStore) {
+  component::SetInStore(m_store, 15);
+  EXPECT_THAT(Callers(), Each(std::string("component::SetInStore(kalStore::IKalConfig&, int)")));
+}
+
+TEST_F(JournalOrigins, AreTheCallerOfTheFacadeAndNotTheFacade) {
+  component::SetInFacade(m_facade, 15);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::SetInFacade(")));
+  component::SetBySession(m_facade);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::SetBySession(")));
+  component::SetToggle(m_facade);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::SetToggle(")));
+}
+
+TEST_F(JournalOrigins, OfATypedKeyAreInTheComponent) {
+  component::SetWithKey(m_store, 15);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::SetWithKey(")));
+}
+
+TEST_F(JournalOrigins, OfAnImportAreItsCaller) {
+  component::Apply(m_facade, R"({"Video":[{"key":"MaxFps","value":"15"},{"key":"MaxWidth","value":"640"}]})");
+  EXPECT_THAT(Callers(), Each(StartsWith("component::Apply(")));
+}
+
+TEST_F(JournalOrigins, OfReadsOfABindingAreTheReader) {
+  m_facade.BindConfig("MaxFps", [](const KalConfigEvent&) { return ConfigData(1); }, kVideo);
+  Events();
+  component::Ask(m_facade);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::Ask(")));
+}
+
+TEST_F(JournalOrigins, OfSubscriptionsAreWhoeverHoldsThem) {
+  component::SubscribeAndEnd(m_store);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::SubscribeAndEnd(")));
+  component::SubscribeAndEndInFacade(m_facade);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::SubscribeAndEndInFacade(")));
+  component::HoldSubscription(m_store);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::HoldSubscription(")));
+}
+
+TEST_F(JournalOrigins, OfAFacadesWholeLifeAreItsOwner) {
+  component::HoldFacade(8);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::HoldFacade(")));
+}
+
+TEST_F(JournalOrigins, OfStatisticsObjectsAreWhoeverMakesAndReleasesThem) {
+  component::HoldStatistics(8);
+  std::vector<std::string> callers;
+  for (const JournalEvent& event : Events({JournalKind::kStatisticsMade, JournalKind::kStatisticsReleased})) {
+    callers.push_back(FindCodePlace(event.caller).symbol);
+  }
+  EXPECT_THAT(callers, Each(StartsWith("component::HoldStatistics(")));
+  EXPECT_EQ(callers.size(), 2u);
+}
+
+TEST_F(JournalOrigins, OfASetInACallbackAreTheCallbacks) {
+  m_facade.SetKalConfig("Width", 1, kVideo);
+  Events();
+  component::SetInCallback(m_facade);  // In an initial delivery, within the facade's subscription.
+  std::vector<std::string> setters;
+  for (const JournalEvent& event : Events({JournalKind::kSet})) {
+    setters.push_back(FindCodePlace(event.caller).symbol);
+  }
+  EXPECT_THAT(setters, ::testing::ElementsAre(StartsWith("component::SetInFacade(")));
+}
+
+TEST_F(JournalOrigins, DoNotOutliveARefusedCall) {
+  const auto noGroup = static_cast<KalConfigGroup>(13);
+  m_facade.SetKalConfig("MaxFps", 1, noGroup);
+  KalConfigHelper().SetKalConfig("MaxFps", 1, kVideo);
+  m_facade.SetKalConfig("MaxFps", 1);  // Without a default group.
+  Events();
+  component::SetInStore(m_store, 15);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::SetInStore(")));
+}
+
+TEST_F(JournalOrigins, HaveTheInnermostLabelOfTheThread) {
+  const auto labelOfSet = [this] {
+    m_store.SetKalConfig(kVideo, "MaxFps", 1, true, false);
+    return Events().at(0).label.text;
+  };
+  EXPECT_EQ(labelOfSet(), "");
+  {
+    const JournalOrigin outer("outer");
+    EXPECT_EQ(labelOfSet(), "outer");
+    {
+      const JournalOrigin inner("inner");
+      EXPECT_EQ(labelOfSet(), "inner");
+      std::thread([&] { EXPECT_EQ(labelOfSet(), ""); }).join();
+    }
+    EXPECT_EQ(labelOfSet(), "outer");
+  }
+  EXPECT_EQ(labelOfSet(), "");
+}
+
+TEST_F(JournalOrigins, HaveLabelsOfScopesThatBeganWhileTheJournalWasOff) {
+  StopJournal();
+  const JournalOrigin origin("early");
+  StartJournal(1024);
+  m_store.SetKalConfig(kVideo, "MaxFps", 1, true, false);
+  EXPECT_EQ(Events().at(0).label.text, "early");
+}
+
+TEST(CodePlaceOf, NothingIsEmpty) {
+  EXPECT_THAT(FindCodePlace(nullptr).module, IsEmpty());
+  int local = 0;
+  const CodePlace place = FindCodePlace(&local);
+  EXPECT_THAT(place.module, IsEmpty());
+  EXPECT_THAT(place.symbol, IsEmpty());
+}
+
+TEST(CodePlaceOf, AReturnAddressAtTheEndOfAFunctionIsThatFunction) {
+  const auto address = reinterpret_cast<const char*>(&component::SetInStore);
+  const CodePlace place = FindCodePlace(address + 1);
+  EXPECT_THAT(place.module, HasSubstr("libjournal_component"));
+  EXPECT_THAT(place.symbol, StartsWith("component::SetInStore("));
+  EXPECT_EQ(place.offset, 1u);
+  EXPECT_THAT(FindCodePlace(address).symbol, Not(StartsWith("component::SetInStore(")));
+}
+
+}  // namespace
+}  // namespace kalStore

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "component.h"
+
+#include "tessel/typed.h"
+
+// Each function uses what its last call returns, so that it is no jump out of the function.
+
+namespace component {
+
+using namespace kalStore;
+
+namespace {
+
+constexpr ConfigKey<int> kFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
+volatile int g_calls = 0;
+
+}  // namespace
+
+int SetInStore(IKalConfig& store, int value) {
+  const int result = store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", value, false, false);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int SetInFacade(KalConfigHelper& facade, int value) {
+  const int result = facade.SetKalConfig("MaxFps", value, KAL_CONFIG_GROUP_VIDEO);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int SetWithKey(IKalConfig& store, int value) {
+  const int result = kFps.Set(store, value);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int SetToggle(KalConfigHelper& facade) {
+  const int result = facade.SetFeatureToggle(KAL_FT_EnableMusicDetection, true);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int SetBySession(KalConfigHelper& facade) {
+  const int result = facade.SetKalConfig(kal::KAL_SESSION_VIDEO, "MaxFps", 7);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int Apply(KalConfigHelper& facade, const char* document) {
+  const int result = facade.ApplyKalConfigs(document);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int Ask(KalConfigHelper& facade) {
+  ConfigData value;
+  const int result = facade.GetDynamicConfig("MaxFps", value, KAL_CONFIG_GROUP_VIDEO);
+  const ConfigData again = facade.GetDynamicConfig("MaxFps", KAL_CONFIG_GROUP_VIDEO);
+  g_calls = g_calls + (again == value ? 1 : 0);
+  return result;
+}
+
+int SubscribeAndEnd(IKalConfig& store) {
+  const SubscribeId_t id =
+      store.SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+  const int result = store.UnsubscribeConfig(id);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int SubscribeAndEndInFacade(KalConfigHelper& facade) {
+  const SubscribeId_t id =
+      facade.SubscribeConfig("MaxFps", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_VIDEO);
+  const int result = facade.UnsubscribeConfig(id);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int HoldSubscription(IKalConfig& store) {
+  {
+    const Subscription subscription(store, KAL_CONFIG_GROUP_VIDEO, "MaxFps", [](const KalConfigEvent&) {});
+    g_calls = g_calls + 1;
+  }
+  g_calls = g_calls + 1;
+  return 0;
+}
+
+int HoldFacade(unsigned int callId) {
+  {
+    KalConfigHelper facade(callId);
+    facade.SubscribeConfig("MaxFps", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_VIDEO);
+    facade.SubscribeConfig("MaxWidth", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_VIDEO);
+  }
+  const int result = CleanUpKalConfig(callId);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int HoldStatistics(unsigned int callId) {
+  void* entity = nullptr;
+  createTesselEntity(KAL_TESSEL_VIDEO, callId, &entity);
+  const int left = releaseTesselEntity(KAL_TESSEL_VIDEO, callId, entity);
+  g_calls = g_calls + 1;
+  return left;
+}
+
+int SetInCallback(KalConfigHelper& facade) {
+  const SubscribeId_t id = facade.SubscribeConfig(
+      "Width", [&](const KalConfigEvent&) { SetInFacade(facade, 99); }, KAL_CONFIG_GROUP_VIDEO);
+  return facade.UnsubscribeConfig(id);
+}
+
+}  // namespace component

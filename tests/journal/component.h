@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "tessel/tessel.h"
+
+/// Operations as a component calls them, from a shared object of its own.
+namespace component {
+
+#define COMPONENT_API __attribute__((visibility("default"), noinline))
+
+COMPONENT_API int SetInStore(kalStore::IKalConfig& store, int value);
+COMPONENT_API int SetInFacade(kalStore::KalConfigHelper& facade, int value);
+COMPONENT_API int SetWithKey(kalStore::IKalConfig& store, int value);
+COMPONENT_API int SetToggle(kalStore::KalConfigHelper& facade);
+COMPONENT_API int SetBySession(kalStore::KalConfigHelper& facade);
+COMPONENT_API int Apply(kalStore::KalConfigHelper& facade, const char* document);
+COMPONENT_API int Ask(kalStore::KalConfigHelper& facade);
+COMPONENT_API int SubscribeAndEnd(kalStore::IKalConfig& store);
+COMPONENT_API int SubscribeAndEndInFacade(kalStore::KalConfigHelper& facade);
+COMPONENT_API int HoldSubscription(kalStore::IKalConfig& store);
+COMPONENT_API int HoldFacade(unsigned int callId);
+COMPONENT_API int HoldStatistics(unsigned int callId);
+COMPONENT_API int SetInCallback(kalStore::KalConfigHelper& facade);
+
+}  // namespace component
