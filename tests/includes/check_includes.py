@@ -16,6 +16,7 @@ EXPORTED = r"(util|tessel)/\w+\.(h|def)"
 UTIL = r"util/\w+\.h"
 TRACE_HEADERS = r"tessel/(export|locking|timer_fact|trace)\.h"
 JSON_HEADERS = r"tessel/(export|json|jsonHelper|json_\w+)\.h"
+JOURNAL_HEADERS = r"tessel/(export|journal|KalConfigGroup|ResultCode)\.h"
 STORE_HEADERS = (r"tessel/((I?KalConfig|KalConfig(Event|Group|ObserverMgr|Registry)|ConfigEventHandler|KalFeatureToggleID"
                  r"|KalSessionType|ResultCode|atomMap)\.h|KalFeatureToggles\.def)")
 DOCUMENT_HEADERS = r"tessel/(settings_(check|declaration)|ConfigEnum|TypedValue)\.h"
@@ -28,17 +29,19 @@ FOLDERS = [
     (r"libutil/src/", [UTIL, r"\w+\.h"]),
     (r"include/tessel/(export|locking|timer_fact|trace)\.h$", [UTIL, TRACE_HEADERS]),
     (r"include/tessel/json\w*\.h$", [UTIL, JSON_HEADERS]),
+    (r"include/tessel/journal\.h$", [JOURNAL_HEADERS]),
     (f"include/{STORE_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS]),
     (f"include/{DOCUMENT_HEADERS}$", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, DOCUMENT_HEADERS]),
     (f"include/{STATISTICS_HEADERS}$", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS]),
     (r"include/tessel/", [EXPORTED]),
     (r"src/trace/", [UTIL, TRACE_HEADERS, "trace/.*"]),
     (r"src/json/", [UTIL, JSON_HEADERS, "json/.*"]),
-    (r"src/store/", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, "(trace|json|store)/.*"]),
+    (r"src/journal/", [UTIL, JOURNAL_HEADERS, "journal/.*"]),
+    (r"src/store/", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, "(trace|json|journal|store)/.*"]),
     (r"src/documents/", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, DOCUMENT_HEADERS,
-                         "(trace|json|store|documents)/.*"]),
-    (r"src/facade/", [EXPORTED, "(trace|json|store|documents|facade)/.*"]),
-    (r"src/statistics/", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS, "(trace|statistics)/.*"]),
+                         "(trace|json|journal|store|documents)/.*"]),
+    (r"src/facade/", [EXPORTED, "(trace|json|journal|store|documents|facade)/.*"]),
+    (r"src/statistics/", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS, "(trace|journal|statistics)/.*"]),
     (r"tools/", [EXPORTED, r"((declare|simulate)/)?\w+\.h"]),
     (r"examples/", [EXPORTED]),
 ]

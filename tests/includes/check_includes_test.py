@@ -17,7 +17,7 @@ class CheckIncludes(unittest.TestCase):
         for header in ("libutil/include/util/ConfigData.h", "libutil/src/EventList.h", "include/tessel/json.h",
                        "include/tessel/trace.h", "include/tessel/KalConfig.h", "include/tessel/KalConfigHelper.h",
                        "include/tessel/settings_check.h", "include/tessel/CKalTessel.h", "src/trace/TraceLine.h",
-                       "src/json/Reader.h", "src/store/Values.h", "src/documents/Import.h", "src/facade/Helper.h",
+                       "src/json/Reader.h", "src/journal/Ring.h", "include/tessel/journal.h", "src/store/Values.h", "src/documents/Import.h", "src/facade/Helper.h",
                        "src/statistics/Codec.h", "tools/Colour.h", "tools/simulate/Link.h"):
             self.write(header)
 
@@ -44,7 +44,9 @@ class CheckIncludes(unittest.TestCase):
         self.assert_allowed("libutil/src/a.cpp", "<vector>", "util/ConfigData.h", "EventList.h")
         self.assert_allowed("src/trace/a.cpp", "util/ConfigData.h", "tessel/trace.h", "trace/TraceLine.h")
         self.assert_allowed("src/json/a.cpp", "util/ConfigData.h", "tessel/json.h", "json/Reader.h")
-        self.assert_allowed("src/store/a.cpp", "tessel/KalConfig.h", "json/Reader.h", "trace/TraceLine.h")
+        self.assert_allowed("src/journal/a.cpp", "util/ConfigData.h", "tessel/journal.h", "journal/Ring.h")
+        self.assert_allowed("src/statistics/a.cpp", "journal/Ring.h")
+        self.assert_allowed("src/store/a.cpp", "journal/Ring.h", "tessel/KalConfig.h", "json/Reader.h", "trace/TraceLine.h")
         self.assert_allowed("src/documents/a.cpp", "store/Values.h", "json/Reader.h")
         self.assert_allowed("src/documents/a.cpp", "tessel/settings_check.h", "tessel/KalConfig.h")
         self.assert_allowed("src/facade/a.cpp", "documents/Import.h", "store/Values.h", "tessel/KalConfigHelper.h")
@@ -60,6 +62,9 @@ class CheckIncludes(unittest.TestCase):
         self.assert_refused("src/json/a.cpp", "trace/TraceLine.h")
         self.assert_refused("src/json/a.cpp", "tessel/trace.h")
         self.assert_refused("include/tessel/json_more.h", "tessel/KalConfig.h")
+        self.assert_refused("src/journal/a.cpp", "store/Values.h")
+        self.assert_refused("src/journal/a.cpp", "trace/TraceLine.h")
+        self.assert_refused("src/trace/a.cpp", "journal/Ring.h")
         self.assert_refused("src/store/a.cpp", "documents/Import.h")
         self.assert_refused("src/store/a.cpp", "facade/Helper.h")
         self.assert_refused("src/documents/a.cpp", "facade/Helper.h")
@@ -67,6 +72,7 @@ class CheckIncludes(unittest.TestCase):
         self.assert_refused("src/statistics/a.cpp", "store/Values.h")
 
     def test_no_layer_includes_exported_headers_of_what_is_above_it(self):
+        self.assert_refused("src/journal/a.cpp", "tessel/KalConfig.h")
         self.assert_refused("src/store/a.cpp", "tessel/KalConfigHelper.h")
         self.assert_refused("src/store/a.cpp", "tessel/settings_check.h")
         self.assert_refused("src/store/a.cpp", "tessel/CKalTessel.h")
