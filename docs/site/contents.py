@@ -22,6 +22,7 @@ SECTIONS = {
     "Operate": [
         "docs/tessel",
         "docs/guides/trace",
+        "docs/guides/journal",
         "docs/guides/debugging",
         "docs/performance",
         "docs/reliability",
@@ -100,6 +101,7 @@ REFERENCE = {
         "tessel/timer_fact.h": None,
         "util/clock_policy.h": "Clocks",
         "tessel/trace.h": "Names in trace lines",
+        "tessel/journal.h": "The journal",
         "util/util_trace.h": "Trace output",
         "util/CCmUtilFuncTracer.h": None,
         "util/CCmTextFormator.h": None,
