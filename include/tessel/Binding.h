@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <utility>
 
 #include "tessel/ConfigRef.h"
 
@@ -47,13 +46,8 @@ class [[nodiscard, gnu::visibility("default")]] Binding {
   /// The source is empty afterwards.
   Binding(Binding&&) noexcept = default;
   /// Removes what the target had; the source is empty afterwards.
-  Binding& operator=(Binding&& other) noexcept {
-    if (this == &other) return *this;
-    // Ends last: what its callback captured may own this object.
-    const auto old = std::exchange(m_registration, std::move(other.m_registration));
-    return *this;
-  }
-  ~Binding() = default;
+  Binding& operator=(Binding&& other) noexcept;
+  ~Binding();
 
   /// @return Whether it is not empty.
   explicit operator bool() const;
@@ -64,7 +58,7 @@ class [[nodiscard, gnu::visibility("default")]] Binding {
 
   /// Removes the binding; waits as described above.
   /// @invalidates What the callback captured by reference may go, unless the wait gave up.
-  void Remove() { m_registration.reset(); }
+  void Remove();
 
  private:
   std::shared_ptr<internal::ConfigRegistration> m_registration;

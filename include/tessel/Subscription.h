@@ -154,8 +154,9 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   void Remove();
 
  private:
-  Subscription(ConfigRef store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
-               ACmThread* pRunThread, bool bAsync, std::optional<ConfigExecutor> executor);
+  [[gnu::visibility("hidden")]] Subscription(ConfigRef store, KalConfigGroup group, const char* name,
+                                             fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync,
+                                             std::optional<ConfigExecutor> executor, const void* caller);
 
   std::shared_ptr<internal::ConfigRegistration> m_registration;
 };

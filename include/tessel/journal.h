@@ -62,7 +62,7 @@ enum class JournalKind : std::uint8_t {
   kApplied,             ///< an import, written at its end; `count`: the sets that it made
   kSubscribed,          ///< a subscription; written before its initial delivery
   kBound,               ///< a binding
-  kEnded,               ///< a subscription or binding was removed; written before the removal waits
+  kEnded,               ///< a subscription or binding was removed, which then waits, or ended with its store
   kDelivered,           ///< a change was delivered to a subscription; written when the callback has returned
   kAsked,               ///< a binding was asked for a value; written when it has answered
   kStoreMade,           ///< CreateKalConfig() made a store; `count`: its references
@@ -77,7 +77,7 @@ enum class JournalKind : std::uint8_t {
 /// How a change reached a callback.
 enum class JournalWay : std::uint8_t {
   kNone,        ///< the event is no delivery
-  kDirect,      ///< called on the setter's thread
+  kDirect,      ///< called on the setter's thread, be it to hand it to a ConfigExecutor
   kPosted,      ///< queued on the run thread
   kHandedOver,  ///< run on the run thread while the setter waited
   kDropped,     ///< not at all: the run thread has no queue, or stops

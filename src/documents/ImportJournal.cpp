@@ -9,9 +9,10 @@ ImportJournal::ImportJournal(const void* caller, std::uint32_t callId, const cha
                              SettingsReader& reader)
     : m_entry{.kind = JournalKind::kApplied,
               .callId = callId,
-              .source = TakeSource(caller),
+              .source = SourceOf(caller),
               .timeNs = JournalNowNs()},
-      m_document(JournalDocumentName()) {
+      m_document(JournalDocumentName()),
+      m_caller(caller) {
   if (m_document != nullptr) m_entry.source.document = m_document;
   for (std::size_t group = 0; group < m_places.size(); ++group) {
     TextPlace place;
@@ -27,7 +28,7 @@ ImportJournal::ImportJournal(const void* caller, std::uint32_t callId, const cha
 
 void ImportJournal::BeginSet(KalConfigGroup group, std::size_t index) {
   ++m_entry.count;
-  PassCaller(m_entry.source.caller, placesOf(group)[index]);
+  m_place.MoveTo(placesOf(group)[index]);
 }
 
 void ImportJournal::End(std::int32_t result) const {

@@ -4,12 +4,14 @@
 #include <utility>
 
 #include "facade/ConfigRegistration.h"
+#include "journal/JournalSource.h"
 
 namespace kalStore {
 
 using namespace internal;
 
 Binding::Binding(ConfigRef store, KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn) {
+  const CallerScope caller(__builtin_return_address(0));
   if (store.m_facade != nullptr) {
     m_registration = std::make_shared<FacadeRegistration>(*store.m_facade, group, name, std::move(fn));
   } else {
@@ -17,6 +19,24 @@ Binding::Binding(ConfigRef store, KalConfigGroup group, const char* name, fnConf
   }
   m_registration->Begin();
   if (!m_registration->IsMade()) m_registration->GiveUp();
+}
+
+Binding& Binding::operator=(Binding&& other) noexcept {
+  if (this == &other) return *this;
+  const CallerScope caller(__builtin_return_address(0));
+  // Ends last: what its callback captured may own this object.
+  const auto old = std::exchange(m_registration, std::move(other.m_registration));
+  return *this;
+}
+
+Binding::~Binding() {
+  const CallerScope caller(__builtin_return_address(0));
+  m_registration.reset();
+}
+
+void Binding::Remove() {
+  const CallerScope caller(__builtin_return_address(0));
+  m_registration.reset();
 }
 
 Binding::operator bool() const {

@@ -33,9 +33,9 @@ std::int32_t KalConfigHelper::SetKalConfig(const char* szConfigName, ConfigData 
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::SetKalConfig", kNoGroup)) return kResultNotFound;
-  if (JournalIsOn()) [[unlikely]]
-    PassCaller(__builtin_return_address(0));
-  return pStore->SetKalConfig(group, szConfigName, std::move(value), bForceNotify, bTransient);
+  return CallFor(__builtin_return_address(0), [&] {
+    return pStore->SetKalConfig(group, szConfigName, std::move(value), bForceNotify, bTransient);
+  });
 }
 
 std::int32_t KalConfigHelper::SetKalConfig(kal::KalSessionType sessionType, const char* szConfigName,
@@ -79,9 +79,8 @@ inline std::int32_t KalConfigHelper::getDynamicConfig(const char* szConfigName, 
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::GetDynamicConfig", kNoGroup)) return kResultNotFound;
-  if (JournalIsOn()) [[unlikely]]
-    PassCaller(caller);
-  return pStore->GetDynamicConfig(group, szConfigName, value, std::move(defaultValue));
+  return CallFor(
+      caller, [&] { return pStore->GetDynamicConfig(group, szConfigName, value, std::move(defaultValue)); });
 }
 
 std::int32_t KalConfigHelper::GetDynamicConfig(const char* szConfigName, ConfigData& value,
@@ -100,9 +99,7 @@ std::int32_t KalConfigHelper::RemoveKalConfig(const char* szConfigName, KalConfi
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfig", kNoGroup)) return kResultNotFound;
-  if (JournalIsOn()) [[unlikely]]
-    PassCaller(__builtin_return_address(0));
-  return pStore->RemoveKalConfig(group, szConfigName);
+  return CallFor(__builtin_return_address(0), [&] { return pStore->RemoveKalConfig(group, szConfigName); });
 }
 
 std::int32_t KalConfigHelper::RemoveKalConfigByGroup(KalConfigGroup group) {
@@ -110,9 +107,7 @@ std::int32_t KalConfigHelper::RemoveKalConfigByGroup(KalConfigGroup group) {
   if (!CheckStore(pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfigByGroup", kNoGroup))
     return kResultNotFound;
-  if (JournalIsOn()) [[unlikely]]
-    PassCaller(__builtin_return_address(0));
-  return pStore->RemoveKalConfigByGroup(group);
+  return CallFor(__builtin_return_address(0), [&] { return pStore->RemoveKalConfigByGroup(group); });
 }
 
 const char* KalConfigHelper::DumpKalConfigs(ConfigMultGroup_t groups) {
@@ -127,9 +122,7 @@ std::int32_t KalConfigHelper::ApplyKalConfigs(const char* szJsonConfig) {
              "(szJsonConfig != NULL) && (m_pIKalConfig != NULL)")) {
     return kResultBadArgument;
   }
-  if (JournalIsOn()) [[unlikely]]
-    PassCaller(__builtin_return_address(0));
-  return pStore->ApplyKalConfigs(szJsonConfig);
+  return CallFor(__builtin_return_address(0), [&] { return pStore->ApplyKalConfigs(szJsonConfig); });
 }
 
 }  // namespace kalStore

@@ -20,16 +20,18 @@ std::shared_ptr<GuardedCallback> CallbackOf(const std::shared_ptr<ConfigRegistra
 
 Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* name,
                            fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync)
-    : Subscription(store, group, name, std::move(fn), pRunThread, bAsync, std::nullopt) {}
+    : Subscription(store, group, name, std::move(fn), pRunThread, bAsync, std::nullopt,
+                   __builtin_return_address(0)) {}
 
 Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* name,
                            fnConfigChangedCallBack fn, ConfigExecutor executor)
-    : Subscription(store, group, name, std::move(fn), nullptr, false, std::move(executor)) {}
+    : Subscription(store, group, name, std::move(fn), nullptr, false, std::move(executor),
+                   __builtin_return_address(0)) {}
 
 Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* name,
                            fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync,
-                           std::optional<ConfigExecutor> executor) {
-  const CallerScope caller(__builtin_return_address(0));
+                           std::optional<ConfigExecutor> executor, const void* caller) {
+  const CallerScope scope(caller);
   if (store.m_facade != nullptr) {
     m_registration = std::make_shared<FacadeRegistration>(*store.m_facade, group, name, std::move(fn),
                                                           pRunThread, bAsync, std::move(executor));

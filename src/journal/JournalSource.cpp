@@ -12,12 +12,8 @@ namespace {
 struct ThreadState {
   const char* label;
   const char* document;
-  const void* scope;  // The caller of the outermost CallerScope; null: none.
-  // What PassCaller() left, in the life of which journal. An operation that finds the journal off leaves it there:
-  // it counts no more when the journal is on again.
-  std::uint32_t passedIn;
-  const void* passed;
-  JournalPlace place;
+  const void* caller;         // Of the outermost CallerScope; null: none.
+  const JournalPlace* place;  // Of the PlaceScope; null: none.
 };
 constinit thread_local ThreadState t_state{};
 
@@ -31,40 +27,39 @@ const char* JournalDocumentName() {
   return t_state.document;
 }
 
-void PassCaller(const void* caller, JournalPlace place) {
-  ThreadState& state = t_state;
-  state.passedIn = g_journalStart.load(std::memory_order_relaxed);
-  state.passed = caller;
-  state.place = place;
-}
-
-JournalSource TakeSource(const void* caller) {
-  ThreadState& state = t_state;
-  JournalSource source{.caller = caller, .label = ViewOf(state.label)};
-  const std::uint32_t passedIn = std::exchange(state.passedIn, 0);
-  if (passedIn != 0 && passedIn == g_journalStart.load(std::memory_order_relaxed)) {
-    source.caller = state.passed;
-    source.document = ViewOf(state.place.document);
-    source.line = state.place.line;
-    source.column = state.place.column;
+JournalSource SourceOf(const void* caller) {
+  const ThreadState& state = t_state;
+  JournalSource source{.caller = state.caller != nullptr ? state.caller : caller,
+                       .label = ViewOf(state.label)};
+  if (state.place != nullptr) {
+    source.document = ViewOf(state.place->document);
+    source.line = state.place->line;
+    source.column = state.place->column;
   }
-  if (state.scope != nullptr) source.caller = state.scope;
   return source;
 }
 
 void CallerScope::begin(const void* caller) {
-  m_outer = t_state.scope;
-  if (m_outer == nullptr) t_state.scope = caller;
+  m_outer = t_state.caller;
+  if (m_outer == nullptr) t_state.caller = caller;
 }
 
 void CallerScope::end() {
-  t_state.scope = m_outer;
+  t_state.caller = m_outer;
 }
 
-ComponentScope::ComponentScope() : m_hidden(std::exchange(t_state.scope, nullptr)) {}
+PlaceScope::PlaceScope() : m_outer(std::exchange(t_state.place, &m_place)) {}
+
+PlaceScope::~PlaceScope() {
+  t_state.place = m_outer;
+}
+
+ComponentScope::ComponentScope()
+    : m_caller(std::exchange(t_state.caller, nullptr)), m_place(std::exchange(t_state.place, nullptr)) {}
 
 ComponentScope::~ComponentScope() {
-  t_state.scope = m_hidden;
+  t_state.caller = m_caller;
+  t_state.place = m_place;
 }
 
 }  // namespace internal

@@ -6,16 +6,12 @@
 #include "journal/Journal.h"
 
 // Who calls an operation. What its return address says is right where a component calls it. Where another operation of
-// the library calls it, that one passes its own caller through the thread's state:
-//
-//   PassCaller()   for the next operation on this thread that takes it, which must come at once
-//   CallerScope    for all operations on this thread until its end, but not for those of the callbacks that run meanwhile
-//
-// The outermost one counts.
+// the library calls it, that one has a CallerScope: the caller of the outermost one counts. A ComponentScope hides it
+// from the component's code that runs meanwhile.
 
 namespace kalStore::internal {
 
-/// Of the document that is imported: where the entry is that the next operation sets.
+/// Of the document that is imported: where the entry is that is set.
 struct JournalPlace {
   const char* document = nullptr;
   std::uint32_t line = 0;
@@ -25,19 +21,11 @@ struct JournalPlace {
 /// The name of the document that this thread imports; null: none.
 const char* JournalDocumentName();
 
-/// REQUIRES: JournalIsOn().
-void PassCaller(const void* caller, JournalPlace place = {});
+/// Who calls: as the scopes around say, or else `caller`, the return address of the operation that asks.
+JournalSource SourceOf(const void* caller);
 
-/// Who calls: what was passed, or else `caller`, the return address of the operation that asks. What was passed to it
-/// is used up.
-JournalSource TakeSource(const void* caller);
-
-/// The same, or nothing while the journal is off.
-inline JournalSource SourceIfOn(const void* caller) {
-  return JournalIsOn() ? TakeSource(caller) : JournalSource{};
-}
-
-/// Passes a caller to everything in the scope. Does nothing when the journal is off at its beginning.
+/// Passes a caller to the operations of this thread until its end. Does nothing when the journal is off at its
+/// beginning.
 class CallerScope {
  public:
   explicit CallerScope(const void* caller) : m_isOn(JournalIsOn()) {
@@ -59,6 +47,32 @@ class CallerScope {
   const void* m_outer = nullptr;
 };
 
+/// Calls an operation of the library for a caller. Like a CallerScope, but there is no end of it to check while the
+/// journal is off.
+template <class Operation>
+auto CallFor(const void* caller, Operation operation) {
+  if (JournalIsOn()) [[unlikely]] {
+    const CallerScope scope(caller);
+    return operation();
+  }
+  return operation();
+}
+
+/// The same of where in a document the values are that the operations set.
+class PlaceScope {
+ public:
+  PlaceScope();
+  ~PlaceScope();
+  PlaceScope(const PlaceScope&) = delete;
+  PlaceScope& operator=(const PlaceScope&) = delete;
+
+  void MoveTo(const JournalPlace& place) { m_place = place; }
+
+ private:
+  JournalPlace m_place;
+  const JournalPlace* const m_outer;
+};
+
 /// Hides the scopes around it from the component's code that runs in it.
 class ComponentScope {
  public:
@@ -68,7 +82,8 @@ class ComponentScope {
   ComponentScope& operator=(const ComponentScope&) = delete;
 
  private:
-  const void* const m_hidden;
+  const void* const m_caller;
+  const JournalPlace* const m_place;
 };
 
 }  // namespace kalStore::internal

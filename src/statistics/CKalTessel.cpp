@@ -127,7 +127,16 @@ bool IsEnding(KalTesselEntityType type, void* entity) {
                                                   std::uint32_t callId, std::uint32_t count,
                                                   const void* caller) {
   WriteJournal(
-      {.kind = kind, .callId = callId, .source = TakeSource(caller), .entityType = type, .count = count});
+      {.kind = kind, .callId = callId, .source = SourceOf(caller), .entityType = type, .count = count});
+}
+
+[[gnu::noinline, gnu::cold]] std::uint32_t ReleaseInJournal(kal::CKalUnknownImpl& references,
+                                                            KalTesselEntityType type, std::uint32_t callId,
+                                                            const void* caller) {
+  const CallerScope scope(caller);
+  const std::uint32_t count = references.ReleaseReference();
+  WriteStatistics(JournalKind::kStatisticsReleased, type, callId, count, caller);
+  return count;
 }
 
 }  // namespace
@@ -223,9 +232,9 @@ int CKalTessel::release(KalTesselEntityType type, std::uint32_t callId, void* en
   }
   void* const registered = entry->second;
   // At 0 the object ends here and takes its entry with it.
-  const std::uint32_t count = EntityParts::Of(type, registered).references.ReleaseReference();
-  if (JournalIsOn()) [[unlikely]]
-    WriteStatistics(JournalKind::kStatisticsReleased, type, callId, count, caller);
+  auto& references = EntityParts::Of(type, registered).references;
+  const std::uint32_t count =
+      JournalIsOn() ? ReleaseInJournal(references, type, callId, caller) : references.ReleaseReference();
   if (IsTraced(2)) [[unlikely]]
     TraceReleased(this, type, callId, entity, registered, count);
   return static_cast<int>(count);

@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "journal/JournalSource.h"
 #include "statistics/BlockCopy.h"
 #include "statistics/KalCodec.h"
 #include "statistics/RelaxedAccess.h"
@@ -206,7 +207,7 @@ std::uint32_t KalAudioStatisticInfo::AddRef() {
 }
 
 std::uint32_t KalAudioStatisticInfo::Release() {
-  return ReleaseReference();
+  return kalStore::internal::CallFor(__builtin_return_address(0), [this] { return ReleaseReference(); });
 }
 
 std::uint32_t KalAudioStatisticInfo::GetReference() {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 
+#include "journal/JournalSource.h"
 #include "statistics/BlockCopy.h"
 #include "statistics/RelaxedAccess.h"
 #include "statistics/StatisticsInterface.h"
@@ -153,7 +154,7 @@ std::uint32_t KalVideoStatisticInfo::AddRef() {
 }
 
 std::uint32_t KalVideoStatisticInfo::Release() {
-  return ReleaseReference();
+  return kalStore::internal::CallFor(__builtin_return_address(0), [this] { return ReleaseReference(); });
 }
 
 std::uint32_t KalVideoStatisticInfo::GetReference() {

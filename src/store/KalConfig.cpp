@@ -27,7 +27,7 @@ JournalEntry EntryOfSet(const void* caller, std::uint32_t callId, KalConfigGroup
                         bool bTransient) {
   return {.kind = bTransient ? JournalKind::kTransientSet : JournalKind::kSet,
           .callId = callId,
-          .source = TakeSource(caller),
+          .source = SourceOf(caller),
           .timeNs = JournalNowNs(),
           .group = group,
           .name = name};
@@ -141,7 +141,7 @@ std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) 
   if (JournalIsOn()) [[unlikely]] {
     WriteJournal({.kind = JournalKind::kRemoved,
                   .callId = m_callId,
-                  .source = TakeSource(__builtin_return_address(0)),
+                  .source = SourceOf(__builtin_return_address(0)),
                   .group = group,
                   .name = name,
                   .oldValue = erased ? &removed.mapped() : nullptr,
@@ -164,7 +164,7 @@ std::int32_t KalConfig::RemoveKalConfigByGroup(KalConfigGroup group) {
   if (JournalIsOn()) [[unlikely]] {
     WriteJournal({.kind = JournalKind::kGroupRemoved,
                   .callId = m_callId,
-                  .source = TakeSource(__builtin_return_address(0)),
+                  .source = SourceOf(__builtin_return_address(0)),
                   .group = group,
                   .count = static_cast<std::uint32_t>(size)});
   }

@@ -155,7 +155,7 @@ std::int32_t KalConfig::invokeInJournal(const void* caller, const char* name, Co
   std::string_view(name).copy(asked, sizeof asked - 1);
   JournalEntry entry{.kind = JournalKind::kAsked,
                      .callId = m_callId,
-                     .source = TakeSource(caller),
+                     .source = SourceOf(caller),
                      .timeNs = JournalNowNs(),
                      .group = group,
                      .name = asked};

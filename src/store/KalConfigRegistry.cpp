@@ -32,20 +32,21 @@ constinit detail::Mutex<std::recursive_mutex> g_mutex;
 
 Stores& TheStores() TESSEL_LOCKING(requires_capability(g_mutex));
 
-[[gnu::noinline, gnu::cold]] void WriteStore(JournalKind kind, const JournalSource& source,
-                                             std::uint32_t callId, int counts) {
-  WriteJournal(
-      {.kind = kind, .callId = callId, .source = source, .count = static_cast<std::uint32_t>(counts)});
+[[gnu::noinline, gnu::cold]] void WriteStore(JournalKind kind, std::uint32_t callId, int counts) {
+  WriteJournal({.kind = kind,
+                .callId = callId,
+                .source = SourceOf(nullptr),
+                .count = static_cast<std::uint32_t>(counts)});
 }
 
 // Destroys every store. What callbacks captured may call in when it ends: the registry is empty by then, and
 // every store is still alive, since a callback may have captured a facade of another call.
-void DropAll(const JournalSource& source) {
+void DropAll() {
   const detail::Lock lock(g_mutex);
   while (!TheStores().empty()) {
     const Stores doomed = std::exchange(TheStores(), {});
     if (JournalIsOn()) {
-      for (const auto& [callId, entry] : doomed) WriteStore(JournalKind::kStoreEnded, source, callId, 0);
+      for (const auto& [callId, entry] : doomed) WriteStore(JournalKind::kStoreEnded, callId, 0);
     }
     for (const auto& [callId, entry] : doomed) entry.store->DropHandlers();
   }
@@ -58,7 +59,7 @@ constinit Stores* g_mapConfigs TESSEL_LOCKING(pt_guarded_by(g_mutex)) = nullptr;
 void MakeStores() {
   static const struct Lifetime {
     Lifetime() { g_mapConfigs = new Stores; }
-    ~Lifetime() { DropAll({}); }
+    ~Lifetime() { DropAll(); }
   } lifetime;
 }
 
@@ -75,11 +76,10 @@ Stores& TheStores() {
 }
 
 // Takes one reference and returns how many are left; at none, destroys the store and its entry.
-int DropReference(Stores::iterator position, const JournalSource& source)
-    TESSEL_LOCKING(requires_capability(g_mutex)) {
+int DropReference(Stores::iterator position) TESSEL_LOCKING(requires_capability(g_mutex)) {
   const int counts = --position->second.counts;
   if (counts < 1) {
-    if (JournalIsOn()) WriteStore(JournalKind::kStoreEnded, source, position->first, 0);
+    if (JournalIsOn()) WriteStore(JournalKind::kStoreEnded, position->first, 0);
     // What callbacks captured may call in again when the store goes: the entry is gone by then.
     const auto store = std::move(position->second.store);
     TheStores().erase(position);
@@ -134,9 +134,9 @@ std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {
   }
   ++found->second.counts;
   if (JournalIsOn()) {
+    const CallerScope caller(__builtin_return_address(0));
     const bool isMade = found->second.store == made;
-    WriteStore(isMade ? JournalKind::kStoreMade : JournalKind::kStoreShared,
-               TakeSource(__builtin_return_address(0)), callId, found->second.counts);
+    WriteStore(isMade ? JournalKind::kStoreMade : JournalKind::kStoreShared, callId, found->second.counts);
   }
   *ppConfig = found->second.store.get();
   return kResultOk;
@@ -150,7 +150,8 @@ std::int32_t ReleaseKalConfig(IKalConfig* pConfig) {
                                   [&](const auto& entry) { return entry.second.store.get() == pConfig; });
   if (found == stores.end()) return kResultNoSuchOrExists;
   const std::uint32_t callId = found->first;
-  const int counts = DropReference(found, SourceIfOn(__builtin_return_address(0)));
+  const CallerScope caller(__builtin_return_address(0));
+  const int counts = DropReference(found);
   TESSEL_TRACE(2, "kalStore::ReleaseKalConfig", Cid{callId} << ", counts=" << counts);
   return kResultOk;
 }
@@ -164,9 +165,9 @@ std::int32_t CleanUpKalConfig(std::uint32_t callId) {
   const detail::Lock lock(g_mutex);
   const auto found = TheStores().find(callId);
   if (found == TheStores().end() || !found->second.store->MarkCleanedUp()) return kResultNoSuchOrExists;
-  const JournalSource source = SourceIfOn(__builtin_return_address(0));
-  if (JournalIsOn()) WriteStore(JournalKind::kStoreCleanedUp, source, callId, found->second.counts - 1);
-  const int counts = DropReference(found, source);
+  const CallerScope caller(__builtin_return_address(0));
+  if (JournalIsOn()) WriteStore(JournalKind::kStoreCleanedUp, callId, found->second.counts - 1);
+  const int counts = DropReference(found);
   TESSEL_TRACE(2, "kalStore::CleanUpKalConfig", ", callId=" << callId << ", counts=" << counts);
   return kResultOk;
 }
@@ -185,7 +186,8 @@ void DestroyKalConfig() {
     TESSEL_TRACE(2, "kalStore::DestroyKalConfig", ", callId=" << callId << ", counts=" << at->second.counts);
     at = stores.upper_bound(callId);
   }
-  DropAll(SourceIfOn(__builtin_return_address(0)));
+  const CallerScope caller(__builtin_return_address(0));
+  DropAll();
 }
 
 std::uint32_t GetKalConfigSizeForUT() {

@@ -28,6 +28,7 @@ bool HasPendingDelivery(const ConfigEventHandler& handler) {
 // REQUIRES: no delivery is pending, and nobody can announce one any more. What the callbacks captured may
 // call in when it ends: no lock is held.
 void EmptyCallbacks(ConfigEventHandler& handler) {
+  const ComponentScope component;
   handler.m_fnNotify = nullptr;
   handler.m_fnInvoke = nullptr;
 }
@@ -42,7 +43,7 @@ bool IsRegistered(const ConfigEventHandler& handler) {
                                                     std::uint32_t callId, const ConfigEventHandler& handler) {
   WriteJournal({.kind = kind,
                 .callId = callId,
-                .source = TakeSource(caller),
+                .source = SourceOf(caller),
                 .group = handler.m_group,
                 .name = handler.m_strName.c_str(),
                 .id = handler.m_SubscribeId});
@@ -123,7 +124,7 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
       const KalConfigEvent event{name, {}, std::move(current), {}, group, SessionTypeOfGroup(group)};
       if (JournalIsOn()) [[unlikely]] {
         const std::int64_t nowNs = JournalNowNs();
-        ChangeInJournal initial{m_callId, TakeSource(caller), nowNs, nowNs};
+        ChangeInJournal initial{m_callId, SourceOf(caller), nowNs, nowNs};
         NotifyInJournal(*handlerPtr, event, initial);
       } else {
         handlerPtr->Notify(event);
@@ -215,6 +216,11 @@ void KalConfig::DropHandlers() {
     if (ids.empty()) return;
     m_TotalObservers.fetch_sub(static_cast<std::uint32_t>(ids.size()), std::memory_order_relaxed);
     for (const auto& [id, handler] : ids) handler->m_bRegistered.store(false, std::memory_order_relaxed);
+    if (JournalIsOn()) {
+      for (const auto& [id, handler] : ids) {
+        WriteRegistration(JournalKind::kEnded, nullptr, m_callId, *handler);
+      }
+    }
     for (const auto& [id, handler] : ids) {
       // One that is being delivered to, since its own callback ends the store, ends with its last delivery.
       if (!HasPendingDelivery(*handler)) EmptyCallbacks(*handler);

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <atomic>
+#include <cerrno>
 #include <stdexcept>
+#include <thread>
 
 #include "JournalTest.h"
 #include "tessel/post.h"
@@ -148,6 +151,26 @@ TEST_F(JournalDeliveries, ToAThreadWithoutAQueueAreDropped) {
   EXPECT_EQ(events[2].cause, events[0].number);
 }
 
+TEST_F(JournalDeliveries, ToAThreadThatStopsAreDropped) {
+  ACmThread worker("worker");
+  worker.Start();
+  std::atomic<bool> hasStopped{false};
+  Post(worker, [&] { hasStopped.wait(false); });
+  Subscribe([](const KalConfigEvent&) { FAIL(); }, &worker, true);
+  std::thread stopper([&] { worker.Stop(); });
+  while (Post(worker, [] {}) != ESHUTDOWN) std::this_thread::yield();
+  Events();
+  EXPECT_EQ(Set(15), kResultOk);
+  const auto events = Events();
+  hasStopped = true;
+  hasStopped.notify_all();
+  stopper.join();
+  ASSERT_THAT(KindsOf(events), ElementsAre(JournalKind::kSet, JournalKind::kDelivered));
+  EXPECT_EQ(events[1].way, JournalWay::kDropped);
+  EXPECT_EQ(events[1].cause, events[0].number);
+  EXPECT_EQ(events[1].threadId, GetThreadSelfId());
+}
+
 TEST_F(JournalDeliveries, InitialOnesFollowTheirSubscription) {
   Set(15);
   Events();
@@ -180,8 +203,9 @@ TEST_F(JournalDeliveries, AreWrittenAlthoughACallbackEndsTheStore) {
       nullptr, false);
   Events();
   EXPECT_EQ(store->SetKalConfig(kVideo, "MaxFps", 15, false, false), kResultOk);
-  EXPECT_THAT(KindsOf(Events()), ElementsAre(JournalKind::kSet, JournalKind::kStoreCleanedUp,
-                                             JournalKind::kStoreEnded, JournalKind::kDelivered));
+  EXPECT_THAT(KindsOf(Events()),
+              ElementsAre(JournalKind::kSet, JournalKind::kStoreCleanedUp, JournalKind::kStoreEnded,
+                          JournalKind::kEnded, JournalKind::kDelivered));
 }
 
 }  // namespace

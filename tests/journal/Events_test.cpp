@@ -169,6 +169,24 @@ TEST_F(JournalEvents, HasSubscriptionsAndBindingsByTheirIds) {
   EXPECT_EQ(events[3].group, kVideo);
 }
 
+TEST_F(JournalEvents, HasTheEndOfSubscriptionsAndBindingsThatEndWithTheirStore) {
+  IKalConfig* store = nullptr;
+  CreateKalConfig(8, &store);
+  const SubscribeId_t subscribed =
+      store->SubscribeConfig(kVideo, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+  const SubscribeId_t bound =
+      store->BindConfig(kVideo, "Computed", [](const KalConfigEvent&) { return ConfigData(1); });
+  Events();
+  CleanUpKalConfig(8);
+  ReleaseKalConfig(store);
+  const auto events = Events();
+  ASSERT_THAT(KindsOf(events), ElementsAre(JournalKind::kStoreCleanedUp, JournalKind::kStoreEnded,
+                                           JournalKind::kEnded, JournalKind::kEnded));
+  EXPECT_EQ(events[2].id, subscribed);
+  EXPECT_EQ(events[3].id, bound);
+  EXPECT_EQ(events[3].callId, 8u);
+}
+
 TEST_F(JournalEvents, HasWhatABindingAnswers) {
   m_store.BindConfig(kVideo, "Computed", [](const KalConfigEvent&) { return ConfigData(42); });
   m_store.BindConfig(kVideo, "Failing",

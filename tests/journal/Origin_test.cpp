@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <memory>
 #include <thread>
 
 #include "JournalTest.h"
 #include "component.h"
+#include "support/AllocationCount.h"
 
 namespace kalStore {
 namespace {
@@ -70,6 +72,8 @@ TEST_F(JournalOrigins, OfSubscriptionsAreWhoeverHoldsThem) {
   EXPECT_THAT(Callers(), Each(StartsWith("component::SubscribeAndEndInFacade(")));
   component::HoldSubscription(m_store);
   EXPECT_THAT(Callers(), Each(StartsWith("component::HoldSubscription(")));
+  component::HoldBinding(m_store);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::HoldBinding(")));
 }
 
 TEST_F(JournalOrigins, OfAFacadesWholeLifeAreItsOwner) {
@@ -79,12 +83,9 @@ TEST_F(JournalOrigins, OfAFacadesWholeLifeAreItsOwner) {
 
 TEST_F(JournalOrigins, OfStatisticsObjectsAreWhoeverMakesAndReleasesThem) {
   component::HoldStatistics(8);
-  std::vector<std::string> callers;
-  for (const JournalEvent& event : Events({JournalKind::kStatisticsMade, JournalKind::kStatisticsReleased})) {
-    callers.push_back(FindCodePlace(event.caller).symbol);
-  }
+  const auto callers = Callers();
   EXPECT_THAT(callers, Each(StartsWith("component::HoldStatistics(")));
-  EXPECT_EQ(callers.size(), 2u);
+  EXPECT_EQ(callers.size(), 5u);
 }
 
 TEST_F(JournalOrigins, OfASetInACallbackAreTheCallbacks) {
@@ -98,14 +99,61 @@ TEST_F(JournalOrigins, OfASetInACallbackAreTheCallbacks) {
   EXPECT_THAT(setters, ::testing::ElementsAre(StartsWith("component::SetInFacade(")));
 }
 
+TEST_F(JournalOrigins, OfWhatEndsWithItsStoreAreWhoeverEndedThat) {
+  IKalConfig* store = nullptr;
+  CreateKalConfig(8, &store);
+  ReleaseKalConfig(store);
+  // What a callback captured asks for itself.
+  auto last = std::shared_ptr<int>(new int, [this](int* owned) {
+    delete owned;
+    component::SetInStore(m_store, 15);
+  });
+  store->SubscribeConfig(kVideo, "MaxFps", [last](const KalConfigEvent&) {}, nullptr, false);
+  last.reset();
+  Events();
+  component::EndStore(8);
+  EXPECT_THAT(Callers(), ::testing::ElementsAre(
+                             StartsWith("component::EndStore("), StartsWith("component::EndStore("),
+                             StartsWith("component::EndStore("), StartsWith("component::SetInStore(")));
+}
+
 TEST_F(JournalOrigins, DoNotOutliveARefusedCall) {
   const auto noGroup = static_cast<KalConfigGroup>(13);
+  m_facade.SetKalConfig("", 1, kVideo);
+  m_facade.RemoveKalConfig("", kVideo);
+  ConfigData value;
+  m_facade.GetDynamicConfig("", value, kVideo);
   m_facade.SetKalConfig("MaxFps", 1, noGroup);
   KalConfigHelper().SetKalConfig("MaxFps", 1, kVideo);
   m_facade.SetKalConfig("MaxFps", 1);  // Without a default group.
   Events();
   component::SetInStore(m_store, 15);
   EXPECT_THAT(Callers(), Each(StartsWith("component::SetInStore(")));
+}
+
+TEST_F(JournalOrigins, DoNotOutliveACallThatRanOutOfMemory) {
+  const std::string longer(100, 'x');
+  const ConfigData value(longer);
+  for (std::size_t n = 1;; ++n) {
+    bool hasFired = false;
+    {
+      FailAllocation nth(n);
+      try {
+        m_facade.SetKalConfig("MaxFps", value, kVideo);
+        m_facade.SetKalConfig(("MaxFps" + longer).c_str(), value, kVideo);
+        m_facade.ApplyKalConfigs(R"({"Video":[{"key":"MaxFps","value":"15"}]})");
+      } catch (const std::bad_alloc&) {
+      }
+      hasFired = nth.Fired();
+    }
+    Events();
+    component::SetInStore(m_store, static_cast<int>(n));
+    const auto events = Events();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_THAT(FindCodePlace(events[0].caller).symbol, StartsWith("component::SetInStore(")) << n;
+    EXPECT_EQ(events[0].line, 0u);
+    if (!hasFired) break;
+  }
 }
 
 TEST_F(JournalOrigins, HaveTheInnermostLabelOfTheThread) {

@@ -29,7 +29,7 @@ int SetInFacade(KalConfigHelper& facade, int value) {
 }
 
 int SetWithKey(IKalConfig& store, int value) {
-  const int result = kFps.Set(store, value);
+  const int result = kFps.Set(store, value).Code();
   g_calls = g_calls + 1;
   return result;
 }
@@ -100,8 +100,28 @@ int HoldStatistics(unsigned int callId) {
   void* entity = nullptr;
   createTesselEntity(KAL_TESSEL_VIDEO, callId, &entity);
   const int left = releaseTesselEntity(KAL_TESSEL_VIDEO, callId, entity);
-  g_calls = g_calls + 1;
+  g_calls = g_calls + left + 1;
+  createTesselEntity(KAL_TESSEL_AUDIO, callId, &entity);
+  const std::uint32_t none =
+      static_cast<KalAudioStatisticInfo*>(static_cast<IKalAudioInfo*>(entity))->Release();
+  g_calls = g_calls + static_cast<int>(none) + 1;
   return left;
+}
+
+int HoldBinding(IKalConfig& store) {
+  {
+    const Binding binding(store, KAL_CONFIG_GROUP_VIDEO, "MaxFps",
+                          [](const KalConfigEvent&) { return ConfigData(1); });
+    g_calls = g_calls + 1;
+  }
+  g_calls = g_calls + 1;
+  return 0;
+}
+
+int EndStore(unsigned int callId) {
+  const int result = CleanUpKalConfig(callId);
+  g_calls = g_calls + 1;
+  return result;
 }
 
 int SetInCallback(KalConfigHelper& facade) {

@@ -18,6 +18,8 @@ COMPONENT_API int Ask(kalStore::KalConfigHelper& facade);
 COMPONENT_API int SubscribeAndEnd(kalStore::IKalConfig& store);
 COMPONENT_API int SubscribeAndEndInFacade(kalStore::KalConfigHelper& facade);
 COMPONENT_API int HoldSubscription(kalStore::IKalConfig& store);
+COMPONENT_API int HoldBinding(kalStore::IKalConfig& store);
+COMPONENT_API int EndStore(unsigned int callId);
 COMPONENT_API int HoldFacade(unsigned int callId);
 COMPONENT_API int HoldStatistics(unsigned int callId);
 COMPONENT_API int SetInCallback(kalStore::KalConfigHelper& facade);
