@@ -2,7 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -243,6 +246,33 @@ TEST(SimulateCommand, ReplacesAnEarlierReport) {
   Program program;
   program.File("report.html", "earlier").Run({"simulate", "--seconds", "0.05", "--report", "report.html"});
   EXPECT_THAT(program.Contents("report.html"), testing::StartsWith("<!DOCTYPE html>\n"));
+}
+
+// What the pattern finds in the report, in numbers: those of each place, in order.
+std::vector<std::vector<double>> Drawn(const std::string& report, const char* pattern) {
+  const std::regex expression(pattern);
+  std::vector<std::vector<double>> drawn;
+  for (std::sregex_iterator at(report.begin(), report.end(), expression), end; at != end; ++at) {
+    std::vector<double>& numbers = drawn.emplace_back();
+    for (std::size_t i = 1; i < at->size(); ++i) numbers.push_back(std::stod((*at)[i]));
+  }
+  return drawn;
+}
+
+TEST(SimulateCommand, DrawsTheTimeLineWithinItsLanes) {
+  Program program;
+  program.Run({"simulate", "--seconds", "0.3", "--settings", Example("base.json"), "--settings",
+               Example("lab.json"), "--report", "report.html"});
+  const std::string report = program.Contents("report.html");
+  double highest = 0;
+  for (const auto& bar : Drawn(report, "v-([0-9.]+)h[.]9v")) highest = std::max(highest, bar[0]);
+  EXPECT_EQ(highest, 24);
+  // Each document lasts until the next, the last one until the end.
+  const auto documents = Drawn(report, "left:([0-9.a-z+-]+)%;width:([0-9.a-z+-]+)%\" title");
+  ASSERT_EQ(documents.size(), 2U);
+  EXPECT_LT(documents[0][0], documents[1][0]);
+  EXPECT_NEAR(documents[0][0] + documents[0][1], documents[1][0], 0.02);
+  EXPECT_NEAR(documents[1][0] + documents[1][1], 100, 0.02);
 }
 
 TEST(SimulateCommand, ShowsStringsOfDocumentsInTheReportAsText) {

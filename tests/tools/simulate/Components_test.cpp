@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the components of a simulated call make of their settings, on a link that carries nothing.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "simulate/BandwidthController.h"
+#include "simulate/JitterBuffer.h"
+#include "simulate/Keys.h"
+#include "tessel/CallStore.h"
+
+namespace {
+
+using simulate::BandwidthController;
+using simulate::JitterBuffer;
+
+constexpr std::uint32_t kCallId = 4713;
+
+struct SimulatedComponents : testing::Test {
+  template <class Key, class T>
+  void Set(const Key& key, T value) {
+    key.Set(*store, value);
+  }
+
+  const kalStore::CallStore store{kCallId, kalStore::CallStore::kEndsCall};
+  simulate::Recorder recorder{1.0};
+  simulate::Ledger ledger{recorder};
+  simulate::Link link{10, 0};
+  const simulate::CallContext call{kCallId, recorder, ledger, link};
+};
+
+TEST_F(SimulatedComponents, JitterBufferTakesStepsUpAtOnceWithinItsLimits) {
+  Set(simulate::kJitterMinDelayMs, 203);
+  JitterBuffer buffer(call);
+  buffer.Start();
+  buffer.Tick();
+  buffer.Drain();
+  EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), 205);
+  ConfigData playout;
+  const auto& key = simulate::kPlayoutDelayMs;
+  EXPECT_EQ(store->GetDynamicConfig(key.Group(), key.Name(), playout, {}), kalStore::kResultOk);
+  EXPECT_GE(playout.ToDouble(), 203);
+
+  Set(simulate::kJitterMinDelayMs, 100000);
+  buffer.Drain();
+  buffer.Tick();
+  buffer.Drain();
+  EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), 10000);
+}
+
+struct Share {
+  int bandwidth, audio, video, fps, layers;
+};
+struct DividedBandwidth : SimulatedComponents, testing::WithParamInterface<Share> {
+  void Divide(BandwidthController& controller) {
+    // It works at intervals.
+    while (recorder.SetCount() == 0) {
+      controller.Tick();
+      controller.Drain();
+    }
+  }
+};
+
+TEST_P(DividedBandwidth, IsThatOfTheLimits) {
+  const Share& share = GetParam();
+  Set(simulate::kMinBandwidth, share.bandwidth);
+  Set(simulate::kMaxBandwidth, share.bandwidth);
+  BandwidthController controller(call);
+  controller.Start();
+  Divide(controller);
+  EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), share.bandwidth);
+  EXPECT_EQ(simulate::kAudioTarget.Get(*store), share.audio);
+  EXPECT_EQ(simulate::kVideoTarget.Get(*store), share.video);
+  EXPECT_EQ(simulate::kTargetFps.Get(*store), share.fps);
+  EXPECT_EQ(simulate::kActiveLayers.Get(*store), share.layers);
+  EXPECT_EQ(simulate::kExpectedLoss.Get(*store), 0);
+  EXPECT_FALSE(simulate::kAudioFec.Get(*store));
+  EXPECT_FALSE(simulate::kRetransmissionFec.Get(*store));
+}
+
+INSTANTIATE_TEST_SUITE_P(Bandwidths, DividedBandwidth,
+                         testing::Values(Share{4000000, 32000, 2500000, 30, 3},
+                                         Share{2000000, 32000, 1950000, 30, 3},
+                                         Share{400000, 32000, 360000, 12, 2},
+                                         Share{300000, 30000, 270000, 9, 1},
+                                         Share{50000, 12000, 80000, 7, 1}),
+                         [](const auto& row) { return std::to_string(row.param.bandwidth); });
+
+TEST_F(DividedBandwidth, LeavesTheFrameRateWhereTheToggleIsOff) {
+  Set(simulate::kMaxBandwidth, 300000);
+  store->SetKalConfig(kalStore::KAL_CONFIG_GROUP_FEATURE, "VideoStrategyEnableFPSAdjust", "0", false, false);
+  BandwidthController controller(call);
+  controller.Start();
+  Divide(controller);
+  EXPECT_EQ(simulate::kTargetFps.Get(*store), 30);
+}
+
+}  // namespace
