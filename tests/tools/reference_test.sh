@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# The manual pages and the completion, as they are installed. usage: reference_test.sh PART FILES PROGRAM
+# The manual pages and the completion, as they are installed, and the program that writes them.
+# usage: reference_test.sh PART FILES PROGRAM GENERATOR
 set -euo pipefail
-part=$1 files=$2 program=$3
+part=$1 files=$2 program=$3 generator=$4
 
 fail() {
   echo "FAILED: $*" >&2
@@ -97,7 +98,33 @@ complete_zsh() {
   done
 }
 
+# refuses STATUS MESSAGE ARGUMENT...: what the generator says.
+refuses() {
+  local status=$1 message=$2 said actual=0
+  shift 2
+  said=$("$generator" "$@" 2>&1) || actual=$?
+  [ "$actual" = "$status" ] || fail "'$*' ends with $actual, not $status"
+  [[ $said == "$message"* ]] || fail "'$*' says '$said', not '$message'"
+}
+
+generate() {
+  local folder
+  folder=$(mktemp -d)
+  # shellcheck disable=SC2064
+  trap "rm -rf '$folder'" EXIT
+  "$generator" "$folder/with all folders/made"
+  diff -r "$folder/with all folders/made" "$files" || fail "it writes other files than in the build"
+  refuses 2 'usage: tessel_reference FOLDER'
+  refuses 2 'usage: tessel_reference FOLDER' "$folder/a" "$folder/b"
+  [ ! -e "$folder/a" ] || fail "it writes in spite of a wrong argument"
+  touch "$folder/file"
+  refuses 1 'tessel_reference: ' "$folder/file/below"
+  mkdir -p "$folder/taken/bash/tessel"
+  refuses 1 "tessel_reference: $folder/taken/bash/tessel cannot be written" "$folder/taken"
+}
+
 case "$part" in
+  generator) generate ;;
   manual) manual ;;
   bash) complete_bash ;;
   zsh) complete_zsh ;;
