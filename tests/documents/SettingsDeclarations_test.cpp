@@ -346,6 +346,7 @@ TEST(FeatureToggleDeclarations, AreTheCatalogueWithoutItsEndMark) {
   std::set<std::string> identifiers;
   for (const SettingDeclaration& toggle : toggles) {
     EXPECT_EQ(toggle.group, KAL_CONFIG_GROUP_FEATURE);
+    EXPECT_EQ(toggle.nameSpace, "settings");
     EXPECT_FALSE(toggle.defaultValue.IsValid());
     EXPECT_FALSE(toggle.description.empty());
     EXPECT_TRUE(identifiers.insert(toggle.identifier).second) << toggle.identifier;

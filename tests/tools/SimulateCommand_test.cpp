@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <regex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Program.h"
@@ -273,6 +274,21 @@ TEST(SimulateCommand, DrawsTheTimeLineWithinItsLanes) {
   EXPECT_LT(documents[0][0], documents[1][0]);
   EXPECT_NEAR(documents[0][0] + documents[0][1], documents[1][0], 0.02);
   EXPECT_NEAR(documents[1][0] + documents[1][1], 100, 0.02);
+}
+
+TEST(SimulateCommand, NeedsNoComponentsForLoad) {
+  EXPECT_EQ(Program().Run({"simulate", "--seconds", "0.05", "--components", "0"}).status, 0);
+}
+
+TEST(SimulateCommand, SaysInTheReportHowManyCallsItLeavesOut) {
+  for (const auto& [calls, isOneLeftOut] : {std::pair("4", false), std::pair("5", true)}) {
+    Program program;
+    program.Run({"simulate", "--seconds", "0.05", "--calls", calls, "--report", "report.html"});
+    const std::string report = program.Contents("report.html");
+    EXPECT_EQ(report.find("<p>The other 1 calls are in the figures above") != std::string::npos,
+              isOneLeftOut);
+    EXPECT_EQ(report.find("<p>The other ") != std::string::npos, isOneLeftOut);
+  }
 }
 
 TEST(SimulateCommand, ShowsStringsOfDocumentsInTheReportAsText) {

@@ -5,15 +5,19 @@
 #include <cstdint>
 #include <string>
 
+#include "simulate/AudioSender.h"
 #include "simulate/BandwidthController.h"
 #include "simulate/JitterBuffer.h"
 #include "simulate/Keys.h"
+#include "simulate/VideoSender.h"
 #include "tessel/CallStore.h"
 
 namespace {
 
+using simulate::AudioSender;
 using simulate::BandwidthController;
 using simulate::JitterBuffer;
+using simulate::VideoSender;
 
 constexpr std::uint32_t kCallId = 4713;
 
@@ -47,6 +51,28 @@ TEST_F(SimulatedComponents, JitterBufferTakesStepsUpAtOnceWithinItsLimits) {
   buffer.Tick();
   buffer.Drain();
   EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), 10000);
+}
+
+// By the media clock, which ticks as often as it likes.
+TEST_F(SimulatedComponents, SendersSendNoMoreFramesThanTheTimeThatPassedHas) {
+  Set(simulate::kAudioFrameMs, 5);
+  Set(simulate::kTargetFps, 200);
+  AudioSender audio(call);
+  VideoSender video(call);
+  audio.Start();
+  video.Start();
+  std::uint32_t packets = 0;
+  while (packets < 20 || recorder.framesSent < 20) {
+    audio.Tick();
+    audio.Drain();
+    video.Tick();
+    video.Drain();
+    const simulate::Link::Traffic traffic = link.Received(simulate::Media::kAudio);
+    packets = traffic.received + traffic.lost;
+  }
+  const double frames = 200 * simulate::Seconds(recorder.Now());
+  EXPECT_LE(packets, frames);
+  EXPECT_LE(static_cast<double>(recorder.framesSent), frames);
 }
 
 struct Share {
