@@ -91,30 +91,30 @@ struct JournalString {
 
 /// One event. What a kind has no use for has the value given here.
 struct JournalEvent {
-  std::uint64_t number = 0;                         ///< the running number, from 1
-  std::uint64_t missed = 0;                         ///< how many events right before it the reader missed
-  JournalKind kind = JournalKind::kSet;             ///< what happened
-  std::int64_t timeNs = 0;                          ///< when it began, on std::chrono::steady_clock
-  unsigned long threadId = 0;                       ///< as GetThreadSelfId() gives it
-  std::uint32_t callId = 0;                         ///< whose store or statistics object
+  std::uint64_t number = 0;              ///< the running number, from 1
+  std::uint64_t missed = 0;              ///< how many events right before it the reader missed
+  JournalKind kind = JournalKind::kSet;  ///< what happened
+  std::int64_t timeNs = 0;     ///< when it began, on std::chrono::steady_clock; off by some microseconds
+  unsigned long threadId = 0;  ///< as GetThreadSelfId() gives it
+  std::uint32_t callId = 0;    ///< whose store or statistics object
   KalConfigGroup group = KAL_CONFIG_GROUP_DEFAULT;  ///< where the value is
   std::int32_t entityType = -1;                     ///< of a statistics object, a KalTesselEntityType
-  JournalString name;                               ///< of the value
-  std::optional<JournalString> oldValue;            ///< before the change; nothing when there was none
-  std::optional<JournalString> newValue;            ///< after the change, or the answer of a binding
-  std::int32_t result = kResultOk;                  ///< what the operation returns
-  std::uint32_t count = 0;              ///< of a set, the subscribers that it notifies; see JournalKind
-  std::uint64_t id = 0;                 ///< of the subscription or binding
-  std::uint64_t cause = 0;              ///< of a delivery, the number of the set; 0: initial delivery
-  JournalWay way = JournalWay::kNone;   ///< of a delivery
-  std::int64_t waitedNs = 0;            ///< from the set to the callback
-  std::int64_t ranNs = 0;               ///< how long the callback ran
-  std::optional<JournalString> thrown;  ///< what() of what the callback threw
-  const void* caller = nullptr;         ///< the code that called, see FindCodePlace()
-  JournalString label;                  ///< of the thread's innermost JournalOrigin
-  JournalString document;               ///< the name of the document, see JournalDocument
-  std::uint32_t line = 0;               ///< of the entry in the document, from 1
-  std::uint32_t column = 0;             ///< in bytes, from 1
+  JournalString name;                     ///< of the value; of a delivery, empty once its set is overwritten
+  std::optional<JournalString> oldValue;  ///< before the change; nothing when there was none, or like `name`
+  std::optional<JournalString> newValue;  ///< after the change, or the answer of a binding; or like `name`
+  std::int32_t result = kResultOk;        ///< what the operation returns
+  std::uint32_t count = 0;                ///< of a set, the subscribers that it notifies; see JournalKind
+  std::uint64_t id = 0;                   ///< of the subscription or binding
+  std::uint64_t cause = 0;                ///< of a delivery, the number of the set; 0: initial delivery
+  JournalWay way = JournalWay::kNone;     ///< of a delivery
+  std::int64_t waitedNs = 0;              ///< from the set to the callback
+  std::int64_t ranNs = 0;                 ///< how long the callback ran
+  std::optional<JournalString> thrown;    ///< what() of what the callback threw
+  const void* caller = nullptr;           ///< the code that called, see FindCodePlace()
+  JournalString label;                    ///< of the thread's innermost JournalOrigin
+  JournalString document;                 ///< the name of the document, see JournalDocument
+  std::uint32_t line = 0;                 ///< of the entry in the document, from 1
+  std::uint32_t column = 0;               ///< in bytes, from 1
 };
 
 /// Turns the journal on. The ring is made now, and its memory belongs to the process from then on: one of each

@@ -11,17 +11,17 @@ ImportJournal::ImportJournal(const void* caller, std::uint32_t callId, const cha
               .callId = callId,
               .source = SourceOf(caller),
               .timeNs = JournalNowNs()},
-      m_document(JournalDocumentName()),
+      m_document{.document = t_journal.document},
       m_caller(caller) {
-  if (m_document != nullptr) m_entry.source.document = m_document;
+  m_entry.source.place = &m_document;
   for (std::size_t group = 0; group < m_places.size(); ++group) {
     TextPlace place;
     const char* passed = text;
     for (const SettingsGroup::Origin& origin : reader.Group(static_cast<KalConfigGroup>(group)).origins) {
       place.Advance({passed, static_cast<std::size_t>(origin.name - passed)});
       passed = origin.name;
-      m_places[group].push_back(
-          {m_document, static_cast<std::uint32_t>(place.line), static_cast<std::uint32_t>(place.column)});
+      m_places[group].push_back({m_document.document, static_cast<std::uint32_t>(place.line),
+                                 static_cast<std::uint32_t>(place.column)});
     }
   }
 }

@@ -27,7 +27,7 @@ class ImportJournal {
   }
 
   JournalEntry m_entry;
-  const char* const m_document;
+  const JournalPlace m_document;
   const CallerScope m_caller;
   PlaceScope m_place;
   std::array<std::vector<JournalPlace>, KAL_CONFIG_GROUP_LAST> m_places;

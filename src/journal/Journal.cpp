@@ -50,14 +50,7 @@ std::uint64_t WriteJournal(const JournalEntry& entry) noexcept {
   JournalRing* const ring = g_ring.load(std::memory_order_acquire);
   // The switch is read without order: its change may be seen before that of the ring.
   if (ring == nullptr) return number;
-  JournalRing::Words words;
-  if (entry.timeNs != 0) {
-    ring->Write(number, Encode(entry, words));
-  } else {
-    JournalEntry timed = entry;
-    timed.timeNs = JournalNowNs();
-    ring->Write(number, Encode(timed, words));
-  }
+  ring->Write(number, [&](JournalRing::PlaceWords& words) { Encode(entry, words); });
   return number;
 }
 
@@ -87,6 +80,7 @@ std::int32_t StartJournal(std::size_t capacity) {
   if (isAnother) g_ringBegin.store(first, std::memory_order_release);
   g_startNumber.store(first, std::memory_order_release);
   if (++g_starts == 0) ++g_starts;
+  JournalNowNs();  // The stretch begins over which the rate of its counter is measured.
   g_journalStart.store(g_starts, std::memory_order_relaxed);
   return kResultOk;
 }

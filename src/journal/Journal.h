@@ -2,9 +2,9 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 
+#include "journal/JournalClock.h"
 #include "journal/JournalRecord.h"
 
 namespace kalStore::internal {
@@ -18,11 +18,6 @@ namespace kalStore::internal {
 /// with was published by other means, see WriteJournal().
 inline bool JournalIsOn() {
   return g_journalStart.load(std::memory_order_relaxed) != 0;
-}
-
-inline std::int64_t JournalNowNs() {
-  const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
 }
 
 /// Writes an event; also when the journal has just been stopped. Returns its number. REQUIRES: the journal was on

@@ -27,6 +27,14 @@ bool JournalReader::Next(JournalEvent& event) {
     const std::uint64_t number = m_next++;
     if (found == JournalRing::Found::kWhole) {
       event = Decode(words);
+      // A delivery has the name and the values of its set, which is right before it.
+      if (event.kind == JournalKind::kDelivered && event.cause != 0 &&
+          journal.ring->Read(event.cause, words) == JournalRing::Found::kWhole) {
+        JournalEvent set = Decode(words);
+        event.name = std::move(set.name);
+        event.oldValue = std::move(set.oldValue);
+        event.newValue = std::move(set.newValue);
+      }
       event.number = number;
       event.missed = std::exchange(m_missed, 0);
       return true;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "journal/JournalRecord.h"
 
-#include <algorithm>
+#include <bit>
 #include <cstring>
+#include <optional>
 #include <string>
+#include <utility>
 
+#include "journal/JournalClock.h"
 #include "util/ACmThread.h"
 #include "util/ConfigData.h"
 
@@ -12,37 +15,42 @@ namespace kalStore::internal {
 
 namespace {
 
-// The strings of a record, in their order. A document's entry throws nothing that is recorded with it.
-enum Part : std::size_t { kName, kOldValue, kNewValue, kLabel, kDocument, kThrown, kParts };
-constexpr std::size_t kLongest[kParts] = {kJournalLongestValue, kJournalLongestValue,  kJournalLongestValue,
-                                          kJournalLongestLabel, kJournalLongestDetail, kJournalLongestDetail};
+// The strings of a record, in their order. What an import does throws nothing that is recorded with it: the name of its
+// document and what a callback threw share a place.
+enum Part : std::size_t { kName, kOldValue, kNewValue, kLabel, kDetail, kParts };
+constexpr std::size_t kLongest[kParts] = {kJournalLongestValue, kJournalLongestValue, kJournalLongestValue,
+                                          kJournalLongestLabel, kJournalLongestDetail};
 
-// The record's beginning. Its strings follow, one right behind the other.
-struct Head {
-  std::int64_t timeNs;
-  std::uint64_t threadId;
-  const void* caller;
-  std::uint64_t id;
-  std::uint64_t cause;
-  std::int64_t waitedNs;
-  std::int64_t ranNs;
-  std::uint32_t callId;
-  std::int32_t group;
-  std::int32_t result;
-  std::uint32_t count;
-  std::uint32_t line;
-  std::uint32_t column;
-  std::int8_t entityType;
+// The size of a part: the bytes that it has here, or that there is none.
+constexpr std::uint8_t kNone = 0x7F;
+constexpr std::uint8_t kCut = 0x80;
+
+// What follows the words that every record has.
+enum Flag : std::uint8_t {
+  kHasDelivery = 1,  // Words: id, cause, waitedNs, ranNs.
+  kHasPlace = 2,     // A word: line, column.
+  kHasThrown = 4,    // The detail is what was thrown.
+};
+
+// The first word. The others: time, call and group (of statistics the entity's type), result and count, caller, thread;
+// what the flags say; the parts, each in words of its own.
+struct Tags {
   JournalKind kind;
   JournalWay way;
-  // A bit for each part.
-  std::uint8_t present;
-  std::uint8_t cut;
+  std::uint8_t flags;
   std::uint8_t sizes[kParts];
 };
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+static_assert(sizeof(Tags) == kWord);
+constexpr std::size_t kHeadWords = 6;
+constexpr std::size_t kDeliveryWords = 4;
 constexpr std::size_t kMostBytes = 3 * kJournalLongestValue + kJournalLongestLabel + kJournalLongestDetail;
-static_assert(sizeof(Head) + kMostBytes <= sizeof(JournalRing::Words));
-static_assert(sizeof(Head) % sizeof(std::uint64_t) == 0);
+static_assert(kMostBytes % kWord == 0);
+static_assert(kHeadWords + kDeliveryWords + 1 + kMostBytes / kWord == JournalRing::kWords);
+
+bool IsOfStatistics(JournalKind kind) {
+  return kind >= JournalKind::kStatisticsMade;
+}
 
 // Where to cut a longer string: before a character of UTF-8, if it is that.
 std::size_t CutSize(std::string_view text, std::size_t longest) {
@@ -52,109 +60,171 @@ std::size_t CutSize(std::string_view text, std::size_t longest) {
   return isContinuation() ? longest : size;
 }
 
-class Encoder {
- public:
-  Encoder(Head& head, JournalRing::Words& words)
-      : m_head(head), m_end(reinterpret_cast<char*>(words.data()) + sizeof(Head)) {}
+std::uint64_t WordAt(const char* bytes) {
+  std::uint64_t word;
+  std::memcpy(&word, bytes, kWord);
+  return word;
+}
 
-  void Add(Part part, std::string_view text) {
-    const auto bit = static_cast<std::uint8_t>(1U << part);
+// Of a string that is shorter than a word: the bytes from both of its ends on, which may meet in its middle.
+std::uint64_t ShortWord(const char* bytes, std::size_t size) {
+  char word[kWord] = {};
+  const auto copyEnds = [&](auto length) {
+    std::memcpy(word, bytes, length);
+    std::memcpy(word + size - length, bytes + size - length, length);
+  };
+  if (size >= 4) {
+    copyEnds(std::integral_constant<std::size_t, 4>());
+  } else if (size >= 2) {
+    copyEnds(std::integral_constant<std::size_t, 2>());
+  } else if (size == 1) {
+    word[0] = *bytes;
+  }
+  return WordAt(word);
+}
+
+class RecordWriter {
+ public:
+  explicit RecordWriter(std::atomic<std::uint64_t>* next) : m_next(next) {}
+
+  void Put(std::uint64_t word) { m_next++->store(word, std::memory_order_release); }
+  void Put(std::uint32_t high, std::uint32_t low) { Put(std::uint64_t{high} << 32 | low); }
+
+  // Returns the part's size. The last word of a longer string has its last bytes, so that it overlaps the word before.
+  std::uint8_t Put(Part part, std::string_view text) {
     std::size_t size = text.size();
-    if (size > kLongest[part]) {
+    std::uint8_t cut = 0;
+    if (size > kLongest[part]) [[unlikely]] {
       size = CutSize(text, kLongest[part]);
-      m_head.cut |= bit;
+      cut = kCut;
     }
-    m_head.present |= bit;
-    m_head.sizes[part] = static_cast<std::uint8_t>(size);
-    std::memcpy(m_end, text.data(), size);
-    m_end += size;
+    if (size < kWord) {
+      if (size != 0) Put(ShortWord(text.data(), size));
+    } else {
+      for (std::size_t at = 0; at < size - kWord; at += kWord) Put(WordAt(text.data() + at));
+      Put(WordAt(text.data() + size - kWord));
+    }
+    return static_cast<std::uint8_t>(size | cut);
+  }
+  std::uint8_t Put(Part part, const ConfigData* value) {
+    return value == nullptr || !value->IsValid() ? kNone : Put(part, std::string_view(value->ToString()));
+  }
+  std::uint8_t Put(Part part, const char* text) {
+    return text == nullptr ? kNone : Put(part, std::string_view(text));
   }
 
-  char* End() const { return m_end; }
+ private:
+  std::atomic<std::uint64_t>* m_next;
+};
+
+class RecordReader {
+ public:
+  explicit RecordReader(const std::uint64_t* next) : m_next(next) {}
+
+  std::uint64_t Take() { return *m_next++; }
+  std::optional<JournalString> Take(std::uint8_t sizeAndCut) {
+    if (sizeAndCut == kNone) return std::nullopt;
+    const std::size_t size = sizeAndCut & ~kCut;
+    JournalString string{std::string(size, '\0'), (sizeAndCut & kCut) != 0};
+    char* const bytes = string.text.data();
+    if (size < kWord) {
+      if (size != 0) std::memcpy(bytes, m_next++, size);
+    } else {
+      for (std::size_t at = 0; at < size - kWord; at += kWord) std::memcpy(bytes + at, m_next++, kWord);
+      std::memcpy(bytes + size - kWord, m_next++, kWord);
+    }
+    return string;
+  }
 
  private:
-  Head& m_head;
-  char* m_end;
+  const std::uint64_t* m_next;
 };
+
+std::uint32_t High(std::uint64_t word) {
+  return static_cast<std::uint32_t>(word >> 32);
+}
+
+std::uint32_t Low(std::uint64_t word) {
+  return static_cast<std::uint32_t>(word);
+}
 
 }  // namespace
 
-std::span<const std::uint64_t> Encode(const JournalEntry& entry, JournalRing::Words& words) {
-  Head head{.timeNs = entry.timeNs,
-            .threadId = GetThreadSelfId(),
-            .caller = entry.source.caller,
-            .id = entry.id,
-            .cause = entry.cause,
-            .waitedNs = entry.waitedNs,
-            .ranNs = entry.ranNs,
-            .callId = entry.callId,
-            .group = entry.group,
-            .result = entry.result,
-            .count = entry.count,
-            .line = entry.source.line,
-            .column = entry.source.column,
-            .entityType = static_cast<std::int8_t>(entry.entityType),
-            .kind = entry.kind,
-            .way = entry.way,
-            .present = 0,
-            .cut = 0,
-            .sizes = {}};
-  Encoder encoder(head, words);
-  if (entry.name != nullptr) encoder.Add(kName, entry.name);
-  if (entry.oldValue != nullptr && entry.oldValue->IsValid())
-    encoder.Add(kOldValue, entry.oldValue->ToString());
-  if (entry.newValue != nullptr && entry.newValue->IsValid())
-    encoder.Add(kNewValue, entry.newValue->ToString());
-  if (!entry.source.label.empty()) encoder.Add(kLabel, entry.source.label);
-  if (entry.thrown != nullptr) {
-    encoder.Add(kThrown, entry.thrown);
-  } else if (!entry.source.document.empty()) {
-    encoder.Add(kDocument, entry.source.document);
+void Encode(const JournalEntry& entry, JournalRing::PlaceWords& words) {
+  if (t_journal.id == 0) t_journal.id = GetThreadSelfId();
+  Tags tags{entry.kind, entry.way, 0, {}};
+  RecordWriter writer(words.data() + 1);
+  writer.Put(static_cast<std::uint64_t>(entry.timeNs != 0 ? entry.timeNs : JournalNowNs()));
+  const auto group = IsOfStatistics(entry.kind) ? entry.entityType : static_cast<std::int32_t>(entry.group);
+  writer.Put(entry.callId, static_cast<std::uint32_t>(group));
+  writer.Put(static_cast<std::uint32_t>(entry.result), entry.count);
+  writer.Put(reinterpret_cast<std::uintptr_t>(entry.source.caller));
+  writer.Put(t_journal.id);
+  if ((entry.id | entry.cause) != 0 || (entry.waitedNs | entry.ranNs) != 0) {
+    tags.flags |= kHasDelivery;
+    writer.Put(entry.id);
+    writer.Put(entry.cause);
+    writer.Put(static_cast<std::uint64_t>(entry.waitedNs));
+    writer.Put(static_cast<std::uint64_t>(entry.ranNs));
   }
-  std::memcpy(words.data(), &head, sizeof head);
-
-  // The rest of the last word is written, too.
-  char* const end = encoder.End();
-  const auto bytes = static_cast<std::size_t>(end - reinterpret_cast<char*>(words.data()));
-  const std::size_t used = (bytes + sizeof(std::uint64_t) - 1) / sizeof(std::uint64_t);
-  std::memset(end, 0, used * sizeof(std::uint64_t) - bytes);
-  return {words.data(), used};
+  const char* detail = nullptr;
+  if (const JournalPlace* const place = entry.source.place) {
+    tags.flags |= kHasPlace;
+    writer.Put(place->line, place->column);
+    detail = place->document;
+  }
+  if (entry.thrown != nullptr) {
+    tags.flags |= kHasThrown;
+    detail = entry.thrown;
+  }
+  tags.sizes[kName] = writer.Put(kName, entry.name);
+  tags.sizes[kOldValue] = writer.Put(kOldValue, entry.oldValue);
+  tags.sizes[kNewValue] = writer.Put(kNewValue, entry.newValue);
+  tags.sizes[kLabel] = writer.Put(kLabel, entry.source.label);
+  tags.sizes[kDetail] = writer.Put(kDetail, detail);
+  words[0].store(std::bit_cast<std::uint64_t>(tags), std::memory_order_release);
 }
 
 JournalEvent Decode(const JournalRing::Words& words) {
-  Head head;
-  std::memcpy(&head, words.data(), sizeof head);
+  RecordReader reader(words.data());
+  const auto tags = std::bit_cast<Tags>(reader.Take());
   JournalEvent event;
-  event.kind = head.kind;
-  event.timeNs = head.timeNs;
-  event.threadId = head.threadId;
-  event.callId = head.callId;
-  event.group = static_cast<KalConfigGroup>(head.group);
-  event.entityType = head.entityType;
-  event.result = head.result;
-  event.count = head.count;
-  event.id = head.id;
-  event.cause = head.cause;
-  event.way = head.way;
-  event.waitedNs = head.waitedNs;
-  event.ranNs = head.ranNs;
-  event.caller = head.caller;
-  event.line = head.line;
-  event.column = head.column;
-
-  const char* bytes = reinterpret_cast<const char*>(words.data()) + sizeof head;
-  std::optional<JournalString> parts[kParts];
-  for (std::size_t part = 0; part < kParts; ++part) {
-    if ((head.present >> part & 1) == 0) continue;
-    parts[part] = JournalString{{bytes, head.sizes[part]}, (head.cut >> part & 1) != 0};
-    bytes += head.sizes[part];
+  event.kind = tags.kind;
+  event.way = tags.way;
+  event.timeNs = static_cast<std::int64_t>(reader.Take());
+  const std::uint64_t where = reader.Take();
+  event.callId = High(where);
+  if (IsOfStatistics(tags.kind)) {
+    event.entityType = static_cast<std::int32_t>(Low(where));
+  } else {
+    event.group = static_cast<KalConfigGroup>(Low(where));
   }
-  event.name = std::move(parts[kName]).value_or(JournalString{});
-  event.oldValue = std::move(parts[kOldValue]);
-  event.newValue = std::move(parts[kNewValue]);
-  event.label = std::move(parts[kLabel]).value_or(JournalString{});
-  event.document = std::move(parts[kDocument]).value_or(JournalString{});
-  event.thrown = std::move(parts[kThrown]);
+  const std::uint64_t outcome = reader.Take();
+  event.result = static_cast<std::int32_t>(High(outcome));
+  event.count = Low(outcome);
+  event.caller = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(reader.Take()));
+  event.threadId = reader.Take();
+  if ((tags.flags & kHasDelivery) != 0) {
+    event.id = reader.Take();
+    event.cause = reader.Take();
+    event.waitedNs = static_cast<std::int64_t>(reader.Take());
+    event.ranNs = static_cast<std::int64_t>(reader.Take());
+  }
+  if ((tags.flags & kHasPlace) != 0) {
+    const std::uint64_t place = reader.Take();
+    event.line = High(place);
+    event.column = Low(place);
+  }
+  event.name = reader.Take(tags.sizes[kName]).value_or(JournalString{});
+  event.oldValue = reader.Take(tags.sizes[kOldValue]);
+  event.newValue = reader.Take(tags.sizes[kNewValue]);
+  event.label = reader.Take(tags.sizes[kLabel]).value_or(JournalString{});
+  std::optional<JournalString> detail = reader.Take(tags.sizes[kDetail]);
+  if ((tags.flags & kHasThrown) != 0) {
+    event.thrown = std::move(detail);
+  } else {
+    event.document = std::move(detail).value_or(JournalString{});
+  }
   return event;
 }
 

@@ -6,31 +6,32 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
 
 namespace kalStore::internal {
 
 /// The last records, each of so many words, in places that are used again and again: the record of a number is at the
 /// number modulo the capacity. Numbers come from outside, each once, from 1 upward.
 ///
-/// A place's state is a number and what became of its record:
+/// A place's state is the number of its record, and whether that is whole:
 ///
-/// |                  | a writer with a later number      | the place's writer ends |
-/// |------------------|-----------------------------------|-------------------------|
-/// | being written    | leaves: lost, still being written | whole                   |
-/// | lost, still being written | the same, of its number  | lost                    |
-/// | whole, lost      | takes the place: being written    |                         |
+/// |               | a writer with a later number     | the place's writer ends |
+/// |---------------|----------------------------------|-------------------------|
+/// | being written | leaves: its number is lost       | whole                   |
+/// | whole         | takes the place: being written   |                         |
 ///
-/// A writer whose place has a later number already leaves without a trace: its record would be overwritten now. So
-/// nobody waits, two writers never write in one place at a time, and every number ends as whole or lost, or gone.
+/// A writer whose place has a later number already leaves, too: its record would be overwritten now. So nobody waits,
+/// two writers never write in one place at a time, and every number ends as whole or gone. The largest number that was
+/// lost is noted beside the state, so that readers do not wait for it.
 ///
 /// Threads: any. No record is read torn. Words are stored with release and loaded with acquire: a reader that loads a
 /// word of a later record synchronises with its writer, which took the place before, and so finds the state changed when
 /// it loads it again after the words.
 class JournalRing {
  public:
-  static constexpr std::size_t kWords = 47;
+  static constexpr std::size_t kWords = 46;
   using Words = std::array<std::uint64_t, kWords>;
+  /// The words of a place. To be stored with release, see above.
+  using PlaceWords = std::array<std::atomic<std::uint64_t>, kWords>;
 
   enum class Found {
     kPending,  ///< not written yet
@@ -43,31 +44,49 @@ class JournalRing {
 
   std::uint64_t Capacity() const { return m_mask + 1; }
 
-  /// Writes the record of a number, or loses it. REQUIRES: at most kWords words.
-  void Write(std::uint64_t number, std::span<const std::uint64_t> words) {
-    if (!Begin(number)) return;
-    Fill(number, words);
+  /// Writes the record of a number, or loses it: `fill` stores the words.
+  template <class Fill>
+  void Write(std::uint64_t number, Fill fill) {
+    PlaceWords* const words = Begin(number);
+    if (words == nullptr) return;
+    fill(*words);
     End(number);
   }
-  /// Reads the record of a number. Words that its writer did not give have any value.
+  /// Reads the record of a number. Words that its writer did not store have any value.
   Found Read(std::uint64_t number, Words& words) const;
 
   // The steps of Write(), apart for the tests.
-  bool Begin(std::uint64_t number);
-  void Fill(std::uint64_t number, std::span<const std::uint64_t> words);
-  void End(std::uint64_t number);
+
+  // Null: lost. Taking the place acquires: the words of its last record were stored before.
+  PlaceWords* Begin(std::uint64_t number) {
+    Place& place = placeOf(number);
+    std::uint64_t found = place.state.load(std::memory_order_relaxed);
+    do {
+      if (found >> 1 >= number) return nullptr;
+      if ((found & kWhole) == 0) {
+        lose(place, number);
+        return nullptr;
+      }
+    } while (!place.state.compare_exchange_weak(found, number << 1, std::memory_order_acquire,
+                                                std::memory_order_relaxed));
+    return &place.words;
+  }
+  // Releases, for the next writer of the place and for readers. Nobody else changes the state of a record that is being
+  // written.
+  void End(std::uint64_t number) {
+    placeOf(number).state.store(number << 1 | kWhole, std::memory_order_release);
+  }
 
  private:
-  // The lower bits of a state; the number is above them.
-  enum State : std::uint64_t { kLostWhileWritten, kWritten, kWhole, kLost };
-  static constexpr unsigned int kStateBits = 2;
+  static constexpr std::uint64_t kWhole = 1;  // The lowest bit of a state; the number is above it.
 
   struct alignas(64) Place {
-    std::atomic<std::uint64_t> state{kLost};  // Of number 0, which is none.
-    std::array<std::atomic<std::uint64_t>, kWords> words{};
+    std::atomic<std::uint64_t> state{kWhole};  // Of number 0, which is none.
+    PlaceWords words{};
+    std::atomic<std::uint64_t> lost{0};
   };
 
-  static std::uint64_t stateOf(std::uint64_t number, State state) { return number << kStateBits | state; }
+  static void lose(Place& place, std::uint64_t number);
   Place& placeOf(std::uint64_t number) const { return m_places[number & m_mask]; }
 
   const std::uint64_t m_mask;

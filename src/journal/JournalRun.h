@@ -8,10 +8,9 @@
 namespace kalStore::internal {
 
 /// Runs a component's callback and writes the entry of it: how long it ran, and what it threw, which leaves here.
-/// `entry.timeNs` is when it begins. Returns when it ended. `callback` may complete the entry.
+/// `entry.timeNs` is when it begins. REQUIRES: a ComponentScope around. Returns when it ended. `callback` may complete the entry.
 template <class Callback>
 std::int64_t RunInJournal(JournalEntry& entry, Callback callback) {
-  const ComponentScope component;
   const auto write = [&] {
     const std::int64_t endNs = JournalNowNs();
     entry.ranNs = endNs - entry.timeNs;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdint>
+#include <utility>
 
 #include "journal/Journal.h"
 
@@ -11,18 +11,11 @@
 
 namespace kalStore::internal {
 
-/// Of the document that is imported: where the entry is that is set.
-struct JournalPlace {
-  const char* document = nullptr;
-  std::uint32_t line = 0;
-  std::uint32_t column = 0;
-};
-
-/// The name of the document that this thread imports; null: none.
-const char* JournalDocumentName();
-
 /// Who calls: as the scopes around say, or else `caller`, the return address of the operation that asks.
-JournalSource SourceOf(const void* caller);
+inline JournalSource SourceOf(const void* caller) {
+  const JournalThread& thread = t_journal;
+  return {thread.caller != nullptr ? thread.caller : caller, thread.label, thread.place};
+}
 
 /// Passes a caller to the operations of this thread until its end. Does nothing when the journal is off at its
 /// beginning.
@@ -40,8 +33,11 @@ class CallerScope {
   CallerScope& operator=(const CallerScope&) = delete;
 
  private:
-  void begin(const void* caller);
-  void end();
+  void begin(const void* caller) {
+    m_outer = t_journal.caller;
+    if (m_outer == nullptr) t_journal.caller = caller;
+  }
+  void end() { t_journal.caller = m_outer; }
 
   const bool m_isOn;
   const void* m_outer = nullptr;
@@ -61,8 +57,8 @@ auto CallFor(const void* caller, Operation operation) {
 /// The same of where in a document the values are that the operations set.
 class PlaceScope {
  public:
-  PlaceScope();
-  ~PlaceScope();
+  PlaceScope() : m_outer(std::exchange(t_journal.place, &m_place)) {}
+  ~PlaceScope() { t_journal.place = m_outer; }
   PlaceScope(const PlaceScope&) = delete;
   PlaceScope& operator=(const PlaceScope&) = delete;
 
@@ -76,8 +72,13 @@ class PlaceScope {
 /// Hides the scopes around it from the component's code that runs in it.
 class ComponentScope {
  public:
-  ComponentScope();
-  ~ComponentScope();
+  ComponentScope()
+      : m_caller(std::exchange(t_journal.caller, nullptr)),
+        m_place(std::exchange(t_journal.place, nullptr)) {}
+  ~ComponentScope() {
+    t_journal.caller = m_caller;
+    t_journal.place = m_place;
+  }
   ComponentScope(const ComponentScope&) = delete;
   ComponentScope& operator=(const ComponentScope&) = delete;
 

@@ -8,9 +8,9 @@ SwitchEventInJournal::SwitchEventInJournal(const ChangeInJournal& change, Subscr
                                            const fnConfigChangedCallBack& fnNotify)
     : CSwitchThreadEvent(event, fnNotify), m_change(change), m_id(id), m_way(way) {
   // One byte more than an event has of it: a label that is cut there is marked so.
-  const std::string_view label = change.source.label;
-  m_change.source.label = {m_label, label.copy(m_label, sizeof m_label)};
-  m_change.source.document = {};
+  if (change.source.label == nullptr) return;
+  std::string_view(change.source.label).copy(m_label, sizeof m_label - 1);
+  m_change.source.label = m_label;
 }
 
 SwitchEventInJournal::~SwitchEventInJournal() {
@@ -24,6 +24,7 @@ int SwitchEventInJournal::OnEventFire() {
   m_change.nowNs = JournalNowNs();
   JournalEntry entry = m_change.Delivery(m_id, m_event);
   entry.way = m_way;
+  const ComponentScope component;
   RunInJournal(entry, [this] { CSwitchThreadEvent::OnEventFire(); });
   return 0;
 }

@@ -21,18 +21,20 @@ struct ChangeInJournal {
 
   /// The entry of a delivery that begins now; nobody is called yet.
   JournalEntry Delivery(SubscribeId_t id, const KalConfigEvent& event) const {
-    return {.kind = JournalKind::kDelivered,
-            .callId = callId,
-            .source = source,
-            .timeNs = nowNs,
-            .group = event.m_group,
-            .name = event.m_name.c_str(),
-            .oldValue = &event.m_oldValue,
-            .newValue = &event.m_newValue,
-            .id = id,
-            .cause = cause,
-            .way = JournalWay::kDropped,
-            .waitedNs = nowNs - timeNs};
+    JournalEntry entry{.kind = JournalKind::kDelivered,
+                       .way = JournalWay::kDropped,
+                       .callId = callId,
+                       .source = source,
+                       .timeNs = nowNs,
+                       .group = event.m_group,
+                       .id = id,
+                       .cause = cause,
+                       .waitedNs = nowNs - timeNs};
+    if (cause == 0) {  // Otherwise readers take them from the event of the set.
+      entry.name = event.m_name;
+      entry.newValue = &event.m_newValue;
+    }
+    return entry;
   }
 };
 
@@ -54,7 +56,7 @@ class SwitchEventInJournal final : public CSwitchThreadEvent {
   const SubscribeId_t m_id;
   const JournalWay m_way;
   bool m_hasFired = false;
-  char m_label[kJournalLongestLabel + 1];  // The setter's scope may be over.
+  char m_label[kJournalLongestLabel + 2] = {};  // The setter's scope may be over.
 };
 
 }  // namespace kalStore::internal

@@ -30,7 +30,7 @@ JournalEntry EntryOfSet(const void* caller, std::uint32_t callId, KalConfigGroup
           .source = SourceOf(caller),
           .timeNs = JournalNowNs(),
           .group = group,
-          .name = name};
+          .name = name != nullptr ? std::string_view(name) : std::string_view()};
 }
 
 [[gnu::noinline, gnu::cold]] void WriteRefusedSet(JournalEntry set, const ConfigData& value) {

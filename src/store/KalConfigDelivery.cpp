@@ -27,8 +27,7 @@ class InJournal {
   explicit InJournal(JournalEntry& set)
       : m_set(set), m_change{set.callId, set.source, set.timeNs, set.timeNs} {
     // A delivery's event names the set's, which has the place in the document.
-    m_change.source.document = {};
-    m_change.source.line = m_change.source.column = 0;
+    m_change.source.place = nullptr;
   }
 
   // Writes the set before its first delivery: what the callbacks do comes after it.
@@ -47,6 +46,7 @@ class InJournal {
  private:
   JournalEntry& m_set;
   ChangeInJournal m_change;
+  const ComponentScope m_component;
 };
 
 // A callback may end the store: nothing of it is used here. Part of its two callers, so that the set without the journal
@@ -108,7 +108,7 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
 
 std::int32_t KalConfig::fireInJournal(ObserverMgr& observers, JournalEntry& set, ConfigValue&& oldValue,
                                       ConfigValue&& newValue, bool bForceNotify) {
-  return Fire(Cid{m_callId}, This{this}, observers, set.name, std::move(oldValue), std::move(newValue),
+  return Fire(Cid{m_callId}, This{this}, observers, set.name.data(), std::move(oldValue), std::move(newValue),
               set.group, bForceNotify, InJournal(set));
 }
 
@@ -151,14 +151,15 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
 std::int32_t KalConfig::invokeInJournal(const void* caller, const char* name, ConfigValue& value,
                                         ConfigValue&& defaultValue, KalConfigGroup group) {
   // A copy of what an event has of it, and a byte more, to mark the cut: the binding may end the caller's name.
-  char asked[kJournalLongestValue + 2]{};
-  std::string_view(name).copy(asked, sizeof asked - 1);
+  char asked[kJournalLongestValue + 1];
+  const std::size_t size = std::string_view(name).copy(asked, sizeof asked);
   JournalEntry entry{.kind = JournalKind::kAsked,
                      .callId = m_callId,
                      .source = SourceOf(caller),
                      .timeNs = JournalNowNs(),
                      .group = group,
-                     .name = asked};
+                     .name = {asked, size}};
+  const ComponentScope component;
   RunInJournal(entry, [&] {
     entry.result = invokeEvent(observersOf(group), name, value, std::move(defaultValue), group);
     if (entry.result == kResultOk) entry.newValue = &value;

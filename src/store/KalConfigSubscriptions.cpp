@@ -45,7 +45,7 @@ bool IsRegistered(const ConfigEventHandler& handler) {
                 .callId = callId,
                 .source = SourceOf(caller),
                 .group = handler.m_group,
-                .name = handler.m_strName.c_str(),
+                .name = handler.m_strName,
                 .id = handler.m_SubscribeId});
 }
 
@@ -125,6 +125,7 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
       if (JournalIsOn()) [[unlikely]] {
         const std::int64_t nowNs = JournalNowNs();
         ChangeInJournal initial{m_callId, SourceOf(caller), nowNs, nowNs};
+        const ComponentScope component;
         NotifyInJournal(*handlerPtr, event, initial);
       } else {
         handlerPtr->Notify(event);

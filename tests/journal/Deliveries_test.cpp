@@ -49,6 +49,20 @@ TEST_F(JournalDeliveries, ComeAfterTheirSetAndNameIt) {
   }
 }
 
+TEST_F(JournalDeliveries, HaveNoNameWhenTheirSetIsOverwritten) {
+  int others = 0;
+  Subscribe([&](const KalConfigEvent&) {
+    for (; others < 1024; ++others) m_store.RemoveKalConfig(kVideo, "Other");
+  });
+  Set(15);
+  const auto events = Events({JournalKind::kSet, JournalKind::kDelivered});
+  ASSERT_THAT(KindsOf(events), ElementsAre(JournalKind::kDelivered));
+  EXPECT_NE(events[0].cause, 0u);
+  EXPECT_EQ(events[0].group, kVideo);
+  EXPECT_EQ(events[0].name.text, "");
+  EXPECT_EQ(ChangeOf(events[0]), "- -> -");
+}
+
 TEST_F(JournalDeliveries, OfASetInACallbackComeBetween) {
   Subscribe([this](const KalConfigEvent& change) {
     if (change.m_newValue.ToInt() == 1) Set(2);

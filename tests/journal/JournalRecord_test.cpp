@@ -11,30 +11,35 @@
 namespace kalStore::internal {
 namespace {
 
+// What is read of an entry that was written over an older record.
+JournalEvent Recorded(const JournalEntry& entry) {
+  JournalRing::PlaceWords place;
+  for (auto& word : place) word = ~std::uint64_t{0};
+  Encode(entry, place);
+  JournalRing::Words words;
+  for (std::size_t i = 0; i < words.size(); ++i) words[i] = place[i];
+  return Decode(words);
+}
+
 TEST(JournalRecord, KeepsEveryMember) {
   const ConfigData oldValue("before"), newValue("after");
-  const JournalEntry entry{
-      .kind = JournalKind::kDelivered,
-      .callId = 0xFFFFFFFE,
-      .source = {.caller = &oldValue, .label = "label", .document = {}, .line = 3, .column = 4},
-      .timeNs = 5,
-      .group = KAL_CONFIG_GROUP_TA_ONLY,
-      .entityType = 2,
-      .name = "name",
-      .oldValue = &oldValue,
-      .newValue = &newValue,
-      .result = kResultNobody,
-      .count = 6,
-      .id = 7,
-      .cause = 8,
-      .way = JournalWay::kHandedOver,
-      .waitedNs = 9,
-      .ranNs = 10,
-      .thrown = "thrown"};
-  JournalRing::Words words;
-  words.fill(~std::uint64_t{0});
-  Encode(entry, words);
-  const JournalEvent event = Decode(words);
+  const JournalPlace place{.document = "document", .line = 3, .column = 4};
+  JournalEntry entry{.kind = JournalKind::kDelivered,
+                     .way = JournalWay::kHandedOver,
+                     .callId = 0xFFFFFFFE,
+                     .source = {.caller = &oldValue, .label = "label", .place = &place},
+                     .timeNs = 5,
+                     .group = KAL_CONFIG_GROUP_TA_ONLY,
+                     .name = "name",
+                     .oldValue = &oldValue,
+                     .newValue = &newValue,
+                     .result = kResultNobody,
+                     .count = 6,
+                     .id = 7,
+                     .cause = 8,
+                     .waitedNs = 9,
+                     .ranNs = 10};
+  const JournalEvent event = Recorded(entry);
   EXPECT_EQ(event.kind, JournalKind::kDelivered);
   EXPECT_EQ(event.threadId, GetThreadSelfId());
   EXPECT_EQ(event.callId, 0xFFFFFFFE);
@@ -44,7 +49,7 @@ TEST(JournalRecord, KeepsEveryMember) {
   EXPECT_EQ(event.column, 4u);
   EXPECT_EQ(event.timeNs, 5);
   EXPECT_EQ(event.group, KAL_CONFIG_GROUP_TA_ONLY);
-  EXPECT_EQ(event.entityType, 2);
+  EXPECT_EQ(event.entityType, -1);
   EXPECT_EQ(event.name.text, "name");
   EXPECT_EQ(event.oldValue->text, "before");
   EXPECT_EQ(event.newValue->text, "after");
@@ -55,21 +60,43 @@ TEST(JournalRecord, KeepsEveryMember) {
   EXPECT_EQ(event.way, JournalWay::kHandedOver);
   EXPECT_EQ(event.waitedNs, 9);
   EXPECT_EQ(event.ranNs, 10);
-  EXPECT_EQ(event.thrown->text, "thrown");
-  EXPECT_EQ(event.document.text, "");
+  EXPECT_EQ(event.document.text, "document");
+  EXPECT_FALSE(event.thrown);
+  entry.source.place = nullptr;
+  entry.thrown = "thrown";
+  EXPECT_EQ(Recorded(entry).thrown->text, "thrown");
+  EXPECT_EQ(Recorded(entry).document.text, "");
+}
+
+TEST(JournalRecord, HasTheTypeOfAStatisticsObject) {
+  const JournalEvent event = Recorded({.kind = JournalKind::kStatisticsEnded, .entityType = 2});
+  EXPECT_EQ(event.entityType, 2);
+  EXPECT_EQ(event.group, KAL_CONFIG_GROUP_DEFAULT);
+}
+
+TEST(JournalRecord, KeepsStringsOfEverySize) {
+  const std::string all = "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ+/";
+  for (std::size_t size = 0; size <= all.size(); ++size) {
+    const std::string text = all.substr(0, size);
+    const ConfigData value(text);
+    const JournalEvent event = Recorded({.kind = JournalKind::kSet, .name = text, .newValue = &value});
+    EXPECT_EQ(event.name.text, text);
+    EXPECT_EQ(event.newValue->text, text);
+    EXPECT_FALSE(event.name.isCut);
+  }
 }
 
 TEST(JournalRecord, HasRoomForEveryStringAtItsLongest) {
   const std::string longest(200, 'x');
   const ConfigData value(longest);
+  const JournalPlace place{.document = longest.c_str()};
   const JournalEntry entry{.kind = JournalKind::kSet,
-                           .source = {.caller = nullptr, .label = longest, .document = longest},
-                           .name = longest.c_str(),
+                           .source = {.caller = nullptr, .label = longest.c_str(), .place = &place},
+                           .name = longest,
                            .oldValue = &value,
-                           .newValue = &value};
-  JournalRing::Words words;
-  EXPECT_EQ(Encode(entry, words).size(), words.size());
-  const JournalEvent event = Decode(words);
+                           .newValue = &value,
+                           .id = 1};
+  const JournalEvent event = Recorded(entry);
   for (const JournalString& string : {event.name, *event.oldValue, *event.newValue}) {
     EXPECT_EQ(string.text, longest.substr(0, kJournalLongestValue));
     EXPECT_TRUE(string.isCut);
@@ -81,9 +108,8 @@ TEST(JournalRecord, HasRoomForEveryStringAtItsLongest) {
 
 TEST(JournalRecord, CutsBytesThatAreNoUtf8AtTheLimit) {
   const std::string continuations(100, '\x80');
-  JournalRing::Words words;
-  Encode({.kind = JournalKind::kSet, .name = continuations.c_str()}, words);
-  EXPECT_EQ(Decode(words).name.text.size(), kJournalLongestValue);
+  EXPECT_EQ(Recorded({.kind = JournalKind::kSet, .name = continuations}).name.text.size(),
+            kJournalLongestValue);
 }
 
 TEST(JournalRecord, CutsBeforeACharacterOfAnyLength) {
@@ -91,9 +117,7 @@ TEST(JournalRecord, CutsBeforeACharacterOfAnyLength) {
     for (std::size_t shift = 0; shift < 4; ++shift) {
       std::string name(shift, '.');
       while (name.size() <= kJournalLongestValue) name += character;
-      JournalRing::Words words;
-      Encode({.kind = JournalKind::kSet, .name = name.c_str()}, words);
-      const JournalString cut = Decode(words).name;
+      const JournalString cut = Recorded({.kind = JournalKind::kSet, .name = name}).name;
       EXPECT_TRUE(cut.isCut);
       EXPECT_EQ((cut.text.size() - shift) % character.size(), 0u) << character << shift;
       EXPECT_GT(cut.text.size(), kJournalLongestValue - character.size());
@@ -103,9 +127,7 @@ TEST(JournalRecord, CutsBeforeACharacterOfAnyLength) {
 
 TEST(JournalRecord, TellsAnEmptyValueFromNone) {
   const ConfigData none, empty("");
-  JournalRing::Words words;
-  Encode({.kind = JournalKind::kSet, .oldValue = &none, .newValue = &empty}, words);
-  const JournalEvent event = Decode(words);
+  const JournalEvent event = Recorded({.kind = JournalKind::kSet, .oldValue = &none, .newValue = &empty});
   EXPECT_FALSE(event.oldValue);
   ASSERT_TRUE(event.newValue);
   EXPECT_EQ(event.newValue->text, "");

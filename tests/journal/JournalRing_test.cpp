@@ -12,12 +12,12 @@ namespace {
 
 using Found = JournalRing::Found;
 
-std::vector<std::uint64_t> RecordOf(std::uint64_t number) {
-  return std::vector<std::uint64_t>(JournalRing::kWords, number);
+void Fill(JournalRing::PlaceWords& words, std::uint64_t number) {
+  for (auto& word : words) word.store(number, std::memory_order_release);
 }
 
 void Write(JournalRing& ring, std::uint64_t number) {
-  ring.Write(number, RecordOf(number));
+  ring.Write(number, [&](JournalRing::PlaceWords& words) { Fill(words, number); });
 }
 
 Found Read(const JournalRing& ring, std::uint64_t number) {
@@ -45,10 +45,11 @@ TEST(JournalRing, HasTheLastRecords) {
 TEST(JournalRing, GivesNoRecordThatIsBeingWritten) {
   JournalRing ring(0);
   Write(ring, 1);
-  ASSERT_TRUE(ring.Begin(2));
+  JournalRing::PlaceWords* const words = ring.Begin(2);
+  ASSERT_NE(words, nullptr);
   EXPECT_EQ(Read(ring, 1), Found::kGone);
   EXPECT_EQ(Read(ring, 2), Found::kPending);
-  ring.Fill(2, RecordOf(2));
+  Fill(*words, 2);
   EXPECT_EQ(Read(ring, 2), Found::kPending);
   ring.End(2);
   EXPECT_EQ(Read(ring, 2), Found::kWhole);
@@ -56,16 +57,18 @@ TEST(JournalRing, GivesNoRecordThatIsBeingWritten) {
 
 TEST(JournalRing, LosesTheRecordsOfWritersWhosePlaceIsBeingWritten) {
   JournalRing ring(0);
-  ASSERT_TRUE(ring.Begin(1));
-  EXPECT_FALSE(ring.Begin(2));
-  EXPECT_EQ(Read(ring, 1), Found::kGone);
+  JournalRing::PlaceWords* const words = ring.Begin(1);
+  ASSERT_NE(words, nullptr);
+  EXPECT_EQ(ring.Begin(2), nullptr);
+  EXPECT_EQ(Read(ring, 1), Found::kPending);
   EXPECT_EQ(Read(ring, 2), Found::kGone);
   EXPECT_EQ(Read(ring, 3), Found::kPending);
-  EXPECT_FALSE(ring.Begin(3)) << "the first one is still writing";
+  EXPECT_EQ(ring.Begin(3), nullptr) << "the first one is still writing";
   EXPECT_EQ(Read(ring, 3), Found::kGone);
-  ring.Fill(1, RecordOf(1));
+  Fill(*words, 1);
   ring.End(1);
-  for (const std::uint64_t lost : {1, 2, 3}) EXPECT_EQ(Read(ring, lost), Found::kGone);
+  EXPECT_EQ(Read(ring, 1), Found::kWhole);
+  for (const std::uint64_t lost : {2, 3}) EXPECT_EQ(Read(ring, lost), Found::kGone);
   EXPECT_EQ(Read(ring, 4), Found::kPending);
   Write(ring, 4);
   EXPECT_EQ(Read(ring, 4), Found::kWhole);
@@ -74,7 +77,7 @@ TEST(JournalRing, LosesTheRecordsOfWritersWhosePlaceIsBeingWritten) {
 TEST(JournalRing, RefusesAWriterThatComesTooLate) {
   JournalRing ring(0);
   Write(ring, 2);
-  EXPECT_FALSE(ring.Begin(1));
+  EXPECT_EQ(ring.Begin(1), nullptr);
   EXPECT_EQ(Read(ring, 2), Found::kWhole);
   EXPECT_EQ(Read(ring, 1), Found::kGone);
 }
@@ -82,8 +85,7 @@ TEST(JournalRing, RefusesAWriterThatComesTooLate) {
 TEST(JournalRing, ReadsARecordThatIsShorterThanTheLast) {
   JournalRing ring(0);
   Write(ring, 1);
-  const std::uint64_t two[] = {2, 2};
-  ring.Write(2, two);
+  ring.Write(2, [](JournalRing::PlaceWords& place) { place[0] = place[1] = 2; });
   JournalRing::Words words;
   ASSERT_EQ(ring.Read(2, words), Found::kWhole);
   EXPECT_EQ(words[0], 2u);
