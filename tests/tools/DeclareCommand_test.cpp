@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +20,21 @@ constexpr const char* kAudio =
     R"({"settings":[{"group":"Audio","name":"Codec","type":"string","default":"a\"b"}]})";
 
 }  // namespace
+
+TEST(DeclareCommand, WrapsDescriptionsAt100Characters) {
+  const auto header = [](std::size_t length) {
+    return Program()
+        .File("a.json",
+              R"({"settings":[{"group":"Audio","name":"A","type":"int","default":1,"description":")" +
+                  std::string(49, 'a') + ' ' + std::string(length, 'b') + "\"}]}")
+        .Run({"declare", "a.json", "--header"})
+        .out;
+  };
+  EXPECT_NE(header(50).find("// " + std::string(49, 'a') + ' ' + std::string(50, 'b') + "\n//\n"),
+            std::string::npos);
+  EXPECT_NE(header(51).find("// " + std::string(49, 'a') + "\n// " + std::string(51, 'b') + "\n//\n"),
+            std::string::npos);
+}
 
 TEST(DeclareCommand, WritesAHeaderOfKeys) {
   const Finished run = Program()
