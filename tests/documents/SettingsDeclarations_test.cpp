@@ -15,7 +15,7 @@ namespace {
 
 using Expected = std::vector<std::string>;
 
-std::vector<std::string> Lines(const std::vector<std::string>& texts) {
+std::vector<std::string> LinesOf(const std::vector<std::string>& texts) {
   std::vector<std::string> lines;
   for (const DeclarationFinding& finding : ReadDeclarations(texts).findings) {
     lines.push_back((finding.document == 0 ? "" : "#" + std::to_string(finding.document) + " ") +
@@ -38,7 +38,7 @@ std::string VideoA(const std::string& members) {
 // What ReadDeclarations() makes of the one setting.
 SettingDeclaration Read(const std::string& text) {
   const SettingsDeclarations read = ReadDeclarations({text});
-  for (const std::string& line : Lines({text})) ADD_FAILURE() << line;
+  for (const std::string& line : LinesOf({text})) ADD_FAILURE() << line;
   return read.settings.empty() ? SettingDeclaration() : read.settings.front();
 }
 
@@ -115,17 +115,17 @@ TEST(SettingsDeclarations, NameEnumeratorsAndConstantsInCamelCase) {
 TEST(SettingsDeclarations, AreOneListAcrossDocuments) {
   const std::string first = VideoA(R"("type":"int","default":1,"deprecated":{"replacedBy":"Audio/B"})");
   const std::string second = One(R"("group":"Audio","name":"B","type":"int","default":1)");
-  EXPECT_EQ(Lines({first, second}), Expected());
+  EXPECT_EQ(LinesOf({first, second}), Expected());
   const SettingsDeclarations read = ReadDeclarations({first, second});
   ASSERT_EQ(read.settings.size(), 2U);
   EXPECT_EQ(read.settings[0].name, "A");
   EXPECT_EQ(read.settings[1].name, "B");
-  EXPECT_EQ(Lines({second, first, second}),
+  EXPECT_EQ(LinesOf({second, first, second}),
             (Expected{"#2 2:25 settings[0].name: \"Audio/B\" is declared twice"}));
 }
 
 TEST(SettingsDeclarations, MayDeclareAToggleThatAComponentReads) {
-  EXPECT_EQ(Lines({One(R"("group":"Feature","name":"EnableMusicMode","type":"bool","default":true)")}),
+  EXPECT_EQ(LinesOf({One(R"("group":"Feature","name":"EnableMusicMode","type":"bool","default":true)")}),
             Expected());
 }
 
@@ -144,18 +144,18 @@ TEST(SettingsDeclarations, SayWhereADocumentIsNone) {
       {R"({"settings":[],"namespace":"a:b"})",
        "1:28 namespace: \"a:b\" cannot name a C++ namespace of a component"},
   };
-  for (const auto& [text, line] : rows) EXPECT_EQ(Lines({text}), Expected{line}) << text;
+  for (const auto& [text, line] : rows) EXPECT_EQ(LinesOf({text}), Expected{line}) << text;
 }
 
 TEST(SettingsDeclarations, TakeOnlyNamespacesThatAComponentMayHave) {
   for (const char* name : {"a", "a::b2::c_d", "Media"}) {
-    EXPECT_EQ(Lines({std::string(R"({"settings":[],"namespace":")") + name + "\"}"}), Expected()) << name;
+    EXPECT_EQ(LinesOf({std::string(R"({"settings":[],"namespace":")") + name + "\"}"}), Expected()) << name;
   }
   for (const char* name :
        {"",         "::a",    "a::",      "a::::b", "2a",     "_a",     "a__b",   "a-b",
         "std",      "std::a", "kalStore", "a::kal", "class",  "a::int", "xor_eq", "alignas",
         "\xc3\xa4", "assert", "errno",    "linux",  "stdout", "unix",   "EOF",    "a::NULL"}) {
-    EXPECT_EQ(Lines({std::string(R"({"settings":[],"namespace":")") + name + "\"}"}).size(), 1U) << name;
+    EXPECT_EQ(LinesOf({std::string(R"({"settings":[],"namespace":")") + name + "\"}"}).size(), 1U) << name;
   }
 }
 
@@ -198,7 +198,7 @@ TEST(SettingsDeclarations, SayWhatIsWrongWithASetting) {
       {R"("group":"Video","name":"A","type":"int","default":1,"unit":true)",
        "2:61 settings[0].unit: expected a string, found true or false"},
   };
-  for (const auto& [members, line] : rows) EXPECT_EQ(Lines({One(members)}), Expected{line}) << members;
+  for (const auto& [members, line] : rows) EXPECT_EQ(LinesOf({One(members)}), Expected{line}) << members;
 }
 
 TEST(SettingsDeclarations, SayWhatIsWrongWithAValue) {
@@ -271,7 +271,7 @@ TEST(SettingsDeclarations, SayWhatIsWrongWithAValue) {
        "identifier: \"EOF\" may be a macro: the name of an enum has a lower-case letter"},
   };
   for (const auto& [members, line] : rows) {
-    const std::vector<std::string> lines = Lines({VideoA(members)});
+    const std::vector<std::string> lines = LinesOf({VideoA(members)});
     ASSERT_EQ(lines.size(), 1U) << members << '\n' << (lines.empty() ? "" : lines[1]);
     const std::size_t path = lines[0].find("settings[0]") + std::string("settings[0]").size();
     EXPECT_EQ(lines[0].substr(lines[0][path] == '.' ? path + 1 : path), line) << members;
@@ -281,21 +281,22 @@ TEST(SettingsDeclarations, SayWhatIsWrongWithAValue) {
 TEST(SettingsDeclarations, RefuseNamesThatGiveNoIdentifierOrOneTwice) {
   const std::string rest = R"(,"type":"int","default":1)";
   EXPECT_EQ(
-      Lines({One(R"("group":"Video","name":"+-")" + rest)}),
+      LinesOf({One(R"("group":"Video","name":"+-")" + rest)}),
       (Expected{
           "2:25 settings[0].name: \"+-\" gives no C++ constant a name: give it one as \"identifier\""}));
-  EXPECT_EQ(Lines({One("\"group\":\"Video\",\"name\":\"\xc3\xa4\"" + rest)}).size(), 1U);
-  EXPECT_EQ(Lines({One(R"("group":"Video","name":"+-","identifier":"PlusMinus")" + rest)}), Expected());
-  EXPECT_EQ(Lines({One(R"("group":"Video","name":"+-","identifier":"EOF")" + rest)}), Expected());
+  EXPECT_EQ(LinesOf({One("\"group\":\"Video\",\"name\":\"\xc3\xa4\"" + rest)}).size(), 1U);
+  EXPECT_EQ(LinesOf({One(R"("group":"Video","name":"+-","identifier":"PlusMinus")" + rest)}), Expected());
+  EXPECT_EQ(LinesOf({One(R"("group":"Video","name":"+-","identifier":"EOF")" + rest)}), Expected());
 
   const std::string list = "{\"settings\":[\n{" + (R"("group":"Video","name":"SlideGain")" + rest) + "},\n{" +
                            (R"("group":"VideoSlide","name":"Gain")" + rest) + "}]}";
-  EXPECT_EQ(Lines({list}),
+  EXPECT_EQ(LinesOf({list}),
             (Expected{"3:30 settings[1].name: \"VideoSlide/Gain\" is called kVideoSlideGain in C++, as is "
                       "\"Video/SlideGain\": give one another \"identifier\""}));
-  EXPECT_EQ(Lines({One(R"("group":"Video","name":"Slide_Gain")" + rest),
-                   R"({"namespace":"other","settings":[{"group":"VideoSlide","name":"Gain")" + rest + "}]}"}),
-            Expected());
+  EXPECT_EQ(
+      LinesOf({One(R"("group":"Video","name":"Slide_Gain")" + rest),
+               R"({"namespace":"other","settings":[{"group":"VideoSlide","name":"Gain")" + rest + "}]}"}),
+      Expected());
 }
 
 TEST(SettingsDeclarations, RefuseTheNameOfANamespaceForAnEnumOrAKey) {
@@ -308,16 +309,16 @@ TEST(SettingsDeclarations, RefuseTheNameOfANamespaceForAnEnumOrAKey) {
   };
   const std::string place = "1:58 settings[0].name: \"Video/Codec\" is called ";
   const std::string reason = " in C++, as is a namespace: give it another \"identifier\"";
-  EXPECT_EQ(Lines({codec, in("media::VideoCodec")}), Expected({place + "VideoCodec" + reason}));
-  EXPECT_EQ(Lines({codec, in("media::VideoCodec::more")}), Expected({place + "VideoCodec" + reason}));
-  EXPECT_EQ(Lines({codec, in("media::kVideoCodec")}), Expected({place + "kVideoCodec" + reason}));
-  EXPECT_EQ(Lines({codec, in("media::video")}), Expected());
-  EXPECT_EQ(Lines({codec, in("VideoCodec")}), Expected());
+  EXPECT_EQ(LinesOf({codec, in("media::VideoCodec")}), Expected({place + "VideoCodec" + reason}));
+  EXPECT_EQ(LinesOf({codec, in("media::VideoCodec::more")}), Expected({place + "VideoCodec" + reason}));
+  EXPECT_EQ(LinesOf({codec, in("media::kVideoCodec")}), Expected({place + "kVideoCodec" + reason}));
+  EXPECT_EQ(LinesOf({codec, in("media::video")}), Expected());
+  EXPECT_EQ(LinesOf({codec, in("VideoCodec")}), Expected());
 }
 
 TEST(SettingsDeclarations, ReportEveryMistakeInTheOrderOfTheText) {
   EXPECT_EQ(
-      Lines({R"({"settings":[
+      LinesOf({R"({"settings":[
 {"name":"A","type":"int","default":"x","extra":1},
 {"group":"Video","name":"B","type":"int","default":1},
 {"group":"Video","name":"B","type":"int","default":1}]})"}),
@@ -329,7 +330,7 @@ TEST(SettingsDeclarations, ReportEveryMistakeInTheOrderOfTheText) {
 }
 
 TEST(SettingsDeclarations, DoNotMissAReplacementThatIsWrongItself) {
-  EXPECT_EQ(Lines({R"({"settings":[
+  EXPECT_EQ(LinesOf({R"({"settings":[
 {"group":"Video","name":"A","type":"int","default":1,"deprecated":{"replacedBy":"Video/B"}},
 {"group":"Video","name":"B","type":"int","default":"1"}]})"})
                 .size(),

@@ -10,7 +10,6 @@ namespace {
 
 using AllocationTest = FacadeTest;
 
-constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_AUDIO;
 constexpr const char* kLongName = "A.Name.Beyond.What.A.Short.String.Holds";
 
 TEST_F(AllocationTest, ReadsOfAShortValueTakeNothing) {

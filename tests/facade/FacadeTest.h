@@ -11,6 +11,7 @@
 #include "tessel/tessel.h"
 
 constexpr std::uint32_t kCall = 7;
+constexpr kalStore::KalConfigGroup kGroup = kalStore::KAL_CONFIG_GROUP_AUDIO;
 
 inline kalStore::KalConfigGroup Group(std::uint32_t value) {
   return static_cast<kalStore::KalConfigGroup>(value);

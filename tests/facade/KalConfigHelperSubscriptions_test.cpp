@@ -17,7 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_AUDIO;
 const std::string kObserverHelper = "kalStore::KalConfigObserverHelper::";
 
 class KalConfigHelperSubscriptionsTest : public FacadeTest {

@@ -15,7 +15,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::IsNull;
 
-constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_AUDIO;
 constexpr std::int64_t kEmpty = -2;  // The value-returning reads: an empty value.
 
 std::int64_t Outcome(const ConfigData& value) {

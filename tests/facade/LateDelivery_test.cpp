@@ -15,7 +15,7 @@
 namespace kalStore {
 namespace {
 
-class LateDelivery : public FacadeTest, public testing::WithParamInterface<Way> {
+class LateDelivery : public FacadeTest, public testing::WithParamInterface<WayToSubscribe> {
  protected:
   LateDelivery() { m_thread.Start(); }
 
@@ -181,7 +181,7 @@ TEST_F(LateDelivery, HandedOverWhileTheInitialDeliveryThrowsIsDropped) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Removed, LateDelivery, testing::ValuesIn(kWays),
+INSTANTIATE_TEST_SUITE_P(Removed, LateDelivery, testing::ValuesIn(kWaysToSubscribe),
                          [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace

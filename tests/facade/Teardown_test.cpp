@@ -12,8 +12,6 @@
 namespace kalStore {
 namespace {
 
-constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_AUDIO;
-
 // What a callback uses: alive as long as its facade is.
 struct Component {
   std::atomic<bool> isAlive{true};

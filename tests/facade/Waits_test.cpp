@@ -11,7 +11,7 @@
 namespace kalStore {
 namespace {
 
-class Waits : public FacadeTest, public testing::WithParamInterface<Way> {
+class Waits : public FacadeTest, public testing::WithParamInterface<WayToSubscribe> {
  protected:
   Waits() { m_thread.Start(); }
   ~Waits() override {
@@ -124,7 +124,7 @@ TEST_P(Waits, ForNothingWhenNothingRuns) {
   EXPECT_EQ(m_clock.Sleeps() + m_clock.Yields(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Removed, Waits, testing::ValuesIn(kWays),
+INSTANTIATE_TEST_SUITE_P(Removed, Waits, testing::ValuesIn(kWaysToSubscribe),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Removal, OfASubscriptionThatAnotherThreadRemovesByNameWaitsAsWell) {

@@ -14,20 +14,18 @@
 
 namespace kalStore {
 
-inline constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_AUDIO;
-
 // Subscribes to "a", and returns what removes the subscription.
 using Subscriber = std::function<std::function<void()>(fnConfigChangedCallBack, ACmThread*, bool)>;
 
-struct Way {
+struct WayToSubscribe {
   const char* name;
   Subscriber subscribe;
 };
-inline void PrintTo(const Way& way, std::ostream* out) {
+inline void PrintTo(const WayToSubscribe& way, std::ostream* out) {
   *out << way.name;
 }
 
-inline const Way kWays[] = {
+inline const WayToSubscribe kWaysToSubscribe[] = {
     {"FacadeById",
      [](fnConfigChangedCallBack fn, ACmThread* thread, bool isAsync) {
        const auto facade = std::make_shared<KalConfigHelper>(kCall);

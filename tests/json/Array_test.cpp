@@ -5,7 +5,7 @@
 
 namespace {
 
-json::Array sample() {
+json::Array SampleArray() {
   json::Array array;
   array.push_back(1);
   array.push_back("two");
@@ -20,7 +20,7 @@ TEST(Array, StartsEmpty) {
 }
 
 TEST(Array, AppendsCopiesAndMovedValues) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   const json::Value copied = 3;
   array.push_back(copied);
   array.push_back(json::Value(array));
@@ -29,20 +29,20 @@ TEST(Array, AppendsCopiesAndMovedValues) {
 }
 
 TEST(Array, AppendsItsOwnElement) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   for (int i = 0; i < 20; ++i) array.push_back(array[1]);
   for (std::size_t i = 1; i < array.size(); ++i) EXPECT_EQ(array[i].ToString(), "two");
 }
 
 TEST(Array, InsertsBeforeTheIndex) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   EXPECT_EQ(array.insert(0, "first")->ToString(), "first");
   array.insert(2, nullptr);
   EXPECT_EQ(json::SerializeArray(array), R"(["first",1,null,"two"])");
 }
 
 TEST(Array, InsertAtOrPastTheEndAppends) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   array.insert(2, 3);
   array.insert(100, 4);
   array.insert(static_cast<std::size_t>(-1), 5);
@@ -50,13 +50,13 @@ TEST(Array, InsertAtOrPastTheEndAppends) {
 }
 
 TEST(Array, ClearLeavesNothing) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   array.Clear();
   EXPECT_TRUE(array.empty());
 }
 
 TEST(Array, FindsTheFirstEqualElement) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   array.push_back(1.0);
   EXPECT_EQ(array.find(1), array.begin());
   EXPECT_EQ(array.find("two"), array.begin() + 1);
@@ -97,24 +97,24 @@ TEST(Array, GivesAPartOfItselfACopy) {
 }
 
 TEST(Array, MayBeAssignedToItself) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   json::Array& same = array;
   array = std::as_const(same);
-  EXPECT_EQ(array, sample());
+  EXPECT_EQ(array, SampleArray());
   array = std::move(same);
-  EXPECT_EQ(array, sample());
+  EXPECT_EQ(array, SampleArray());
 }
 
 TEST(Array, AppendsACopyOfTheValueThatItIsAPartOf) {
-  json::Value moved = sample();
+  json::Value moved = SampleArray();
   moved.ToArray().push_back(std::move(moved));
   EXPECT_EQ(json::Serialize(moved), R"([1,"two",[1,"two"]])");
 
-  json::Value copied = sample();
+  json::Value copied = SampleArray();
   copied.ToArray().push_back(copied);
   EXPECT_EQ(copied, moved);
 
-  json::Value emplaced = sample();
+  json::Value emplaced = SampleArray();
   const json::Value& appended = emplaced.ToArray().emplace_back(std::move(emplaced));
   EXPECT_EQ(&appended, &emplaced[2]);
   EXPECT_EQ(emplaced, moved);
@@ -125,17 +125,17 @@ TEST(Array, AppendsACopyOfTheValueThatItIsAPartOf) {
 }
 
 TEST(Array, InsertsACopyOfTheValueThatItIsAPartOf) {
-  json::Value moved = sample();
+  json::Value moved = SampleArray();
   moved.ToArray().insert(1, std::move(moved));
   EXPECT_EQ(json::Serialize(moved), R"([1,[1,"two"],"two"])");
 
-  json::Value copied = sample();
+  json::Value copied = SampleArray();
   copied.ToArray().insert(1, copied);
   EXPECT_EQ(copied, moved);
 }
 
 TEST(Array, TakesItsOwnElements) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   array.insert(0, array[1]);
   array.insert(0, std::move(array[0]));
   array.push_back(std::move(array[0]));
@@ -143,7 +143,7 @@ TEST(Array, TakesItsOwnElements) {
 }
 
 TEST(Array, HoldsItsFormerSelfWhenItIsMovedIntoAnElement) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   array.push_back(std::move(array));
   EXPECT_EQ(json::SerializeArray(array), R"([[1,"two"]])");
 }
@@ -156,7 +156,7 @@ TEST(Array, MayBeEmplacedInAPartOfItself) {
 }
 
 TEST(Array, CopiesAreIndependent) {
-  json::Array array = sample();
+  json::Array array = SampleArray();
   json::Array copy = array;
   copy[0] = 5;
   EXPECT_EQ(array[0].ToInt(), 1);

@@ -5,7 +5,7 @@
 
 namespace {
 
-json::Object sample() {
+json::Object SampleObject() {
   json::Object object;
   object["b"] = 2;
   object["a"] = 1;
@@ -28,7 +28,7 @@ TEST(Object, StartsEmpty) {
 }
 
 TEST(Object, FindsMembersByKey) {
-  const json::Object object = sample();
+  const json::Object object = SampleObject();
   EXPECT_TRUE(object.HasKey("a"));
   EXPECT_FALSE(object.HasKey("A"));
   EXPECT_EQ(object.find("b")->second.ToInt(), 2);
@@ -50,7 +50,7 @@ TEST(Object, InsertsNullForAMissingKey) {
 }
 
 TEST(Object, EmplaceAndInsertKeepAPresentMember) {
-  json::Object object = sample();
+  json::Object object = SampleObject();
   EXPECT_FALSE(object.emplace("a", 9).second);
   EXPECT_FALSE(object.insert({"b", 9}).second);
   EXPECT_TRUE(object.emplace("c", 3).second);
@@ -59,21 +59,21 @@ TEST(Object, EmplaceAndInsertKeepAPresentMember) {
 }
 
 TEST(Object, InsertOrAssignReplacesAndReturnsTheMember) {
-  json::Object object = sample();
+  json::Object object = SampleObject();
   object.insert_or_assign("a", 9).MergeValue(10);
   object.insert_or_assign("0", 0);
   EXPECT_EQ(json::Serialize(object), R"({"0":0,"a":10,"b":2})");
 }
 
 TEST(Object, EraseReturnsTheNumberOfMembersRemoved) {
-  json::Object object = sample();
+  json::Object object = SampleObject();
   EXPECT_EQ(object.Erase("a"), 1u);
   EXPECT_EQ(object.Erase("a"), 0u);
   EXPECT_EQ(json::Serialize(object), R"({"b":2})");
 }
 
 TEST(Object, ClearLeavesNothing) {
-  json::Object object = sample();
+  json::Object object = SampleObject();
   object.Clear();
   EXPECT_TRUE(object.empty());
 }
@@ -103,16 +103,16 @@ TEST(Object, GivesAPartOfItselfACopy) {
 }
 
 TEST(Object, MayBeAssignedToItself) {
-  json::Object object = sample();
+  json::Object object = SampleObject();
   json::Object& same = object;
   object = std::as_const(same);
-  EXPECT_EQ(object, sample());
+  EXPECT_EQ(object, SampleObject());
   object = std::move(same);
-  EXPECT_EQ(object, sample());
+  EXPECT_EQ(object, SampleObject());
 }
 
 TEST(Object, InsertsACopyOfTheValueThatItIsAPartOf) {
-  json::Value emplaced = sample();
+  json::Value emplaced = SampleObject();
   EXPECT_TRUE(emplaced.ToObject().emplace("c", std::move(emplaced)).second);
   EXPECT_EQ(json::Serialize(emplaced), R"({"a":1,"b":2,"c":{"a":1,"b":2}})");
 
@@ -120,7 +120,7 @@ TEST(Object, InsertsACopyOfTheValueThatItIsAPartOf) {
   assigned["a"].ToObject().insert_or_assign("b", std::move(assigned));
   EXPECT_EQ(json::Serialize(assigned), R"({"a":{"b":{"a":{"b":{"c":1}},"d":2}},"d":2})");
 
-  json::Value copied = sample();
+  json::Value copied = SampleObject();
   copied.ToObject().insert_or_assign("a", copied);
   EXPECT_EQ(json::Serialize(copied), R"({"a":{"a":1,"b":2},"b":2})");
 }
@@ -136,7 +136,7 @@ TEST(Object, InsertsItsOwnMembers) {
 }
 
 TEST(Object, HoldsItsFormerSelfWhenItIsMovedIntoAMember) {
-  json::Object object = sample();
+  json::Object object = SampleObject();
   object.insert_or_assign("c", std::move(object));
   EXPECT_EQ(json::Serialize(object), R"({"c":{"a":1,"b":2}})");
 }
@@ -151,7 +151,7 @@ TEST(Object, InsertsOrAssignsALvalueAsACopy) {
 }
 
 TEST(Object, CopiesAreIndependent) {
-  json::Object object = sample();
+  json::Object object = SampleObject();
   json::Object copy = object;
   copy["a"] = 5;
   EXPECT_EQ(object["a"].ToInt(), 1);

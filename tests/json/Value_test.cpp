@@ -12,7 +12,7 @@ using json::Value;
 static_assert(std::is_nothrow_move_constructible_v<Value> && std::is_nothrow_move_assignable_v<Value>);
 static_assert(!std::is_constructible_v<Value, int*>, "a pointer is no bool");
 
-Value sample() {
+Value SampleValue() {
   return json::Deserialize(R"({"a":1,"list":[1,[2]],"text":"a text too long for its own place"})");
 }
 
@@ -78,8 +78,8 @@ TEST(Value, ObjectsAndArraysAreTakenByCopyOrMove) {
 TEST(Value, SizeCountsMembersAndElements) {
   EXPECT_EQ(Value(json::Object()).size(), 0u);
   EXPECT_EQ(Value(json::Array()).size(), 0u);
-  EXPECT_EQ(sample().size(), 3u);
-  EXPECT_EQ(sample()["list"].size(), 2u);
+  EXPECT_EQ(SampleValue().size(), 3u);
+  EXPECT_EQ(SampleValue()["list"].size(), 2u);
 }
 
 TEST(Value, SizeOfEveryOtherKindIsOne) {
@@ -90,7 +90,7 @@ TEST(Value, SizeOfEveryOtherKindIsOne) {
 }
 
 TEST(Value, IndexesArraysWithAnyInteger) {
-  Value value = sample()["list"];
+  Value value = SampleValue()["list"];
   const Value& constant = value;
   EXPECT_EQ(value[0].ToInt(), 1);
   EXPECT_EQ(constant[0].ToInt(), 1);
@@ -110,7 +110,7 @@ TEST(Value, InsertsNullForAMissingKey) {
 }
 
 TEST(Value, AConstObjectLooksKeysUpWithoutInserting) {
-  const Value value = sample();
+  const Value value = SampleValue();
   EXPECT_EQ(value["a"].ToInt(), 1);
   EXPECT_EQ(value[std::string("a")].ToInt(), 1);
   EXPECT_FALSE(value.HasKey("b"));
@@ -133,7 +133,7 @@ TEST(Value, HasKeysReturnsTheIndexOfTheFirstMissingKey) {
 }
 
 TEST(Value, ChangesInPlaceThroughReferences) {
-  Value value = sample();
+  Value value = SampleValue();
   value["list"].ToArray().push_back(3);
   value.ToObject().Erase("a");
   value["text"].ToString() += '!';
@@ -150,22 +150,22 @@ TEST(Value, AnEmptyContainerCanBeFilled) {
 }
 
 TEST(Value, CopiesAreDeep) {
-  Value original = sample();
+  Value original = SampleValue();
   Value copy = original;
   copy["list"][1][0] = "changed";
-  EXPECT_EQ(original, sample());
+  EXPECT_EQ(original, SampleValue());
   Value assigned;
   assigned = original;
   assigned["a"] = 2;
-  EXPECT_EQ(original, sample());
+  EXPECT_EQ(original, SampleValue());
 }
 
 TEST(Value, MovesTakeTheContents) {
-  Value original = sample();
+  Value original = SampleValue();
   const json::Object* const members = &original.ToObject();
   const Value moved = std::move(original);
   EXPECT_EQ(&moved.ToObject(), members);
-  EXPECT_EQ(moved, sample());
+  EXPECT_EQ(moved, SampleValue());
 }
 
 TEST(Value, AssignmentTakesAValueOfEveryKind) {
@@ -185,7 +185,7 @@ TEST(Value, AssignmentTakesAValueOfEveryKind) {
 }
 
 TEST(Value, AssignmentLeavesNothingOfTheFormerKind) {
-  Value value = sample();
+  Value value = SampleValue();
   value = 5;
   EXPECT_EQ(value.GetType(), json::IntVal);
   value = "text";
@@ -197,38 +197,38 @@ TEST(Value, AssignmentLeavesNothingOfTheFormerKind) {
 }
 
 TEST(Value, MayBeAssignedFromAPartOfItself) {
-  Value copied = sample();
+  Value copied = SampleValue();
   copied = copied["list"];
   EXPECT_EQ(json::Serialize(copied), "[1,[2]]");
-  Value moved = sample();
+  Value moved = SampleValue();
   moved = std::move(moved["list"]);
   EXPECT_EQ(json::Serialize(moved), "[1,[2]]");
-  Value nested = sample();
+  Value nested = SampleValue();
   nested["list"] = nested;
-  EXPECT_EQ(nested["list"], sample());
+  EXPECT_EQ(nested["list"], SampleValue());
 }
 
 TEST(Value, MayBeAssignedToItself) {
-  Value value = sample();
+  Value value = SampleValue();
   Value& same = value;
   value = std::as_const(same);
-  EXPECT_EQ(value, sample());
+  EXPECT_EQ(value, SampleValue());
   value = std::move(same);
-  EXPECT_EQ(value, sample());
+  EXPECT_EQ(value, SampleValue());
 }
 
 TEST(Value, IsCopiedWhenItIsMovedIntoAPartOfItself) {
-  Value object = sample();
+  Value object = SampleValue();
   object["copy"] = std::move(object);
-  Value expected = sample();
+  Value expected = SampleValue();
   expected["copy"] = nullptr;
   EXPECT_EQ(object["copy"], expected);
   expected["copy"] = Value(expected);
   EXPECT_EQ(object, expected);
 
-  Value deep = sample();
+  Value deep = SampleValue();
   deep["list"][1][0] = std::move(deep);
-  EXPECT_EQ(deep["list"][1][0], sample());
+  EXPECT_EQ(deep["list"][1][0], SampleValue());
   EXPECT_EQ(deep["a"].ToInt(), 1);
 
   Value array = json::Deserialize("[1,[2]]");
@@ -237,7 +237,7 @@ TEST(Value, IsCopiedWhenItIsMovedIntoAPartOfItself) {
 }
 
 TEST(Value, MayBeSwappedWithAPartOfItself) {
-  Value value = sample();
+  Value value = SampleValue();
   std::swap(value, value["list"]);
   EXPECT_EQ(json::Serialize(value), "[1,[2]]");
 }

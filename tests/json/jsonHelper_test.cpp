@@ -11,7 +11,7 @@ static_assert(std::is_base_of_v<json::Value, jsonHelper> && std::is_convertible_
 static_assert(std::is_same_v<kalStore::jsonHelper, jsonHelper>);
 static_assert(std::is_nothrow_move_constructible_v<jsonHelper>);
 
-jsonHelper sample() {
+jsonHelper SampleHelper() {
   return json::Deserialize(
       R"({"a":1,"text":"words","real":1.5,"yes":true,"large":3000000000,"huge":5000000000,)"
       R"("object":{"inner":{"n":7}},"array":[1,2],"null":null})");
@@ -35,13 +35,13 @@ TEST(jsonHelper, HoldsACopyOfAnObjectOrValue) {
 }
 
 TEST(jsonHelper, WalksIntoADocument) {
-  const jsonHelper h = sample();
+  const jsonHelper h = SampleHelper();
   EXPECT_EQ(h["object"]["inner"]["n"].ToInt(0), 7);
   EXPECT_EQ(h[std::string("object")][std::string("inner")]["n"].ToInt(0), 7);
 }
 
 TEST(jsonHelper, AnswersNullWhereThereIsNothing) {
-  const jsonHelper h = sample();
+  const jsonHelper h = SampleHelper();
   EXPECT_FALSE(h["missing"].IsValid());
   EXPECT_FALSE(h["null"].IsValid());
   EXPECT_FALSE(h[nullptr].IsValid());
@@ -52,7 +52,7 @@ TEST(jsonHelper, AnswersNullWhereThereIsNothing) {
 }
 
 TEST(jsonHelper, NavigationNeverInserts) {
-  jsonHelper h = sample();
+  jsonHelper h = SampleHelper();
   const std::size_t before = h.size();
   EXPECT_FALSE(h["missing"].IsValid());
   EXPECT_FALSE(h[std::string("missing")].IsValid());
@@ -60,7 +60,7 @@ TEST(jsonHelper, NavigationNeverInserts) {
 }
 
 TEST(jsonHelper, EverythingButNullIsValid) {
-  const jsonHelper h = sample();
+  const jsonHelper h = SampleHelper();
   for (const char* key : {"a", "text", "real", "yes", "large", "huge", "object", "array"}) {
     EXPECT_TRUE(h[key].IsValid()) << key;
   }
@@ -99,7 +99,7 @@ TEST(jsonHelper, ReadsMatchTheKindExactly) {
 }
 
 TEST(jsonHelper, GivesTheStoredValues) {
-  const jsonHelper h = sample();
+  const jsonHelper h = SampleHelper();
   EXPECT_EQ(h["a"].ToInt(0), 1);
   EXPECT_EQ(h["large"].ToUnsignedInt(0), 3000000000U);
   EXPECT_EQ(h["real"].ToDouble(0), 1.5);
@@ -111,13 +111,13 @@ TEST(jsonHelper, GivesTheStoredValues) {
 TEST(jsonHelper, DoesNotConvertBetweenNumbers) {
   EXPECT_EQ(jsonHelper(json::Value(7)).ToDouble(1.5), 1.5);
   EXPECT_EQ(jsonHelper(json::Value(3U)).ToInt(7), 7);
-  EXPECT_EQ(sample()["a"].ToDouble(1.5), 1.5);
-  EXPECT_EQ(sample()["real"].ToInt(7), 7);
-  EXPECT_EQ(sample()["real"].ToFloat(7), 7);
+  EXPECT_EQ(SampleHelper()["a"].ToDouble(1.5), 1.5);
+  EXPECT_EQ(SampleHelper()["real"].ToInt(7), 7);
+  EXPECT_EQ(SampleHelper()["real"].ToFloat(7), 7);
 }
 
 TEST(jsonHelper, GivesCopiesOfContainers) {
-  jsonHelper h = sample();
+  jsonHelper h = SampleHelper();
   h.ToObject()["a"] = 99;
   EXPECT_EQ(h["a"].ToInt(0), 1);
   json::Array array = h["array"].ToArray();
@@ -126,7 +126,7 @@ TEST(jsonHelper, GivesCopiesOfContainers) {
 }
 
 TEST(jsonHelper, ConvertsWithAZeroDefault) {
-  const jsonHelper h = sample();
+  const jsonHelper h = SampleHelper();
   const int number = h["a"];
   const unsigned int large = h["large"];
   const double real = h["real"];
@@ -156,7 +156,7 @@ TEST(jsonHelper, ConvertsWithAZeroDefault) {
 }
 
 TEST(jsonHelper, TheLogFlagIsNotCopied) {
-  jsonHelper logged = sample();
+  jsonHelper logged = SampleHelper();
   EXPECT_FALSE(logged.IsLogEnabled());
   logged.EnableLog(true);
   EXPECT_TRUE(logged.IsLogEnabled());
@@ -173,19 +173,19 @@ TEST(jsonHelper, TheLogFlagIsNotCopied) {
   EXPECT_TRUE(logged.IsLogEnabled());
   logged = silent;
   EXPECT_TRUE(logged.IsLogEnabled());
-  EXPECT_EQ(logged, sample());
+  EXPECT_EQ(logged, SampleHelper());
 
   const jsonHelper moved(std::move(logged));
   EXPECT_FALSE(moved.IsLogEnabled());
-  EXPECT_EQ(moved, sample());
+  EXPECT_EQ(moved, SampleHelper());
 
   logged.EnableLog(false);
   EXPECT_FALSE(logged.IsLogEnabled());
 }
 
 TEST(jsonHelper, IsWrittenLikeTheValueItIs) {
-  EXPECT_EQ(json::Serialize(sample()["array"]), "[1,2]");
-  json::Value value = sample()["object"];
+  EXPECT_EQ(json::Serialize(SampleHelper()["array"]), "[1,2]");
+  json::Value value = SampleHelper()["object"];
   EXPECT_EQ(json::Serialize(value), R"({"inner":{"n":7}})");
 }
 

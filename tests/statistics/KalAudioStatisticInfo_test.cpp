@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr std::int32_t kRefused = 0x46004001;
 constexpr std::int32_t kNoStreams[] = {-1, 20, 21, INT32_MAX, INT32_MIN};
 
 AudioBytes ReadTx(KalAudioStatisticInfo& info, bool reset = false) {
@@ -203,15 +202,15 @@ TEST(KalAudioStatisticInfo, RefusesReadsWithoutABufferOrStream) {
   KalAudioStatisticInfo info(5);
   AudioBytes buffer = AudioBytes::Pattern(8);
   for (const std::int32_t stream : kNoStreams) {
-    EXPECT_EQ(info.GetRxAudioInfo(buffer.data(), stream, true), kRefused);
-    EXPECT_EQ(info.GetAVSyncInfo(buffer.data(), stream), kRefused);
+    EXPECT_EQ(info.GetRxAudioInfo(buffer.data(), stream, true), kalStore::kResultNotFound);
+    EXPECT_EQ(info.GetAVSyncInfo(buffer.data(), stream), kalStore::kResultNotFound);
   }
   EXPECT_TRUE(Same(buffer, AudioBytes::Pattern(8)));
   Fill(info, AudioBytes::Pattern());
-  EXPECT_EQ(info.GetRxAudioInfo(nullptr, 0, false), kRefused);
-  EXPECT_EQ(info.GetAVSyncInfo(nullptr, 0), kRefused);
-  EXPECT_EQ(info.UpdateTxMediaInfo(nullptr), kRefused);
-  EXPECT_EQ(info.GetTxMediaInfo(nullptr, true), kRefused);
+  EXPECT_EQ(info.GetRxAudioInfo(nullptr, 0, false), kalStore::kResultNotFound);
+  EXPECT_EQ(info.GetAVSyncInfo(nullptr, 0), kalStore::kResultNotFound);
+  EXPECT_EQ(info.UpdateTxMediaInfo(nullptr), kalStore::kResultNotFound);
+  EXPECT_EQ(info.GetTxMediaInfo(nullptr, true), kalStore::kResultNotFound);
   EXPECT_TRUE(Same(ReadTx(info), AudioBytes::Pattern())) << "a refused read resets nothing";
 }
 
@@ -219,8 +218,8 @@ TEST(KalAudioStatisticInfo, TakesNoWholeReceiveBlock) {
   KalAudioStatisticInfo info(5);
   Fill(info, AudioBytes::Pattern());
   AudioBytes buffer = AudioBytes::Pattern(8);
-  EXPECT_EQ(info.UpdateRxMediaInfo(buffer.data()), kRefused);
-  EXPECT_EQ(info.UpdateRxMediaInfo(nullptr), kRefused);
+  EXPECT_EQ(info.UpdateRxMediaInfo(buffer.data()), kalStore::kResultNotFound);
+  EXPECT_EQ(info.UpdateRxMediaInfo(nullptr), kalStore::kResultNotFound);
   EXPECT_EQ(info.GetRxMediaInfo(buffer.data(), true), 0);
   EXPECT_EQ(info.GetRxMediaInfo(nullptr, false), 0);
   EXPECT_TRUE(Same(buffer, AudioBytes::Pattern(8)));

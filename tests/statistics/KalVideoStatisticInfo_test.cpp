@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr std::int32_t kRefused = 0x46004001;
 constexpr auto kCodec3 = static_cast<kal::KalVideoCodecType>(3);
 
 VideoBytes Read(KalVideoStatisticInfo& info, bool reset = false) {
@@ -185,9 +184,9 @@ TEST(KalVideoStatisticInfo, WritesNothingBesideTheCallersBuffer) {
 TEST(KalVideoStatisticInfo, RefusesANullBuffer) {
   KalVideoStatisticInfo info(1);
   Fill(info, VideoBytes::Pattern());
-  EXPECT_EQ(info.UpdateTxMediaInfo(nullptr), kRefused);
-  EXPECT_EQ(info.GetTxMediaInfo(nullptr, false), kRefused);
-  EXPECT_EQ(info.GetTxMediaInfo(nullptr, true), kRefused);
+  EXPECT_EQ(info.UpdateTxMediaInfo(nullptr), kalStore::kResultNotFound);
+  EXPECT_EQ(info.GetTxMediaInfo(nullptr, false), kalStore::kResultNotFound);
+  EXPECT_EQ(info.GetTxMediaInfo(nullptr, true), kalStore::kResultNotFound);
   EXPECT_TRUE(Same(Read(info), VideoBytes::Pattern())) << "a refused read resets nothing";
 }
 
@@ -195,11 +194,11 @@ TEST(KalVideoStatisticInfo, HasNoReceivedStatistics) {
   KalVideoStatisticInfo info(1);
   Fill(info, VideoBytes::Pattern());
   VideoBytes buffer = VideoBytes::Pattern(4);
-  EXPECT_EQ(info.UpdateRxMediaInfo(buffer.data()), kRefused);
-  EXPECT_EQ(info.UpdateRxMediaInfo(nullptr), kRefused);
-  EXPECT_EQ(info.GetRxMediaInfo(buffer.data(), false), kRefused);
-  EXPECT_EQ(info.GetRxMediaInfo(buffer.data(), true), kRefused);
-  EXPECT_EQ(info.GetRxMediaInfo(nullptr, true), kRefused);
+  EXPECT_EQ(info.UpdateRxMediaInfo(buffer.data()), kalStore::kResultNotFound);
+  EXPECT_EQ(info.UpdateRxMediaInfo(nullptr), kalStore::kResultNotFound);
+  EXPECT_EQ(info.GetRxMediaInfo(buffer.data(), false), kalStore::kResultNotFound);
+  EXPECT_EQ(info.GetRxMediaInfo(buffer.data(), true), kalStore::kResultNotFound);
+  EXPECT_EQ(info.GetRxMediaInfo(nullptr, true), kalStore::kResultNotFound);
   EXPECT_TRUE(Same(buffer, VideoBytes::Pattern(4)));
   EXPECT_TRUE(Same(Read(info), VideoBytes::Pattern()));
 }

@@ -9,13 +9,13 @@
 namespace {
 
 constexpr auto kLong = std::chrono::milliseconds(1400);
-constexpr const char* kText = R"({"Audio":[]})";
+constexpr const char* kSettings = R"({"Audio":[]})";
 constexpr const char* kLine = "\r\033[Ktessel: reading <stdin>, ";
 
 }  // namespace
 
 TEST(Progress, IsShownOnATerminalAndRemovedInTheEnd) {
-  const Finished run = Program().InputOnceShown(kText, kLine).ErrorsToTerminal().Run({"lint", "-"});
+  const Finished run = Program().InputOnceShown(kSettings, kLine).ErrorsToTerminal().Run({"lint", "-"});
   EXPECT_TRUE(run.err.starts_with(kLine)) << run.err;
   EXPECT_TRUE(run.err.ends_with("\r\033[K")) << run.err;
   EXPECT_EQ(run.out, "");
@@ -23,16 +23,16 @@ TEST(Progress, IsShownOnATerminalAndRemovedInTheEnd) {
 }
 
 TEST(Progress, IsNotShownWithinTheFirstSecond) {
-  const Finished run = Program().InputOnceShown(kText, kLine).ErrorsToTerminal().Run({"lint", "-"});
+  const Finished run = Program().InputOnceShown(kSettings, kLine).ErrorsToTerminal().Run({"lint", "-"});
   EXPECT_THAT(run.err.substr(std::string(kLine).size()), testing::ContainsRegex("^[1-9][0-9]* s"));
   // Nothing at all, unless the machine took more than a second for it.
-  EXPECT_EQ(Program().Input(kText).ErrorsToTerminal().Run({"apply", "-"}).err.find(", 0 s"),
+  EXPECT_EQ(Program().Input(kSettings).ErrorsToTerminal().Run({"apply", "-"}).err.find(", 0 s"),
             std::string::npos);
 }
 
 TEST(Progress, IsShownOnACapableTerminalOnly) {
-  EXPECT_EQ(Program().LateInput(kText, kLong).Run({"lint", "-"}).err, "");
+  EXPECT_EQ(Program().LateInput(kSettings, kLong).Run({"lint", "-"}).err, "");
   EXPECT_EQ(
-      Program(Program::Terminal::kDumb).LateInput(kText, kLong).ErrorsToTerminal().Run({"lint", "-"}).err,
+      Program(Program::Terminal::kDumb).LateInput(kSettings, kLong).ErrorsToTerminal().Run({"lint", "-"}).err,
       "");
 }

@@ -22,7 +22,7 @@ using simulate::Recorder;
 using simulate::SettingKey;
 
 constexpr std::uint32_t kCallId = 4711;
-constexpr ConfigKey<int> kBitrate{kalStore::KAL_CONFIG_GROUP_AUDIO, "Bitrate", 32000};
+constexpr ConfigKey<int> kAudioBitrate{kalStore::KAL_CONFIG_GROUP_AUDIO, "Bitrate", 32000};
 constexpr ConfigKey<double> kDelay{kalStore::KAL_CONFIG_GROUP_AUDIO, "Delay", 60.0};
 
 struct TemporaryFile {
@@ -46,8 +46,8 @@ struct CallSettingsTest : testing::Test {
 };
 
 TEST_F(CallSettingsTest, ExpectsTheValuesOfTheStoreOnJoining) {
-  store->SetKalConfig(kBitrate.Group(), kBitrate.Name(), 16000, false, false);
-  settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
+  store->SetKalConfig(kAudioBitrate.Group(), kAudioBitrate.Name(), 16000, false, false);
+  settings.Subscribe<int>(kAudioBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
   settings.Join(kCallId);
   EXPECT_EQ(seen, std::vector<int>{16000});
   EXPECT_EQ(recorder.initialDeliveries, 1U);
@@ -59,26 +59,26 @@ struct CallSettingsByWayTest : CallSettingsTest, testing::WithParamInterface<Way
 
 TEST_P(CallSettingsByWayTest, DeliversEachSetOnceWhereItBelongs) {
   std::atomic<unsigned long> where{0};
-  settings.Subscribe<int>(kBitrate, GetParam(), [&](int) { where = GetThreadSelfId(); });
+  settings.Subscribe<int>(kAudioBitrate, GetParam(), [&](int) { where = GetThreadSelfId(); });
   settings.Join(kCallId);
   CallSettings setter("setter", ledger, recorder);
   setter.Join(kCallId);
-  setter.Set(kBitrate, 1000);
+  setter.Set(kAudioBitrate, 1000);
   Drain();
   EXPECT_EQ(where, GetParam() == Way::kDirect ? GetThreadSelfId() : thread.GetThreadId());
   EXPECT_EQ(recorder.Latencies(GetParam()).Count(), 1U);
   EXPECT_EQ(recorder.unexpectedDeliveries, 0U);
   EXPECT_EQ(ledger.Missing(), 0U);
-  EXPECT_EQ(ledger.Settings().at({kBitrate.Group(), kBitrate.Name()}).changedBy, "setter");
+  EXPECT_EQ(ledger.Settings().at({kAudioBitrate.Group(), kAudioBitrate.Name()}).changedBy, "setter");
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, CallSettingsByWayTest, testing::ValuesIn(kWays));
 
 TEST_F(CallSettingsTest, CountsASetOfTheSameValueAsUnchanged) {
-  settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
+  settings.Subscribe<int>(kAudioBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
   settings.Join(kCallId);
-  settings.Set(kBitrate, 5);
-  settings.Set(kBitrate, 5);
+  settings.Set(kAudioBitrate, 5);
+  settings.Set(kAudioBitrate, 5);
   EXPECT_EQ(seen, std::vector<int>{5});
   EXPECT_EQ(recorder.setsNotified, 1U);
   EXPECT_EQ(recorder.setsUnchanged, 1U);
@@ -86,18 +86,18 @@ TEST_F(CallSettingsTest, CountsASetOfTheSameValueAsUnchanged) {
 }
 
 TEST_F(CallSettingsTest, GivesTheDefaultWhereTheStringIsNoSuchValue) {
-  settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
+  settings.Subscribe<int>(kAudioBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
   settings.Join(kCallId);
-  store->SetKalConfig(kBitrate.Group(), kBitrate.Name(), "soon", false, false);
+  store->SetKalConfig(kAudioBitrate.Group(), kAudioBitrate.Name(), "soon", false, false);
   EXPECT_EQ(seen, std::vector<int>{32000});
   EXPECT_EQ(recorder.unexpectedDeliveries, 1U) << "a set that is not in the books";
 }
 
 TEST_F(CallSettingsTest, ReadsAndCountsIt) {
   settings.Join(kCallId);
-  EXPECT_EQ(settings.Read(kBitrate), 32000);
-  settings.Set(kBitrate, 8000);
-  EXPECT_EQ(settings.Read(kBitrate), 8000);
+  EXPECT_EQ(settings.Read(kAudioBitrate), 32000);
+  settings.Set(kAudioBitrate, 8000);
+  EXPECT_EQ(settings.Read(kAudioBitrate), 8000);
   EXPECT_TRUE(settings.IsOn(kalStore::KAL_FT_EnableMusicDetection));
   EXPECT_EQ(recorder.reads, 3U);
 }
@@ -110,11 +110,11 @@ TEST_F(CallSettingsTest, ComputesABoundValueWhenItIsRead) {
 
 TEST_F(CallSettingsTest, FollowsAValue) {
   std::atomic<int> bitrate{0};
-  settings.Follow(kBitrate, Way::kHandedOver, bitrate);
+  settings.Follow(kAudioBitrate, Way::kHandedOver, bitrate);
   settings.Join(kCallId);
   CallSettings setter("setter", ledger, recorder);
   setter.Join(kCallId);
-  setter.Set(kBitrate, 24000);
+  setter.Set(kAudioBitrate, 24000);
   EXPECT_EQ(bitrate, 24000);
 }
 
@@ -122,14 +122,14 @@ TEST_F(CallSettingsTest, EntersWhatADocumentChangesIntoTheBooks) {
   const TemporaryFile file(R"({"Audio":[{"key":"Bitrate","value":"1"},{"key":"Bitrate","value":"1"},
 {"key":"Bitrate","value":"2"},{"key":"Other","value":"x"}]})");
   const SettingsDocument document = SettingsDocument::Load(file.name);
-  settings.Subscribe<int>(kBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
+  settings.Subscribe<int>(kAudioBitrate, Way::kDirect, [&](int value) { seen.push_back(value); });
   settings.Join(kCallId);
   settings.Apply(document);
   EXPECT_EQ(seen, (std::vector<int>{1, 2}));
   EXPECT_EQ(recorder.setsNotified, 2U);
   EXPECT_EQ(recorder.setsWithoutSubscribers, 1U);
   EXPECT_EQ(recorder.setsUnchanged, 1U);
-  EXPECT_EQ(ledger.Settings().at({kBitrate.Group(), "Other"}).changedBy, file.name);
+  EXPECT_EQ(ledger.Settings().at({kAudioBitrate.Group(), "Other"}).changedBy, file.name);
   settings.Apply(document);
   EXPECT_EQ(seen, (std::vector<int>{1, 2, 1, 2}));
   EXPECT_EQ(ledger.Missing(), 0U);
