@@ -2,7 +2,7 @@
 """Reads the members of the project's classes: the only file that names them."""
 
 from tessel_gdb.reading import (each_of_array, each_of_list, each_of_map, each_of_vector, is_callable, member, plain,
-                                require, size_of_map, sole, target)
+                                pointer_of, require, size_of_map, sole, target)
 
 # ConfigData, ACmThread, timer_fact
 
@@ -145,7 +145,8 @@ def handler_id(handler):
 def handler_kind(handler):
     # The record of a facade guards its change callback.
     is_record = any(field.name == "m_callback" for field in handler.type.fields())
-    notify = member(member(handler, "m_callback"), "m_fn") if is_record else member(handler, "m_fnNotify")
+    notify = (member(target(pointer_of(member(handler, "m_callback"))), "m_fn") if is_record
+              else member(handler, "m_fnNotify"))
     if is_callable(notify):
         return "subscription"
     return "binding" if is_callable(member(handler, "m_fnInvoke")) else "empty handler"

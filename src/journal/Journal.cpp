@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "journal/JournalState.h"
+#include "tessel/locking.h"
 
 namespace kalStore {
 
@@ -25,15 +26,15 @@ constinit std::atomic<std::uint64_t> g_ringBegin{1};    // The first number that
 constinit std::atomic<std::uint64_t> g_startNumber{1};  // The first number since the last start.
 
 // Starts and stops, one at a time. Writers and readers do without.
-constinit std::mutex g_startMutex;
-constinit std::uint32_t g_starts = 0;
+constinit detail::Mutex<std::mutex> g_startMutex;
+constinit std::uint32_t g_starts TESSEL_LOCKING(guarded_by(g_startMutex)) = 0;
 
 // A ring for each power of two that was ever asked for. They are never freed: a writer may be late, and a ring that is
 // used again may still have one. Its number is then lower than those of the new life, and the ring knows what to do.
 constexpr unsigned int kMostBits = std::bit_width(kJournalLargestCapacity - 1);
-constinit JournalRing* g_rings[kMostBits + 1] = {};
+constinit JournalRing* g_rings[kMostBits + 1] TESSEL_LOCKING(guarded_by(g_startMutex)) = {};
 
-JournalRing& RingOf(std::size_t capacity) {
+JournalRing& RingOf(std::size_t capacity) TESSEL_LOCKING(requires_capability(g_startMutex)) {
   const auto bits = static_cast<unsigned int>(std::bit_width(capacity - 1));
   JournalRing*& ring = g_rings[bits];
   if (ring == nullptr) ring = std::make_unique<JournalRing>(bits).release();
@@ -70,7 +71,7 @@ using namespace internal;
 
 std::int32_t StartJournal(std::size_t capacity) {
   if (capacity == 0 || capacity > kJournalLargestCapacity) return kResultBadArgument;
-  const std::lock_guard lock(g_startMutex);
+  const detail::Lock lock(g_startMutex);
   if (JournalIsOn()) return kResultUnchanged;
   JournalRing& ring = RingOf(capacity);
   const bool isAnother = g_ring.load(std::memory_order_relaxed) != &ring;
@@ -86,7 +87,7 @@ std::int32_t StartJournal(std::size_t capacity) {
 }
 
 std::int32_t StopJournal() {
-  const std::lock_guard lock(g_startMutex);
+  const detail::Lock lock(g_startMutex);
   return g_journalStart.exchange(0, std::memory_order_relaxed) == 0 ? kResultUnchanged : kResultOk;
 }
 
