@@ -14,7 +14,7 @@ namespace kalStore {
 
 namespace internal {
 
-constinit std::atomic<std::uint32_t> g_journalStart{0};
+alignas(64) constinit std::atomic<std::uint32_t> g_journalStart{0};
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 namespace kalStore::internal {
 
-constinit ClockAnchor g_clockAnchor;
+alignas(64) constinit ClockAnchor g_clockAnchor;
 
 namespace {
 
