@@ -25,7 +25,7 @@ alignas(64) constinit std::atomic<JournalRing*> g_ring{nullptr};
 constinit std::atomic<std::uint64_t> g_ringBegin{1};    // The first number that is in g_ring, or was.
 constinit std::atomic<std::uint64_t> g_startNumber{1};  // The first number since the last start.
 
-// Starts and stops, one at a time. Writers and readers do without.
+// Starts, one at a time. Stops, writers and readers do without.
 constinit detail::Mutex<std::mutex> g_startMutex;
 constinit std::uint32_t g_starts TESSEL_LOCKING(guarded_by(g_startMutex)) = 0;
 
@@ -86,8 +86,8 @@ std::int32_t StartJournal(std::size_t capacity) {
   return kResultOk;
 }
 
+// Beside a start that has not turned the journal on yet, it finds it off.
 std::int32_t StopJournal() {
-  const detail::Lock lock(g_startMutex);
   return g_journalStart.exchange(0, std::memory_order_relaxed) == 0 ? kResultUnchanged : kResultOk;
 }
 
