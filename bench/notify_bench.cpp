@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/Settings.h"
+#include "tessel/journal.h"
 
 #ifdef TESSEL_BENCH_BOOST
 #include <boost/signals2/signal.hpp>
@@ -53,6 +54,13 @@ void Set(benchmark::State& state) {
   benchmark::DoNotOptimize(notified);
 }
 BENCHMARK(Set)->Name("Set<Tessel>")->ArgName("subscribers")->Arg(0)->Arg(1)->Arg(8)->Arg(64);
+
+void SetInJournal(benchmark::State& state) {
+  kalStore::StartJournal(4096);
+  Set(state);
+  kalStore::StopJournal();
+}
+BENCHMARK(SetInJournal)->Name("SetInJournal<Tessel>")->ArgName("subscribers")->Arg(0)->Arg(1);
 
 // The signal libraries: Connect() returns what Disconnect() takes.
 

@@ -18,6 +18,7 @@
 #include "support/Pin.h"
 #include "support/Rotation.h"
 #include "support/Settings.h"
+#include "tessel/journal.h"
 
 #ifdef TESSEL_BENCH_BOOST
 #include <boost/property_tree/ptree.hpp>
@@ -169,7 +170,7 @@ TESSEL_BENCH_STORE(TbbTransparent);
 #endif
 
 // One facade for all threads, a group and a CPU for each; the time is that of an operation of them together.
-enum Access { kRead, kOverwrite };
+enum Access { kRead, kOverwrite, kOverwriteInJournal };
 
 void Groups(benchmark::State& state, Access access) {
   static std::unique_ptr<Call> call;
@@ -181,6 +182,7 @@ void Groups(benchmark::State& state, Access access) {
   const Pin pin(state.thread_index());
   Rotation names(NamesOf(100));
   if (state.thread_index() == 0) {
+    if (access == kOverwriteInJournal) kalStore::StartJournal(4096);
     call = std::make_unique<Call>();
     facade = std::make_unique<KalConfigHelper>(call->Id());
     for (const std::string& name : names.Items()) {
@@ -204,11 +206,17 @@ void Groups(benchmark::State& state, Access access) {
   if (state.thread_index() == 0) {
     facade.reset();
     call.reset();
+    kalStore::StopJournal();
   }
 }
 BENCHMARK_CAPTURE(Groups, Read, kRead)->Name("ReadGroups<Tessel>")->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK_CAPTURE(Groups, Overwrite, kOverwrite)
     ->Name("OverwriteGroups<Tessel>")
+    ->Threads(1)
+    ->Threads(2)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(Groups, OverwriteInJournal, kOverwriteInJournal)
+    ->Name("OverwriteGroupsInJournal<Tessel>")
     ->Threads(1)
     ->Threads(2)
     ->UseRealTime();
