@@ -88,7 +88,7 @@ class TESSEL_API KalConfig : public IKalConfig {
                            ConfigValue&& defaultValue, KalConfigGroup group);
   // The same with events in the journal. `set` has what SetKalConfig() knows.
   [[gnu::visibility("hidden")]] std::int32_t fireInJournal(ObserverMgr& observers,
-                                                           internal::JournalEntry& set,
+                                                           internal::JournalEntry& set, const char* name,
                                                            ConfigValue&& oldValue, ConfigValue&& newValue,
                                                            bool bForceNotify);
   [[gnu::visibility("hidden")]] std::int32_t invokeInJournal(const void* caller, const char* name,

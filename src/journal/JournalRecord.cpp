@@ -17,7 +17,7 @@ namespace {
 
 // The strings of a record, in their order. What an import does throws nothing that is recorded with it: the name of its
 // document and what a callback threw share a place.
-enum Part : std::size_t { kName, kOldValue, kNewValue, kLabel, kDetail, kParts };
+enum Part : std::uint8_t { kName, kOldValue, kNewValue, kLabel, kDetail, kParts };
 constexpr std::size_t kLongest[kParts] = {kJournalLongestValue, kJournalLongestValue, kJournalLongestValue,
                                           kJournalLongestLabel, kJournalLongestDetail};
 
@@ -67,7 +67,9 @@ std::uint64_t WordAt(const char* bytes) {
 }
 
 // Of a string that is shorter than a word: the bytes from both of its ends on, which may meet in its middle.
-std::uint64_t ShortWord(const char* bytes, std::size_t size) {
+std::uint64_t ShortWord(std::string_view text) {
+  const char* const bytes = text.data();
+  const std::size_t size = text.size();
   char word[kWord] = {};
   const auto copyEnds = [&](auto length) {
     std::memcpy(word, bytes, length);
@@ -99,7 +101,7 @@ class RecordWriter {
       cut = kCut;
     }
     if (size < kWord) {
-      if (size != 0) Put(ShortWord(text.data(), size));
+      if (size != 0) Put(ShortWord(text));
     } else {
       for (std::size_t at = 0; at < size - kWord; at += kWord) Put(WordAt(text.data() + at));
       Put(WordAt(text.data() + size - kWord));
@@ -202,7 +204,7 @@ JournalEvent Decode(const JournalRing::Words& words) {
   const std::uint64_t outcome = reader.Take();
   event.result = static_cast<std::int32_t>(High(outcome));
   event.count = Low(outcome);
-  event.caller = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(reader.Take()));
+  event.caller = std::bit_cast<const void*>(static_cast<std::uintptr_t>(reader.Take()));
   event.threadId = reader.Take();
   if ((tags.flags & kHasDelivery) != 0) {
     event.id = reader.Take();

@@ -95,7 +95,7 @@ std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, Con
   }
   if (JournalIsOn()) [[unlikely]] {
     JournalEntry set = EntryOfSet(caller, m_callId, group, name, bTransient);
-    return fireInJournal(observersOf(group), set, std::move(previous), std::move(value), bForceNotify);
+    return fireInJournal(observersOf(group), set, name, std::move(previous), std::move(value), bForceNotify);
   }
   return fireEvents(observersOf(group), name, std::move(previous), std::move(value), group, bForceNotify);
 }

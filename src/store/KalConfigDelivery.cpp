@@ -106,10 +106,10 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
               bForceNotify, Plain());
 }
 
-std::int32_t KalConfig::fireInJournal(ObserverMgr& observers, JournalEntry& set, ConfigValue&& oldValue,
-                                      ConfigValue&& newValue, bool bForceNotify) {
-  return Fire(Cid{m_callId}, This{this}, observers, set.name.data(), std::move(oldValue), std::move(newValue),
-              set.group, bForceNotify, InJournal(set));
+std::int32_t KalConfig::fireInJournal(ObserverMgr& observers, JournalEntry& set, const char* name,
+                                      ConfigValue&& oldValue, ConfigValue&& newValue, bool bForceNotify) {
+  return Fire(Cid{m_callId}, This{this}, observers, name, std::move(oldValue), std::move(newValue), set.group,
+              bForceNotify, InJournal(set));
 }
 
 std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
