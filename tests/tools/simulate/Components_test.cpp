@@ -19,7 +19,7 @@ using simulate::BandwidthController;
 using simulate::JitterBuffer;
 using simulate::VideoSender;
 
-constexpr std::uint32_t kCallId = 4713;
+constexpr std::uint32_t kSimulatedCall = 4713;
 
 struct SimulatedComponents : testing::Test {
   template <class Key, class T>
@@ -27,11 +27,11 @@ struct SimulatedComponents : testing::Test {
     key.Set(*store, value);
   }
 
-  const kalStore::CallStore store{kCallId, kalStore::CallStore::kEndsCall};
+  const kalStore::CallStore store{kSimulatedCall, kalStore::CallStore::kEndsCall};
   simulate::Recorder recorder{1.0};
   simulate::Ledger ledger{recorder};
   simulate::Link link{10, 0};
-  const simulate::CallContext call{kCallId, recorder, ledger, link};
+  const simulate::CallContext call{kSimulatedCall, recorder, ledger, link};
 };
 
 TEST_F(SimulatedComponents, JitterBufferTakesStepsUpAtOnceWithinItsLimits) {
@@ -75,10 +75,10 @@ TEST_F(SimulatedComponents, SendersSendNoMoreFramesThanTheTimeThatPassedHas) {
   EXPECT_LE(static_cast<double>(recorder.framesSent), frames);
 }
 
-struct Share {
+struct BandwidthShare {
   int bandwidth, audio, video, fps, layers;
 };
-struct DividedBandwidth : SimulatedComponents, testing::WithParamInterface<Share> {
+struct DividedBandwidth : SimulatedComponents, testing::WithParamInterface<BandwidthShare> {
   void Divide(BandwidthController& controller) {
     // It works at intervals.
     while (recorder.SetCount() == 0) {
@@ -89,7 +89,7 @@ struct DividedBandwidth : SimulatedComponents, testing::WithParamInterface<Share
 };
 
 TEST_P(DividedBandwidth, IsThatOfTheLimits) {
-  const Share& share = GetParam();
+  const BandwidthShare& share = GetParam();
   Set(simulate::kMinBandwidth, share.bandwidth);
   Set(simulate::kMaxBandwidth, share.bandwidth);
   BandwidthController controller(call);
@@ -106,11 +106,11 @@ TEST_P(DividedBandwidth, IsThatOfTheLimits) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Bandwidths, DividedBandwidth,
-                         testing::Values(Share{4000000, 32000, 2500000, 30, 3},
-                                         Share{2000000, 32000, 1950000, 30, 3},
-                                         Share{400000, 32000, 360000, 12, 2},
-                                         Share{300000, 30000, 270000, 9, 1},
-                                         Share{50000, 12000, 80000, 7, 1}),
+                         testing::Values(BandwidthShare{4000000, 32000, 2500000, 30, 3},
+                                         BandwidthShare{2000000, 32000, 1950000, 30, 3},
+                                         BandwidthShare{400000, 32000, 360000, 12, 2},
+                                         BandwidthShare{300000, 30000, 270000, 9, 1},
+                                         BandwidthShare{50000, 12000, 80000, 7, 1}),
                          [](const auto& row) { return std::to_string(row.param.bandwidth); });
 
 TEST_F(DividedBandwidth, LeavesTheFrameRateWhereTheToggleIsOff) {
