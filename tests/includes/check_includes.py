@@ -16,7 +16,7 @@ EXPORTED = r"(util|tessel)/\w+\.(h|def)"
 UTIL = r"util/\w+\.h"
 TRACE_HEADERS = r"tessel/(export|locking|timer_fact|trace)\.h"
 JSON_HEADERS = r"tessel/(export|json|jsonHelper|json_\w+)\.h"
-JOURNAL_HEADERS = r"tessel/(export|journal|KalConfigGroup|ResultCode)\.h"
+JOURNAL_HEADERS = r"tessel/(export|journal|locking|KalConfigGroup|ResultCode)\.h"
 STORE_HEADERS = (r"tessel/((I?KalConfig|KalConfig(Event|Group|ObserverMgr|Registry)|ConfigEventHandler|KalFeatureToggleID"
                  r"|KalSessionType|ResultCode|atomMap)\.h|KalFeatureToggles\.def)")
 DOCUMENT_HEADERS = r"tessel/(settings_(check|declaration)|ConfigEnum|TypedValue)\.h"
