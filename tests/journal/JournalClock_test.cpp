@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <thread>
-#include <vector>
 
 namespace kalStore::internal {
 namespace {
@@ -32,9 +31,9 @@ TEST(JournalClock, IsTheSteadyClockAndDoesNotGoBack) {
 
 TEST(JournalClock, IsReadBesideItsRenewal) {
   constexpr std::int64_t kErrorNs = 100'000;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 3; ++i) {
-    threads.emplace_back([] {
+  std::thread threads[3];
+  for (std::thread& thread : threads) {
+    thread = std::thread([] {
       const std::int64_t end = SteadyNs() + 100'000'000;
       std::int64_t after = 0;
       do {
