@@ -16,6 +16,10 @@ function(tessel_configure target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(i[3-6]86|x86_64)$")
+    # The older floating-point unit computes with more digits than the types have.
+    target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse)
+  endif()
   if(PROJECT_IS_TOP_LEVEL)
     # Clang counts a change of sign as a -Wconversion, GCC does not: both ask for the same here.
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast

@@ -279,7 +279,7 @@ class Video {
       default: {
         const auto other1 = input.As<float>(), other2 = input.As<float>();
         const auto other3 = input.As<std::uint32_t>(), other7 = input.As<std::uint32_t>();
-        const auto other5 = input.As<std::uint64_t>();
+        const auto other5 = static_cast<unsigned long>(input.As<std::uint64_t>());
         const std::int32_t codec = input.Wild(), other6 = input.Wild();
         m_object.UpdateVideoEncOtherInfo(other1, other2, other3, static_cast<kal::KalVideoCodecType>(codec),
                                          other5, other6, other7);
@@ -287,7 +287,7 @@ class Video {
         tx.Put(1520, other2);
         tx.Put(1476, other3);
         m_model.Codec(1616, codec);
-        tx.Put(1600, other5);
+        tx.Put<std::uint64_t>(1600, other5);
         tx.Put(1580, other6);
         tx.Put(1736, other7);
         return CheckReferences(m_object, input);

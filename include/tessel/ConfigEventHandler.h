@@ -37,12 +37,12 @@ struct TESSEL_API ConfigEventHandler {
   std::string m_strName;                              ///< which value
   std::atomic<std::int32_t> m_nCallLevel{0};          ///< callback runs in progress
   std::atomic<std::int32_t> m_nPendingNotify{
-      0};                                  ///< deliveries announced and not finished; removal waits for 0
-  std::uint64_t m_notifyThreadId = 0;      ///< the thread that delivers at the moment; 0: none
-  ACmThread* m_pRunThread = nullptr;       ///< not owned; null: callbacks run on the setter's thread
-  bool m_bAsync = false;                   ///< posted rather than handed over and waited for
-  std::atomic<bool> m_bRegistered{false};  ///< in the lists of a store that has not ended
-  fnConfigInvokeCallBack m_fnInvoke;       ///< empty for a subscription
+      0};  ///< deliveries announced and not finished; removal waits for 0
+  alignas(8) std::uint64_t m_notifyThreadId = 0;  ///< the thread that delivers at the moment; 0: none
+  ACmThread* m_pRunThread = nullptr;              ///< not owned; null: callbacks run on the setter's thread
+  bool m_bAsync = false;                          ///< posted rather than handed over and waited for
+  std::atomic<bool> m_bRegistered{false};         ///< in the lists of a store that has not ended
+  fnConfigInvokeCallBack m_fnInvoke;              ///< empty for a subscription
 
   /// Delivers a change: calls m_fnNotify on this thread, posts it to m_pRunThread, or hands it over and
   /// waits, see IKalConfig::SubscribeConfig(). What m_fnNotify throws on this thread leaves Notify() after

@@ -126,6 +126,7 @@ class TESSEL_API IKalVideoInfo : public IKalMediaInfo {
   /// `framesFedToEncoder`.
   virtual void UpdateVideoFeedToEncoderFramesCnt(std::uint32_t count) = 0;
   /// `other1`, `other2`, `other3`, `codecCode` through mapToKALCodec(), `other5`, `other6`, `other7`.
+  /// @param other5  has 32 bits where a `long` has
   virtual void UpdateVideoEncOtherInfo(float other1, float other2, std::uint32_t other3,
                                        kal::KalVideoCodecType codec, unsigned long other5,
                                        std::int32_t other6, std::uint32_t other7) = 0;

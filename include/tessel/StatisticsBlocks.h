@@ -72,7 +72,7 @@ struct st_KalVideoLayer {
 };
 
 /// A call's sent video (and, of the same layout, received video), 2064 bytes.
-struct st_KalVideoTxBlock {
+struct alignas(8) st_KalVideoTxBlock {
   st_KalVideoLayer layer[kVideoLayerCount];  ///< 0: layer i at 240 * i
   std::int32_t activeStreams;                ///< 1440: streams in use, as given: may be negative or above 6
   std::uint32_t encodedWidth;                ///< 1444: pixels
@@ -162,7 +162,7 @@ struct st_KalAudioBlock {
 };
 
 /// What an encoder reports of one stream, 400 bytes.
-struct st_KalVideoStreamStatInfo {
+struct alignas(8) st_KalVideoStreamStatInfo {
   std::uint32_t streamWords[4];      ///< 0: the stream's identifying words
   kal::KalVideoCodecType codecType;  ///< 16
   std::uint8_t reserved20[28];
@@ -193,7 +193,7 @@ struct st_KalVideoStreamStatInfo {
 };
 
 /// What an audio codec reports of the sent stream.
-struct st_KalAudioCodecStatisticsInfo {
+struct alignas(8) st_KalAudioCodecStatisticsInfo {
   std::uint32_t stat0;                 ///< 0: first byte: 1 while low bit-rate redundancy is on, else 0
   std::uint32_t stat4;                 ///< 4
   KAL_AUDIO_PAYLOAD_TYPE payloadType;  ///< 8
@@ -203,7 +203,7 @@ struct st_KalAudioCodecStatisticsInfo {
 };
 
 /// What a jitter buffer reports of one received stream.
-struct st_KalAudioJitterBufferStatistics {
+struct alignas(8) st_KalAudioJitterBufferStatistics {
   std::uint8_t reserved0[8];
   std::uint32_t stat8;   ///< 8
   std::uint32_t stat12;  ///< 12

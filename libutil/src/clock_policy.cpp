@@ -4,21 +4,25 @@
 #include <time.h>  // NOLINT(modernize-deprecated-headers): clock_gettime is not in <ctime>.
 
 #include <atomic>
+#include <cstdint>
 #include <limits>
 
 namespace {
 
-constexpr long kMicrosecondsPerSecond = 1'000'000;
+constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
 constexpr long kNanosecondsPerMicrosecond = 1'000;
 constexpr long kMicrosecondsPerMillisecond = 1'000;
 constexpr long kNoMockTime = -1;
 
 std::atomic<long> g_mockTime{kNoMockTime};
 
+// A long of 32 bits starts again at 0 after its largest value, every 36 minutes, and is never negative.
 long Microseconds(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
-  return time.tv_sec * kMicrosecondsPerSecond + time.tv_nsec / kNanosecondsPerMicrosecond;
+  return static_cast<long>(
+      (time.tv_sec * kMicrosecondsPerSecond + time.tv_nsec / kNanosecondsPerMicrosecond) &
+      std::numeric_limits<long>::max());
 }
 
 }  // namespace

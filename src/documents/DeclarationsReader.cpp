@@ -331,7 +331,8 @@ ConfigData DeclarationsReader::readOfType(const PlacedValue& value, const std::s
     unlimited.type = type;
     const ConfigData read(value.text);
     if (FaultOf(unlimited, read) == ValueFault::kNone) {
-      return type == SettingType::kDouble ? ConfigData(read.ToDouble()) : ConfigData(read.ToInt64());
+      return type == SettingType::kDouble ? ConfigData(read.ToDouble())
+                                          : ConfigData(*ReadAs<std::int64_t>(read));
     }
     AddFinding(value.place, path, "expected " + ExpectedType(type));
     return {};

@@ -10,10 +10,10 @@ namespace kalStore::internal {
 namespace {
 
 // Costs of one edit. However many letters have the wrong case, one wrong letter costs more.
-constexpr std::size_t kLetterCost = std::size_t{1} << 32;
-constexpr std::size_t kCaseCost = 1;
+constexpr std::uint64_t kLetterCost = std::uint64_t{1} << 32;
+constexpr std::uint64_t kCaseCost = 1;
 
-std::size_t ReplacementCost(char a, char b) {
+std::uint64_t ReplacementCost(char a, char b) {
   if (a == b) return 0;
   return Lowered(a) == Lowered(b) ? kCaseCost : kLetterCost;
 }
@@ -25,12 +25,12 @@ NearestName::NearestName(std::string_view text) : m_text(text) {}
 void NearestName::Consider(std::string_view known) {
   const std::size_t edits = Edits(known);
   if (m_text.size() > known.size() + edits || known.size() > m_text.size() + edits) return;
-  std::size_t limit = edits * kLetterCost + (kLetterCost - 1);
+  std::uint64_t limit = edits * kLetterCost + (kLetterCost - 1);
   if (!m_nearest.empty()) {
     if (m_nearestDistance == 0) return;
     limit = std::min(limit, m_nearestDistance - 1);
   }
-  const std::size_t found = distance(known, limit);
+  const std::uint64_t found = distance(known, limit);
   if (found > limit) return;
   m_nearest = known;
   m_nearestDistance = found;
@@ -42,12 +42,12 @@ bool NearestName::MayBeImproved(std::size_t edits) const {
 
 // What it costs to turn the string into the name by inserting, removing, replacing and swapping letters; more
 // than `limit` when it is more.
-std::size_t NearestName::distance(std::string_view known, std::size_t limit) {
+std::uint64_t NearestName::distance(std::string_view known, std::uint64_t limit) {
   m_beforeLast.assign(known.size() + 1, 0);
   m_last.resize(known.size() + 1);
   m_row.resize(known.size() + 1);
   for (std::size_t column = 0; column <= known.size(); ++column) m_last[column] = column * kLetterCost;
-  std::size_t lastLeast = 0;
+  std::uint64_t lastLeast = 0;
   for (std::size_t i = 1; i <= m_text.size(); ++i) {
     m_row[0] = i * kLetterCost;
     for (std::size_t j = 1; j <= known.size(); ++j) {
@@ -57,7 +57,7 @@ std::size_t NearestName::distance(std::string_view known, std::size_t limit) {
         m_row[j] = std::min(m_row[j], m_beforeLast[j - 2] + kLetterCost);
       }
     }
-    const std::size_t least = *std::min_element(m_row.begin(), m_row.end());
+    const std::uint64_t least = *std::min_element(m_row.begin(), m_row.end());
     if (least > limit && lastLeast > limit) return least;  // Costs build on the last two rows and only rise.
     lastLeast = least;
     std::swap(m_beforeLast, m_last);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,15 +29,15 @@ class NearestName {
   std::string Result() const { return std::string(m_nearest); }
 
  private:
-  std::size_t distance(std::string_view known, std::size_t limit);
+  std::uint64_t distance(std::string_view known, std::uint64_t limit);
 
   const std::string_view m_text;
   std::string_view m_nearest;
-  std::size_t m_nearestDistance = 0;
+  std::uint64_t m_nearestDistance = 0;
   // Rows of the distance table, kept for their memory.
-  std::vector<std::size_t> m_beforeLast;
-  std::vector<std::size_t> m_last;
-  std::vector<std::size_t> m_row;
+  std::vector<std::uint64_t> m_beforeLast;
+  std::vector<std::uint64_t> m_last;
+  std::vector<std::uint64_t> m_row;
 };
 
 }  // namespace kalStore::internal

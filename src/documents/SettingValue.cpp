@@ -64,7 +64,7 @@ bool HasRange(SettingType type) {
 
 bool IsLess(SettingType type, const ConfigData& left, const ConfigData& right) {
   if (type == SettingType::kDouble) return left.ToDouble() < right.ToDouble();
-  return left.ToInt64() < right.ToInt64();
+  return ReadAs<std::int64_t>(left) < ReadAs<std::int64_t>(right);
 }
 
 std::string ExpectedType(SettingType type) {

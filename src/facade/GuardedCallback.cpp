@@ -48,11 +48,12 @@ int GuardedCallback::RunsOnThisThread() const {
   return PostedRun::CountOf(*this);
 }
 
-void GuardedCallback::awaitPostedRuns(long deadlineMs) const {
+void GuardedCallback::awaitPostedRuns(long startMs) const {
   if (m_delivery == Delivery::kByStore) return;
   const int own = RunsOnThisThread();
-  while (m_postedRuns.load() > own && CurrentWaitClock().nowMs() < deadlineMs)
-    CurrentWaitClock().sleepOneMs();
+  const WaitClock& clock = CurrentWaitClock();
+  while (m_postedRuns.load() > own && ElapsedMs(startMs, clock.nowMs()) < kRemovalCeilingMs)
+    clock.sleepOneMs();
 }
 
 }  // namespace kalStore::internal

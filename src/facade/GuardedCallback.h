@@ -53,18 +53,18 @@ class GuardedCallback {
   bool IsClosed() const { return m_state.load() == State::kClosed; }
 
   /// Closes, calls `unsubscribe`, which waits for every run but a posted one, and waits for those too, unless
-  /// they are this thread's own. One deadline holds for both waits. In a run from an executor `unsubscribe` does
+  /// they are this thread's own. One limit holds for both waits. In a run from an executor `unsubscribe` does
   /// not wait: the executor may have begun the run in a delivery that ends only after it. Returns what
   /// `unsubscribe` returned.
   template <class Unsubscribe>
   std::int32_t Remove(Unsubscribe unsubscribe) {
-    const long deadlineMs = CurrentWaitClock().nowMs() + kRemovalCeilingMs;
+    const long startMs = CurrentWaitClock().nowMs();
     Close();
     std::optional<UnwaitedRemoval> unwaited;
     if (m_delivery == Delivery::kByExecutor && RunsOnThisThread() > 0) unwaited.emplace();
     const std::int32_t result = unsubscribe();
     unwaited.reset();
-    awaitPostedRuns(deadlineMs);
+    awaitPostedRuns(startMs);
     return result;
   }
 
@@ -74,7 +74,7 @@ class GuardedCallback {
   class PostedRun;
 
   void change(State from, State to) { m_state.compare_exchange_strong(from, to); }
-  void awaitPostedRuns(long deadlineMs) const;
+  void awaitPostedRuns(long startMs) const;
 
   const fnConfigChangedCallBack m_fn;
   Delivery m_delivery;

@@ -174,12 +174,13 @@ void KalConfigObserverHelper::Remove(const Record& record) {
 }
 
 void KalConfigObserverHelper::awaitEnd(const ObserverRecord& record) {
-  const long deadlineMs = CurrentWaitClock().nowMs() + kRemovalCeilingMs;
+  const WaitClock& clock = CurrentWaitClock();
+  const long startMs = clock.nowMs();
   const auto hasEnded = [&] {
     const RecordsByName::Locked records(recordsOf(record.m_group));
     return record.m_SubscribeId == 0;
   };
-  while (!hasEnded() && CurrentWaitClock().nowMs() < deadlineMs) CurrentWaitClock().sleepOneMs();
+  while (!hasEnded() && ElapsedMs(startMs, clock.nowMs()) < kRemovalCeilingMs) clock.sleepOneMs();
 }
 
 SubscribeId_t KalConfigObserverHelper::registerWith(IKalConfig& store, const Record& record) const {

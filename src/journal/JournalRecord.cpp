@@ -205,7 +205,7 @@ JournalEvent Decode(const JournalRing::Words& words) {
   event.result = static_cast<std::int32_t>(High(outcome));
   event.count = Low(outcome);
   event.caller = std::bit_cast<const void*>(static_cast<std::uintptr_t>(reader.Take()));
-  event.threadId = reader.Take();
+  event.threadId = static_cast<unsigned long>(reader.Take());
   if ((tags.flags & kHasDelivery) != 0) {
     event.id = reader.Take();
     event.cause = reader.Take();

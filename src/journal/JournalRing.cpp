@@ -4,7 +4,7 @@
 namespace kalStore::internal {
 
 JournalRing::JournalRing(unsigned int bits)
-    : m_mask((std::uint64_t{1} << bits) - 1), m_places(std::make_unique<Place[]>(m_mask + 1)) {}
+    : m_mask((std::uint64_t{1} << bits) - 1), m_places(std::make_unique<Place[]>(std::size_t{1} << bits)) {}
 
 // Relaxed: whoever finds its number lost reads nothing else of it.
 void JournalRing::lose(Place& place, std::uint64_t number) {

@@ -87,7 +87,7 @@ class JournalRing {
   };
 
   static void lose(Place& place, std::uint64_t number);
-  Place& placeOf(std::uint64_t number) const { return m_places[number & m_mask]; }
+  Place& placeOf(std::uint64_t number) const { return m_places[static_cast<std::size_t>(number & m_mask)]; }
 
   const std::uint64_t m_mask;
   const std::unique_ptr<Place[]> m_places;

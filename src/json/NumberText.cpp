@@ -32,7 +32,10 @@ void Append(std::string& out, Number number, Format... format) {
 //   2^-7       2^52                  59              7,812   one half        0.007812   (to even)
 //   3 * 2^-7   3 * 2^51              58             23,437   one half        0.023438   (to even)
 //   4e-7       7555786372591432      74                  0   0.4             0.000000
-bool AppendSixDecimals(std::string& out, double number) {
+bool AppendSixDecimals([[maybe_unused]] std::string& out, [[maybe_unused]] double number) {
+#ifndef __SIZEOF_INT128__
+  return false;  // 32-bit processors have no such products.
+#else
   __extension__ using Wide = unsigned __int128;
   constexpr int kFractionBits = 52;
   constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kFractionBits;
@@ -68,6 +71,7 @@ bool AppendSixDecimals(std::string& out, double number) {
   }
   out.append(text, at + 6);
   return true;
+#endif
 }
 
 // The power of ten of the first digit that is not zero, for a number that no double can hold.

@@ -49,7 +49,7 @@ struct Words64 {
   using Word [[gnu::may_alias]] = std::uint64_t;
 };
 template <class Block>
-using WordsOf = std::conditional_t<alignof(Block) % alignof(std::uint64_t) == 0, Words64, Words32>;
+using WordsOf = std::conditional_t<alignof(Block) % sizeof(std::uint64_t) == 0, Words64, Words32>;
 
 /// A copy of the block, which only the calling thread sees.
 template <class Block>

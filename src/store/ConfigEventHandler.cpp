@@ -50,7 +50,7 @@ void RunCallback(const char* label, ConfigEventHandler& handler, const KalConfig
     callback();
   }
   if (!startMs) return;
-  const long costMs = CurrentWaitClock().nowMs() - *startMs;
+  const long costMs = ElapsedMs(*startMs, CurrentWaitClock().nowMs());
   if (costMs > kSlowMs) {
     TESSEL_TRACE(1, label,
                  ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)

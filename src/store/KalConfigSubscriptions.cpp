@@ -72,7 +72,7 @@ std::int32_t KalConfig::UnsubscribeConfig(SubscribeId_t id) {
   }
   if (handlerPtr == nullptr) {
     TESSEL_TRACE(0, "kalStore::KalConfig::UnsubscribeConfig",
-                 ", " << id << "Failed" << Cid{m_callId} << This{this});
+                 ", " << Id{id} << "Failed" << Cid{m_callId} << This{this});
     return kResultNotFound;
   }
   return unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr,
@@ -102,9 +102,10 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
   handlerPtr->m_bAsync = bAsync;
   const SubscribeId_t id = handlerPtr->m_SubscribeId;
   TESSEL_TRACE(2, "kalStore::KalConfig::subscribeConfig",
-               ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id << ", m_TotalObservers="
-                    << m_TotalObservers.load() << ", pRunThread=" << static_cast<void*>(pRunThread)
-                    << ", bAsync=" << bAsync << Cid{m_callId} << This{this});
+               ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << Id{id}
+                    << ", m_TotalObservers=" << m_TotalObservers.load()
+                    << ", pRunThread=" << static_cast<void*>(pRunThread) << ", bAsync=" << bAsync
+                    << Cid{m_callId} << This{this});
 
   // The initial delivery is announced before anyone else can find the handler: a removal waits for it.
   const int result = observersOf(group).Subscribe(
@@ -158,8 +159,8 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
   handlerPtr->m_group = group;
   handlerPtr->m_strName = name;
   TESSEL_TRACE(2, "kalStore::KalConfig::bindConfig",
-               ", " << name << ", " << id << ", m_TotalObservers=" << m_TotalObservers.load() << Cid{m_callId}
-                    << This{this});
+               ", " << name << ", " << Id{id} << ", m_TotalObservers=" << m_TotalObservers.load()
+                    << Cid{m_callId} << This{this});
 
   {
     ObserverMgr::Locked names(observersOf(group));
@@ -244,14 +245,14 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
   const Cid cid{m_callId};
   const This self{this};
   TESSEL_TRACE(2, "kalStore::KalConfig::unsubscribeConfig",
-               ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << id
+               ", " << KalConfigGroup2GroupName(group) << ", " << name << ", " << Id{id}
                     << ", m_TotalObservers=" << m_TotalObservers.load() << cid << self);
 
   unsigned long deliveringId = 0;
   const int result = observersOf(group).Unsubscribe(name, handlerPtr, [&] {
     m_TotalObservers.fetch_sub(1, std::memory_order_relaxed);
     handlerPtr->m_bRegistered.store(false, std::memory_order_relaxed);
-    deliveringId = DeliveringThread(*handlerPtr).load(std::memory_order_relaxed);
+    deliveringId = static_cast<unsigned long>(DeliveringThread(*handlerPtr).load(std::memory_order_relaxed));
   });
   if (result != kResultOk) return result;
   if (JournalIsOn()) [[unlikely]]
@@ -263,12 +264,12 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
     if (deliveringId == threadId) {
       TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
                    ", Same thread remove itself when notification" << ", " << name << ", " << deliveringId
-                                                                   << ", " << id << cid << self);
+                                                                   << ", " << Id{id} << cid << self);
     } else {
       TESSEL_TRACE(0, "kalStore::KalConfig::unsubscribeConfig",
-                   ", Other thread remove itself when notification" << ", " << name << ", " << deliveringId
-                                                                    << ", " << id << ", " << threadId << cid
-                                                                    << self);
+                   ", Other thread remove itself when notification"
+                       << ", " << name << ", " << deliveringId << ", " << Id{id} << ", " << threadId << cid
+                       << self);
     }
   }
 
@@ -280,12 +281,12 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
     do {
       clock.sleepOneMs();
       const long nowMs = clock.nowMs();
-      if (nowMs - reportMs > kRemovalReportMs) {
+      if (ElapsedMs(reportMs, nowMs) > kRemovalReportMs) {
         TESSEL_TRACE(1, "kalStore::KalConfig::unsubscribeConfig",
                      ", " << name << " Waiting for long time..." << cid << self);
         reportMs = nowMs;
       }
-      if (nowMs - startMs > kRemovalCeilingMs) return kResultOk;
+      if (ElapsedMs(startMs, nowMs) > kRemovalCeilingMs) return kResultOk;
     } while (HasPendingDelivery(*handlerPtr));
   }
   EmptyCallbacks(*handlerPtr);

@@ -36,6 +36,10 @@ const WaitClock& CurrentWaitClock() {
   return *g_clock.load(std::memory_order_acquire);
 }
 
+long ElapsedMs(long startMs, long nowMs) {
+  return nowMs - startMs + (nowMs < startMs ? timer_policy::max_time_value() / 1000 : 0);
+}
+
 void SetWaitClock(const WaitClock* clock) {
   g_clock.store(clock == nullptr ? &kRealClock : clock, std::memory_order_release);
 }

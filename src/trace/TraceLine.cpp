@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "trace/TraceLine.h"
 
+#include <charconv>
+
 #include "tessel/trace.h"
 
 namespace kalStore::internal {
@@ -19,6 +21,12 @@ TraceLine::TraceLine(int level, const char* label) : TraceLine(level) {
 
 void TraceLine::Emit() {
   util_adapter_trace(m_level, GetCurrentModuleName(nullptr), m_text, m_text.tell());
+}
+
+CCmTextFormator& operator<<(CCmTextFormator& text, Id id) {
+  char digits[21];
+  *std::to_chars(digits, digits + sizeof digits - 1, id.id).ptr = '\0';
+  return text << digits;
 }
 
 CCmTextFormator& operator<<(CCmTextFormator& text, Cid cid) {

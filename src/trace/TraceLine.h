@@ -28,6 +28,12 @@ class TraceLine {
   CCmTextFormator m_text;
 };
 
+/// Prints the id of a subscription, which the formatter's numbers cannot hold where a `long` has 32 bits.
+struct Id {
+  std::uint64_t id;
+};
+CCmTextFormator& operator<<(CCmTextFormator& text, Id id);
+
 /// Prints " [cid=N]".
 struct Cid {
   std::uint32_t callId;

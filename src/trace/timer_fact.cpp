@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tessel/timer_fact.h"
 
-namespace {
-
-// Tags are the caller's and may be any number: the difference of two can be too large for a long.
-__extension__ using Wide = __int128;
-
-}  // namespace
-
 template <class Policy>
 timer_fact<Policy>::timer_fact(long tag) : m_tag(tag == kMockTimeDisabled ? now() : tag) {}
 
@@ -27,12 +20,16 @@ void timer_fact<Policy>::MockNow(unsigned long time) {
   set_mock_time(time);
 }
 
+// Tags are the caller's and may be any number: the difference of two can be too large for a long, and is taken
+// without a sign.
 template <class Policy>
 long timer_fact<Policy>::since(long tag, long divisor) {
-  const Wide current = now() / divisor;
-  const Wide start = tag / divisor;
-  const Wide toWrap = start > current ? (Wide{Policy::max_time_value()} - tag) / divisor : 0;
-  return static_cast<long>(toWrap != 0 ? current + toWrap : current - start);
+  using Distance = unsigned long;
+  const long current = now() / divisor;
+  const long start = tag / divisor;
+  const Distance toWrap =
+      start > current ? (Distance(Policy::max_time_value()) - Distance(tag)) / Distance(divisor) : 0;
+  return static_cast<long>(Distance(current) + (toWrap != 0 ? toWrap : -Distance(start)));
 }
 
 template <class Policy>

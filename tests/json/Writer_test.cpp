@@ -61,9 +61,9 @@ TEST(Writer, WritesNumbersAsPrintfDoes) {
   for (const int n : {0, -1, 7, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
     EXPECT_EQ(SerializeValue(n), printed("%d", n));
   }
-  for (const long n :
-       {0L, -5000000000L, std::numeric_limits<long>::min(), std::numeric_limits<long>::max()}) {
-    EXPECT_EQ(SerializeValue(n), printed("%ld", n));
+  for (const long long n :
+       {0LL, -5000000000LL, std::numeric_limits<long long>::min(), std::numeric_limits<long long>::max()}) {
+    EXPECT_EQ(SerializeValue(n), printed("%lld", n));
   }
   for (const unsigned int n : {0U, 4294967295U}) EXPECT_EQ(SerializeValue(n), printed("%u", n));
   for (const float n : {0.1F, -0.0F, 16777216.0F, std::numeric_limits<float>::max(), 1e-30F}) {

@@ -92,9 +92,9 @@ long Disturb(SoakShared& shared, const Options& options) {
   while (steady_clock::now() < end) {
     std::this_thread::sleep_for(milliseconds(random() % 4));
     SoakTrace::Change(static_cast<unsigned int>(random() % 12));
-    if (random() % 4 == 0) shared.calls.Replace(random() % shared.calls.Slots());
+    if (random() % 4 == 0) shared.calls.Replace(static_cast<std::size_t>(random() % shared.calls.Slots()));
     if (random() % 4 == 0) {
-      ACmThread& thread = *shared.threads[random() % shared.threads.size()];
+      ACmThread& thread = *shared.threads[static_cast<std::size_t>(random() % shared.threads.size())];
       thread.Stop();
       std::this_thread::sleep_for(milliseconds(random() % 4));
       thread.Start();

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 
 namespace {
 
+constexpr unsigned long kOther5 = std::numeric_limits<unsigned long>::max() - 5;
 constexpr auto kCodec3 = static_cast<kal::KalVideoCodecType>(3);
 
 VideoBytes Read(KalVideoStatisticInfo& info, bool reset = false) {
@@ -66,13 +68,13 @@ const Row kRows[] = {
      [](auto& bytes) { bytes[1500] = 0; }},
     {"UpdateVideoEncOtherInfo",
      [](auto& info) {
-       info.UpdateVideoEncOtherInfo(1.5F, 2.5F, 0xF0000005, kCodec3, 0xFEDCBA9876543210, -6, 0xF0000007);
+       info.UpdateVideoEncOtherInfo(1.5F, 2.5F, 0xF0000005, kCodec3, kOther5, -6, 0xF0000007);
      },
      [](auto& bytes) {
        bytes.template Put<float>(1528, 1.5F)
            .template Put<float>(1520, 2.5F)
            .template Put<std::uint32_t>(1476, 0xF0000005);
-       bytes.template Put<std::uint32_t>(1616, 104).template Put<std::uint64_t>(1600, 0xFEDCBA9876543210);
+       bytes.template Put<std::uint32_t>(1616, 104).template Put<std::uint64_t>(1600, kOther5);
        bytes.template Put<std::int32_t>(1580, -6).template Put<std::uint32_t>(1736, 0xF0000007);
      }},
     {"UpdateVideoCapturedFrameCnt", [](auto& info) { info.UpdateVideoCapturedFrameCnt(0xFFFFFFFF); },

@@ -25,6 +25,14 @@ class StoreRemoval : public StoreTest {
   }
 };
 
+TEST(WaitClock, MeasuresAcrossTheNewStartOfAClock) {
+  const long largestMs = timer_policy::max_time_value() / 1000;
+  EXPECT_EQ(internal::ElapsedMs(5, 5), 0);
+  EXPECT_EQ(internal::ElapsedMs(5, 3005), 3000);
+  EXPECT_EQ(internal::ElapsedMs(largestMs - 1000, 2000), 3000);
+  EXPECT_EQ(internal::ElapsedMs(largestMs, 0), 0);
+}
+
 TEST_F(StoreRemoval, EndsASubscription) {
   Recorder notified;
   const SubscribeId_t id = Subscribe("name", notified.Callback());

@@ -27,7 +27,7 @@ namespace {
 constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 constexpr ConfigKey<bool> kDtx{KAL_CONFIG_GROUP_AUDIO, "Dtx", true};
 constexpr ConfigKey<double> kGain{KAL_CONFIG_GROUP_AUDIO, "Gain", -18.5};
-constexpr ConfigKey<unsigned long> kBytes{KAL_CONFIG_GROUP_METRICS, "Bytes", 1};
+constexpr ConfigKey<std::uint64_t> kBytes{KAL_CONFIG_GROUP_METRICS, "Bytes", 1};
 constexpr ConfigKey<std::string> kDevice{KAL_CONFIG_GROUP_AUDIO, "Device", "default"};
 constexpr ConfigKey<float> kRatio{KAL_CONFIG_GROUP_AUDIO, "Ratio", 0.1};
 constexpr ConfigKey<Codec> kCodec{KAL_CONFIG_GROUP_VIDEO, "Codec", Codec::kH264};
@@ -68,12 +68,12 @@ TEST_F(Key, GivesWhatItSet) {
     kMaxFps.Set(ref, -15);
     kDtx.Set(ref, false);
     kGain.Set(ref, 0.25);
-    kBytes.Set(ref, 18446744073709551615UL);
+    kBytes.Set(ref, std::uint64_t{18446744073709551615U});
     kDevice.Set(ref, std::string("headset"));
     EXPECT_EQ(kMaxFps.Get(ref), -15);
     EXPECT_FALSE(kDtx.Get(ref));
     EXPECT_EQ(kGain.Get(ref), 0.25);
-    EXPECT_EQ(kBytes.Get(ref), 18446744073709551615UL);
+    EXPECT_EQ(kBytes.Get(ref), std::uint64_t{18446744073709551615U});
     EXPECT_EQ(kDevice.Get(ref), "headset");
     kDevice.Set(ref, "");
     EXPECT_EQ(kDevice.Get(ref), "");

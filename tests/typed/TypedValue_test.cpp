@@ -60,8 +60,8 @@ struct Row {
 TEST(ReadAs, TakesAWholeValueWithinRangeAlone) {
   using Int = std::numeric_limits<int>;
   using UInt = std::numeric_limits<unsigned int>;
-  using Long = std::numeric_limits<long>;
-  using ULong = std::numeric_limits<unsigned long>;
+  using Long = std::numeric_limits<std::int64_t>;
+  using ULong = std::numeric_limits<std::uint64_t>;
   constexpr bool yes = true;
   constexpr bool no = false;
   const Row rows[] = {
@@ -74,11 +74,11 @@ TEST(ReadAs, TakesAWholeValueWithinRangeAlone) {
       {Text(Int::max()), yes, yes, yes, yes, yes, yes},
       {Text(Int::max() + 1U), no, yes, yes, yes, yes, yes},
       {Text(Int::min()), yes, no, yes, no, yes, yes},
-      {Text(Int::min() - 1L), no, no, yes, no, yes, yes},
+      {Text(Int::min() - std::int64_t{1}), no, no, yes, no, yes, yes},
       {Text(UInt::max()), no, yes, yes, yes, yes, yes},
-      {Text(UInt::max() + 1L), no, no, yes, yes, yes, yes},
+      {Text(UInt::max() + std::int64_t{1}), no, no, yes, yes, yes, yes},
       {Text(Long::max()), no, no, yes, yes, yes, yes},
-      {Text(Long::max() + 1UL), no, no, no, yes, yes, yes},
+      {Text(Long::max() + std::uint64_t{1}), no, no, no, yes, yes, yes},
       {Text(Long::min()), no, no, yes, no, yes, yes},
       {Text(ULong::max()), no, no, no, yes, yes, yes},
       {"18446744073709551616", no, no, no, no, yes, yes},
@@ -102,8 +102,8 @@ TEST(ReadAs, TakesAWholeValueWithinRangeAlone) {
     const ConfigData value(row.text);
     EXPECT_EQ(ReadAs<int>(value).has_value(), row.isInt) << row.text;
     EXPECT_EQ(ReadAs<unsigned int>(value).has_value(), row.isUInt) << row.text;
-    EXPECT_EQ(ReadAs<long>(value).has_value(), row.isLong) << row.text;
-    EXPECT_EQ(ReadAs<unsigned long>(value).has_value(), row.isULong) << row.text;
+    EXPECT_EQ(ReadAs<std::int64_t>(value).has_value(), row.isLong) << row.text;
+    EXPECT_EQ(ReadAs<std::uint64_t>(value).has_value(), row.isULong) << row.text;
     EXPECT_EQ(ReadAs<double>(value).has_value(), row.isDouble) << row.text;
     EXPECT_EQ(ReadAs<bool>(value).has_value(), row.isBool) << row.text;
     EXPECT_EQ(ReadAs<std::string>(value), row.text);
@@ -116,8 +116,8 @@ TEST(ReadAs, GivesBackWhatAValueWasMadeFrom) {
   expectSame(false);
   expectSame(-30);
   expectSame(30U);
-  expectSame(std::numeric_limits<long>::min());
-  expectSame(std::numeric_limits<unsigned long>::max());
+  expectSame(std::numeric_limits<std::int64_t>::min());
+  expectSame(std::numeric_limits<std::uint64_t>::max());
   expectSame(0.1);
   expectSame(std::numeric_limits<double>::denorm_min());
   expectSame(std::string("a\0b", 3));

@@ -11,6 +11,7 @@
 #include "Printable.h"
 #include "declare/NumberPattern.h"
 #include "declare/Words.h"
+#include "tessel/TypedValue.h"
 #include "tessel/json.h"
 
 namespace declare {
@@ -56,13 +57,13 @@ std::string WholeNumbers(const SettingDeclaration& setting) {
   if (!setting.values.empty()) {
     std::vector<std::string> patterns;
     for (const std::string& value : setting.values) {
-      const std::int64_t number = ConfigData(value).ToInt64();
+      const std::int64_t number = kalStore::ReadAs<std::int64_t>(ConfigData(value)).value_or(0);
       patterns.push_back(WholeNumberPattern(number, number, Limits::is_signed));
     }
     return Joined(patterns, "|");
   }
   const auto bound = [](const ConfigData& given, std::int64_t otherwise) {
-    return given.IsValid() ? given.ToInt64() : otherwise;
+    return kalStore::ReadAs<std::int64_t>(given).value_or(otherwise);
   };
   return WholeNumberPattern(bound(setting.minimum, Limits::min()), bound(setting.maximum, Limits::max()),
                             Limits::is_signed);

@@ -105,7 +105,7 @@ class UTIL_API ConfigData {
 
   ///@{
   /// @return The string as a number; `defaultValue` when the whole string is not such a number, or out of the
-  /// type's range.
+  /// type's range. Where a `long` has 32 bits, ToInt64() has no more; kalStore::ReadAs() reads 64 there, too.
   int ToInt(int defaultValue = 0) const noexcept;
   unsigned int ToUInt(unsigned int defaultValue = 0) const noexcept;
   long ToInt64(long defaultValue = 0) const noexcept;
