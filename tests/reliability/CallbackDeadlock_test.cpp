@@ -30,6 +30,7 @@ constexpr long kRemovalCeilingMs = 3000;
 struct Stage {
   const std::uint32_t call;
   ACmThread thread{"callbacks"};
+  std::atomic<bool> hasSet{false};
   std::atomic<bool> isDone{false};
   KalConfigHelper facade{call};
   std::unique_ptr<KalConfigHelper> other = std::make_unique<KalConfigHelper>(call);
@@ -53,9 +54,8 @@ struct Stage {
 struct Action {
   const char* name;
   void (*run)(Stage& stage);
-  // How many removals give up: called directly or handed over, and posted.
+  // How many removals give up when it is called directly or handed over: their delivery waits for it.
   int givesUp = 0;
-  int givesUpPosted = 0;
 };
 
 void Ignore(const KalConfigEvent&) {}
@@ -81,9 +81,9 @@ const Action kActions[] = {
                  kResultOk);
      }},
     {"removes itself", [](Stage& stage) { EXPECT_EQ(stage.facade.UnsubscribeConfig(stage.own), kResultOk); },
-     1, 0},
+     1},
     {"removes itself by name",
-     [](Stage& stage) { EXPECT_EQ(stage.facade.UnsubscribeConfig("watched", kGroup), kResultOk); }, 1, 0},
+     [](Stage& stage) { EXPECT_EQ(stage.facade.UnsubscribeConfig("watched", kGroup), kResultOk); }, 1},
     {"removes one that is notified after it",
      [](Stage& stage) {
        IKalConfig* store = nullptr;
@@ -91,7 +91,7 @@ const Action kActions[] = {
        EXPECT_EQ(store->UnsubscribeConfig(stage.later), kResultOk);
        EXPECT_EQ(ReleaseKalConfig(store), kResultOk);
      },
-     1, 0},
+     1},
     {"removes one of another name",
      [](Stage& stage) { EXPECT_EQ(stage.other->UnsubscribeConfig("unrelated", kGroup), kResultOk); }},
     {"exports", [](Stage& stage) { EXPECT_NE(stage.facade.DumpKalConfigs(), nullptr); }},
@@ -110,7 +110,7 @@ const Action kActions[] = {
      [](Stage& stage) { EXPECT_EQ(ReleaseKalConfig(std::exchange(stage.otherStore, nullptr)), kResultOk); }},
     {"binds a facade to its call", [](Stage& stage) { const KalConfigHelper facade(stage.call); }},
     {"destroys another facade", [](Stage& stage) { stage.other.reset(); }},
-    {"destroys a facade that is notified after it", [](Stage& stage) { stage.follower.reset(); }, 1, 0},
+    {"destroys a facade that is notified after it", [](Stage& stage) { stage.follower.reset(); }, 1},
 };
 
 void Play(const Action& action, Way way, std::uint32_t call) {
@@ -125,9 +125,11 @@ void Play(const Action& action, Way way, std::uint32_t call) {
         "watched",
         [&](const KalConfigEvent&) {
           if (!std::exchange(isFirst, false)) return;
+          // The setter's own deliveries end on a thread whose time does not count here.
+          while (way == Way::kPosted && !stage.hasSet) std::this_thread::yield();
           const long startMs = TestClock::NowMs();
           action.run(stage);
-          const int expected = way == Way::kPosted ? action.givesUpPosted : action.givesUp;
+          const int expected = way == Way::kPosted ? 0 : action.givesUp;
           EXPECT_EQ((TestClock::NowMs() - startMs) / kRemovalCeilingMs, expected);
           stage.isDone = true;
         },
@@ -139,6 +141,7 @@ void Play(const Action& action, Way way, std::uint32_t call) {
     EXPECT_EQ(ReleaseKalConfig(store), kResultOk);
 
     EXPECT_EQ(stage.facade.SetKalConfig("watched", 1, kGroup), kResultOk);
+    stage.hasSet = true;
     while (!stage.isDone) std::this_thread::sleep_for(milliseconds(1));
 
     std::thread([&] {
