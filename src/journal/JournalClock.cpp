@@ -81,6 +81,7 @@ void Publish(std::uint64_t ticks, std::int64_t ns, double rate, double windowNs)
 std::int64_t LatestNs(std::uint64_t ticks) {
   const std::uint64_t begin = g_clockAnchor.ticks.load(std::memory_order_relaxed);
   const std::uint64_t window = g_clockAnchor.window.load(std::memory_order_relaxed);
+  if (window == 0) return 0;
   const std::uint64_t passed = ticks > begin ? std::min(ticks - begin, window) : 0;
   return g_clockAnchor.ns.load(std::memory_order_relaxed) +
          static_cast<std::int64_t>(passed * g_clockAnchor.rate.load(std::memory_order_relaxed) >> 32);
@@ -99,11 +100,12 @@ std::int64_t Renew() {
   const double rate = static_cast<double>(stretchNs) / static_cast<double>(sample.ticks - g_last.ticks);
   const bool isConstant =
       sample.ticks > g_last.ticks && (g_lastRate == 0 || std::abs(rate / g_lastRate - 1) < kLargestChange);
-  // Time does not go back: what the old anchor was ahead of the clock is lost again over the new window.
-  const std::int64_t ns = std::max(sample.ns, LatestNs(sample.ticks));
+  // Time does not go back: what the old anchor was ahead of the clock is lost again over the new window. A counter
+  // that jumped, as while the machine was suspended, says nothing of that.
+  const std::int64_t ns = isConstant ? std::max(sample.ns, LatestNs(sample.ticks)) : sample.ns;
   const auto aheadNs = static_cast<double>(ns - sample.ns);
   const auto windowNs = static_cast<double>(std::min(kWindowByStretch * stretchNs, kLongestWindowNs));
-  Publish(sample.ticks, ns, isConstant ? rate * (1 - aheadNs / windowNs) : 0, windowNs);
+  Publish(sample.ticks, ns, isConstant && aheadNs < windowNs ? rate * (1 - aheadNs / windowNs) : 0, windowNs);
   g_last = sample;
   g_lastRate = isConstant ? rate : 0;
   return ns;

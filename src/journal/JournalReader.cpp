@@ -24,22 +24,25 @@ bool JournalReader::Next(JournalEvent& event) {
     JournalRing::Words words;
     const JournalRing::Found found = journal.ring->Read(m_next, words);
     if (found == JournalRing::Found::kPending && journal.end - m_next <= capacity / 2) return false;
-    const std::uint64_t number = m_next++;
-    if (found == JournalRing::Found::kWhole) {
-      event = Decode(words);
-      // A delivery has the name and the values of its set, which is right before it.
-      if (event.kind == JournalKind::kDelivered && event.cause != 0 &&
-          journal.ring->Read(event.cause, words) == JournalRing::Found::kWhole) {
-        JournalEvent set = Decode(words);
-        event.name = std::move(set.name);
-        event.oldValue = std::move(set.oldValue);
-        event.newValue = std::move(set.newValue);
-      }
-      event.number = number;
-      event.missed = std::exchange(m_missed, 0);
-      return true;
+    if (found != JournalRing::Found::kWhole) {
+      ++m_next;
+      ++m_missed;
+      continue;
     }
-    ++m_missed;
+    JournalEvent read = Decode(words);
+    // A delivery has the name and the values of its set, which is right before it.
+    if (read.kind == JournalKind::kDelivered && read.cause != 0 &&
+        journal.ring->Read(read.cause, words) == JournalRing::Found::kWhole) {
+      JournalEvent set = Decode(words);
+      read.name = std::move(set.name);
+      read.oldValue = std::move(set.oldValue);
+      read.newValue = std::move(set.newValue);
+    }
+    // From here on nothing fails: an event whose copy ran out of memory is read again.
+    read.number = m_next++;
+    read.missed = std::exchange(m_missed, 0);
+    event = std::move(read);
+    return true;
   }
 }
 

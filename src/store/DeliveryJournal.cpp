@@ -7,6 +7,7 @@ SwitchEventInJournal::SwitchEventInJournal(const ChangeInJournal& change, Subscr
                                            const KalConfigEvent& event,
                                            const fnConfigChangedCallBack& fnNotify)
     : CSwitchThreadEvent(event, fnNotify), m_change(change), m_id(id), m_way(way) {
+  m_change.source.place = nullptr;  // The import may be over.
   // One byte more than an event has of it: a label that is cut there is marked so.
   if (change.source.label == nullptr) return;
   std::string_view(change.source.label).copy(m_label, sizeof m_label - 1);

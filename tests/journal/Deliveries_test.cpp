@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
 #include <cerrno>
+#include <functional>
+#include <future>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include "JournalTest.h"
 #include "tessel/post.h"
@@ -20,6 +23,31 @@ class JournalDeliveries : public JournalStoreTest {
   }
   std::int32_t Set(int value) { return m_store.SetKalConfig(kVideo, "MaxFps", value, false, false); }
 };
+
+// What SubscribeInTheFirstLine() uses, once.
+std::function<void()> g_inTheFirstLine;
+void SubscribeInTheFirstLine(void*, int, const char*, const char*, unsigned int) {
+  if (const auto call = std::exchange(g_inTheFirstLine, nullptr)) call();
+}
+
+TEST_F(JournalDeliveries, ThatASinkPostedWithinAnImportOutliveIt) {
+  Set(15);
+  ACmThread worker("worker");
+  worker.Start();
+  std::promise<void> isOver;
+  Post(worker, [&] { isOver.get_future().wait(); });
+  g_inTheFirstLine = [&] { Subscribe([](const KalConfigEvent&) {}, &worker, true); };
+  set_external_trace_mask(2);
+  set_util_trace_sink(&SubscribeInTheFirstLine, nullptr);
+  m_store.ApplyKalConfigs(R"({"Video":[{"key":"Codec","value":"av1"}]})");
+  set_util_trace_sink(nullptr, nullptr);
+  set_external_trace_mask(0);
+  isOver.set_value();
+  worker.Stop();
+  const auto events = Events({JournalKind::kDelivered});
+  ASSERT_THAT(events, SizeIs(1));
+  EXPECT_EQ(events[0].line, 0u);
+}
 
 TEST_F(JournalDeliveries, ComeAfterTheirSetAndNameIt) {
   const SubscribeId_t first = Subscribe([](const KalConfigEvent&) {});

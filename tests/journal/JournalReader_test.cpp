@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <new>
+
 #include "JournalTest.h"
+#include "support/AllocationCount.h"
 
 namespace kalStore {
 namespace {
@@ -55,6 +58,40 @@ TEST_F(JournalReaders, DoNotTakeEventsFromEachOther) {
   }
   EXPECT_FALSE(other.Next(event));
   EXPECT_EQ(event.newValue->text, "3") << "is unchanged";
+}
+
+TEST_F(JournalReaders, ReadAnEventAgainWhoseCopyRanOutOfMemory) {
+  m_store.SubscribeConfig(
+      kVideo, "A name that is longer than a string without an allocation", [](const KalConfigEvent&) {},
+      nullptr, false);
+  m_store.SetKalConfig(kVideo, "A name that is longer than a string without an allocation",
+                       "as is this value of it", false, false);
+  const JournalReader begin = m_reader;
+  const std::size_t count = Events().size();
+  ASSERT_EQ(count, 3u);
+  for (std::size_t n = 1;; ++n) {
+    m_reader = begin;
+    JournalEvent event;
+    std::size_t read = 0;
+    std::uint64_t last = 0;
+    bool hasFired = false;
+    {
+      const FailAllocation nth(n);
+      for (bool isThere = true; isThere;) {
+        try {
+          isThere = m_reader.Next(event);
+          if (isThere) ++read;
+          last = event.number;
+        } catch (const std::bad_alloc&) {
+          EXPECT_EQ(event.number, last) << "is unchanged";
+        }
+      }
+      hasFired = nth.Fired();
+    }
+    EXPECT_EQ(read, count);
+    EXPECT_EQ(event.missed + m_reader.Missed(), 0u);
+    if (!hasFired) break;
+  }
 }
 
 TEST_F(JournalReaders, BeginWithTheNumberGiven) {
