@@ -81,6 +81,17 @@ constexpr const ConfigEnumName<E>* EntryOf(E value) noexcept {
   return FindEntry<E>([value](const ConfigEnumName<E>& entry) { return entry.value == value; });
 }
 
+// Without a pointer: with UndefinedBehaviorSanitizer GCC 12 compares none of a constant's elements with null where
+// the result is a constant.
+template <NamedEnum E>
+constexpr bool HasName(E value) noexcept {
+  static_assert(HasDistinctNames<E>(), "kNames has each value and each name once, and no empty name");
+  for (const ConfigEnumName<E>& entry : ConfigEnum<E>::kNames) {
+    if (entry.value == value) return true;
+  }
+  return false;
+}
+
 // Null for a string that is none of the names.
 template <NamedEnum E>
 constexpr const ConfigEnumName<E>* EntryNamed(std::string_view name) noexcept {

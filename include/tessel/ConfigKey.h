@@ -81,7 +81,7 @@ constexpr bool IsDefaultWithinRange(Default value) {
   } else if constexpr (std::same_as<T, float> && std::same_as<Default, double>) {
     return value >= std::numeric_limits<float>::lowest() && value <= std::numeric_limits<float>::max();
   } else if constexpr (NamedEnum<T>) {
-    return EntryOf(value) != nullptr;
+    return HasName(value);
   } else if constexpr (std::same_as<T, std::string>) {
     return value != nullptr;
   } else {
