@@ -2,7 +2,7 @@
 # The fuzz targets, each of <name>_fuzz.cpp and the models that it compares with. Used by the fuzz build, and by the
 # tests, which replay kept inputs with every compiler.
 
-set(TESSEL_FUZZ_TARGETS json settings typed_reader statistics store)
+set(TESSEL_FUZZ_TARGETS json settings typed_reader statistics store recording)
 
 set(tessel_fuzz_folder ${CMAKE_CURRENT_LIST_DIR})
 if(NOT TARGET tessel_fuzz_models)
@@ -18,4 +18,9 @@ endif()
 function(tessel_fuzz_sources target name)
   target_sources(${target} PRIVATE ${tessel_fuzz_folder}/${name}_fuzz.cpp)
   target_link_libraries(${target} PRIVATE tessel_fuzz_models)
+  if(name STREQUAL recording)
+    set(tools ${tessel_fuzz_folder}/../tools)
+    target_sources(${target} PRIVATE ${tools}/recording/RecordingEvent.cpp ${tools}/recording/RecordingReader.cpp)
+    target_include_directories(${target} PRIVATE ${tools})
+  endif()
 endfunction()

@@ -9,6 +9,7 @@
 #include "DiffCommand.h"
 #include "ExitStatus.h"
 #include "LintCommand.h"
+#include "LogCommand.h"
 #include "SimulateCommand.h"
 #include "StatsCommand.h"
 #include "TogglesCommand.h"
@@ -36,6 +37,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
   AddDeclareCommand(app, exitStatus);
   AddDiffCommand(app, exitStatus);
   AddLintCommand(app, exitStatus);
+  AddLogCommand(app, exitStatus);
   AddSimulateCommand(app, exitStatus);
   AddStatsCommand(app, exitStatus);
   AddTogglesCommand(app, exitStatus);
@@ -50,6 +52,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
       "  tessel declare settings.json --header\n"
       "  tessel diff base.json lab.json\n"
       "  tessel lint lab.json\n"
+      "  tessel log call.tessel --group Video\n"
       "  tessel simulate --settings base.json --report report.html\n"
       "  tessel stats blocks.bin\n"
       "  tessel toggles audio --from lab.json\n"

@@ -23,6 +23,7 @@ SECTIONS = {
         "docs/tessel",
         "docs/guides/trace",
         "docs/guides/journal",
+        "docs/guides/recordings",
         "docs/guides/debugging",
         "docs/performance",
         "docs/reliability",

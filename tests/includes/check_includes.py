@@ -42,7 +42,7 @@ FOLDERS = [
                          "(trace|json|journal|store|documents)/.*"]),
     (r"src/facade/", [EXPORTED, "(trace|json|journal|store|documents|facade)/.*"]),
     (r"src/statistics/", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS, "(trace|journal|statistics)/.*"]),
-    (r"tools/", [EXPORTED, r"((declare|simulate)/)?\w+\.h"]),
+    (r"tools/", [EXPORTED, r"((declare|recording|simulate)/)?\w+\.h"]),
     (r"examples/", [EXPORTED]),
 ]
 

@@ -42,3 +42,17 @@ TEST(HugeDocuments, WithoutAnEndAreRefusedWhenMemoryRunsOut) {
   EXPECT_EQ(run.err, "/dev/zero: cannot be read: not enough memory\n");
   EXPECT_EQ(run.status, 2);
 }
+
+TEST(HugeRecordings, AreReadInLittleMemory) {
+  std::string text = R"({"type":"recording","t":0,"version":1,"wall":"2026-11-22T08:42:05Z"})"
+                     "\n";
+  const std::string line = R"({"type":"lost","t":1,"count":2,"x":")" + std::string(1000, 'x') + "\"}\n";
+  while (text.size() < std::size_t{64} << 20) text += line;
+  const Finished run = Program()
+                           .File("a.tessel", text)
+                           .MemoryLimit(std::size_t{48} << 20)
+                           .Run({"log", "a.tessel", "--type", "recording"});
+  EXPECT_EQ(run.out, "    0.000000  recording             version 1, began 2026-11-22T08:42:05Z\n");
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+}

@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <future>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Program.h"
+
+namespace {
+
+std::string Fixture(const std::string& name) {
+  std::ifstream stream(std::string(TESSEL_RECORDINGS) + "/" + name + ".tessel", std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+Finished Log(std::vector<std::string> options, const std::string& fixture = "call") {
+  options.insert(options.begin(), {"log", "a.tessel"});
+  return Program().File("a.tessel", Fixture(fixture)).Run(options);
+}
+
+// The line that was printed for an event of the type.
+std::string LineOf(const std::string& out, const std::string& type, int which = 0) {
+  std::size_t begin = 0;
+  for (std::size_t end; (end = out.find('\n', begin)) != std::string::npos; begin = end + 1) {
+    if (out.compare(begin + 14, type.size() + 1, type + " ") != 0) continue;
+    if (which-- == 0) return out.substr(begin, end - begin);
+  }
+  return "";
+}
+
+constexpr const char* kBegin =
+    "    0.000000  recording             version 1, began 2026-11-22T08:42:05.123456Z\n";
+constexpr const char* kSet =
+    "    1.204117  set          call 7   Video/MaxFps: \"30\" -> \"15\", notified 1; by \"bandwidth "
+    "controller\", AdaptRate in libvideo.so\n";
+constexpr const char* kLost = "    2.100000  lost                  12 events\n";
+constexpr const char* kEnd = "    3.000000  recording             ended\n";
+
+}  // namespace
+
+TEST(LogCommand, ShowsALinePerEventInAlignedColumns) {
+  const Finished run = Log({});
+  EXPECT_EQ(
+      run.out,
+      std::string(kBegin) +
+          R"(    0.000000  call         call 7   2 references, there at the start
+    0.000000  set          call 7   Video/MaxFps: "30", there at the start; by Session::Start() in libsession.so
+    0.000000  set          call 7   Audio/Codec: "opus", there at the start
+    0.000000  subscribe    call 7   Video/MaxFps, id 3, there at the start
+    0.000000  bind         call 7   Metrics/Load, binding 4, there at the start
+    0.000000  statistics   call 7   video, common.bitrate=500000, common.codec="AV1", layer0.targetFps=30, there at the start
+    0.250000  call         call 8   made, 1 reference; by libsession.so
+)" + kSet +
+          R"(    1.204131  deliver      call 7   Video/MaxFps: "30" -> "15", to subscription 3, posted, waited 14 us, ran 4.5 us
+    1.500000  set          call 7   Feature/Sharp\u001b[1m: "\"yes\"", nobody notified; by lab.json:2:18
+    1.500000  set          call 7   Audio/Codec: "opus" -> "opus", unchanged; by lab.json:3:18
+    1.500000  apply        call 7   2 sets; by lab.json
+    1.600000  set          call 7   Video/Key: (hidden), refused
+    1.750000  set          call 8   Common/Layout: "0123456789"..., nobody notified; by "layout of a window that has a lon"
+    1.800000  set          call 8   Common/Ping: "1", transient, nobody notified
+    1.900000  bind         call 7   Metrics/Load: answered "0.5", binding 4, ran 2 us
+    2.000000  statistics   call 7   video, common.bitrate=350000
+)" + kLost +
+          R"(    2.200000  deliver      call 8   an overwritten change, to subscription 5, dropped, waited 3 us
+    2.250000  deliver      call 8   Common/Layout: "x", to subscription 6, initial, handed over, waited 0 us, ran 100 us, threw "no window"
+    2.300000  remove       call 7   Audio/Codec: "opus", 1 removed
+    2.350000  set          call 7   Video/Codec: "AV1", nobody notified
+    2.400000  remove       call 7   Video/*, 2 removed
+    2.450000  later                 a type that this program does not know
+    2.500000  unsubscribe  call 7   Video/MaxFps, id 3
+    2.500000  subscribe    call 7   Audio/Codec, id 9
+    2.500000  bind         call 7   Metrics/Load, binding 10
+    2.600000  statistics   call 7   video, released, 1 reference
+    2.750000  statistics   call 7   video, common.bitrate=400000, layer0.targetFps=15
+    2.800000  statistics   call 7   video, ended
+    2.900000  call         call 8   ended, 0 references
+)" + kEnd);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(LogCommand, WritesTheLinesAsTheRecordingHasThem) {
+  const Finished run = Log({"--json"});
+  EXPECT_EQ(run.out, Fixture("call"));
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(LogCommand, WritesASelectionThatIsARecordingItself) {
+  Program program;
+  program.File("a.tessel", Fixture("call"));
+  const std::string selected =
+      program.Run({"log", "a.tessel", "--call", "8", "--name", "lay*", "--json"}).out;
+  const Finished again = program.File("b.tessel", selected).Run({"log", "b.tessel"});
+  EXPECT_EQ(
+      again.out,
+      std::string(kBegin) +
+          "    1.750000  set          call 8   Common/Layout: \"0123456789\"..., nobody notified; by "
+          "\"layout of a window that has a lon\"\n" +
+          kLost +
+          "    2.250000  deliver      call 8   Common/Layout: \"x\", to subscription 6, initial, handed "
+          "over, waited 0 us, ran 100 us, threw \"no window\"\n" +
+          kEnd);
+  EXPECT_EQ(again.err, "");
+  EXPECT_EQ(again.status, 0);
+}
+
+TEST(LogCommand, SelectsByGroupTimeAndOrigin) {
+  const std::string framed = std::string(kBegin) + kSet + kEnd;
+  EXPECT_EQ(Log({"--group", "Video", "--since", "1.204117", "--until", "1.21", "--origin", "*band*"}).out,
+            framed);
+  for (const char* const origin :
+       {"adaptrate", "libvideo.so", "/opt/*/libvideo.so", "bandwidth controller"}) {
+    EXPECT_EQ(Log({"--origin", origin, "--until", "2"}).out, framed) << origin;
+  }
+  EXPECT_EQ(Log({"--origin", "lab.json", "--type", "apply"}).out,
+            "    1.500000  apply        call 7   2 sets; by lab.json\n");
+  EXPECT_EQ(Log({"--origin", "video", "--until", "2"}).out, std::string(kBegin) + kEnd);
+  EXPECT_EQ(Log({"--since", "2.95"}).out, std::string(kBegin) + kEnd);
+}
+
+TEST(LogCommand, LeavesOutWhatIsOfNoChosenType) {
+  EXPECT_EQ(Log({"--type", "lost"}).out, kLost);
+  EXPECT_EQ(Log({"--type", "lost", "--type", "recording"}).out, std::string(kBegin) + kLost + kEnd);
+}
+
+TEST(LogCommand, ShowsWhatWasLostWhateverElseIsChosen) {
+  EXPECT_NE(Log({"--call", "99", "--name", "none", "--group", "Audio"}).out.find(kLost), std::string::npos);
+  EXPECT_EQ(Log({"--since", "2.2"}).out.find(kLost), std::string::npos);
+}
+
+TEST(LogCommand, NamesEachDamagedLineAndShowsTheOthers) {
+  const Finished run = Log({}, "damaged");
+  EXPECT_EQ(run.out, std::string(kBegin) +
+                         "    0.000000  call         call 7   2 references, there at the start\n" + kSet +
+                         kEnd);
+  EXPECT_EQ(run.err,
+            "a.tessel:3: group: unknown\n"
+            "a.tessel:4: expected a value\n"
+            "a.tessel:5: count: expected a whole number, 0 or more\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(LogCommand, ReadsUpToAnEndThatIsCutOff) {
+  const Finished run = Log({"--type", "recording", "--type", "deliver"}, "cut_off");
+  EXPECT_EQ(run.out, kBegin);
+  EXPECT_EQ(run.err, "a.tessel:10: the recording ends within this line\n");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(LogCommand, ReadsALastLineThatLacksNothingButItsEnd) {
+  std::string text = Fixture("call");
+  text.pop_back();
+  const Finished run = Program().File("a.tessel", text).Run({"log", "a.tessel"});
+  EXPECT_EQ(LineOf(run.out, "recording", 1) + "\n", kEnd);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(LogCommand, ReadsEveryBeginningOfARecordingButThatOfItsFirstLine) {
+  Program program;
+  const std::string text = Fixture("cut_off");
+  const std::size_t first = text.find('\n');
+  for (std::size_t size = 0; size < text.size(); size += 37) {
+    const Finished run = program.File("a.tessel", text.substr(0, size)).Run({"log", "a.tessel"});
+    EXPECT_EQ(run.status, size < first ? 2 : 0) << size;
+    EXPECT_EQ(run.out.starts_with(kBegin), size >= first) << size;
+  }
+}
+
+TEST(LogCommand, RefusesFilesThatAreNoRecordingsOfThisVersion) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"newer", "a.tessel:1: version 2 of the format: only version 1 can be read\n"},
+      {"foreign", "a.tessel:1: no recording: the first line is not of type \"recording\", with a version\n"},
+      {"empty", "a.tessel:1: the file is empty\n"},
+  };
+  for (const auto& [fixture, message] : rows) {
+    const Finished run = Log({}, fixture);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, message);
+    EXPECT_EQ(run.status, 2);
+  }
+}
+
+TEST(LogCommand, ShowsTheFilesThatAreWholeBesideOneThatIsNot) {
+  Program program;
+  program.File("empty.tessel", "").File("a.tessel", Fixture("call"));
+  const Finished run = program.Run({"log", "empty.tessel", "a.tessel", "--type", "lost"});
+  EXPECT_EQ(run.out, kLost);
+  EXPECT_EQ(run.err, "empty.tessel:1: the file is empty\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(LogCommand, OpensEveryFileBeforeItShowsAny) {
+  const Finished run = Program().File("a.tessel", Fixture("call")).Run({"log", "a.tessel", "none.tessel"});
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "none.tessel: cannot be read: No such file or directory\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(LogCommand, LeavesOutALineThatIsTooLong) {
+  std::string text = Fixture("call");
+  text.insert(text.find('\n') + 1,
+              R"({"type":"lost","t":0,"count":1,"x":")" + std::string(1 << 20, 'x') + "\"}\n");
+  const Finished run = Program().File("a.tessel", text).Run({"log", "a.tessel", "--type", "lost"});
+  EXPECT_EQ(run.out, kLost);
+  EXPECT_EQ(run.err, "a.tessel:2: the line is longer than 1 MiB\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(LogCommand, ColoursTheTypesOnATerminal) {
+  Program program;
+  program.File("a.tessel", Fixture("call")).To(Program::Output::kTerminal);
+  const std::string out = program.Run({"log", "a.tessel", "--type", "lost"}).out;
+  EXPECT_EQ(out, "    2.100000  \033[31mlost\033[0m                  12 events\r\n");
+}
+
+TEST(LogCommand, HandsNoControlCharacterToATerminal) {
+  const std::string line = "{\"type\":\"a\x1b[1m\",\"t\":1,\"x\":\"\x1b\xff\"\t\r}\n";
+  std::string text = Fixture("call");
+  text.insert(text.find('\n') + 1, line);
+  Program program;
+  program.File("a.tessel", text);
+  for (const auto& options : {std::vector<std::string>{}, {"--json"}}) {
+    std::vector<std::string> arguments = {"log", "a.tessel", "--until", "1"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const std::string out = program.Run(arguments).out;
+    EXPECT_EQ(out.find_first_of("\x1b\xff\t\r"), std::string::npos) << out;
+    EXPECT_NE(out.find("a\\u001b[1m"), std::string::npos) << out;
+  }
+  const Finished again =
+      program.File("b.tessel", program.Run({"log", "a.tessel", "--json"}).out).Run({"log", "b.tessel"});
+  EXPECT_EQ(again.status, 0) << again.err;
+}
+
+TEST(LogCommand, RefusesWhatItCannotDo) {
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      {{"--group", "Vidio"}, "--group: unknown group \"Vidio\" (did you mean \"Video\"?)"},
+      {{"b.tessel", "--follow"}, "--follow: expected one FILE"},
+      {{"--type", "sets"},
+       "--type: expected recording or call or set or remove or apply or subscribe or unsubscribe or bind or "
+       "deliver or "
+       "statistics or lost, not \"sets\" (did you mean \"set\"?) (tessel log --help tells more)"},
+      {{"--since", "x"},
+       "--since: expected a number from 0 to 1e+09, not \"x\" (tessel log --help tells more)"},
+      {{"-", "-"}, "standard input can be read once only"},
+  };
+  for (const auto& [options, message] : rows) {
+    const Finished run = Log(options);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "tessel: " + message + "\n");
+    EXPECT_EQ(run.status, 2);
+  }
+}
+
+// The test appends each piece once the program has shown the one before.
+TEST(LogCommand, FollowsARecordingUntilItEnds) {
+  const std::string text = Fixture("call");
+  const std::size_t lost = text.find("{\"type\":\"lost\""), inLost = lost + 20, end = text.rfind("{\"type\"");
+  Program program;
+  program.File("a.tessel", text.substr(0, inLost));
+  std::future<Finished> run = std::async(std::launch::async, [&] {
+    return program.Run({"log", "a.tessel", "--follow", "--type", "statistics", "--type", "lost"});
+  });
+  const auto append = [&](const std::string& shown, std::size_t from, std::size_t to) {
+    while (program.Contents(".out").find(shown) == std::string::npos) std::this_thread::yield();
+    std::ofstream(program.Path("a.tessel"), std::ios::binary | std::ios::app) << text.substr(from, to - from);
+  };
+  append("common.bitrate=350000\n", inLost, end);
+  append("video, ended\n", end, text.size());
+  const Finished finished = run.get();
+  EXPECT_EQ(finished.out, Log({"--type", "statistics", "--type", "lost"}).out);
+  EXPECT_EQ(finished.err, "");
+  EXPECT_EQ(finished.status, 0);
+}
+
+TEST(LogCommand, FollowsNoLongerWhenNobodyReads) {
+  const Finished run = Program()
+                           .File("a.tessel", Fixture("cut_off"))
+                           .To(Program::Output::kNoReader)
+                           .Run({"log", "a.tessel", "--follow"});
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(LogCommand, ReadsStandardInput) {
+  const Finished run = Program().Input(Fixture("call")).Run({"log", "-", "--type", "lost", "--follow"});
+  EXPECT_EQ(run.out, kLost);
+  EXPECT_EQ(run.status, 0);
+}

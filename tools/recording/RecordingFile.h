@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "recording/RecordingEvent.h"
+
+/// A file with a recording, or standard input for "-".
+class RecordingFile {
+ public:
+  using OnEvent = std::function<void(const RecordingEvent& event, const std::string& line)>;
+
+  enum class End {
+    kOfFile,
+    kOfRecording,  ///< What is appended is read, until the recording ends or nobody reads standard output.
+  };
+
+  /// Opens it. Throws CommandError when it cannot be opened.
+  explicit RecordingFile(std::string name);
+
+  /// Reads it from its beginning. What is wrong with a line is written to standard error, FILE:LINE: reason.
+  /// Throws CommandError when the system cannot read it.
+  /// @return Whether all of it could be read. An end that is cut off is no fault.
+  bool Read(const OnEvent& onEvent, End end = End::kOfFile);
+
+ private:
+  struct Close {
+    void operator()(std::FILE* stream) const {
+      if (stream != stdin) std::fclose(stream);
+    }
+  };
+
+  std::string m_name;
+  std::unique_ptr<std::FILE, Close> m_stream;
+};
