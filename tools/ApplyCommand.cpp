@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ApplyCommand.h"
 
-#include <unistd.h>
-
 #include <charconv>
 #include <cstdint>
 #include <functional>
@@ -20,6 +18,7 @@
 #include "Colour.h"
 #include "CommandError.h"
 #include "ConfigPath.h"
+#include "DumpOutput.h"
 #include "ExitStatus.h"
 #include "Glob.h"
 #include "OptionChecks.h"
@@ -182,15 +181,6 @@ class Applier {
   Watcher& m_watcher;
   const ApplyOptions& m_options;
 };
-
-// Byte by byte where a program reads it; a person sees the same values.
-void PrintDump(std::string_view dump) {
-  if (IsTerminal(STDOUT_FILENO)) {
-    std::cout << PrintableJson(dump) << '\n';
-  } else {
-    std::cout << dump << '\n';
-  }
-}
 
 int Apply(const ApplyOptions& options) {
   const ApplyPlan plan(options);

@@ -7,6 +7,7 @@
 #include "ApplyCommand.h"
 #include "DeclareCommand.h"
 #include "DiffCommand.h"
+#include "DumpCommand.h"
 #include "ExitStatus.h"
 #include "LintCommand.h"
 #include "LogCommand.h"
@@ -36,6 +37,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
   AddApplyCommand(app, exitStatus);
   AddDeclareCommand(app, exitStatus);
   AddDiffCommand(app, exitStatus);
+  AddDumpCommand(app, exitStatus);
   AddLintCommand(app, exitStatus);
   AddLogCommand(app, exitStatus);
   AddSimulateCommand(app, exitStatus);
@@ -51,6 +53,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
       "  tessel apply base.json lab.json --dump all\n"
       "  tessel declare settings.json --header\n"
       "  tessel diff base.json lab.json\n"
+      "  tessel dump call.tessel --at 12.5 --call 7\n"
       "  tessel lint lab.json\n"
       "  tessel log call.tessel --group Video\n"
       "  tessel simulate --settings base.json --report report.html\n"

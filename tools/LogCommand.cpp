@@ -124,14 +124,11 @@ std::string LogFooter() {
 }  // namespace
 
 void AddLogCommand(CLI::App& app, int& exitStatus) {
-  constexpr double kMostSeconds = 1e9;
-  constexpr unsigned kMostCalls = 4294967295;
   const auto options = std::make_shared<LogOptions>();
   CLI::App* const command = app.add_subcommand("log", "Show what recordings say happened, a line an event");
   SetFile(*command->add_option("FILE", options->files, "Recordings, one after the other; - is standard input")
                ->required());
-  SetRange(*command->add_option("--call", options->call, "The events of this call")->type_name("N"), 0U,
-           kMostCalls);
+  SetCall(*command->add_option("--call", options->call, "The events of this call"));
   command->add_option("--group", options->group, "The events of this group")->type_name("GROUP");
   command
       ->add_option(
@@ -142,12 +139,8 @@ void AddLogCommand(CLI::App& app, int& exitStatus) {
       ->add_option("--origin", options->origin,
                    "The events whose label, document, symbol, or module, with or without its folders, fits")
       ->type_name("GLOB");
-  SetRange(
-      *command->add_option("--since", options->since, "The events from this second on")->type_name("SECONDS"),
-      0.0, kMostSeconds);
-  SetRange(
-      *command->add_option("--until", options->until, "The events up to this second")->type_name("SECONDS"),
-      0.0, kMostSeconds);
+  SetSeconds(*command->add_option("--since", options->since, "The events from this second on"));
+  SetSeconds(*command->add_option("--until", options->until, "The events up to this second"));
   CLI::Option* const type =
       command->add_option("--type", options->types, "The events of this type; repeatable");
   type->allow_extra_args(false);

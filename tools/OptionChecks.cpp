@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <sstream>
 #include <system_error>
 
@@ -49,6 +51,17 @@ void SetRange(CLI::Option& option, unsigned least, unsigned most) {
 
 void SetRange(CLI::Option& option, double least, double most) {
   CheckRange(option, "a number", least, most);
+}
+
+void SetSeconds(CLI::Option& option) {
+  constexpr double kMostSeconds = 1e9;
+  option.type_name("SECONDS");
+  SetRange(option, 0.0, kMostSeconds);
+}
+
+void SetCall(CLI::Option& option) {
+  option.type_name("N");
+  SetRange(option, 0U, std::numeric_limits<std::uint32_t>::max());
 }
 
 void SetFile(CLI::Option& option) {

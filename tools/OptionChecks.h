@@ -14,5 +14,9 @@ void SetChoices(CLI::Option& option, const std::vector<std::string>& names);
 void SetRange(CLI::Option& option, unsigned least, unsigned most);
 void SetRange(CLI::Option& option, double least, double most);
 
+/// A time in seconds, and the id of a call.
+void SetSeconds(CLI::Option& option);
+void SetCall(CLI::Option& option);
+
 /// A file: a name that is not empty.
 void SetFile(CLI::Option& option);

@@ -24,6 +24,8 @@ class SettingsDocument {
   /// Reads a file, or standard input for "-". Throws CommandError when it cannot be read, or is no JSON
   /// object in a text without zero bytes; the message has the line and column of the first fault.
   static SettingsDocument Load(const std::string& file);
+  /// Takes a text that is called `name`. Throws likewise.
+  SettingsDocument(std::string name, std::string text);
 
   /// The file's name, or "<stdin>".
   const std::string& Name() const { return m_name; }
@@ -40,8 +42,6 @@ class SettingsDocument {
   std::size_t SkippedCount() const;
 
  private:
-  SettingsDocument(std::string name, std::string text);
-
   std::string m_name;
   std::string m_text;
   kalStore::SettingsContents m_contents;

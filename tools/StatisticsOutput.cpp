@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <string>
 
+#include "CsvText.h"
 #include "JsonObject.h"
 #include "Printable.h"
 
@@ -43,16 +44,6 @@ void PrintTable(std::ostream& out, const StatisticsKind& kind, std::size_t numbe
       out << '\n';
     }
   }
-}
-
-// A string, in quotes with its own ones doubled.
-std::string CsvText(std::string_view text) {
-  std::string field = "\"";
-  for (const char character : Printable(text)) {
-    field += character;
-    if (character == '"') field += '"';
-  }
-  return field + '"';
 }
 
 void PrintCsvHeader(std::ostream& out, const StatisticsKind& kind) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Program.h"
+#include "Recordings.h"
 
 namespace {
 
@@ -156,4 +157,39 @@ TEST(DiffCommand, KeepsItsStatusWhenNobodyReads) {
                            .Run({"diff", "a.json", "b.json"});
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.status, 1);
+}
+
+TEST(DiffCommand, ComparesMomentsOfARecording) {
+  Program program;
+  program.File("a.tessel", Recording("call")).File("b.json", R"({"Video":[{"key":"MaxFps","value":"15"}]})");
+  const Finished moments = program.Run({"diff", "--exact", "a.tessel@0", "a.tessel@2", "--call", "7"});
+  EXPECT_EQ(moments.out,
+            "Feature: 1 new\n"
+            "  new      Feature/Sharp\\u001b[1m: \"\\\"yes\\\"\"\n"
+            "Video: 1 changed\n"
+            "  changed  Video/MaxFps: \"30\" -> \"15\"\n");
+  EXPECT_EQ(moments.err, "");
+  EXPECT_EQ(moments.status, 1);
+  const Finished document = program.Run({"diff", "a.tessel@1", "b.json", "--call", "7"});
+  EXPECT_EQ(document.out, "Video: 1 changed\n  changed  Video/MaxFps: \"30\" -> \"15\"\n");
+  const Finished same = program.Run({"diff", "b.json", "a.tessel@1.3", "--call", "7"});
+  EXPECT_EQ(same.out, "Audio: 1 new\n  new      Audio/Codec: \"opus\"\n");
+}
+
+TEST(DiffCommand, FindsNoDifferenceOnlyWhereTheRecordingIsWhole) {
+  Program program;
+  program.File("a.tessel", Recording("call")).File("b.tessel", Recording("damaged"));
+  EXPECT_EQ(program.Run({"diff", "a.tessel@0", "a.tessel@1", "--call", "7"}).status, 0);
+  const Finished lost = program.Run({"diff", "a.tessel@2.1", "a.tessel@2.2", "--call", "7"});
+  EXPECT_EQ(lost.out, "");
+  EXPECT_NE(lost.err.find("12 events were lost before"), std::string::npos);
+  EXPECT_EQ(lost.status, 1);
+  EXPECT_EQ(program.Run({"diff", "b.tessel@2", "b.tessel@2", "--call", "7"}).status, 2);
+}
+
+TEST(DiffCommand, TakesAFileForAFileWhateverItsName) {
+  const Finished run = Program().File("a@1", kA).File("b.json", kA).Run({"diff", "a@1", "b.json"});
+  EXPECT_EQ(run.out + run.err, "");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(Program().Run({"diff", "--", "-@1", "-@2"}).err, "tessel: standard input can be read once only\n");
 }

@@ -3,23 +3,18 @@
 
 #include <fstream>
 #include <future>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Program.h"
+#include "Recordings.h"
 
 namespace {
 
-std::string Fixture(const std::string& name) {
-  std::ifstream stream(std::string(TESSEL_RECORDINGS) + "/" + name + ".tessel", std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 Finished Log(std::vector<std::string> options, const std::string& fixture = "call") {
   options.insert(options.begin(), {"log", "a.tessel"});
-  return Program().File("a.tessel", Fixture(fixture)).Run(options);
+  return Program().File("a.tessel", Recording(fixture)).Run(options);
 }
 
 // The line that was printed for an event of the type.
@@ -85,13 +80,13 @@ TEST(LogCommand, ShowsALinePerEventInAlignedColumns) {
 
 TEST(LogCommand, WritesTheLinesAsTheRecordingHasThem) {
   const Finished run = Log({"--json"});
-  EXPECT_EQ(run.out, Fixture("call"));
+  EXPECT_EQ(run.out, Recording("call"));
   EXPECT_EQ(run.status, 0);
 }
 
 TEST(LogCommand, WritesASelectionThatIsARecordingItself) {
   Program program;
-  program.File("a.tessel", Fixture("call"));
+  program.File("a.tessel", Recording("call"));
   const std::string selected =
       program.Run({"log", "a.tessel", "--call", "8", "--name", "lay*", "--json"}).out;
   const Finished again = program.File("b.tessel", selected).Run({"log", "b.tessel"});
@@ -152,7 +147,7 @@ TEST(LogCommand, ReadsUpToAnEndThatIsCutOff) {
 }
 
 TEST(LogCommand, ReadsALastLineThatLacksNothingButItsEnd) {
-  std::string text = Fixture("call");
+  std::string text = Recording("call");
   text.pop_back();
   const Finished run = Program().File("a.tessel", text).Run({"log", "a.tessel"});
   EXPECT_EQ(LineOf(run.out, "recording", 1) + "\n", kEnd);
@@ -162,7 +157,7 @@ TEST(LogCommand, ReadsALastLineThatLacksNothingButItsEnd) {
 
 TEST(LogCommand, ReadsEveryBeginningOfARecordingButThatOfItsFirstLine) {
   Program program;
-  const std::string text = Fixture("cut_off");
+  const std::string text = Recording("cut_off");
   const std::size_t first = text.find('\n');
   for (std::size_t size = 0; size < text.size(); size += 37) {
     const Finished run = program.File("a.tessel", text.substr(0, size)).Run({"log", "a.tessel"});
@@ -187,7 +182,7 @@ TEST(LogCommand, RefusesFilesThatAreNoRecordingsOfThisVersion) {
 
 TEST(LogCommand, ShowsTheFilesThatAreWholeBesideOneThatIsNot) {
   Program program;
-  program.File("empty.tessel", "").File("a.tessel", Fixture("call"));
+  program.File("empty.tessel", "").File("a.tessel", Recording("call"));
   const Finished run = program.Run({"log", "empty.tessel", "a.tessel", "--type", "lost"});
   EXPECT_EQ(run.out, kLost);
   EXPECT_EQ(run.err, "empty.tessel:1: the file is empty\n");
@@ -195,14 +190,14 @@ TEST(LogCommand, ShowsTheFilesThatAreWholeBesideOneThatIsNot) {
 }
 
 TEST(LogCommand, OpensEveryFileBeforeItShowsAny) {
-  const Finished run = Program().File("a.tessel", Fixture("call")).Run({"log", "a.tessel", "none.tessel"});
+  const Finished run = Program().File("a.tessel", Recording("call")).Run({"log", "a.tessel", "none.tessel"});
   EXPECT_EQ(run.out, "");
   EXPECT_EQ(run.err, "none.tessel: cannot be read: No such file or directory\n");
   EXPECT_EQ(run.status, 2);
 }
 
 TEST(LogCommand, LeavesOutALineThatIsTooLong) {
-  std::string text = Fixture("call");
+  std::string text = Recording("call");
   text.insert(text.find('\n') + 1,
               R"({"type":"lost","t":0,"count":1,"x":")" + std::string(1 << 20, 'x') + "\"}\n");
   const Finished run = Program().File("a.tessel", text).Run({"log", "a.tessel", "--type", "lost"});
@@ -213,14 +208,14 @@ TEST(LogCommand, LeavesOutALineThatIsTooLong) {
 
 TEST(LogCommand, ColoursTheTypesOnATerminal) {
   Program program;
-  program.File("a.tessel", Fixture("call")).To(Program::Output::kTerminal);
+  program.File("a.tessel", Recording("call")).To(Program::Output::kTerminal);
   const std::string out = program.Run({"log", "a.tessel", "--type", "lost"}).out;
   EXPECT_EQ(out, "    2.100000  \033[31mlost\033[0m                  12 events\r\n");
 }
 
 TEST(LogCommand, HandsNoControlCharacterToATerminal) {
   const std::string line = "{\"type\":\"a\x1b[1m\",\"t\":1,\"x\":\"\x1b\xff\"\t\r}\n";
-  std::string text = Fixture("call");
+  std::string text = Recording("call");
   text.insert(text.find('\n') + 1, line);
   Program program;
   program.File("a.tessel", text);
@@ -258,7 +253,7 @@ TEST(LogCommand, RefusesWhatItCannotDo) {
 
 // The test appends each piece once the program has shown the one before.
 TEST(LogCommand, FollowsARecordingUntilItEnds) {
-  const std::string text = Fixture("call");
+  const std::string text = Recording("call");
   const std::size_t lost = text.find("{\"type\":\"lost\""), inLost = lost + 20, end = text.rfind("{\"type\"");
   Program program;
   program.File("a.tessel", text.substr(0, inLost));
@@ -279,14 +274,14 @@ TEST(LogCommand, FollowsARecordingUntilItEnds) {
 
 TEST(LogCommand, FollowsNoLongerWhenNobodyReads) {
   const Finished run = Program()
-                           .File("a.tessel", Fixture("cut_off"))
+                           .File("a.tessel", Recording("cut_off"))
                            .To(Program::Output::kNoReader)
                            .Run({"log", "a.tessel", "--follow"});
   EXPECT_EQ(run.status, 0);
 }
 
 TEST(LogCommand, ReadsStandardInput) {
-  const Finished run = Program().Input(Fixture("call")).Run({"log", "-", "--type", "lost", "--follow"});
+  const Finished run = Program().Input(Recording("call")).Run({"log", "-", "--type", "lost", "--follow"});
   EXPECT_EQ(run.out, kLost);
   EXPECT_EQ(run.status, 0);
 }

@@ -32,15 +32,6 @@ std::string Padded(const std::string& text, std::size_t width) {
   return text.size() < width ? std::string(width - text.size(), ' ') : std::string(" ");
 }
 
-// With all its digits, and an exponent where those are too many.
-std::string ShortNumber(double number) {
-  constexpr double kLongest = 1e18;
-  const bool isLong = number > kLongest || number < -kLongest;
-  std::array<char, 400> text;
-  const auto format = isLong ? std::chars_format::general : std::chars_format::fixed;
-  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number, format).ptr};
-}
-
 // Like "  12.345678".
 std::string TimeText(double seconds) {
   std::array<char, 64> text;
@@ -186,6 +177,14 @@ std::string OriginText(const RecordingEvent& event) {
 }
 
 }  // namespace
+
+std::string ShortNumber(double number) {
+  constexpr double kLongest = 1e18;
+  const bool isLong = number > kLongest || number < -kLongest;
+  std::array<char, 400> text;
+  const auto format = isLong ? std::chars_format::general : std::chars_format::fixed;
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number, format).ptr};
+}
 
 std::string_view BaseName(std::string_view path) {
   return path.substr(path.rfind('/') + 1);  // All of it when there is none.
