@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Any bytes are read as a recording: each line is an event or has one fault, in the order of the lines, however
-// the bytes arrive. An event's line reads back to an event.
+// Any bytes are read as a recording: each line is an event or has one fault, in the order of the lines,
+// however the bytes arrive. An event's line reads back to an event.
 
 #include <algorithm>
 #include <cstdint>

@@ -9,6 +9,7 @@
 #include "DiffCommand.h"
 #include "DumpCommand.h"
 #include "ExitStatus.h"
+#include "ExportCommand.h"
 #include "LintCommand.h"
 #include "LogCommand.h"
 #include "SimulateCommand.h"
@@ -38,6 +39,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
   AddDeclareCommand(app, exitStatus);
   AddDiffCommand(app, exitStatus);
   AddDumpCommand(app, exitStatus);
+  AddExportCommand(app, exitStatus);
   AddLintCommand(app, exitStatus);
   AddLogCommand(app, exitStatus);
   AddSimulateCommand(app, exitStatus);
@@ -54,6 +56,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
       "  tessel declare settings.json --header\n"
       "  tessel diff base.json lab.json\n"
       "  tessel dump call.tessel --at 12.5 --call 7\n"
+      "  tessel export call.tessel --perfetto call.json\n"
       "  tessel lint lab.json\n"
       "  tessel log call.tessel --group Video\n"
       "  tessel simulate --settings base.json --report report.html\n"

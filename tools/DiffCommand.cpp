@@ -29,7 +29,8 @@ struct DiffOptions {
   bool json = false;
 };
 
-// A document, or the settings of a recorded call at a moment. What a recording lacks makes `exitStatus` greater.
+// A document, or the settings of a recorded call at a moment. What a recording lacks makes `exitStatus`
+// greater.
 SettingsDocument LoadSide(const std::string& side, const DiffOptions& options, int& exitStatus) {
   const std::optional<RecordedMoment> moment = ParseMoment(side);
   if (!moment) return SettingsDocument::Load(side);

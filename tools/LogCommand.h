@@ -3,6 +3,6 @@
 
 #include <CLI/CLI.hpp>
 
-/// Adds `tessel log`, which shows what recordings say, a line an event. Running it sets `exitStatus`, or throws
-/// CommandError.
+/// Adds `tessel log`, which shows what recordings say, a line an event. Running it sets `exitStatus`, or
+/// throws CommandError.
 void AddLogCommand(CLI::App& app, int& exitStatus);

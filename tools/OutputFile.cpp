@@ -24,7 +24,15 @@ OutputFile::OutputFile(std::string file) : m_file(std::move(file)) {
 }
 
 void OutputFile::Write(std::string_view text) const {
-  std::FILE* const stream = std::fopen(m_file.c_str(), "wbe");
+  write(text, "wbe");
+}
+
+void OutputFile::Append(std::string_view text) const {
+  write(text, "abe");
+}
+
+void OutputFile::write(std::string_view text, const char* mode) const {
+  std::FILE* const stream = std::fopen(m_file.c_str(), mode);
   if (stream == nullptr) throw Unwritable(m_file);
   const bool isWritten = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
   if (std::fclose(stream) != 0 || !isWritten) throw Unwritable(m_file);

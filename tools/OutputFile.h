@@ -13,7 +13,11 @@ class OutputFile {
 
   /// Throws CommandError likewise.
   void Write(std::string_view text) const;
+  /// The same behind what is in it.
+  void Append(std::string_view text) const;
 
  private:
+  void write(std::string_view text, const char* mode) const;
+
   const std::string m_file;
 };

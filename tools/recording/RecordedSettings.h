@@ -57,7 +57,7 @@ std::optional<RecordedMoment> ParseMoment(const std::string& text);
 /// A call's settings at a moment.
 struct SettingsAtMoment {
   std::string document;
-  int exitStatus;  ///< kExitFine, kExitFindings when values are missing, kExitNotUsable when the file is damaged.
+  int exitStatus;  ///< kExitFine; kExitFindings: values are missing; kExitNotUsable: the file is damaged.
 };
 
 /// Reads a call's settings; without a call, those of the only one. Gaps are written to standard error. Throws

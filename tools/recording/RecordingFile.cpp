@@ -47,10 +47,11 @@ RecordingFile::RecordingFile(std::string name)
   if (m_stream == nullptr) throw UnreadableRecording(m_name);
 }
 
-bool RecordingFile::Read(const OnEvent& onEvent, End end) {
+bool RecordingFile::Read(const OnEvent& onEvent, End end, Faults faults) {
   bool isFine = true;
   const auto report = [&](RecordingReader::Fault fault, std::size_t line, const std::string& reason) {
     isFine = isFine && fault == RecordingReader::Fault::kCutOff;
+    if (faults == Faults::kSilent) return;
     std::cout << std::flush;  // The lines of both in their order, where they lead to one terminal.
     std::cerr << FileTitle(m_name) << ':' << line << ": " << Printable(reason) << '\n';
   };

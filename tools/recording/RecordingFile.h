@@ -18,13 +18,16 @@ class RecordingFile {
     kOfRecording,  ///< What is appended is read, until the recording ends or nobody reads standard output.
   };
 
+  /// Whether faults are written to standard error.
+  enum class Faults { kShown, kSilent };
+
   /// Opens it. Throws CommandError when it cannot be opened.
   explicit RecordingFile(std::string name);
 
   /// Reads it from its beginning. What is wrong with a line is written to standard error, FILE:LINE: reason.
   /// Throws CommandError when the system cannot read it.
   /// @return Whether all of it could be read. An end that is cut off is no fault.
-  bool Read(const OnEvent& onEvent, End end = End::kOfFile);
+  bool Read(const OnEvent& onEvent, End end = End::kOfFile, Faults faults = Faults::kShown);
 
  private:
   struct Close {

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Program.h"
+#include "Recordings.h"
+
+namespace {
+
+// A line with statistics of call 1.
+std::string Statistics(const std::string& entity, const std::string& members) {
+  return R"({"type":"statistics","t":0.5,"call":1,"entity":")" + entity + "\"," + members + "}\n";
+}
+
+}  // namespace
+
+TEST(ExportCommand, WritesATableOfStatisticsPerCallAndKind) {
+  Program program;
+  const Finished run =
+      program.File("a.tessel", Recording("call")).Run({"export", "a.tessel", "--csv", "in/tables"});
+  EXPECT_EQ(program.Contents("in/tables/call-7-video.csv"),
+            "t,\"common.bitrate\",\"common.codec\",\"layer0.targetFps\"\n"
+            "0,500000,\"AV1\",30\n"
+            "2,350000,\"AV1\",30\n"
+            "2.75,400000,\"AV1\",15\n");
+  EXPECT_EQ(run.out + run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(ExportCommand, LeavesEmptyWhatAnObjectHasNotRecordedYet) {
+  Program program;
+  program.File("a.tessel", kRecordingBegin + Statistics("audio", R"("members":{"b":1e-7})") +
+                               Statistics("content audio", R"("members":{"x":"\"1\","})") +
+                               Statistics("audio", R"("members":{"a\"":-2})") +
+                               Statistics("audio", R"("event":"ended")") +
+                               Statistics("audio", R"("event":"made")") +
+                               Statistics("video", R"("event":"made")") +
+                               Statistics("audio", R"("members":{"b":9007199254740991})"));
+  EXPECT_EQ(program.Run({"export", "a.tessel", "--csv", "."}).status, 0);
+  EXPECT_EQ(program.Contents("call-1-audio.csv"),
+            "t,\"a\"\"\",\"b\"\n"
+            "0.5,,0.0000001\n"
+            "0.5,-2,0.0000001\n"
+            "0.5,,9007199254740991\n");
+  EXPECT_EQ(program.Contents("call-1-content-audio.csv"), "t,\"x\"\n0.5,\"\"\"1\"\",\"\n");
+  EXPECT_FALSE(std::filesystem::exists(program.Path("call-1-video.csv")));
+}
+
+TEST(ExportCommand, WritesWholeTablesOfALongRecording) {
+  std::string text = kRecordingBegin, table = "t,\"a\"\n";
+  for (int value = 0; value < 20000; ++value) {
+    text += Statistics("audio", R"("members":{"a":)" + std::to_string(value) + "}");
+    table += "0.5," + std::to_string(value) + "\n";
+  }
+  Program program;
+  program.File("a.tessel", text)
+      .File("call-1-audio.csv", "an earlier one")
+      .Run({"export", "a.tessel", "--csv", "."});
+  EXPECT_EQ(program.Contents("call-1-audio.csv"), table);
+}
+
+TEST(ExportCommand, WritesDeliveriesAndSetsOnTheirThreadsForPerfetto) {
+  Program program;
+  const Finished run =
+      program.File("a.tessel", Recording("call")).Run({"export", "a.tessel", "--perfetto", "a.json"});
+  EXPECT_EQ(program.Contents("a.json"), R"({"traceEvents":[
+{"name":"thread_name","ph":"M","pid":1,"tid":1,"args":{"name":"thread 1201"}}
+,{"name":"Video/MaxFps","cat":"set","ph":"i","ts":1204117,"s":"t","pid":1,"tid":1,"args":{"call":7,"old":"30","new":"15","result":"told","told":1,"origin":"bandwidth controller"}}
+,{"name":"thread_name","ph":"M","pid":1,"tid":2,"args":{"name":"thread 1202"}}
+,{"name":"Video/MaxFps","cat":"deliver","ph":"X","ts":1204131,"dur":4.5,"pid":1,"tid":2,"args":{"call":7,"old":"30","new":"15","id":3,"way":"posted","wait_us":14}}
+,{"name":"Feature/Sharp\\u001b[1m","cat":"set","ph":"i","ts":1500000,"s":"t","pid":1,"tid":1,"args":{"call":7,"new":"\"yes\"","result":"nobody","told":0}}
+,{"name":"Audio/Codec","cat":"set","ph":"i","ts":1500000,"s":"t","pid":1,"tid":1,"args":{"call":7,"old":"opus","new":"opus","result":"unchanged","told":0}}
+,{"name":"Video/Key","cat":"set","ph":"i","ts":1600000,"s":"t","pid":1,"tid":1,"args":{"call":7,"result":"refused"}}
+,{"name":"Common/Layout","cat":"set","ph":"i","ts":1750000,"s":"t","pid":1,"tid":2,"args":{"call":8,"new":"0123456789","result":"nobody","told":0,"origin":"layout of a window that has a lon"}}
+,{"name":"Common/Ping","cat":"set","ph":"i","ts":1800000,"s":"t","pid":1,"tid":2,"args":{"call":8,"new":"1","result":"nobody","told":0}}
+,{"name":"Common/Layout","cat":"deliver","ph":"X","ts":2250000,"dur":100,"pid":1,"tid":2,"args":{"call":8,"new":"x","id":6,"way":"handed over","wait_us":0,"threw":"no window"}}
+,{"name":"Video/Codec","cat":"set","ph":"i","ts":2350000,"s":"t","pid":1,"tid":1,"args":{"call":7,"new":"AV1","result":"nobody","told":0}}
+]}
+)");
+  EXPECT_EQ(run.out + run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(ExportCommand, WritesWhatADamagedRecordingHasAndReportsItsLinesOnce) {
+  Program program;
+  const Finished run =
+      program.File("a.tessel", Recording("damaged")).Run({"export", "a.tessel", "--perfetto", "a.json"});
+  EXPECT_NE(program.Contents("a.json").find("\"ts\":1204117,"), std::string::npos);
+  EXPECT_EQ(run.err,
+            "a.tessel:3: group: unknown\n"
+            "a.tessel:4: expected a value\n"
+            "a.tessel:5: count: expected a whole number, 0 or more\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(ExportCommand, LeavesTheFilesAloneWhenThereIsNoRecording) {
+  Program program;
+  program.File("a.tessel", Recording("foreign")).File("a.json", "before");
+  EXPECT_EQ(program.Run({"export", "a.tessel", "--perfetto", "a.json", "--csv", "tables"}).status, 2);
+  EXPECT_EQ(program.Contents("a.json"), "before");
+  EXPECT_FALSE(std::filesystem::exists(program.Path("tables")));
+}
+
+TEST(ExportCommand, RefusesWhatItCannotReadOrWrite) {
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      {{"a.tessel"}, "tessel: --csv or --perfetto is required\n"},
+      {{"-", "--csv", "."}, "tessel: FILE: it is read twice, which standard input cannot be\n"},
+      {{"none.tessel", "--csv", "."}, "none.tessel: cannot be read: No such file or directory\n"},
+      {{"a.tessel", "--csv", "a.tessel/x"}, "a.tessel/x: cannot be made: Not a directory\n"},
+      {{"a.tessel", "--perfetto", "none/a.json"},
+       "none/a.json: cannot be written: No such file or directory\n"},
+      {{"a.tessel", "--perfetto", "/dev/full"}, "/dev/full: cannot be written: No space left on device\n"},
+  };
+  for (auto [arguments, message] : rows) {
+    arguments.insert(arguments.begin(), "export");
+    const Finished run = Program().File("a.tessel", Recording("call")).Run(arguments);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, message);
+    EXPECT_EQ(run.status, 2);
+  }
+}
