@@ -49,6 +49,14 @@ TEST(ExportCommand, LeavesEmptyWhatAnObjectHasNotRecordedYet) {
   EXPECT_FALSE(std::filesystem::exists(program.Path("call-1-video.csv")));
 }
 
+TEST(ExportCommand, TakesMembersOfStatisticsAlone) {
+  Program program;
+  program.File("a.tessel",
+               std::string(kRecordingBegin) + R"({"type":"lost","t":1,"count":1,"members":{"a":1}})");
+  EXPECT_EQ(program.Run({"export", "a.tessel", "--csv", "tables"}).status, 0);
+  EXPECT_TRUE(std::filesystem::is_empty(program.Path("tables")));
+}
+
 TEST(ExportCommand, WritesWholeTablesOfALongRecording) {
   std::string text = kRecordingBegin, table = "t,\"a\"\n";
   for (int value = 0; value < 20000; ++value) {

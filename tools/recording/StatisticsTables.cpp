@@ -25,7 +25,7 @@ std::string TableName(std::uint64_t call, std::string entity) {
 }  // namespace
 
 void StatisticsTables::Learn(const RecordingEvent& event) {
-  if (event.members.empty()) return;
+  if (event.type != "statistics" || event.members.empty()) return;
   Table& table = m_tables[{*event.call, *event.entity}];
   for (const auto& [name, value] : event.members) table.values[name];
 }
