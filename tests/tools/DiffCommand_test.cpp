@@ -191,5 +191,6 @@ TEST(DiffCommand, TakesAFileForAFileWhateverItsName) {
   const Finished run = Program().File("a@1", kA).File("b.json", kA).Run({"diff", "a@1", "b.json"});
   EXPECT_EQ(run.out + run.err, "");
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(Program().Run({"diff", "--", "-@1", "-@2"}).err, "tessel: standard input can be read once only\n");
+  EXPECT_EQ(Program().Run({"diff", "--", "-@1", "-@2"}).err,
+            "tessel: standard input can be read once only\n");
 }

@@ -66,7 +66,8 @@ validator = Draft202012Validator(schema)
 
 lines = [json.loads(line) for line in RECORDING.read_text(encoding="utf-8").splitlines()]
 check({line["type"] for line in lines} >= {"recording", "call", "set", "remove", "apply", "subscribe", "unsubscribe",
-                                           "bind", "deliver", "statistics", "lost"}, "a type is missing in the recording")
+                                           "bind", "deliver", "statistics", "lost"},
+      "a type is missing in the recording")
 for line in lines + GOOD:
     for error in validator.iter_errors(line):
         failures.append(f"{line}: {error.message}")
