@@ -67,9 +67,14 @@ consteval bool HasDistinctNames() {
 }
 
 template <NamedEnum E>
-constexpr const ConfigEnumName<E>* FindEntry(auto isIt) noexcept {
+constexpr const auto& NamesOf() noexcept {
   static_assert(HasDistinctNames<E>(), "kNames has each value and each name once, and no empty name");
-  for (const ConfigEnumName<E>& entry : ConfigEnum<E>::kNames) {
+  return ConfigEnum<E>::kNames;
+}
+
+template <NamedEnum E>
+constexpr const ConfigEnumName<E>* FindEntry(auto isIt) noexcept {
+  for (const ConfigEnumName<E>& entry : NamesOf<E>()) {
     if (isIt(entry)) return &entry;
   }
   return nullptr;
@@ -81,12 +86,10 @@ constexpr const ConfigEnumName<E>* EntryOf(E value) noexcept {
   return FindEntry<E>([value](const ConfigEnumName<E>& entry) { return entry.value == value; });
 }
 
-// Without a pointer: with UndefinedBehaviorSanitizer GCC 12 compares none of a constant's elements with null where
-// the result is a constant.
+// Compares no pointer with null: with UndefinedBehaviorSanitizer, that is no constant expression for GCC 12.
 template <NamedEnum E>
 constexpr bool HasName(E value) noexcept {
-  static_assert(HasDistinctNames<E>(), "kNames has each value and each name once, and no empty name");
-  for (const ConfigEnumName<E>& entry : ConfigEnum<E>::kNames) {
+  for (const ConfigEnumName<E>& entry : NamesOf<E>()) {
     if (entry.value == value) return true;
   }
   return false;

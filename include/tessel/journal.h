@@ -55,21 +55,21 @@ inline constexpr std::size_t kJournalLargestCapacity = std::size_t{1} << 20;
 
 /// What happened.
 enum class JournalKind : std::uint8_t {
-  kSet,                 ///< a set, also one that was refused; written before its deliveries begin
-  kTransientSet,        ///< the same, of a value that is announced and not stored
-  kRemoved,             ///< a removal; `count`: the values removed, 0 or 1
-  kGroupRemoved,        ///< the removal of a group; `count`: the values removed
-  kApplied,             ///< an import, written at its end; `count`: the sets that it made
-  kSubscribed,          ///< a subscription; written before its initial delivery
-  kBound,               ///< a binding
-  kEnded,               ///< a subscription or binding was removed, which then waits, or ended with its store
-  kDelivered,           ///< a change was delivered to a subscription; written when the callback has returned
-  kAsked,               ///< a binding was asked for a value; written when it has answered
-  kStoreMade,           ///< CreateKalConfig() made a store; `count`: its references
-  kStoreShared,         ///< CreateKalConfig() shared a store; `count`: its references
-  kStoreCleanedUp,      ///< CleanUpKalConfig(); `count`: the references left
-  kStoreEnded,          ///< the last reference was released, or DestroyKalConfig() called
-  kStatisticsMade,      ///< a statistics object was made
+  kSet,             ///< a set, also one that was refused; written before its deliveries begin
+  kTransientSet,    ///< the same, of a value that is announced and not stored
+  kRemoved,         ///< a removal; `count`: the values removed, 0 or 1
+  kGroupRemoved,    ///< the removal of a group; `count`: the values removed
+  kApplied,         ///< an import, written at its end, also when a callback threw; `count`: the sets it made
+  kSubscribed,      ///< a subscription; written before its initial delivery
+  kBound,           ///< a binding
+  kEnded,           ///< a subscription or binding was removed, which then waits, or ended with its store
+  kDelivered,       ///< a change was delivered to a subscription; written when the callback has returned
+  kAsked,           ///< a binding was asked for a value; written when it has answered
+  kStoreMade,       ///< CreateKalConfig() made a store; `count`: its references
+  kStoreShared,     ///< CreateKalConfig() shared a store; `count`: its references
+  kStoreCleanedUp,  ///< CleanUpKalConfig(); `count`: the references left
+  kStoreEnded,      ///< the last reference was released, or DestroyKalConfig() called
+  kStatisticsMade,  ///< a statistics object was made
   kStatisticsReleased,  ///< releaseTesselEntity(); `count`: the references left
   kStatisticsEnded,     ///< a statistics object ended
 };
@@ -77,7 +77,7 @@ enum class JournalKind : std::uint8_t {
 /// How a change reached a callback.
 enum class JournalWay : std::uint8_t {
   kNone,        ///< the event is no delivery
-  kDirect,      ///< called on the setter's thread, be it to hand it to a ConfigExecutor
+  kDirect,      ///< called on the setter's thread; with a ConfigExecutor, passed to it there
   kPosted,      ///< queued on the run thread
   kHandedOver,  ///< run on the run thread while the setter waited
   kDropped,     ///< not at all: the run thread has no queue, or stops
@@ -108,11 +108,11 @@ struct JournalEvent {
   std::uint64_t cause = 0;                ///< of a delivery, the number of the set; 0: initial delivery
   JournalWay way = JournalWay::kNone;     ///< of a delivery
   std::int64_t waitedNs = 0;              ///< from the set to the callback
-  std::int64_t ranNs = 0;                 ///< how long the callback ran
-  std::optional<JournalString> thrown;    ///< what() of what the callback threw
+  std::int64_t ranNs = 0;                 ///< how long the callback or import ran
+  std::optional<JournalString> thrown;    ///< what() of what a callback threw; of its import, too
   const void* caller = nullptr;           ///< the code that called, see FindCodePlace()
   JournalString label;                    ///< of the thread's innermost JournalOrigin
-  JournalString document;                 ///< the name of the document, see JournalDocument
+  JournalString document;                 ///< see JournalDocument; empty when a callback threw
   std::uint32_t line = 0;                 ///< of the entry in the document, from 1
   std::uint32_t column = 0;               ///< in bytes, from 1
 };
@@ -124,8 +124,8 @@ struct JournalEvent {
 /// capacity. A failed allocation leaves as std::bad_alloc, with nothing changed.
 TESSEL_API std::int32_t StartJournal(std::size_t capacity);
 
-/// Turns the journal off; the events can still be read. An operation that another thread has begun may write one
-/// more.
+/// Turns the journal off; the events can still be read. What has begun by then, and deliveries that wait in a
+/// queue, may still write theirs.
 /// @return kResultOk; kResultUnchanged when it is off.
 TESSEL_API std::int32_t StopJournal();
 

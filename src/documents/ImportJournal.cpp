@@ -31,10 +31,4 @@ void ImportJournal::BeginSet(KalConfigGroup group, std::size_t index) {
   m_place.MoveTo(placesOf(group)[index]);
 }
 
-void ImportJournal::End(std::int32_t result) const {
-  JournalEntry entry = m_entry;
-  entry.result = result;
-  WriteJournal(entry);
-}
-
 }  // namespace kalStore::internal

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "documents/SettingsReader.h"
-#include "journal/JournalSource.h"
+#include "journal/JournalRun.h"
 
 namespace kalStore::internal {
 
@@ -18,8 +18,13 @@ class ImportJournal {
 
   /// Before the set of an entry.
   void BeginSet(KalConfigGroup group, std::size_t index);
-  /// The event of the import.
-  void End(std::int32_t result) const;
+  /// Calls `import`, which returns the import's result, and writes the event of the whole.
+  template <class Import>
+  std::int32_t Run(Import import) {
+    std::int64_t endNs = 0;
+    RunInJournal(m_entry, endNs, [&] { m_entry.result = import(); });
+    return m_entry.result;
+  }
 
  private:
   std::vector<JournalPlace>& placesOf(KalConfigGroup group) {

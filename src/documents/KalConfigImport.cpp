@@ -24,23 +24,22 @@ std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
   TESSEL_TRACE(2, "kalStore::KalConfig::ApplyKalConfigs",
                Cid{m_callId} << "szJsonConfig=" << szJsonConfig << This{this});
 
-  if (!isRead) {
-    if (journal) journal->End(kResultNotFound);
-    return kResultNotFound;
-  }
-  for (const KalConfigGroup group : GroupsByName()) {
-    // Goes with the group, so that the lists and what the store makes of them never take their memory
-    // together.
-    const EntryList entries = std::move(reader.Group(group).entries);
-    for (std::size_t index = 0; index < entries.size(); ++index) {
-      const auto [name, value] = entries[index];
-      if (journal) [[unlikely]]
-        journal->BeginSet(group, index);
-      SetKalConfig(group, name, ConfigData(std::string(value)), false, false);
+  const auto import = [&]() -> std::int32_t {
+    if (!isRead) return kResultNotFound;
+    for (const KalConfigGroup group : GroupsByName()) {
+      // Goes with the group, so that the lists and what the store makes of them never take their memory
+      // together.
+      const EntryList entries = std::move(reader.Group(group).entries);
+      for (std::size_t index = 0; index < entries.size(); ++index) {
+        const auto [name, value] = entries[index];
+        if (journal) [[unlikely]]
+          journal->BeginSet(group, index);
+        SetKalConfig(group, name, ConfigData(std::string(value)), false, false);
+      }
     }
-  }
-  if (journal) journal->End(kResultOk);
-  return kResultOk;
+    return kResultOk;
+  };
+  return journal ? journal->Run(import) : import();
 }
 
 }  // namespace kalStore

@@ -15,8 +15,8 @@ namespace kalStore::internal {
 
 namespace {
 
-// The strings of a record, in their order. What an import does throws nothing that is recorded with it: the name of its
-// document and what a callback threw share a place.
+// The strings of a record, in their order. The name of a document and what a callback threw share a place: an import
+// whose callback threw is named in the events of its sets.
 enum Part : std::uint8_t { kName, kOldValue, kNewValue, kLabel, kDetail, kParts };
 constexpr std::size_t kLongest[kParts] = {kJournalLongestValue, kJournalLongestValue, kJournalLongestValue,
                                           kJournalLongestLabel, kJournalLongestDetail};

@@ -7,18 +7,18 @@
 
 namespace kalStore::internal {
 
-/// Runs a component's callback and writes the entry of it: how long it ran, and what it threw, which leaves here.
-/// `entry.timeNs` is when it begins. REQUIRES: a ComponentScope around. Returns when it ended. `callback` may complete the entry.
-template <class Callback>
-std::int64_t RunInJournal(JournalEntry& entry, Callback callback) {
+/// Calls a function and writes the entry of it: how long it ran, and what it threw, which leaves here.
+/// `entry.timeNs` is when it begins, `endNs` receives when it ended, in any case. `function` may complete the
+/// entry. REQUIRES: a ComponentScope around, if it is a component's.
+template <class Function>
+void RunInJournal(JournalEntry& entry, std::int64_t& endNs, Function function) {
   const auto write = [&] {
-    const std::int64_t endNs = JournalNowNs();
+    endNs = JournalNowNs();
     entry.ranNs = endNs - entry.timeNs;
     WriteJournal(entry);
-    return endNs;
   };
   try {
-    callback();
+    function();
   } catch (const std::exception& error) {
     entry.thrown = error.what();
     write();
@@ -28,7 +28,7 @@ std::int64_t RunInJournal(JournalEntry& entry, Callback callback) {
     write();
     throw;
   }
-  return write();
+  write();
 }
 
 }  // namespace kalStore::internal

@@ -100,9 +100,11 @@ bool internal::NotifyInJournal(ConfigEventHandler& handler, const KalConfigEvent
     const JournalWay way = Deliver(
         handler,
         [&] {
+          // A trace sink may have taken its time since.
+          if (IsTraced(1)) change.nowNs = JournalNowNs();
           JournalEntry entry = change.Delivery(handler.m_SubscribeId, event);
           entry.way = JournalWay::kDirect;
-          change.nowNs = RunInJournal(entry, [&] { handler.m_fnNotify(event); });
+          RunInJournal(entry, change.nowNs, [&] { handler.m_fnNotify(event); });
         },
         [&](JournalWay asked) {
           return new SwitchEventInJournal(change, handler.m_SubscribeId, asked, event, handler.m_fnNotify);

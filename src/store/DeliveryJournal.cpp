@@ -26,7 +26,7 @@ int SwitchEventInJournal::OnEventFire() {
   JournalEntry entry = m_change.Delivery(m_id, m_event);
   entry.way = m_way;
   const ComponentScope component;
-  RunInJournal(entry, [this] { CSwitchThreadEvent::OnEventFire(); });
+  RunInJournal(entry, m_change.nowNs, [this] { CSwitchThreadEvent::OnEventFire(); });
   return 0;
 }
 

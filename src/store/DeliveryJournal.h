@@ -15,8 +15,8 @@ struct ChangeInJournal {
   std::uint32_t callId;
   JournalSource source;
   std::int64_t timeNs;  ///< of the set
-  std::int64_t
-      nowNs;  ///< when the last delivery ended, and so the next one begins: one look at the clock for both
+  /// When the last delivery ended, and so the next one begins: one look at the clock for both.
+  std::int64_t nowNs;
   std::uint64_t cause = 0;  ///< the number of the set's event
 
   /// The entry of a delivery that begins now; nobody is called yet.

@@ -160,7 +160,8 @@ std::int32_t KalConfig::invokeInJournal(const void* caller, const char* name, Co
                      .group = group,
                      .name = {asked, size}};
   const ComponentScope component;
-  RunInJournal(entry, [&] {
+  std::int64_t endNs = 0;
+  RunInJournal(entry, endNs, [&] {
     entry.result = invokeEvent(observersOf(group), name, value, std::move(defaultValue), group);
     if (entry.result == kResultOk) entry.newValue = &value;
   });

@@ -24,6 +24,17 @@ class JournalDeliveries : public JournalStoreTest {
   std::int32_t Set(int value) { return m_store.SetKalConfig(kVideo, "MaxFps", value, false, false); }
 };
 
+TEST_F(JournalDeliveries, BeginWhenTheLastOneEndedAlsoByAnException) {
+  Subscribe([](const KalConfigEvent&) { throw std::runtime_error("no"); });
+  Subscribe([](const KalConfigEvent&) {});
+  Events();
+  EXPECT_THROW(Set(15), std::runtime_error);
+  const auto events = Events({JournalKind::kDelivered});
+  ASSERT_THAT(events, SizeIs(2));
+  EXPECT_GT(events[0].ranNs, 0);
+  EXPECT_EQ(events[1].timeNs, events[0].timeNs + events[0].ranNs);
+}
+
 // What SubscribeInTheFirstLine() uses, once.
 std::function<void()> g_inTheFirstLine;
 void SubscribeInTheFirstLine(void*, int, const char*, const char*, unsigned int) {

@@ -125,6 +125,20 @@ TEST_F(JournalEvents, HasAnImportWithTheSetsThatItMade) {
   EXPECT_EQ(events[3].caller != nullptr, true);
 }
 
+TEST_F(JournalEvents, HasAnImportThatACallbackEnded) {
+  m_store.SubscribeConfig(
+      kVideo, "MaxFps", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, nullptr, false);
+  Events();
+  const char* const text = R"({"Video":[{"key":"MaxFps","value":"15"},{"key":"MaxWidth","value":"640"}]})";
+  EXPECT_THROW(m_store.ApplyKalConfigs(text), std::runtime_error);
+  const auto events = Events();
+  ASSERT_THAT(KindsOf(events),
+              ElementsAre(JournalKind::kSet, JournalKind::kDelivered, JournalKind::kApplied));
+  EXPECT_EQ(events[2].count, 1u);
+  ASSERT_TRUE(events[2].thrown);
+  EXPECT_EQ(events[2].thrown->text, "no");
+}
+
 TEST_F(JournalEvents, HasAnImportThatIsRefused) {
   EXPECT_EQ(m_store.ApplyKalConfigs("[]"), kResultNotFound);
   const auto events = Events();

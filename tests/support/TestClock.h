@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <thread>
 #include <utility>
@@ -56,5 +55,5 @@ class TestClock {
 
 /// Lets other threads run; for OnPause().
 inline void LetOthersRun() {
-  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  std::this_thread::yield();
 }
