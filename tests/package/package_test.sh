@@ -17,12 +17,13 @@ quietly() {
 
 install_build() { quietly "$work/install.log" cmake --install "$build" --prefix "$prefix"; }
 
-# configure_build NAME SOURCE [OPTION...]: without optimisation, which would take its time and show nothing.
+# configure_build NAME SOURCE [OPTION...]: without optimisation, which would take its time and show nothing, and several
+# sources at a time, as a project may compile them.
 configure_build() {
   local name=$1 from=$2
   shift 2
   quietly "$work/$name.log" cmake -G Ninja -S "$from" -B "$work/$name" -DCMAKE_BUILD_TYPE=Debug \
-    -DCMAKE_CXX_FLAGS_DEBUG= -DCMAKE_PREFIX_PATH="$prefix" "$@"
+    -DCMAKE_CXX_FLAGS_DEBUG= -DCMAKE_UNITY_BUILD=ON -DCMAKE_PREFIX_PATH="$prefix" "$@"
   quietly "$work/$name.log" cmake --build "$work/$name"
 }
 
