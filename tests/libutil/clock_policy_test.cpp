@@ -2,11 +2,12 @@
 #include "util/clock_policy.h"
 
 #include <gtest/gtest.h>
+#include <time.h>
 
-#include <chrono>
-#include <cstdlib>
+#include <cstdint>
 #include <limits>
 #include <thread>
+#include <type_traits>
 
 namespace {
 
@@ -14,6 +15,18 @@ template <class Policy>
 class Clock : public testing::Test {};
 using AllClocks = testing::Types<timer_policy, tick_policy, low_tick_policy>;
 TYPED_TEST_SUITE(Clock, AllClocks);
+
+// The system's clock that a policy reads, in the policy's steps.
+template <class Policy>
+long SystemTime() {
+  timespec time{};
+  clock_gettime(std::is_same_v<Policy, low_tick_policy> ? CLOCK_MONOTONIC_COARSE : CLOCK_MONOTONIC, &time);
+  const std::int64_t microseconds = std::int64_t{1'000'000} * time.tv_sec + time.tv_nsec / 1000;
+  const std::int64_t step = std::is_same_v<Policy, tick_policy> ? 1000 : 1;
+  // A long of 32 bits starts again at 0 after its largest value.
+  const auto now = static_cast<long>(microseconds & std::numeric_limits<long>::max());
+  return now - now % step;
+}
 
 // Between two readings, the second of which may have started again at 0.
 long Passed(long from, long to) {
@@ -23,22 +36,12 @@ long Passed(long from, long to) {
 
 }  // namespace
 
-TYPED_TEST(Clock, NeverGoesBack) {
-  long last = TypeParam::now();
-  for (int i = 0; i < 10000; ++i) {
+TYPED_TEST(Clock, CountsMicrosecondsOfTheSystemsMonotonicClock) {
+  for (int i = 0; i < 1000; ++i) {
+    const long before = SystemTime<TypeParam>();
     const long now = TypeParam::now();
-    ASSERT_LT(Passed(last, now), TypeParam::max_time_value() / 2);
-    last = now;
+    ASSERT_LE(Passed(before, now), Passed(before, SystemTime<TypeParam>()));
   }
-}
-
-TYPED_TEST(Clock, CountsMicroseconds) {
-  const long begin = timer_policy::now();
-  const long before = TypeParam::now();
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  const long passed = Passed(before, TypeParam::now());
-  EXPECT_GE(passed, 35'000);  // The coarse clock is some milliseconds late.
-  EXPECT_LE(passed, Passed(begin, timer_policy::now()) + 15'000);
 }
 
 TYPED_TEST(Clock, StaysBelowItsLargestValueAndFarBelowWhereALongHas64Bits) {
@@ -48,16 +51,6 @@ TYPED_TEST(Clock, StaysBelowItsLargestValueAndFarBelowWhereALongHas64Bits) {
 
 TEST(TickClock, StepsWholeMilliseconds) {
   for (int i = 0; i < 100; ++i) EXPECT_EQ(tick_policy::now() % 1000, 0);
-}
-
-TEST(Clocks, AgreeWithinTheirSteps) {
-  const long before = timer_policy::now();
-  const long coarse = low_tick_policy::now();
-  const long tick = tick_policy::now();
-  const long after = timer_policy::now();
-  const long slack = 1'000'000;
-  EXPECT_LE(Passed(before - slack, coarse), Passed(before - slack, after));
-  EXPECT_LE(Passed(before - 1000, tick), Passed(before - 1000, after));
 }
 
 TEST(MockTime, IsOffAtFirstAndAgainWithAllBitsSet) {
@@ -71,10 +64,11 @@ TEST(MockTime, IsOffAtFirstAndAgainWithAllBitsSet) {
 }
 
 TEST(MockTime, LeavesTheClocksThemselvesRunning) {
-  const long before = timer_policy::now();
+  const long before = SystemTime<timer_policy>();
   set_mock_time(1);
-  EXPECT_LT(Passed(before, timer_policy::now()), timer_policy::max_time_value() / 2);
+  const long now = timer_policy::now();
   set_mock_time(~0ul);
+  EXPECT_LE(Passed(before, now), Passed(before, SystemTime<timer_policy>()));
 }
 
 TEST(MockTime, IsTheSameForAllThreads) {
