@@ -30,20 +30,20 @@ void FacadeModel::Clean() {
 
 std::int32_t FacadeModel::SetSessionType(std::int32_t sessionType) {
   const std::uint32_t group = GroupOf(sessionType);
-  if (group == kDefaultGroup) return kNotFound;
+  if (group == kDefaultGroup) return kResultNotFound;
   if (m_defaultGroup == kDefaultGroup) m_defaultGroup = group;
-  return m_defaultGroup == group ? 0 : kNotFound;
+  return m_defaultGroup == group ? kResultOk : kResultNotFound;
 }
 
 std::int32_t FacadeModel::SetDefaultGroup(std::uint32_t group) {
-  if (m_defaultGroup != kDefaultGroup || group >= kGroups) return kNotFound;
+  if (m_defaultGroup != kDefaultGroup || group >= kGroups) return kResultNotFound;
   m_defaultGroup = group;
-  return 0;
+  return kResultOk;
 }
 
 std::int32_t FacadeModel::Refusal(const Text& name, std::uint32_t& group) const {
-  if (!name || m_store == nullptr) return kBadArgument;
-  return Resolve(group) ? 0 : kNotFound;
+  if (!name || m_store == nullptr) return kResultBadArgument;
+  return Resolve(group) ? kResultOk : kResultNotFound;
 }
 
 bool FacadeModel::Resolve(std::uint32_t& group) const {
@@ -78,16 +78,16 @@ std::uint64_t FacadeModel::makeRecord(const Key& key, Record record) {
 std::int32_t FacadeModel::Unsubscribe(std::uint64_t id) {
   const auto found = std::find_if(m_records.begin(), m_records.end(),
                                   [id](const auto& entry) { return id != 0 && entry.second.id == id; });
-  if (found == m_records.end()) return kNotFound;
+  if (found == m_records.end()) return kResultNotFound;
   m_records.erase(found);
   return m_store->Unsubscribe(id);
 }
 
 std::int32_t FacadeModel::Unsubscribe(const Text& name, std::uint32_t group) {
-  if (!Resolve(group)) return kNotFound;
-  if (!name || name->empty() || group >= kGroups) return kBadArgument;
+  if (!Resolve(group)) return kResultNotFound;
+  if (!name || name->empty() || group >= kGroups) return kResultBadArgument;
   const auto found = m_records.find({group, *name});
-  return found == m_records.end() ? kNotFound : Unsubscribe(found->second.id);
+  return found == m_records.end() ? kResultNotFound : Unsubscribe(found->second.id);
 }
 
 }  // namespace fuzz

@@ -12,7 +12,8 @@
 
 namespace fuzz {
 
-constexpr std::uint32_t kNoCall = 0xFFFFFFFF;
+using kalStore::kNoCallId;
+
 constexpr std::uint32_t kDefaultGroup = 0xFFFFFFFF;
 
 /// What one facade must return. Its owner hands it the call's store, and counts references.
@@ -21,7 +22,7 @@ class FacadeModel {
   std::uint32_t CallId() const { return m_callId; }
   StoreModel* Store() const { return m_store; }
   /// Whether SetCallId(callId) binds; the owner then calls Bind.
-  bool CanBind(std::uint32_t callId) const { return m_callId == kNoCall && callId != kNoCall; }
+  bool CanBind(std::uint32_t callId) const { return m_callId == kNoCallId && callId != kNoCallId; }
   /// Registers what was recorded; throws what the first callback threw.
   void BindTo(std::uint32_t callId, StoreModel& store);
   /// Removes everything from the store.
@@ -54,7 +55,7 @@ class FacadeModel {
 
   std::uint64_t makeRecord(const Key& key, Record record);
 
-  std::uint32_t m_callId = kNoCall;
+  std::uint32_t m_callId = kNoCallId;
   std::uint32_t m_defaultGroup = kDefaultGroup;
   StoreModel* m_store = nullptr;
   std::map<Key, Record> m_records;

@@ -49,7 +49,7 @@ std::uint32_t GroupOf(std::int32_t sessionType) {
 
 std::int32_t StoreModel::Set(std::uint32_t group, const Text& name, const Text& value, bool force,
                              bool transient) {
-  if (isBad(group, name) || !value) return kBadArgument;
+  if (isBad(group, name) || !value) return kResultBadArgument;
   auto& values = m_values[group];
   Notification notification{0, *name, {}, value, {}, group, SessionTypeOf(group)};
   if (const auto found = values.find(*name); found != values.end()) notification.oldValue = found->second;
@@ -58,7 +58,7 @@ std::int32_t StoreModel::Set(std::uint32_t group, const Text& name, const Text& 
   } else {
     values[*name] = *value;
   }
-  if (!force && notification.oldValue == notification.newValue) return kUnchanged;
+  if (!force && notification.oldValue == notification.newValue) return kResultUnchanged;
 
   bool isNotified = false;
   std::exception_ptr first;
@@ -73,38 +73,38 @@ std::int32_t StoreModel::Set(std::uint32_t group, const Text& name, const Text& 
     }
   }
   if (first) std::rethrow_exception(first);
-  return isNotified ? 0 : kNobody;
+  return isNotified ? kResultOk : kResultNobody;
 }
 
 std::int32_t StoreModel::Get(std::uint32_t group, const Text& name, Text& value) const {
-  if (isBad(group, name)) return kBadArgument;
+  if (isBad(group, name)) return kResultBadArgument;
   const auto found = m_values[group].find(*name);
   value = found == m_values[group].end() ? Text() : Text(found->second);
-  return value ? 0 : kNotFound;
+  return value ? kResultOk : kResultNotFound;
 }
 
 std::int32_t StoreModel::GetDynamic(std::uint32_t group, const Text& name, Text& value,
                                     const Text& defaultValue) {
-  if (isBad(group, name)) return kBadArgument;
+  if (isBad(group, name)) return kResultBadArgument;
   for (const Handler& handler : m_handlers[{group, *name}]) {
     if (!handler.isBinding) continue;
     run(handler.callback, {0, *name, {}, {}, defaultValue, group, SessionTypeOf(group)});
     value = defaultValue ? Text(*defaultValue + "!") : Text();
-    return 0;
+    return kResultOk;
   }
-  return kNobody;
+  return kResultNobody;
 }
 
 std::int32_t StoreModel::Remove(std::uint32_t group, const Text& name) {
-  if (isBad(group, name)) return kBadArgument;
+  if (isBad(group, name)) return kResultBadArgument;
   m_values[group].erase(*name);
-  return 0;
+  return kResultOk;
 }
 
 std::int32_t StoreModel::RemoveGroup(std::uint32_t group) {
-  if (group >= kGroups) return kBadArgument;
+  if (group >= kGroups) return kResultBadArgument;
   m_values[group].clear();
-  return 0;
+  return kResultOk;
 }
 
 std::uint64_t StoreModel::Subscribe(std::uint32_t group, const Text& name,
@@ -136,16 +136,16 @@ std::uint64_t StoreModel::Bind(std::uint32_t group, const Text& name,
 
 std::int32_t StoreModel::Unsubscribe(std::uint64_t id) {
   for (auto& [key, handlers] : m_handlers) {
-    if (handlers.remove_if([id](const Handler& handler) { return handler.id == id; }) != 0) return 0;
+    if (handlers.remove_if([id](const Handler& handler) { return handler.id == id; }) != 0) return kResultOk;
   }
-  return kNotFound;
+  return kResultNotFound;
 }
 
 std::int32_t StoreModel::Apply(const Text& document) {
   const auto entries = document ? EntriesOf(*document) : std::nullopt;
-  if (!entries) return kNotFound;
+  if (!entries) return kResultNotFound;
   for (const auto& [group, name, value] : *entries) Set(group, name, value, false, false);
-  return 0;
+  return kResultOk;
 }
 
 bool StoreModel::HasHandedOver() const {
@@ -159,6 +159,7 @@ bool StoreModel::HasHandedOver() const {
 
 void StoreModel::deliver(const Callback& callback, const Notification& notification) {
   switch (callback.way) {
+    case Way::kNone:
     case Way::kDropped:
       return;
     case Way::kPosted:

@@ -10,20 +10,22 @@
 #include <vector>
 
 #include "SettingsModel.h"
+#include "tessel/ResultCode.h"
+#include "tessel/journal.h"
 
 namespace fuzz {
 
-constexpr std::int32_t kNotFound = 0x46004001;
-constexpr std::int32_t kBadArgument = 0x46004003;
-constexpr std::int32_t kNoSuchOrExists = 0x46000001;
-constexpr std::int32_t kUnchanged = 0x46004009;
-constexpr std::int32_t kNobody = 0x4600400a;
+using kalStore::kResultBadArgument;
+using kalStore::kResultNobody;
+using kalStore::kResultNotFound;
+using kalStore::kResultOk;
+using kalStore::kResultUnchanged;
 
 /// A string, or none: a value that is not valid, a name that is null.
 using Text = std::optional<std::string>;
 
 /// Where a callback runs.
-enum class Way { kDirect, kHandedOver, kPosted, kDropped };
+using Way = kalStore::JournalWay;
 /// What a callback does besides logging; a posted one only logs.
 enum class Act { kLog, kSet, kThrow };
 

@@ -40,7 +40,7 @@ using kalStore::KalConfigGroup;
 using kalStore::KalConfigHelper;
 
 constexpr int kMostOperations = 80;
-constexpr std::uint32_t kCallIds[] = {1, 2, 7, fuzz::kNoCall};
+constexpr std::uint32_t kCallIds[] = {1, 2, 7, kalStore::kNoCallId};
 
 /// The threads of subscribers: one that runs, one that was never started and so has no queue.
 struct Threads {
@@ -269,10 +269,10 @@ class World {
   }
   void CompareWhole(std::uint32_t callId) {
     IKalConfig* pointer = nullptr;
-    FUZZ_EQUAL(kalStore::CreateKalConfig(callId, &pointer), 0);
+    FUZZ_EQUAL(kalStore::CreateKalConfig(callId, &pointer), kalStore::kResultOk);
     FUZZ_EQUAL(std::string(pointer->DumpKalConfigs(kalStore::kAllConfigGroups)),
                m_stores.at(callId).model->Dump(kalStore::kAllConfigGroups));
-    FUZZ_EQUAL(kalStore::ReleaseKalConfig(pointer), 0);
+    FUZZ_EQUAL(kalStore::ReleaseKalConfig(pointer), kalStore::kResultOk);
   }
 
   // References.
@@ -327,10 +327,11 @@ class World {
       case 4:
         Compare([&] { return kalStore::CleanUpKalConfig(callId); },
                 [&] {
-                  if (found == m_stores.end() || found->second.isCleanedUp) return fuzz::kNoSuchOrExists;
+                  if (found == m_stores.end() || found->second.isCleanedUp)
+                    return kalStore::kResultNoSuchOrExists;
                   found->second.isCleanedUp = true;
                   DropReference(callId);
-                  return 0;
+                  return kalStore::kResultOk;
                 });
         return;
       case 5:
@@ -338,11 +339,11 @@ class World {
       case 6: {
         kalStore::KalConfig other(callId);
         IKalConfig* slot = &other;
-        FUZZ_EQUAL(kalStore::CreateKalConfig(callId, &slot), fuzz::kBadArgument);
+        FUZZ_EQUAL(kalStore::CreateKalConfig(callId, &slot), kalStore::kResultBadArgument);
         FUZZ_CHECK(slot == &other);
-        FUZZ_EQUAL(kalStore::CreateKalConfig(callId, nullptr), fuzz::kBadArgument);
-        FUZZ_EQUAL(kalStore::ReleaseKalConfig(&other), fuzz::kNoSuchOrExists);
-        FUZZ_EQUAL(kalStore::ReleaseKalConfig(nullptr), fuzz::kBadArgument);
+        FUZZ_EQUAL(kalStore::CreateKalConfig(callId, nullptr), kalStore::kResultBadArgument);
+        FUZZ_EQUAL(kalStore::ReleaseKalConfig(&other), kalStore::kResultNoSuchOrExists);
+        FUZZ_EQUAL(kalStore::ReleaseKalConfig(nullptr), kalStore::kResultBadArgument);
         return;
       }
       case 7:
@@ -357,7 +358,7 @@ class World {
 
   void Create(std::uint32_t callId) {
     IKalConfig* pointer = nullptr;
-    FUZZ_EQUAL(kalStore::CreateKalConfig(callId, &pointer), 0);
+    FUZZ_EQUAL(kalStore::CreateKalConfig(callId, &pointer), kalStore::kResultOk);
     FUZZ_CHECK(pointer != nullptr);
     Store& store = AddReference(callId);
     FUZZ_CHECK(store.pointer == nullptr || store.pointer == pointer);
@@ -372,7 +373,7 @@ class World {
     Store& store = found->second;
     if (store.held == 0 && (store.isCleanedUp || store.counts != 1)) return;
     if (store.held != 0) --store.held;
-    FUZZ_EQUAL(kalStore::ReleaseKalConfig(store.pointer), 0);
+    FUZZ_EQUAL(kalStore::ReleaseKalConfig(store.pointer), kalStore::kResultOk);
     DropReference(callId);
   }
 
@@ -390,11 +391,12 @@ class World {
           return kalStore::GetKalConfigValueEx(GroupFrom(group), NameOf(name), value, callId);
         },
         [&](Text& value) {
-          if (callId == fuzz::kNoCall) return fuzz::kBadArgument;
+          if (callId == kalStore::kNoCallId) return kalStore::kResultBadArgument;
           const Store& store = AddReference(callId);
-          std::int32_t result = fuzz::kBadArgument;
+          std::int32_t result = kalStore::kResultBadArgument;
           if (name)
-            result = group == fuzz::kDefaultGroup ? fuzz::kNotFound : store.model->Get(group, name, value);
+            result = group == fuzz::kDefaultGroup ? kalStore::kResultNotFound
+                                                  : store.model->Get(group, name, value);
           DropReference(callId);
           return result;
         });
@@ -517,7 +519,9 @@ class World {
                 facade.model.BindTo(callId, *AddReference(callId).model);
                 return 0;
               }
-              return facade.model.CallId() == callId && callId != fuzz::kNoCall ? 0 : fuzz::kNotFound;
+              return facade.model.CallId() == callId && callId != kalStore::kNoCallId
+                         ? kalStore::kResultOk
+                         : kalStore::kResultNotFound;
             });
     FUZZ_EQUAL(facade.real->GetCallId(), facade.model.CallId());
   }
@@ -528,7 +532,7 @@ class World {
       const std::uint32_t callId = m_input.Pick(kCallIds);
       slot = std::make_unique<Facade>();
       slot->real = std::make_unique<KalConfigHelper>(callId);
-      if (callId != fuzz::kNoCall) slot->model.BindTo(callId, *AddReference(callId).model);
+      if (callId != kalStore::kNoCallId) slot->model.BindTo(callId, *AddReference(callId).model);
       return;
     }
     Facade& facade = *slot;
@@ -620,7 +624,7 @@ class World {
         const Text document = Document();
         return Compare([&] { return real.ApplyKalConfigs(NameOf(document)); },
                        [&] {
-                         if (!document || model.Store() == nullptr) return fuzz::kBadArgument;
+                         if (!document || model.Store() == nullptr) return kalStore::kResultBadArgument;
                          return model.Store()->Apply(document);
                        });
       }
@@ -663,13 +667,15 @@ class World {
         Compare([&] { return facade.real->SetFeatureToggle(id, ValueOf(value)); },
                 [&] {
                   return isUsable ? facade.model.Store()->Set(group, key, value, false, false)
-                                  : fuzz::kBadArgument;
+                                  : kalStore::kResultBadArgument;
                 });
         break;
       }
       case 1:
         Compare([&] { return facade.real->RemoveFeatureToggle(id); },
-                [&] { return isUsable ? facade.model.Store()->Remove(group, key) : fuzz::kBadArgument; });
+                [&] {
+                  return isUsable ? facade.model.Store()->Remove(group, key) : kalStore::kResultBadArgument;
+                });
         break;
       case 2: {
         const std::optional<Callback> callback = NewCallback(false);

@@ -4,8 +4,10 @@
 #include <array>
 #include <cstddef>
 
-/// How a change reaches a subscriber, see kalStore::IKalConfig::SubscribeConfig().
-enum class Way { kDirect, kPosted, kHandedOver };
+#include "tessel/journal.h"
+
+/// How a change reaches a subscriber, see kalStore::IKalConfig::SubscribeConfig(); here, one of kWays.
+using Way = kalStore::JournalWay;
 
 inline constexpr std::array kWays = {Way::kDirect, Way::kPosted, Way::kHandedOver};
 
@@ -14,7 +16,7 @@ template <class T>
 using PerWay = std::array<T, kWays.size()>;
 
 constexpr std::size_t IndexOf(Way way) {
-  return static_cast<std::size_t>(way);
+  return static_cast<std::size_t>(way) - static_cast<std::size_t>(kWays.front());
 }
 
 /// In words: "direct", "posted", "handed over".

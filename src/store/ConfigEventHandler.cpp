@@ -66,7 +66,7 @@ JournalWay Deliver(ConfigEventHandler& handler, Call call, Make make) {
   if (thread == nullptr) {
     call();
   } else if (ICmEventQueue* const queue = thread->GetEventQueue(); queue == nullptr) {
-    TESSEL_TRACE(0, "kalStore::ConfigEventHandler::Notify",
+    TESSEL_TRACE(0, kNotify,
                  ", m_pRunThread=" << static_cast<void*>(thread) << ", EventQueue == NULL" << This{&handler});
     return JournalWay::kDropped;
   } else if (handler.m_bAsync) {

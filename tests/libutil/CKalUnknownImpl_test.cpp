@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tessel/ResultCode.h"
+
 namespace {
 
 class Unknown : public kal::CKalUnknownImpl {
@@ -22,7 +24,7 @@ TEST(Unknown, KnowsNoInterface) {
   bool deleted = false;
   Unknown object(deleted);
   void* found = &object;
-  EXPECT_EQ(object.QueryInterface(kSome, &found), 0x46004005);
+  EXPECT_EQ(object.QueryInterface(kSome, &found), kalStore::kResultNoInterface);
   EXPECT_EQ(found, nullptr);
   EXPECT_EQ(object.ReferenceCount(), 0u);
 }
@@ -30,7 +32,7 @@ TEST(Unknown, KnowsNoInterface) {
 TEST(Unknown, RefusesANullOutput) {
   bool deleted = false;
   Unknown object(deleted);
-  EXPECT_EQ(object.QueryInterface(kSome, nullptr), 0x46004006);
+  EXPECT_EQ(object.QueryInterface(kSome, nullptr), kalStore::kResultNullOutput);
 }
 
 TEST(Unknown, IsDeletedWithItsLastReference) {

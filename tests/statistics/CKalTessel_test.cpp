@@ -17,12 +17,15 @@
 #include "support/TraceLog.h"
 #include "tessel/KalContentAudioStatisticInfo.h"
 #include "tessel/KalContentVideoStatisticInfo.h"
+#include "tessel/ResultCode.h"
 
 namespace {
 
 using kalStore::CKalTessel;
 using kalStore::KalTesselEntityType;
 using kalStore::kalTesselInstant;
+using kalStore::kResultNotFound;
+using kalStore::kResultOk;
 
 constexpr auto kAudio = kalStore::KAL_TESSEL_AUDIO;
 constexpr auto kVideo = kalStore::KAL_TESSEL_VIDEO;
@@ -46,7 +49,7 @@ std::string Suffix(const CKalTessel& registry) {
 template <class Class, class Interface>
 void ExpectMakes(KalTesselEntityType type) {
   void* entity = nullptr;
-  ASSERT_EQ(createTesselEntity(type, 7, &entity), 0);
+  ASSERT_EQ(createTesselEntity(type, 7, &entity), kResultOk);
   auto* media = static_cast<Interface*>(entity);
   EXPECT_EQ(typeid(*media), typeid(Class));
   EXPECT_EQ(media->GetCallId(), 7U);
@@ -91,7 +94,7 @@ TEST(CKalTessel, KnowsNoOtherTypes) {
     const auto unknown = static_cast<KalTesselEntityType>(type);
     int dummy = 0;
     void* entity = &dummy;
-    EXPECT_EQ(createTesselEntity(unknown, 7, &entity), 0x46004001) << type;
+    EXPECT_EQ(createTesselEntity(unknown, 7, &entity), kResultNotFound) << type;
     EXPECT_EQ(entity, nullptr);
     EXPECT_EQ(kalTesselInstant.createOrGetTesselEntity(unknown, 7), nullptr);
     EXPECT_FALSE(kalTesselInstant.isTesselEntityExisted(unknown, 7));
@@ -100,7 +103,7 @@ TEST(CKalTessel, KnowsNoOtherTypes) {
 }
 
 TEST(CKalTessel, RefusesNullPointers) {
-  EXPECT_EQ(createTesselEntity(kVideo, 7, nullptr), 0x46004001);
+  EXPECT_EQ(createTesselEntity(kVideo, 7, nullptr), kResultNotFound);
   EXPECT_FALSE(kalTesselInstant.isTesselEntityExisted(kVideo, 7));
 
   void* entity = kalTesselInstant.createOrGetTesselEntity(kAudio, 7);
@@ -113,12 +116,12 @@ TEST(CKalTessel, RefusesNullPointers) {
 
 TEST(CKalTessel, ForgetsAKeyWithItsLastReference) {
   void* entity = nullptr;
-  ASSERT_EQ(createTesselEntity(kAudio, 7, &entity), 0);
+  ASSERT_EQ(createTesselEntity(kAudio, 7, &entity), kResultOk);
   static_cast<kalStore::IKalAudioInfo*>(entity)->updateTxBitRate(9);
   EXPECT_EQ(releaseTesselEntity(kAudio, 7, entity), 0);
   EXPECT_EQ(releaseTesselEntity(kAudio, 7, entity), -1);
 
-  ASSERT_EQ(createTesselEntity(kAudio, 7, &entity), 0);
+  ASSERT_EQ(createTesselEntity(kAudio, 7, &entity), kResultOk);
   kalStore::st_KalAudioBlock block;
   static_cast<kalStore::IKalAudioInfo*>(entity)->GetTxMediaInfo(&block, false);
   EXPECT_EQ(block.bitrate, 0U) << "a later request makes a fresh object";
@@ -127,8 +130,8 @@ TEST(CKalTessel, ForgetsAKeyWithItsLastReference) {
 
 TEST(CKalTessel, ReleasesTheObjectOfTheKeyWhateverPointerComesWithIt) {
   void* entity = nullptr;
-  ASSERT_EQ(createTesselEntity(kVideo, 8, &entity), 0);
-  ASSERT_EQ(createTesselEntity(kVideo, 8, &entity), 0);
+  ASSERT_EQ(createTesselEntity(kVideo, 8, &entity), kResultOk);
+  ASSERT_EQ(createTesselEntity(kVideo, 8, &entity), kResultOk);
   int other = 0;
   EXPECT_EQ(releaseTesselEntity(kVideo, 8, &other), 1);
   EXPECT_EQ(releaseTesselEntity(kVideo, 8, &other), 0);
@@ -137,7 +140,7 @@ TEST(CKalTessel, ReleasesTheObjectOfTheKeyWhateverPointerComesWithIt) {
 
 TEST(CKalTessel, SharesTheCountWithDirectHolders) {
   void* entity = nullptr;
-  ASSERT_EQ(createTesselEntity(kContentVideo, 8, &entity), 0);
+  ASSERT_EQ(createTesselEntity(kContentVideo, 8, &entity), kResultOk);
   auto* info = static_cast<KalVideoStatisticInfo*>(static_cast<kalStore::IKalVideoInfo*>(entity));
   EXPECT_EQ(info->AddRef(), 2U);
   EXPECT_EQ(releaseTesselEntity(kContentVideo, 8, entity), 1);
@@ -176,7 +179,7 @@ TEST(CKalTessel, ForgetsAnObjectThatEndsThroughItsReferenceCountedPart) {
   CKalTessel registry;
   void* const entity = registry.createOrGetTesselEntity(kVideo, 7);
   void* part = nullptr;
-  EXPECT_EQ(ReferencesOf(kVideo, entity).QueryInterface(kalStore::kStatisticsInterfaceId, &part), 0);
+  EXPECT_EQ(ReferencesOf(kVideo, entity).QueryInterface(kalStore::kStatisticsInterfaceId, &part), kResultOk);
   EXPECT_EQ(registry.releaseTesselEntity(kVideo, 7, entity), 1);
   EXPECT_EQ(static_cast<kal::CKalUnknownImpl*>(part)->ReleaseReference(), 0U);
   EXPECT_FALSE(registry.isTesselEntityExisted(kVideo, 7));
@@ -313,7 +316,7 @@ TEST(CKalTessel, TracesTheCallingThreadsJobFirst) {
 
 TEST(CKalTessel, TracesNothingOfNullPointers) {
   TraceLog log;
-  EXPECT_EQ(createTesselEntity(kVideo, 7, nullptr), 0x46004001);
+  EXPECT_EQ(createTesselEntity(kVideo, 7, nullptr), kResultNotFound);
   EXPECT_EQ(releaseTesselEntity(kVideo, 7, nullptr), -1);
   EXPECT_EQ(kalTesselInstant.releaseTesselEntity(kVideo, 7, nullptr), -1);
   EXPECT_FALSE(kalTesselInstant.isTesselEntityExisted(kVideo, 7));

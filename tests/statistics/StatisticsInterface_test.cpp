@@ -8,6 +8,7 @@
 
 #include "tessel/KalContentAudioStatisticInfo.h"
 #include "tessel/KalContentVideoStatisticInfo.h"
+#include "tessel/ResultCode.h"
 
 namespace {
 
@@ -66,14 +67,14 @@ TYPED_TEST(StatisticsInterface, GivesItsReferenceCountedPartForTheOneIdentifier)
   const kal::_tagUUID iid{0x00000000, 0x2013, 0x0114, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
   EXPECT_EQ(kalStore::kStatisticsInterfaceId, iid);
   void* part = nullptr;
-  EXPECT_EQ(info.QueryInterface(iid, &part), 0);
+  EXPECT_EQ(info.QueryInterface(iid, &part), kalStore::kResultOk);
   EXPECT_EQ(part, static_cast<kal::CKalUnknownImpl*>(&info));
   EXPECT_EQ(info.GetReference(), 1U);
 
   void* again = nullptr;
-  EXPECT_EQ(static_cast<kal::CKalUnknownImpl*>(part)->QueryInterface(iid, &again), 0);
+  EXPECT_EQ(static_cast<kal::CKalUnknownImpl*>(part)->QueryInterface(iid, &again), kalStore::kResultOk);
   EXPECT_EQ(again, part);
-  EXPECT_EQ(static_cast<kal::IKalUnknown&>(info).QueryInterface(iid, &again), 0);
+  EXPECT_EQ(static_cast<kal::IKalUnknown&>(info).QueryInterface(iid, &again), kalStore::kResultOk);
   EXPECT_EQ(again, part);
   EXPECT_EQ(info.GetReference(), 3U);
 }
@@ -87,7 +88,7 @@ TYPED_TEST(StatisticsInterface, RefusesEveryOtherIdentifierByAnyByte) {
     kal::_tagUUID iid;
     std::memcpy(&iid, bytes, sizeof bytes);
     void* part = &info;
-    EXPECT_EQ(info.QueryInterface(iid, &part), 0x46004005) << i;
+    EXPECT_EQ(info.QueryInterface(iid, &part), kalStore::kResultNoInterface) << i;
     EXPECT_EQ(part, nullptr) << i;
   }
   EXPECT_EQ(info.GetReference(), 0U);
@@ -95,8 +96,8 @@ TYPED_TEST(StatisticsInterface, RefusesEveryOtherIdentifierByAnyByte) {
 
 TYPED_TEST(StatisticsInterface, RefusesANullOutput) {
   TypeParam info(1);
-  EXPECT_EQ(info.QueryInterface(kalStore::kStatisticsInterfaceId, nullptr), 0x46004006);
-  EXPECT_EQ(info.QueryInterface(kal::_tagUUID{}, nullptr), 0x46004006);
+  EXPECT_EQ(info.QueryInterface(kalStore::kStatisticsInterfaceId, nullptr), kalStore::kResultNullOutput);
+  EXPECT_EQ(info.QueryInterface(kal::_tagUUID{}, nullptr), kalStore::kResultNullOutput);
   EXPECT_EQ(info.GetReference(), 0U);
 }
 

@@ -3,8 +3,10 @@
 
 #include <string>
 
-/// The three ways in which a subscriber is notified.
-enum class Way { kDirect, kPosted, kHandedOver };
+#include "tessel/journal.h"
+
+/// How a subscriber is notified; here, one of kWays.
+using Way = kalStore::JournalWay;
 
 inline constexpr Way kWays[] = {Way::kDirect, Way::kPosted, Way::kHandedOver};
 
