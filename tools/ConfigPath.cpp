@@ -5,7 +5,7 @@
 #include <cstddef>
 
 #include "CommandError.h"
-#include "Nearest.h"
+#include "DidYouMean.h"
 #include "Printable.h"
 
 using kalStore::KalConfigGroup;

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <system_error>
 
-#include "Nearest.h"
+#include "DidYouMean.h"
 
 namespace {
 

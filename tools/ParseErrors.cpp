@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "Nearest.h"
+#include "DidYouMean.h"
 
 namespace {
 

@@ -53,8 +53,10 @@ std::uint64_t NearestName::distance(std::string_view known, std::uint64_t limit)
     for (std::size_t j = 1; j <= known.size(); ++j) {
       m_row[j] = std::min({m_last[j] + kLetterCost, m_row[j - 1] + kLetterCost,
                            m_last[j - 1] + ReplacementCost(m_text[i - 1], known[j - 1])});
-      if (i > 1 && j > 1 && m_text[i - 1] == known[j - 2] && m_text[i - 2] == known[j - 1]) {
-        m_row[j] = std::min(m_row[j], m_beforeLast[j - 2] + kLetterCost);
+      if (i > 1 && j > 1) {
+        const std::uint64_t swapped =
+            ReplacementCost(m_text[i - 1], known[j - 2]) + ReplacementCost(m_text[i - 2], known[j - 1]);
+        if (swapped < kLetterCost) m_row[j] = std::min(m_row[j], m_beforeLast[j - 2] + kLetterCost + swapped);
       }
     }
     const std::uint64_t least = *std::min_element(m_row.begin(), m_row.end());

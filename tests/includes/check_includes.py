@@ -42,12 +42,14 @@ FOLDERS = [
                          "(trace|json|journal|store|documents)/.*"]),
     (r"src/facade/", [EXPORTED, "(trace|json|journal|store|documents|facade)/.*"]),
     (r"src/statistics/", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS, "(trace|journal|statistics)/.*"]),
+    # Suggestions of names, the one private part that the program shares.
+    (r"tools/DidYouMean\.cpp$", [EXPORTED, r"\w+\.h", r"documents/NearestName\.h"]),
     (r"tools/", [EXPORTED, r"((declare|recording|simulate)/)?\w+\.h"]),
     (r"examples/", [EXPORTED]),
 ]
 
 # Where the private headers of a folder are named from. Exported ones are named from the include folders.
-ROOTS = {"libutil": ["libutil/src"], "src": ["src"], "tools": ["tools", "tools/reference"]}
+ROOTS = {"libutil": ["libutil/src"], "src": ["src"], "tools": ["tools", "tools/reference", "src"]}
 EXPORTED_ROOTS = {"util": "libutil/include", "tessel": "include"}
 
 CHECKED = ("libutil/include", "libutil/src", "include", "src", "tools", "examples")

@@ -17,7 +17,8 @@ class CheckIncludes(unittest.TestCase):
         for header in ("libutil/include/util/ConfigData.h", "libutil/src/EventList.h", "include/tessel/json.h",
                        "include/tessel/trace.h", "include/tessel/KalConfig.h", "include/tessel/KalConfigHelper.h",
                        "include/tessel/settings_check.h", "include/tessel/CKalTessel.h", "src/trace/TraceLine.h",
-                       "src/json/Reader.h", "src/journal/Ring.h", "include/tessel/journal.h", "src/store/Values.h", "src/documents/Import.h", "src/facade/Helper.h",
+                       "src/json/Reader.h", "src/journal/Ring.h", "include/tessel/journal.h", "src/store/Values.h", "src/documents/Import.h",
+                       "src/documents/NearestName.h", "src/facade/Helper.h",
                        "src/statistics/Codec.h", "tools/Colour.h", "tools/simulate/Link.h"):
             self.write(header)
 
@@ -52,6 +53,7 @@ class CheckIncludes(unittest.TestCase):
         self.assert_allowed("src/facade/a.cpp", "documents/Import.h", "store/Values.h", "tessel/KalConfigHelper.h")
         self.assert_allowed("src/statistics/a.cpp", "trace/TraceLine.h", "tessel/CKalTessel.h")
         self.assert_allowed("tools/a.cpp", "Colour.h", "simulate/Link.h", "tessel/json.h")
+        self.assert_allowed("tools/DidYouMean.cpp", "Colour.h", "documents/NearestName.h")
         self.assert_allowed("examples/a/main.cpp", "<tessel/json.h>", "<util/ConfigData.h>")
 
     def test_no_layer_includes_what_is_above_it(self):
@@ -85,6 +87,8 @@ class CheckIncludes(unittest.TestCase):
     def test_only_exported_headers_leave_the_libraries(self):
         self.assert_refused("include/tessel/a.h", "store/Values.h")
         self.assert_refused("tools/a.cpp", "store/Values.h")
+        self.assert_refused("tools/a.cpp", "documents/NearestName.h")
+        self.assert_refused("tools/DidYouMean.cpp", "documents/Import.h")
         self.assert_refused("tools/a.cpp", "EventList.h")
         self.assert_refused("examples/a/main.cpp", "trace/TraceLine.h")
         self.assert_refused("examples/a/main.cpp", "Colour.h")
