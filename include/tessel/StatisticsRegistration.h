@@ -24,14 +24,22 @@ class Registration {
   Registration(const Registration&) = delete;
   Registration& operator=(const Registration&) = delete;
 
-  // Both are called with the registry's lock held.
+  // All three are called with the registry's lock held.
   void Enter(CKalTessel& registry, KalTesselEntityType type, std::uint32_t callId);
   void Leave() { m_registry.store(nullptr); }
+  // Leaves an entry that a new object takes while this one is ending.
+  void LeaveToAnother();
 
  private:
+  static constexpr auto kNeverEntered = static_cast<KalTesselEntityType>(-1);
+
+  void writeEnd() const;
+
   std::atomic<CKalTessel*> m_registry{nullptr};  // Null when the object has no entry.
-  KalTesselEntityType m_type{};                  // With m_callId the entry's key; constant once entered.
+  KalTesselEntityType m_type = kNeverEntered;    // With m_callId the entry's key; constant once entered.
   std::uint32_t m_callId = 0;
+  std::uint64_t m_endNumber =
+      0;  // Of the journal's event of the end; 0: none yet. Set before m_registry is null.
 };
 
 }  // namespace internal

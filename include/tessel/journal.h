@@ -8,7 +8,8 @@
 /// While it is on, each operation writes one event of a fixed size into a ring of the last ones. Strings that are
 /// longer than stated here are cut, and marked so. Writers take no lock, allocate nothing and never wait, neither for
 /// each other nor for readers. Events have running numbers, which count on for the life of the process: a reader
-/// learns from them how many it missed.
+/// learns from them how many it missed. The numbers have the order in which things happened: the events of a value
+/// follow its changes, whatever threads make them.
 ///
 /// Results, trace lines and orders are the same while the journal is on and off.
 ///
@@ -55,7 +56,7 @@ inline constexpr std::size_t kJournalLargestCapacity = std::size_t{1} << 20;
 
 /// What happened.
 enum class JournalKind : std::uint8_t {
-  kSet,             ///< a set, also one that was refused; written before its deliveries begin
+  kSet,             ///< a set, also one that was refused; before its deliveries; `thrown`: it notified nobody
   kTransientSet,    ///< the same, of a value that is announced and not stored
   kRemoved,         ///< a removal; `count`: the values removed, 0 or 1
   kGroupRemoved,    ///< the removal of a group; `count`: the values removed
@@ -109,7 +110,7 @@ struct JournalEvent {
   JournalWay way = JournalWay::kNone;     ///< of a delivery
   std::int64_t waitedNs = 0;              ///< from the set to the callback
   std::int64_t ranNs = 0;                 ///< how long the callback or import ran
-  std::optional<JournalString> thrown;    ///< what() of what a callback threw; of its import, too
+  std::optional<JournalString> thrown;    ///< what() of what a callback threw; of its import, too; see kSet
   const void* caller = nullptr;           ///< the code that called, see FindCodePlace()
   JournalString label;                    ///< of the thread's innermost JournalOrigin
   JournalString document;                 ///< see JournalDocument; empty when a callback threw

@@ -43,11 +43,17 @@ JournalRing& RingOf(std::size_t capacity) TESSEL_LOCKING(requires_capability(g_s
 
 }  // namespace
 
+// Two numbers that are drawn under one lock have the order in which it was held: what happens before a change of a
+// variable comes before it in the variable's order, too.
+std::uint64_t DrawJournalNumber() noexcept {
+  return g_next.fetch_add(1, std::memory_order_acq_rel);
+}
+
 // The number comes first, then the ring: a number from g_ringBegin on was drawn after the start that published the ring
 // had drawn that one in the same order, by operations that acquire and release, so it is written in that ring, or in a
 // later one.
 std::uint64_t WriteJournal(const JournalEntry& entry) noexcept {
-  const std::uint64_t number = g_next.fetch_add(1, std::memory_order_acq_rel);
+  const std::uint64_t number = entry.number != 0 ? entry.number : DrawJournalNumber();
   JournalRing* const ring = g_ring.load(std::memory_order_acquire);
   // The switch is read without order: its change may be seen before that of the ring.
   if (ring == nullptr) return number;

@@ -20,6 +20,10 @@ inline bool JournalIsOn() {
   return g_journalStart.load(std::memory_order_relaxed) != 0;
 }
 
+/// Draws the number of an event that is written later: under the lock that orders what happened. Whatever happens
+/// meanwhile, the number must then be written: readers wait for it.
+std::uint64_t DrawJournalNumber() noexcept;
+
 /// Writes an event; also when the journal has just been stopped. Returns its number. REQUIRES: the journal was on
 /// once.
 std::uint64_t WriteJournal(const JournalEntry& entry) noexcept;

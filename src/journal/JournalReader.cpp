@@ -23,7 +23,9 @@ bool JournalReader::Next(JournalEvent& event) {
 
     JournalRing::Words words;
     const JournalRing::Found found = journal.ring->Read(m_next, words);
-    if (found == JournalRing::Found::kPending && journal.end - m_next <= capacity / 2) return false;
+    // In a ring of one, the newest is all there is.
+    const std::uint64_t waitedFor = std::max<std::uint64_t>(capacity / 2, 1);
+    if (found == JournalRing::Found::kPending && journal.end - m_next <= waitedFor) return false;
     if (found != JournalRing::Found::kWhole) {
       ++m_next;
       ++m_missed;

@@ -23,6 +23,7 @@ struct JournalSource {
 struct JournalEntry {
   JournalKind kind;
   JournalWay way = JournalWay::kNone;
+  std::uint64_t number = 0;  ///< from DrawJournalNumber(); 0: the next one
   std::uint32_t callId = 0;
   JournalSource source{};
   std::int64_t timeNs = 0;  ///< 0: now

@@ -7,16 +7,9 @@
 
 namespace kalStore::internal {
 
-/// Calls a function and writes the entry of it: how long it ran, and what it threw, which leaves here.
-/// `entry.timeNs` is when it begins, `endNs` receives when it ended, in any case. `function` may complete the
-/// entry. REQUIRES: a ComponentScope around, if it is a component's.
-template <class Function>
-void RunInJournal(JournalEntry& entry, std::int64_t& endNs, Function function) {
-  const auto write = [&] {
-    endNs = JournalNowNs();
-    entry.ranNs = endNs - entry.timeNs;
-    WriteJournal(entry);
-  };
+/// Calls `function`, and then `write`: also when it throws. The entry then has what it threw, which leaves here.
+template <class Function, class Write>
+void RunAndWrite(JournalEntry& entry, Function function, Write write) {
   try {
     function();
   } catch (const std::exception& error) {
@@ -29,6 +22,18 @@ void RunInJournal(JournalEntry& entry, std::int64_t& endNs, Function function) {
     throw;
   }
   write();
+}
+
+/// Calls a function and writes the entry of it: how long it ran, and what it threw, which leaves here.
+/// `entry.timeNs` is when it begins, `endNs` receives when it ended, in any case. `function` may complete the
+/// entry. REQUIRES: a ComponentScope around, if it is a component's.
+template <class Function>
+void RunInJournal(JournalEntry& entry, std::int64_t& endNs, Function function) {
+  RunAndWrite(entry, function, [&] {
+    endNs = JournalNowNs();
+    entry.ranNs = endNs - entry.timeNs;
+    WriteJournal(entry);
+  });
 }
 
 }  // namespace kalStore::internal

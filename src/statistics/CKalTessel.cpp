@@ -125,17 +125,23 @@ bool IsEnding(KalTesselEntityType type, void* entity) {
 
 [[gnu::noinline, gnu::cold]] void WriteStatistics(JournalKind kind, KalTesselEntityType type,
                                                   std::uint32_t callId, std::uint32_t count,
-                                                  const void* caller) {
-  WriteJournal(
-      {.kind = kind, .callId = callId, .source = SourceOf(caller), .entityType = type, .count = count});
+                                                  const void* caller, std::uint64_t number = 0) {
+  WriteJournal({.kind = kind,
+                .number = number,
+                .callId = callId,
+                .source = SourceOf(caller),
+                .entityType = type,
+                .count = count});
 }
 
 [[gnu::noinline, gnu::cold]] std::uint32_t ReleaseInJournal(kal::CKalUnknownImpl& references,
                                                             KalTesselEntityType type, std::uint32_t callId,
                                                             const void* caller) {
   const CallerScope scope(caller);
+  // Before the event of the object's end, which may follow at once, here or on another thread.
+  const std::uint64_t number = DrawJournalNumber();
   const std::uint32_t count = references.ReleaseReference();
-  WriteStatistics(JournalKind::kStatisticsReleased, type, callId, count, caller);
+  WriteStatistics(JournalKind::kStatisticsReleased, type, callId, count, caller, number);
   return count;
 }
 
@@ -156,6 +162,17 @@ void Registration::Enter(CKalTessel& registry, KalTesselEntityType type, std::ui
   m_registry.store(&registry);
 }
 
+// The end is numbered before the other object is made. Its event is written by the thread on which it ends.
+void Registration::LeaveToAnother() {
+  if (JournalIsOn()) m_endNumber = DrawJournalNumber();
+  Leave();
+}
+
+void Registration::writeEnd() const {
+  if (m_type == kNeverEntered || (m_endNumber == 0 && !JournalIsOn())) return;
+  WriteStatistics(JournalKind::kStatisticsEnded, m_type, m_callId, 0, nullptr, m_endNumber);
+}
+
 // The object's count is 0, so nobody holds it. The registry may still come across its entry, under its lock:
 // the object is not freed before that is no longer possible.
 Registration::~Registration() {
@@ -169,7 +186,9 @@ Registration::~Registration() {
       if (registry == &kalTesselInstant) g_found = nullptr;
       registry->m_entities.erase({m_type, m_callId});
     }
-    if (JournalIsOn()) WriteStatistics(JournalKind::kStatisticsEnded, m_type, m_callId, 0, nullptr);
+    writeEnd();  // Under the lock, before another object takes the key.
+  } else {
+    writeEnd();
   }
   if (g_ending.fetch_sub(1) == 1) g_ending.notify_all();
 }
@@ -252,7 +271,7 @@ bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t c
   std::unique_ptr<IKalMediaInfo> object = MakeEntity(type, callId);
   if (object == nullptr) return nullptr;
   void*& entity = m_entities[{type, callId}];
-  if (entity != nullptr) EntityParts::Of(type, entity).registration.Leave();  // It is ending.
+  if (entity != nullptr) EntityParts::Of(type, entity).registration.LeaveToAnother();  // It is ending.
   entity = EntityOf(type, object.release());
   const EntityParts parts = EntityParts::Of(type, entity);
   parts.registration.Enter(*this, type, callId);

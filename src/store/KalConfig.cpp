@@ -68,6 +68,7 @@ std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, Con
   }
 
   ConfigData previous;
+  std::uint64_t number = 0;  // Of the event; 0: the journal is off.
   {
     ConfigMap::Locked values(configsOf(group));
     const std::string_view key(name);
@@ -92,9 +93,13 @@ std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, Con
     if (LiveRegistrations* const live = Followers(m_live)) [[unlikely]] {
       live->Write(group, name, bTransient ? nullptr : &value);
     }
+    // The last step under the lock, since nothing fails from here on until there is an entry.
+    if (JournalIsOn()) [[unlikely]]
+      number = DrawJournalNumber();
   }
-  if (JournalIsOn()) [[unlikely]] {
+  if (number != 0) [[unlikely]] {
     JournalEntry set = EntryOfSet(caller, m_callId, group, name, bTransient);
+    set.number = number;
     return fireInJournal(observersOf(group), set, name, std::move(previous), std::move(value), bForceNotify);
   }
   return fireEvents(observersOf(group), name, std::move(previous), std::move(value), group, bForceNotify);
@@ -130,22 +135,24 @@ std::int32_t KalConfig::GetDynamicConfig(KalConfigGroup group, const char* name,
 std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) {
   if (!IsConfigGroup(group) || name == nullptr || *name == '\0') return kResultBadArgument;
   ConfigMap::Map::node_type removed;
+  bool erased = false;
   {
     ConfigMap::Locked values(configsOf(group));
     if (const auto found = values->find(std::string_view(name)); found != values->end()) {
       removed = values->extract(found);
       if (LiveRegistrations* const live = Followers(m_live)) live->Write(group, name, nullptr);
     }
-  }
-  const bool erased = !removed.empty();
-  if (JournalIsOn()) [[unlikely]] {
-    WriteJournal({.kind = JournalKind::kRemoved,
-                  .callId = m_callId,
-                  .source = SourceOf(__builtin_return_address(0)),
-                  .group = group,
-                  .name = name,
-                  .oldValue = erased ? &removed.mapped() : nullptr,
-                  .count = erased});
+    erased = !removed.empty();
+    // Under the lock, as the numbers of sets are drawn: it is short, and calls nobody.
+    if (JournalIsOn()) [[unlikely]] {
+      WriteJournal({.kind = JournalKind::kRemoved,
+                    .callId = m_callId,
+                    .source = SourceOf(__builtin_return_address(0)),
+                    .group = group,
+                    .name = name,
+                    .oldValue = erased ? &removed.mapped() : nullptr,
+                    .count = erased});
+    }
   }
   TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfig",
                ", " << name << ", ret=" << erased << Cid{m_callId} << This{this});
@@ -160,13 +167,13 @@ std::int32_t KalConfig::RemoveKalConfigByGroup(KalConfigGroup group) {
     size = values->size();
     values->clear();
     if (LiveRegistrations* const live = Followers(m_live)) live->WriteNothing(group);
-  }
-  if (JournalIsOn()) [[unlikely]] {
-    WriteJournal({.kind = JournalKind::kGroupRemoved,
-                  .callId = m_callId,
-                  .source = SourceOf(__builtin_return_address(0)),
-                  .group = group,
-                  .count = static_cast<std::uint32_t>(size)});
+    if (JournalIsOn()) [[unlikely]] {
+      WriteJournal({.kind = JournalKind::kGroupRemoved,
+                    .callId = m_callId,
+                    .source = SourceOf(__builtin_return_address(0)),
+                    .group = group,
+                    .count = static_cast<std::uint32_t>(size)});
+    }
   }
   TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfigByGroup",
                ", size=" << size << Cid{m_callId} << This{this});

@@ -17,7 +17,7 @@ namespace {
 
 // How a change is delivered without the journal.
 struct Plain {
-  void Begin(std::int32_t, std::size_t, const ConfigValue&, const ConfigValue&) {}
+  void Begin(std::int32_t, std::size_t) {}
   bool Notify(ConfigEventHandler& handler, const KalConfigEvent& event) { return handler.Notify(event); }
 };
 
@@ -31,14 +31,12 @@ class InJournal {
   }
 
   // Writes the set before its first delivery: what the callbacks do comes after it.
-  void Begin(std::int32_t result, std::size_t subscribers, const ConfigValue& oldValue,
-             const ConfigValue& newValue) {
+  void Begin(std::int32_t result, std::size_t subscribers) {
     m_set.result = result;
     m_set.count = static_cast<std::uint32_t>(subscribers);
-    m_set.oldValue = &oldValue;
-    m_set.newValue = &newValue;
     m_change.cause = WriteJournal(m_set);
   }
+  bool HasBegun() const { return m_change.cause != 0; }
   bool Notify(ConfigEventHandler& handler, const KalConfigEvent& event) {
     return NotifyInJournal(handler, event, m_change);
   }
@@ -56,13 +54,13 @@ template <class Delivery>
                                                 KalConfigObserverMgr<ConfigEventHandler::Ptr>& observers,
                                                 const char* name, ConfigValue&& oldValue,
                                                 ConfigValue&& newValue, KalConfigGroup group,
-                                                bool bForceNotify, Delivery delivery) {
+                                                bool bForceNotify, Delivery& delivery) {
   if (!IsConfigGroup(group) || name == nullptr) {
     TESSEL_TRACE(0, "kalStore::KalConfig::fireEvents", "Error parameters" << cid << self);
     return kResultBadArgument;
   }
   if (!bForceNotify && oldValue == newValue) {
-    delivery.Begin(kResultUnchanged, 0, oldValue, newValue);
+    delivery.Begin(kResultUnchanged, 0);
     return kResultUnchanged;
   }
   TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents",
@@ -76,7 +74,7 @@ template <class Delivery>
     for (std::size_t left = snapshot.AnnounceToSubscriptions(observers, name); left > 0; --left) {
       TESSEL_TRACE(1, "kalStore::KalConfig::fireEvents", ", fireEvents Multiple notification" << cid << self);
     }
-    delivery.Begin(snapshot.IsEmpty() ? kResultNobody : kResultOk, snapshot.Size(), oldValue, newValue);
+    delivery.Begin(snapshot.IsEmpty() ? kResultNobody : kResultOk, snapshot.Size());
     if (snapshot.IsEmpty()) return kResultNobody;
 
     const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
@@ -102,14 +100,27 @@ template <class Delivery>
 
 std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, ConfigValue&& oldValue,
                                    ConfigValue&& newValue, KalConfigGroup group, bool bForceNotify) {
+  Plain delivery;
   return Fire(Cid{m_callId}, This{this}, observers, name, std::move(oldValue), std::move(newValue), group,
-              bForceNotify, Plain());
+              bForceNotify, delivery);
 }
 
 std::int32_t KalConfig::fireInJournal(ObserverMgr& observers, JournalEntry& set, const char* name,
                                       ConfigValue&& oldValue, ConfigValue&& newValue, bool bForceNotify) {
-  return Fire(Cid{m_callId}, This{this}, observers, name, std::move(oldValue), std::move(newValue), set.group,
-              bForceNotify, InJournal(set));
+  set.oldValue = &oldValue;
+  set.newValue = &newValue;
+  InJournal delivery(set);
+  // The set has its number: it is written also when memory runs out before the first delivery.
+  RunAndWrite(
+      set,
+      [&] {
+        set.result = Fire(Cid{m_callId}, This{this}, observers, name, std::move(oldValue),
+                          std::move(newValue), set.group, bForceNotify, delivery);
+      },
+      [&] {
+        if (!delivery.HasBegun()) WriteJournal(set);
+      });
+  return set.result;
 }
 
 std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,

@@ -39,6 +39,8 @@ bool IsRegistered(const ConfigEventHandler& handler) {
   return handler.m_bRegistered.load(std::memory_order_relaxed);
 }
 
+// Under the lock that makes a registration visible or hides it, so that its event comes before those of its deliveries
+// on other threads. Short, and calls nobody.
 [[gnu::noinline, gnu::cold]] void WriteRegistration(JournalKind kind, const void* caller,
                                                     std::uint32_t callId, const ConfigEventHandler& handler) {
   WriteJournal({.kind = kind,
@@ -113,13 +115,13 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
         m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
         added->m_bRegistered.store(true, std::memory_order_relaxed);
         AnnounceDelivery(*added, threadId);
+        if (JournalIsOn()) [[unlikely]]
+          WriteRegistration(JournalKind::kSubscribed, caller, m_callId, *added);
       });
   if (result != kResultOk) return 0;
 
   try {
     registerId(handlerPtr, 557);
-    if (JournalIsOn()) [[unlikely]]
-      WriteRegistration(JournalKind::kSubscribed, caller, m_callId, *handlerPtr);
     ConfigValue current;
     if (KalConfig::GetKalConfig(group, name, current) == kResultOk) {
       const KalConfigEvent event{name, {}, std::move(current), {}, group, SessionTypeOfGroup(group)};
@@ -177,6 +179,8 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
     entry.Forget();
     m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
     handlerPtr->m_bRegistered.store(true, std::memory_order_relaxed);
+    if (JournalIsOn()) [[unlikely]]
+      WriteRegistration(JournalKind::kBound, caller, m_callId, *handlerPtr);
   }
   try {
     registerId(handlerPtr, 612);
@@ -184,8 +188,6 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
     if (IsRegistered(*handlerPtr)) withdraw(handlerPtr, caller);
     throw;
   }
-  if (JournalIsOn()) [[unlikely]]
-    WriteRegistration(JournalKind::kBound, caller, m_callId, *handlerPtr);
   return id;
 }
 
@@ -253,10 +255,10 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
     m_TotalObservers.fetch_sub(1, std::memory_order_relaxed);
     handlerPtr->m_bRegistered.store(false, std::memory_order_relaxed);
     deliveringId = static_cast<unsigned long>(DeliveringThread(*handlerPtr).load(std::memory_order_relaxed));
+    if (JournalIsOn()) [[unlikely]]
+      WriteRegistration(JournalKind::kEnded, caller, cid.callId, *handlerPtr);
   });
   if (result != kResultOk) return result;
-  if (JournalIsOn()) [[unlikely]]
-    WriteRegistration(JournalKind::kEnded, caller, cid.callId, *handlerPtr);
   // Reported once the lock is released: a trace sink may call in, and may wait for a thread that needs the
   // lock.
   if (deliveringId != 0) {

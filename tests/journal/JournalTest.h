@@ -4,8 +4,11 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <functional>
 #include <initializer_list>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tessel/journal.h"
@@ -65,6 +68,33 @@ class JournalStoreTest : public JournalTest {
 
   CallStore m_call{kCall, CallStore::kEndsCall};
   IKalConfig& m_store = *m_call;
+};
+
+/// Calls a function in the first trace line that contains a text: a place in the middle of an operation. One at a time.
+class InTraceLine {
+ public:
+  InTraceLine(std::string_view part, std::function<void()> call) : m_part(part), m_call(std::move(call)) {
+    set_external_trace_mask(2);
+    set_util_trace_sink(&sink, this);
+  }
+  ~InTraceLine() {
+    set_util_trace_sink(nullptr, nullptr);
+    set_external_trace_mask(m_mask);
+    EXPECT_FALSE(m_call) << "no line had \"" << m_part << '"';
+  }
+  InTraceLine(const InTraceLine&) = delete;
+  InTraceLine& operator=(const InTraceLine&) = delete;
+
+ private:
+  static void sink(void* context, int, const char*, const char* text, unsigned int length) {
+    auto& self = *static_cast<InTraceLine*>(context);
+    if (!self.m_call || std::string_view(text, length).find(self.m_part) == std::string_view::npos) return;
+    std::exchange(self.m_call, nullptr)();
+  }
+
+  const int m_mask = get_external_trace_mask();
+  const std::string m_part;
+  std::function<void()> m_call;
 };
 
 }  // namespace kalStore
