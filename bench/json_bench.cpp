@@ -91,7 +91,7 @@ void WriteDecimals<ToChars>(benchmark::State& state) {
 BENCHMARK(WriteDecimals<Tessel>)->Unit(benchmark::kMicrosecond);
 BENCHMARK(WriteDecimals<ToChars>)->Unit(benchmark::kMicrosecond);
 
-std::size_t heapInUse() {
+std::size_t HeapInUse() {
   const struct mallinfo2 info = mallinfo2();
   return info.uordblks + info.hblkhd;
 }
@@ -100,9 +100,9 @@ template <class Library>
 void Memory(benchmark::State& state, const std::string& text) {
   std::size_t taken = 0;
   for (auto _ : state) {
-    const std::size_t before = heapInUse();
+    const std::size_t before = HeapInUse();
     const auto document = Library::Parse(text);
-    taken = heapInUse() - before;
+    taken = HeapInUse() - before;
   }
   state.counters["bytes"] = static_cast<double>(taken) / kEntries;
 }

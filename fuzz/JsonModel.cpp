@@ -159,29 +159,29 @@ class ModelReader {
 };
 
 template <class Integer>
-Integer nearest(double number) {
+Integer Nearest(double number) {
   using Limits = std::numeric_limits<Integer>;
   if (number >= static_cast<double>(Limits::max())) return Limits::max();
   if (number <= static_cast<double>(Limits::min())) return Limits::min();
   return static_cast<Integer>(number);
 }
 
-float nearestFloat(double number) {
+float NearestFloat(double number) {
   constexpr double kMax = std::numeric_limits<float>::max();
   return static_cast<float>(std::isinf(number) ? number : std::clamp(number, -kMax, kMax));
 }
 
-bool sameBits(double left, double right) {
+bool SameBits(double left, double right) {
   return std::bit_cast<std::uint64_t>(left) == std::bit_cast<std::uint64_t>(right);
 }
-bool sameBits(float left, float right) {
+bool SameBits(float left, float right) {
   return std::bit_cast<std::uint32_t>(left) == std::bit_cast<std::uint32_t>(right);
 }
 
-bool sameScalars(const json::Value& left, const json::Value& right) {
+bool SameScalars(const json::Value& left, const json::Value& right) {
   return left.GetType() == right.GetType() && left.ToInt() == right.ToInt() &&
          left.ToUnsignedInt() == right.ToUnsignedInt() && left.ToInt64() == right.ToInt64() &&
-         sameBits(left.ToFloat(), right.ToFloat()) && sameBits(left.ToDouble(), right.ToDouble()) &&
+         SameBits(left.ToFloat(), right.ToFloat()) && SameBits(left.ToDouble(), right.ToDouble()) &&
          left.ToBool() == right.ToBool();
 }
 
@@ -197,10 +197,10 @@ std::optional<JsonModel> ReadJsonModel(std::string_view text) {
 
 bool Matches(const json::Value& value, const JsonModel& model) {
   const double number = model.number;
-  if (value.GetType() != model.type || value.ToBool() != model.flag || !sameBits(value.ToDouble(), number) ||
-      !sameBits(value.ToFloat(), nearestFloat(number)) || value.ToInt() != nearest<int>(number) ||
-      value.ToUnsignedInt() != nearest<unsigned int>(number) ||
-      value.ToInt64() != nearest<std::int64_t>(number)) {
+  if (value.GetType() != model.type || value.ToBool() != model.flag || !SameBits(value.ToDouble(), number) ||
+      !SameBits(value.ToFloat(), NearestFloat(number)) || value.ToInt() != Nearest<int>(number) ||
+      value.ToUnsignedInt() != Nearest<unsigned int>(number) ||
+      value.ToInt64() != Nearest<std::int64_t>(number)) {
     return false;
   }
   switch (model.type) {
@@ -221,7 +221,7 @@ bool Matches(const json::Value& value, const JsonModel& model) {
 }
 
 bool Identical(const json::Value& left, const json::Value& right) {
-  if (!sameScalars(left, right)) return false;
+  if (!SameScalars(left, right)) return false;
   switch (left.GetType()) {
     case json::StringVal:
       return left.ToString() == right.ToString();

@@ -13,7 +13,7 @@ const std::array<std::string, kGroups> kGroupNames = {
 
 namespace {
 
-std::string quoted(const std::string& text) {
+std::string Quoted(const std::string& text) {
   std::string out = "\"";
   for (const char c : text.substr(0, text.find('\0'))) {
     constexpr const char kEscaped[] = "\"\\\b\f\n\r\t";
@@ -30,7 +30,7 @@ std::string quoted(const std::string& text) {
   return out + '"';
 }
 
-std::optional<std::string> textOf(const json::Value& entry, const char* key) {
+std::optional<std::string> TextOf(const json::Value& entry, const char* key) {
   if (entry.GetType() != json::ObjectVal || !entry.HasKey(key)) return std::nullopt;
   if (entry[key].GetType() != json::StringVal) return std::nullopt;
   return entry[key].ToString();
@@ -46,8 +46,8 @@ std::optional<std::vector<SettingsEntry>> EntriesOf(const std::string& document)
     const auto group = std::find(kGroupNames.begin(), kGroupNames.end(), groupName);
     if (group == kGroupNames.end() || list.GetType() != json::ArrayVal) continue;
     for (const json::Value& element : list.ToArray()) {
-      const auto name = textOf(element, "key");
-      const auto text = textOf(element, "value");
+      const auto name = TextOf(element, "key");
+      const auto text = TextOf(element, "value");
       if (!name || !text) continue;
       // A store takes names as C strings, and none that is empty.
       const std::string cut = name->c_str();
@@ -65,14 +65,14 @@ std::string DocumentOf(const SettingsValues& values, std::uint32_t mask) {
     std::string list;
     for (const auto& [name, value] : values[group]) {
       list += list.empty() ? "" : ",";
-      list += "{\"key\":" + quoted(name) + ",\"value\":" + quoted(value) + "}";
+      list += "{\"key\":" + Quoted(name) + ",\"value\":" + Quoted(value) + "}";
     }
     groups[kGroupNames[group]] = "[" + list + "]";
   }
   std::string document;
   for (const auto& [name, list] : groups) {
     document += document.empty() ? "" : ",";
-    document += quoted(name) + ":" + list;
+    document += Quoted(name) + ":" + list;
   }
   return "{" + document + "}";
 }

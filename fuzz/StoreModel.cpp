@@ -27,7 +27,7 @@ class Scoped {
   const T m_previous;
 };
 
-bool isBad(std::uint32_t group, const Text& name) {
+bool IsBad(std::uint32_t group, const Text& name) {
   return group >= kGroups || !name || name->empty();
 }
 
@@ -49,7 +49,7 @@ std::uint32_t GroupOf(std::int32_t sessionType) {
 
 std::int32_t StoreModel::Set(std::uint32_t group, const Text& name, const Text& value, bool force,
                              bool transient) {
-  if (isBad(group, name) || !value) return kResultBadArgument;
+  if (IsBad(group, name) || !value) return kResultBadArgument;
   auto& values = m_values[group];
   Notification notification{0, *name, {}, value, {}, group, SessionTypeOf(group)};
   if (const auto found = values.find(*name); found != values.end()) notification.oldValue = found->second;
@@ -77,7 +77,7 @@ std::int32_t StoreModel::Set(std::uint32_t group, const Text& name, const Text& 
 }
 
 std::int32_t StoreModel::Get(std::uint32_t group, const Text& name, Text& value) const {
-  if (isBad(group, name)) return kResultBadArgument;
+  if (IsBad(group, name)) return kResultBadArgument;
   const auto found = m_values[group].find(*name);
   value = found == m_values[group].end() ? Text() : Text(found->second);
   return value ? kResultOk : kResultNotFound;
@@ -85,7 +85,7 @@ std::int32_t StoreModel::Get(std::uint32_t group, const Text& name, Text& value)
 
 std::int32_t StoreModel::GetDynamic(std::uint32_t group, const Text& name, Text& value,
                                     const Text& defaultValue) {
-  if (isBad(group, name)) return kResultBadArgument;
+  if (IsBad(group, name)) return kResultBadArgument;
   for (const Handler& handler : m_handlers[{group, *name}]) {
     if (!handler.isBinding) continue;
     run(handler.callback, {0, *name, {}, {}, defaultValue, group, SessionTypeOf(group)});
@@ -96,7 +96,7 @@ std::int32_t StoreModel::GetDynamic(std::uint32_t group, const Text& name, Text&
 }
 
 std::int32_t StoreModel::Remove(std::uint32_t group, const Text& name) {
-  if (isBad(group, name)) return kResultBadArgument;
+  if (IsBad(group, name)) return kResultBadArgument;
   m_values[group].erase(*name);
   return kResultOk;
 }
@@ -109,7 +109,7 @@ std::int32_t StoreModel::RemoveGroup(std::uint32_t group) {
 
 std::uint64_t StoreModel::Subscribe(std::uint32_t group, const Text& name,
                                     const std::optional<Callback>& callback) {
-  if (isBad(group, name) || !callback) return 0;
+  if (IsBad(group, name) || !callback) return 0;
   const std::uint64_t id = ++m_lastId;
   m_handlers[{group, *name}].push_back({id, false, *callback});
   Text value;
@@ -125,7 +125,7 @@ std::uint64_t StoreModel::Subscribe(std::uint32_t group, const Text& name,
 
 std::uint64_t StoreModel::Bind(std::uint32_t group, const Text& name,
                                const std::optional<Callback>& callback) {
-  if (isBad(group, name) || !callback) return 0;
+  if (IsBad(group, name) || !callback) return 0;
   const std::uint64_t id = ++m_lastId;
   auto& handlers = m_handlers[{group, *name}];
   if (std::any_of(handlers.begin(), handlers.end(), [](const Handler& handler) { return handler.isBinding; }))

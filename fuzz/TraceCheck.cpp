@@ -12,7 +12,7 @@ namespace {
 
 constexpr unsigned int kLineBuffer = 1024;
 
-void checkLine(void*, int level, const char* module, const char* text, unsigned int length) {
+void CheckLine(void*, int level, const char* module, const char* text, unsigned int length) {
   FUZZ_CHECK(level >= 0 && level <= 2);
   FUZZ_EQUAL(std::string_view(module), "UTIL");
   FUZZ_CHECK(length < kLineBuffer);
@@ -23,7 +23,7 @@ void checkLine(void*, int level, const char* module, const char* text, unsigned 
 
 void CheckTraceLines() {
   [[maybe_unused]] static const bool once = [] {
-    set_util_trace_sink(checkLine, nullptr);
+    set_util_trace_sink(CheckLine, nullptr);
     set_external_trace_mask(2);
     return true;
   }();

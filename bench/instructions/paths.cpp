@@ -33,10 +33,10 @@ const char* const kNumbers[] = {"15", "30"};
 struct Stage {
   Stage() {
     for (const std::string& name : NamesOf(100)) facade.SetKalConfig(name.c_str(), "before", kGroup);
-    subscribe("NotifyOneDirect1", 1, nullptr);
-    subscribe("NotifyEightDirec", 8, nullptr);
-    subscribe("NotifyOnePosted1", 1, &thread);
-    subscribe("SubscribedNoValu", 64, nullptr);
+    Subscribe("NotifyOneDirect1", 1, nullptr);
+    Subscribe("NotifyEightDirec", 8, nullptr);
+    Subscribe("NotifyOnePosted1", 1, &thread);
+    Subscribe("SubscribedNoValu", 64, nullptr);
     facade.BindConfig("BoundSetting0001", [](const KalConfigEvent&) { return ConfigData("1"); }, kGroup);
     documents.Store().ApplyKalConfigs(document.c_str());
     createTesselEntity(kalStore::KAL_TESSEL_VIDEO, 1, &entity);
@@ -47,13 +47,13 @@ struct Stage {
   }
   ~Stage() { releaseTesselEntity(kalStore::KAL_TESSEL_VIDEO, 1, entity); }
 
-  void subscribe(const char* name, int subscribers, ACmThread* runThread) {
+  void Subscribe(const char* name, int subscribers, ACmThread* runThread) {
     for (int i = 0; i < subscribers; ++i) {
       call.Store().SubscribeConfig(
           kGroup, name, [this](const KalConfigEvent&) { ++notified; }, runThread, runThread != nullptr);
     }
   }
-  void set(const char* name) {
+  void Set(const char* name) {
     for (int i = 0; i < kRepeats; ++i) facade.SetKalConfig(name, kValues[i % 2], kGroup);
   }
 
@@ -123,7 +123,7 @@ TESSEL_PATH(read) {
 }
 
 TESSEL_PATH(overwrite) {
-  g_stage->set(kName);
+  g_stage->Set(kName);
 }
 
 TESSEL_PATH(overwrite_live) {
@@ -139,11 +139,11 @@ TESSEL_PATH(live_read) {
 }
 
 TESSEL_PATH(set_notify_1) {
-  g_stage->set("NotifyOneDirect1");
+  g_stage->Set("NotifyOneDirect1");
 }
 
 TESSEL_PATH(set_notify_8) {
-  g_stage->set("NotifyEightDirec");
+  g_stage->Set("NotifyEightDirec");
 }
 
 TESSEL_PATH(subscribe_and_remove_beside_64) {
@@ -173,7 +173,7 @@ TESSEL_PATH(post_and_run) {
 
 TESSEL_PATH(set_notify_1_posted) {
   const Hold hold;
-  g_stage->set("NotifyOnePosted1");
+  g_stage->Set("NotifyOnePosted1");
 }
 
 TESSEL_PATH(parse_entry) {

@@ -3,13 +3,13 @@
 
 namespace {
 
-cpu_set_t cpusOfProcess() {
+cpu_set_t CpusOfProcess() {
   cpu_set_t cpus;
   sched_getaffinity(0, sizeof cpus, &cpus);
   return cpus;
 }
 
-const cpu_set_t kCpus = cpusOfProcess();  // Before anything is pinned.
+const cpu_set_t kCpus = CpusOfProcess();  // Before anything is pinned.
 
 }  // namespace
 

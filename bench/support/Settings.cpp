@@ -6,13 +6,13 @@
 
 namespace {
 
-std::string nameOf(std::int64_t index) {
+std::string NameOf(std::int64_t index) {
   char name[32];
   std::snprintf(name, sizeof name, "VideoSetting%04d", static_cast<int>(index));
   return name;
 }
 
-std::string valueOf(std::int64_t index) {
+std::string ValueOf(std::int64_t index) {
   switch (index % 4) {
     case 0:
       return std::to_string(index * 7919 % 100'000);
@@ -40,7 +40,7 @@ Call::~Call() {
 
 std::vector<std::string> NamesOf(std::int64_t count) {
   std::vector<std::string> names;
-  for (std::int64_t i = 0; i < count; ++i) names.push_back(nameOf(i));
+  for (std::int64_t i = 0; i < count; ++i) names.push_back(NameOf(i));
   return names;
 }
 
@@ -53,7 +53,7 @@ std::string SettingsDocument(std::int64_t entries) {
             KalConfigGroup2GroupName(static_cast<kalStore::KalConfigGroup>(group)) + "\":[";
     for (const std::int64_t first = next; next < end; ++next) {
       if (next != first) text += ',';
-      text += R"({"key":")" + nameOf(next) + R"(","value":")" + valueOf(next) + "\"}";
+      text += R"({"key":")" + NameOf(next) + R"(","value":")" + ValueOf(next) + "\"}";
     }
     text += ']';
   }

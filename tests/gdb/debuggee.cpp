@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// One value of every type that has a printer, for gdb to show. gdb stops in each `show` function.
+// One value of every type that has a printer, for gdb to show. gdb stops in each `Show` function.
 #include <tessel/tessel.h>
 #include <util/util.h>
 
@@ -16,11 +16,11 @@
 using namespace kalStore;
 
 // Where the debugger stops.
-void stop() {}
+void Stop() {}
 
 namespace {
 
-void showConfigData() {
+void ShowConfigData() {
   const ConfigData empty;
   const ConfigData emptyText("");
   const ConfigData flag(true);
@@ -34,10 +34,10 @@ void showConfigData() {
     int count;
     ConfigData value;
   } holder{1, "inside"};
-  stop();
+  Stop();
 }
 
-void showJson() {
+void ShowJson() {
   const json::Value null;
   const json::Value text("tab\tand \"quote\"");
   const json::Value integer(-30);
@@ -64,19 +64,19 @@ void showJson() {
   const json::Value moved(std::move(source));
   json::Object movedObject = object;
   const json::Object taken(std::move(movedObject));
-  stop();
+  Stop();
 }
 
-void ignore(const KalConfigEvent&) {}
+void Ignore(const KalConfigEvent&) {}
 
 const IKalConfig* g_config = nullptr;
 const KalConfigHelper* g_facade = nullptr;
 
-void showChange([[maybe_unused]] const KalConfigEvent& change) {
-  stop();
+void ShowChange([[maybe_unused]] const KalConfigEvent& change) {
+  Stop();
 }
 
-void showSettings() {
+void ShowSettings() {
   ACmThread media("media");
   media.Start();
   IKalConfig* config = nullptr;
@@ -84,44 +84,44 @@ void showSettings() {
   g_config = config;
   [[maybe_unused]] const KalConfig& store = *static_cast<KalConfig*>(config);
   KalConfigHelper unbound;
-  unbound.SubscribeConfig("MinFps", ignore, KAL_CONFIG_GROUP_VIDEO);
+  unbound.SubscribeConfig("MinFps", Ignore, KAL_CONFIG_GROUP_VIDEO);
   KalConfigHelper facade(7);
   g_facade = &facade;
   facade.SetKalSessionType(kal::KAL_SESSION_VIDEO);
   facade.SetKalConfig("MaxFps", 30);
   facade.SetKalConfig("Codec", "av1", KAL_CONFIG_GROUP_COMMON);
-  facade.SubscribeConfig("MaxFps", showChange);
-  facade.SubscribeConfig("Bitrate", ignore, KAL_CONFIG_GROUP_AUDIO, &media, true);
-  facade.SubscribeConfig("Volume", ignore, KAL_CONFIG_GROUP_AUDIO, &media);
-  facade.SubscribeConfig("Gain", ignore, KAL_CONFIG_GROUP_AUDIO);
+  facade.SubscribeConfig("MaxFps", ShowChange);
+  facade.SubscribeConfig("Bitrate", Ignore, KAL_CONFIG_GROUP_AUDIO, &media, true);
+  facade.SubscribeConfig("Volume", Ignore, KAL_CONFIG_GROUP_AUDIO, &media);
+  facade.SubscribeConfig("Gain", Ignore, KAL_CONFIG_GROUP_AUDIO);
   facade.BindConfig("Load", [](const KalConfigEvent&) { return ConfigData(5); }, KAL_CONFIG_GROUP_METRICS);
   facade.UnsubscribeConfig("Gain", KAL_CONFIG_GROUP_AUDIO);
-  config->SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", ignore, nullptr, false);
+  config->SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", Ignore, nullptr, false);
   facade.SetKalConfig("MaxFps", 60);
-  stop();
+  Stop();
   CleanUpKalConfig(7);
-  stop();
+  Stop();
   ReleaseKalConfig(config);
 }
 
-void showSmallStore() {
+void ShowSmallStore() {
   IKalConfig* config = nullptr;
   CreateKalConfig(8, &config);
   [[maybe_unused]] const IKalConfig& store = *config;
-  stop();
+  Stop();
   config->SetKalConfig(KAL_CONFIG_GROUP_COMMON, "Codec", "av1", false, false);
-  stop();
+  Stop();
   ReleaseKalConfig(config);
 }
 
-void showMeters() {
+void ShowMeters() {
   const timer_fact<timer_policy> fine(1000000);
   const timer_fact<tick_policy> coarse(-5);
   const timer_fact<low_tick_policy> cheap(0);
-  stop();
+  Stop();
 }
 
-void showStatistics() {
+void ShowStatistics() {
   void* entity = nullptr;
   createTesselEntity(KAL_TESSEL_VIDEO, 7, &entity);
   auto* video = static_cast<IKalVideoInfo*>(entity);
@@ -157,46 +157,46 @@ void showStatistics() {
   audio->GetRxAudioInfo(&audioBlock, 3, false);
   [[maybe_unused]] st_KalAudioBlock emptyBlock{};
   emptyBlock.reserved144[1] = 1;
-  stop();
+  Stop();
 }
 
 using Values = atomMap<std::string, ConfigData>;
 
-Values& makeValues() {
+Values& MakeValues() {
   auto* values = new Values;
   for (const char* name : {"a", "b", "c"}) values->Set(name, name);
   return *values;
 }
 
 // The count follows the node that ends the map.
-void setCount(Values& values, std::size_t count) {
+void SetCount(Values& values, std::size_t count) {
   Values::Locked map(values);
   std::memcpy(static_cast<void*>(map->end()._M_node + 1), &count, sizeof(count));
 }
 
 // Containers with damaged links; none of them is destroyed.
-void showDamagedContainers() {
-  Values& backToTheStart = makeValues();
+void ShowDamagedContainers() {
+  Values& backToTheStart = MakeValues();
   {
     Values::Locked map(backToTheStart);
     map->begin()._M_node->_M_left = map->begin()._M_node;
   }
-  Values& backToTheRoot = makeValues();
+  Values& backToTheRoot = MakeValues();
   {
     Values::Locked map(backToTheRoot);
     std::prev(map->end())._M_node->_M_right = map->end()._M_node->_M_parent;
   }
-  Values& twiceTheSame = makeValues();
+  Values& twiceTheSame = MakeValues();
   {
     Values::Locked map(twiceTheSame);
     auto* root = map->end()._M_node->_M_parent;
     root->_M_left = root->_M_right;
   }
-  for (Values* values : {&backToTheStart, &backToTheRoot, &twiceTheSame}) setCount(*values, 1000000);
-  Values& tooFew = makeValues();
-  Values& tooMany = makeValues();
-  setCount(tooFew, 4);
-  setCount(tooMany, 2);
+  for (Values* values : {&backToTheStart, &backToTheRoot, &twiceTheSame}) SetCount(*values, 1000000);
+  Values& tooFew = MakeValues();
+  Values& tooMany = MakeValues();
+  SetCount(tooFew, 4);
+  SetCount(tooMany, 2);
 
   using Observers = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
   auto& listWithoutEnd = *new Observers;
@@ -218,7 +218,7 @@ void showDamagedContainers() {
   for (json::Value& element : elements) {
     std::memcpy(static_cast<void*>(&element), &arrayInItself, sizeof(element));
   }
-  stop();
+  Stop();
 }
 
 // Memory of every type with contents that no program writes: all bits clear, all set, addresses of the memory
@@ -230,7 +230,7 @@ struct Shape {
 };
 
 template <class T>
-void showDamage(int way) {
+void ShowDamage(int way) {
   static Shape<T> shape;
   std::uint32_t series = 7;
   for (std::size_t i = 0; i + sizeof(void*) <= sizeof(T); i += sizeof(void*)) {
@@ -243,26 +243,26 @@ void showDamage(int way) {
                                  reinterpret_cast<void*>(std::uintptr_t{series} * 0x9e3779b97f4a7c15)};
     std::memcpy(shape.bytes + i, &words[way], sizeof(void*));
   }
-  stop();
+  Stop();
 }
 
 template <class... T>
-void showDamageOf() {
-  for (int way = 0; way < 6; ++way) (showDamage<T>(way), ...);
+void ShowDamageOf() {
+  for (int way = 0; way < 6; ++way) (ShowDamage<T>(way), ...);
 }
 
 }  // namespace
 
 int main(int argc, char**) {
-  showConfigData();
-  showJson();
-  showSettings();
-  showSmallStore();
-  showMeters();
-  showStatistics();
-  showDamagedContainers();
-  showOptimised(argc);
-  showDamageOf<ConfigData, json::Value, json::Object, json::Array, ACmThread, KalConfig, KalConfigHelper,
+  ShowConfigData();
+  ShowJson();
+  ShowSettings();
+  ShowSmallStore();
+  ShowMeters();
+  ShowStatistics();
+  ShowDamagedContainers();
+  ShowOptimised(argc);
+  ShowDamageOf<ConfigData, json::Value, json::Object, json::Array, ACmThread, KalConfig, KalConfigHelper,
                ConfigEventHandler, KalConfigEvent, timer_fact<timer_policy>, KalVideoStatisticInfo,
                KalContentAudioStatisticInfo, st_KalVideoTxBlock, st_KalAudioBlock>();
   return 0;

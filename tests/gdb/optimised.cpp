@@ -3,9 +3,9 @@
 
 #include <tessel/tessel.h>
 
-void stop();
+void Stop();
 
-void showOptimised(int count) {
+void ShowOptimised(int count) {
   const ConfigData unused(count);
   const ConfigData moved = ConfigData(true);
   const json::Value number(count + 1);
@@ -15,5 +15,5 @@ void showOptimised(int count) {
   wide.low = static_cast<unsigned int>(count) * 3;
   [[maybe_unused]] kalStore::st_KalAudioCodecStatisticsInfo codec{};
   codec.stat4 = wide.low;
-  stop();
+  Stop();
 }

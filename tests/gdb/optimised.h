@@ -2,4 +2,4 @@
 #pragma once
 
 /// Stops in a function whose values the compiler may split or leave out.
-void showOptimised(int count);
+void ShowOptimised(int count);

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Writes what the program's `show` functions hold, wherever they stop from now on, to the file $SHOWN.
+"""Writes what the program's `Show` functions hold, wherever they stop from now on, to the file $SHOWN.
 
 What $SHOW calls "whole" and "stripped" is the same in every run, addresses written as 0x...; "any" is not.
 """
@@ -18,28 +18,28 @@ def mi(command):
 
 COMMANDS = {
     "whole": {
-        "showConfigData": ["info locals", mi("-var-create text * number")],
-        "showJson": ["info locals", "set print elements 3", "print text", "print document", "set print elements 200"],
-        "showChange": ["info args", "print *g_config", "print *g_facade"],
-        "showSettings": ["info locals", "print *config"],
-        "showSmallStore": ["print store", mi("-var-create store * *config"), mi("-var-list-children 1 store"),
+        "ShowConfigData": ["info locals", mi("-var-create text * number")],
+        "ShowJson": ["info locals", "set print elements 3", "print text", "print document", "set print elements 200"],
+        "ShowChange": ["info args", "print *g_config", "print *g_facade"],
+        "ShowSettings": ["info locals", "print *config"],
+        "ShowSmallStore": ["print store", mi("-var-create store * *config"), mi("-var-list-children 1 store"),
                            mi("-var-list-children 1 store.COMMON"), mi("-var-delete store")],
-        "showMeters": ["info locals"],
-        "showStatistics": ["print *video", "print *audio", "print *(kalStore::IKalMediaInfo*)audio", "print stream",
+        "ShowMeters": ["info locals"],
+        "ShowStatistics": ["print *video", "print *audio", "print *(kalStore::IKalMediaInfo*)audio", "print stream",
                            "print codec", "print jitter", "print sync", "print videoBlock", "print audioBlock",
                            "print emptyBlock", "set print pretty on", "print videoBlock.layer[0]",
                            "set print pretty off"],
-        "showDamagedContainers": ["info locals"],
+        "ShowDamagedContainers": ["info locals"],
     },
     "stripped": {
-        "showJson": ["print document"],
-        "showSettings": ["info locals", "print *config"],
-        "showMeters": ["print fine"],
-        "showStatistics": ["print *video", "print videoBlock"],
+        "ShowJson": ["print document"],
+        "ShowSettings": ["info locals", "print *config"],
+        "ShowMeters": ["print fine"],
+        "ShowStatistics": ["print *video", "print videoBlock"],
     },
     "any": {
-        "showOptimised": ["info locals"],
-        "showDamage": ["print shape.value"],
+        "ShowOptimised": ["info locals"],
+        "ShowDamage": ["print shape.value"],
     },
 }[os.environ["SHOW"]]
 
@@ -47,7 +47,7 @@ COMMANDS = {
 def shown():
     """The innermost of the program's own functions, selected: its name."""
     frame = gdb.newest_frame()
-    while not (name := re.search(r"\bshow\w+", frame.name() or "")):
+    while not (name := re.search(r"\bShow\w+", frame.name() or "")):
         frame = frame.older()
     frame.select()
     return name.group()

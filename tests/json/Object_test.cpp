@@ -78,26 +78,26 @@ TEST(Object, ClearLeavesNothing) {
   EXPECT_TRUE(object.empty());
 }
 
-json::Value nested() {
+json::Value Nested() {
   return json::Deserialize(R"({"a":{"b":{"c":1}},"d":2})");
 }
 
 TEST(Object, MayBeAssignedFromAPartOfItself) {
-  json::Value copied = nested();
+  json::Value copied = Nested();
   copied.ToObject() = copied["a"].ToObject();
   EXPECT_EQ(json::Serialize(copied), R"({"b":{"c":1}})");
 
-  json::Value moved = nested();
+  json::Value moved = Nested();
   moved.ToObject() = std::move(moved["a"]["b"].ToObject());
   EXPECT_EQ(json::Serialize(moved), R"({"c":1})");
 }
 
 TEST(Object, GivesAPartOfItselfACopy) {
-  json::Value copied = nested();
+  json::Value copied = Nested();
   copied["a"]["b"].ToObject() = copied.ToObject();
   EXPECT_EQ(json::Serialize(copied), R"({"a":{"b":{"a":{"b":{"c":1}},"d":2}},"d":2})");
 
-  json::Value moved = nested();
+  json::Value moved = Nested();
   moved["a"]["b"].ToObject() = std::move(moved.ToObject());
   EXPECT_EQ(moved, copied);
 }
@@ -116,7 +116,7 @@ TEST(Object, InsertsACopyOfTheValueThatItIsAPartOf) {
   EXPECT_TRUE(emplaced.ToObject().emplace("c", std::move(emplaced)).second);
   EXPECT_EQ(json::Serialize(emplaced), R"({"a":1,"b":2,"c":{"a":1,"b":2}})");
 
-  json::Value assigned = nested();
+  json::Value assigned = Nested();
   assigned["a"].ToObject().insert_or_assign("b", std::move(assigned));
   EXPECT_EQ(json::Serialize(assigned), R"({"a":{"b":{"a":{"b":{"c":1}},"d":2}},"d":2})");
 
@@ -126,7 +126,7 @@ TEST(Object, InsertsACopyOfTheValueThatItIsAPartOf) {
 }
 
 TEST(Object, InsertsItsOwnMembers) {
-  json::Value value = nested();
+  json::Value value = Nested();
   json::Object& object = value.ToObject();
   object.insert_or_assign("e", object["d"]);
   object.insert_or_assign("d", std::move(object["a"]));

@@ -13,7 +13,7 @@ const std::string kDocument =
     R"( "Video":[true,FALSE,null,3000000000,[[]],{}], "":{"a":{"b":[0]}}} )";
 
 // What was read writes a text that reads back to the same text.
-void expectSettled(const std::string& text) {
+void ExpectSettled(const std::string& text) {
   json::ParseError error;
   const json::Value value = json::Deserialize(text, error);
   if (error.reason) {
@@ -44,7 +44,7 @@ TEST(ReaderDamage, EveryChangedByteIsReadOrRefused) {
     for (int byte = 0; byte <= 0xff; ++byte) {
       std::string damaged = kDocument;
       damaged[at] = static_cast<char>(byte);
-      expectSettled(damaged);
+      ExpectSettled(damaged);
     }
   }
 }
@@ -53,10 +53,10 @@ TEST(ReaderDamage, EveryByteLeftOutOrDoubledIsReadOrRefused) {
   for (std::size_t at = 0; at < kDocument.size(); ++at) {
     std::string shorter = kDocument;
     shorter.erase(at, 1);
-    expectSettled(shorter);
+    ExpectSettled(shorter);
     std::string longer = kDocument;
     longer.insert(at, 1, kDocument[at]);
-    expectSettled(longer);
+    ExpectSettled(longer);
   }
 }
 
@@ -69,7 +69,7 @@ TEST(ReaderDamage, EveryShortTextOfTokensIsReadOrRefused) {
     for (const std::string& text : texts) {
       for (const std::string& token : tokens) longer.push_back(text + token);
     }
-    for (const std::string& text : longer) expectSettled(text);
+    for (const std::string& text : longer) ExpectSettled(text);
     texts = std::move(longer);
   }
 }

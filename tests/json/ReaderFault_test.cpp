@@ -5,7 +5,7 @@
 
 namespace {
 
-json::ParseError faultOf(const std::string& text) {
+json::ParseError FaultOf(const std::string& text) {
   json::ParseError error;
   json::Deserialize(text, error);
   return error;
@@ -42,34 +42,34 @@ TEST(ReaderFault, IsAtTheFirstByteThatDoesNotFit) {
       {"[\"a\\x", 4, "unknown escape in a string"},
   };
   for (const auto& test : cases) {
-    EXPECT_EQ(faultOf(test.text).offset, test.offset) << test.text;
-    EXPECT_STREQ(faultOf(test.text).reason, test.reason) << test.text;
+    EXPECT_EQ(FaultOf(test.text).offset, test.offset) << test.text;
+    EXPECT_STREQ(FaultOf(test.text).reason, test.reason) << test.text;
   }
 }
 
 TEST(ReaderFault, OfATextThatEndsEarlyIsAtItsEnd) {
   for (const std::string text : {"", "  ", "[", "[1", "[1,", "{", "{\"a", "{\"a\"", "{\"a\":", "{\"a\":1",
                                  "\"a", "\"a\\", "\"\\u", "\"\\u00", "tr", "-", "1.", "1e", "1e-"}) {
-    EXPECT_EQ(faultOf(text).offset, text.size()) << text;
-    EXPECT_NE(faultOf(text).reason, nullptr) << text;
+    EXPECT_EQ(FaultOf(text).offset, text.size()) << text;
+    EXPECT_NE(FaultOf(text).reason, nullptr) << text;
   }
 }
 
 TEST(ReaderFault, LinesAndColumnsCountFromOneAndInBytes) {
-  EXPECT_EQ(faultOf("x").line, 1u);
-  EXPECT_EQ(faultOf("x").column, 1u);
-  EXPECT_EQ(faultOf("").column, 1u);
+  EXPECT_EQ(FaultOf("x").line, 1u);
+  EXPECT_EQ(FaultOf("x").column, 1u);
+  EXPECT_EQ(FaultOf("").column, 1u);
 
-  const json::ParseError error = faultOf("{\n  \"\xc3\xa9\": 1,\n  \"b\" 2\n}");
+  const json::ParseError error = FaultOf("{\n  \"\xc3\xa9\": 1,\n  \"b\" 2\n}");
   EXPECT_EQ(error.line, 3u);
   EXPECT_EQ(error.column, 7u);
-  EXPECT_EQ(faultOf("[\"\xc3\xa9\" 1]").column, 7u);
-  EXPECT_EQ(faultOf("[\n").line, 2u);
-  EXPECT_EQ(faultOf("[\n").column, 1u);
+  EXPECT_EQ(FaultOf("[\"\xc3\xa9\" 1]").column, 7u);
+  EXPECT_EQ(FaultOf("[\n").line, 2u);
+  EXPECT_EQ(FaultOf("[\n").column, 1u);
 }
 
 TEST(ReaderFault, OfNestingIsAtTheLevelThatIsTooDeep) {
-  const json::ParseError error = faultOf(std::string(2000, '['));
+  const json::ParseError error = FaultOf(std::string(2000, '['));
   EXPECT_EQ(error.offset, 1000u);
   EXPECT_STREQ(error.reason, "nested deeper than 1000 levels");
 }

@@ -121,7 +121,7 @@ TEST(ReaderNumber, TooLargeIsAnInfinityAndTooSmallIsZero) {
   EXPECT_EQ(Deserialize("0.01e-9223372036854775808").ToDouble(), 0.0);
 }
 
-void expectAsStrtod(const std::string& text) {
+void ExpectAsStrtod(const std::string& text) {
   const double expected = std::strtod(text.c_str(), nullptr);
   const double actual = Deserialize(text).ToDouble();
   EXPECT_EQ(std::bit_cast<std::uint64_t>(actual), std::bit_cast<std::uint64_t>(expected)) << text;
@@ -134,12 +134,12 @@ TEST(ReaderNumber, IsTheOneThatTheCLibraryReads) {
         "2.2250738585072014e-308", "1.7976931348623157e308", "1.7976931348623158e308",
         "1.7976931348623159e308", "0e99999999999999999999", "-0", "-0.0", "999999999999999999",
         "-999999999999999999", "0.1", "1e23"}) {
-    expectAsStrtod(text);
+    ExpectAsStrtod(text);
   }
   for (const std::string& text :
        {"0." + zeros + "1e500", "0." + zeros + "1e800", "1" + zeros + "e-500", "1" + zeros + "e-800",
         "0." + zeros + "1", "1" + zeros, "-1" + zeros + "e-100"}) {
-    expectAsStrtod(text);
+    ExpectAsStrtod(text);
   }
 }
 
@@ -157,7 +157,7 @@ TEST(ReaderNumber, OfRandomDigitsIsTheOneThatTheCLibraryReads) {
     text += digits(upTo(i % 100 ? 20 : 900));
     if (upTo(1)) text += "." + digits(1 + upTo(20));
     if (upTo(2)) text += "e" + std::to_string(upTo(700) - 350);
-    expectAsStrtod(text);
+    ExpectAsStrtod(text);
   }
 }
 

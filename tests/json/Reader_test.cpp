@@ -8,7 +8,7 @@ namespace {
 using json::Deserialize;
 using json::Value;
 
-std::string readString(const std::string& text) {
+std::string ReadString(const std::string& text) {
   const Value value = Deserialize(text);
   return value.GetType() == json::StringVal ? value.ToString() : "(malformed)";
 }
@@ -60,27 +60,27 @@ TEST(Reader, RecognisesLiteralsInAnyLetterCase) {
 }
 
 TEST(Reader, UnderstandsTheEscapes) {
-  EXPECT_EQ(readString(R"("\"\\\/\b\f\n\r\t")"), "\"\\/\b\f\n\r\t");
+  EXPECT_EQ(ReadString(R"("\"\\\/\b\f\n\r\t")"), "\"\\/\b\f\n\r\t");
 }
 
 TEST(Reader, AnEscapedBackslashDoesNotEscapeTheQuote) {
-  EXPECT_EQ(readString(R"("a\\")"), "a\\");
-  EXPECT_EQ(readString(R"("a\\\"b")"), "a\\\"b");
+  EXPECT_EQ(ReadString(R"("a\\")"), "a\\");
+  EXPECT_EQ(ReadString(R"("a\\\"b")"), "a\\\"b");
   EXPECT_EQ(json::Serialize(Deserialize(R"(["a\\","b"])")), R"(["a\\","b"])");
 }
 
 TEST(Reader, AUnicodeEscapeGivesItsLowByte) {
-  EXPECT_EQ(readString(R"("\u0041")"), "A");
-  EXPECT_EQ(readString(R"("\u20aC")"), "\xac");
-  EXPECT_EQ(readString(R"("\uFFfF\u00e9x")"), "\xff\xe9x");
-  EXPECT_EQ(readString(R"("\u0000")"), std::string(1, '\0'));
-  EXPECT_EQ(readString(R"("\u00410")"), "A0");
+  EXPECT_EQ(ReadString(R"("\u0041")"), "A");
+  EXPECT_EQ(ReadString(R"("\u20aC")"), "\xac");
+  EXPECT_EQ(ReadString(R"("\uFFfF\u00e9x")"), "\xff\xe9x");
+  EXPECT_EQ(ReadString(R"("\u0000")"), std::string(1, '\0'));
+  EXPECT_EQ(ReadString(R"("\u00410")"), "A0");
 }
 
 TEST(Reader, RefusesOtherEscapes) {
   for (const char* text : {R"("\x41")", R"("\a")", R"("\0")", R"("\'")", R"("\U0041")", R"("\ ")",
                            R"("\u004")", R"("\u00g0")", R"("\u+041")", R"("\u 041")", R"("\u0x41")"}) {
-    EXPECT_EQ(readString(text), "(malformed)") << text;
+    EXPECT_EQ(ReadString(text), "(malformed)") << text;
   }
 }
 
@@ -89,7 +89,7 @@ TEST(Reader, StringsMayHoldAnyRawByte) {
   for (int byte = 0; byte <= 0xff; ++byte) {
     if (byte != '"' && byte != '\\') bytes += static_cast<char>(byte);
   }
-  EXPECT_EQ(readString('"' + bytes + '"'), bytes);
+  EXPECT_EQ(ReadString('"' + bytes + '"'), bytes);
   const Value object = Deserialize("{\"" + bytes + "\":1}");
   EXPECT_TRUE(object.HasKey(bytes));
 }
@@ -134,7 +134,7 @@ TEST(Reader, NothingOfAMalformedTextIsReturned) {
   EXPECT_EQ(json::SerializeValue(Deserialize(R"({"a":1,"b":[1,2)")), "null");
 }
 
-std::string nested(std::size_t levels, const std::string& opening, const std::string& closing) {
+std::string Nested(std::size_t levels, const std::string& opening, const std::string& closing) {
   std::string text;
   for (std::size_t i = 0; i < levels; ++i) text += opening;
   text += "1";
@@ -143,15 +143,15 @@ std::string nested(std::size_t levels, const std::string& opening, const std::st
 }
 
 TEST(Reader, NestingIsBoundedAt1000Levels) {
-  EXPECT_EQ(Deserialize(nested(1000, "[", "]")).GetType(), json::ArrayVal);
-  EXPECT_EQ(Deserialize(nested(1001, "[", "]")).GetType(), json::NullVal);
-  EXPECT_EQ(Deserialize(nested(1000, "{\"a\":", "}")).GetType(), json::ObjectVal);
-  EXPECT_EQ(Deserialize(nested(1001, "{\"a\":", "}")).GetType(), json::NullVal);
-  EXPECT_EQ(Deserialize(nested(500, "[{\"a\":", "}]")).GetType(), json::ArrayVal);
+  EXPECT_EQ(Deserialize(Nested(1000, "[", "]")).GetType(), json::ArrayVal);
+  EXPECT_EQ(Deserialize(Nested(1001, "[", "]")).GetType(), json::NullVal);
+  EXPECT_EQ(Deserialize(Nested(1000, "{\"a\":", "}")).GetType(), json::ObjectVal);
+  EXPECT_EQ(Deserialize(Nested(1001, "{\"a\":", "}")).GetType(), json::NullVal);
+  EXPECT_EQ(Deserialize(Nested(500, "[{\"a\":", "}]")).GetType(), json::ArrayVal);
 }
 
 TEST(Reader, TheDeepestDocumentCanBeUsed) {
-  const std::string text = nested(1000, "[", "]");
+  const std::string text = Nested(1000, "[", "]");
   const Value value = Deserialize(text);
   EXPECT_EQ(json::Serialize(value), text);
   const Value copy = value;

@@ -14,11 +14,11 @@ namespace {
 
 using json::Value;
 
-rc::Gen<std::string> anyBytes() {
+rc::Gen<std::string> AnyBytes() {
   return rc::gen::container<std::string>(rc::gen::arbitrary<char>());
 }
 
-rc::Gen<double> anyFinite() {
+rc::Gen<double> AnyFinite() {
   return rc::gen::map(rc::gen::arbitrary<std::uint64_t>(), [](std::uint64_t bits) {
     double number;
     std::memcpy(&number, &bits, sizeof number);
@@ -26,12 +26,12 @@ rc::Gen<double> anyFinite() {
   });
 }
 
-Value anyValue(int depth) {
+Value AnyValue(int depth) {
   switch (*rc::gen::inRange(0, depth > 0 ? 10 : 8)) {
     case 0:
       return {};
     case 1:
-      return *anyBytes();
+      return *AnyBytes();
     case 2:
       return *rc::gen::arbitrary<int>();
     case 3:
@@ -39,7 +39,7 @@ Value anyValue(int depth) {
     case 4:
       return static_cast<float>(*rc::gen::arbitrary<int>()) / 64;
     case 5:
-      return *anyFinite();
+      return *AnyFinite();
     case 6:
       return *rc::gen::arbitrary<bool>();
     case 7:
@@ -47,13 +47,13 @@ Value anyValue(int depth) {
     case 8: {
       json::Object object;
       const int count = *rc::gen::inRange(0, 5);
-      for (int i = 0; i < count; ++i) object.insert_or_assign(*anyBytes(), anyValue(depth - 1));
+      for (int i = 0; i < count; ++i) object.insert_or_assign(*AnyBytes(), AnyValue(depth - 1));
       return object;
     }
     default: {
       json::Array array;
       const int count = *rc::gen::inRange(0, 5);
-      for (int i = 0; i < count; ++i) array.push_back(anyValue(depth - 1));
+      for (int i = 0; i < count; ++i) array.push_back(AnyValue(depth - 1));
       return array;
     }
   }
@@ -61,14 +61,14 @@ Value anyValue(int depth) {
 
 TEST(TextProperty, AnyStringReadsBackToTheSameBytes) {
   EXPECT_TRUE(rc::check("string", [] {
-    const std::string text = *anyBytes();
+    const std::string text = *AnyBytes();
     RC_ASSERT(json::Deserialize(json::SerializeValue(text)).ToString() == text);
   }));
 }
 
 TEST(TextProperty, AnyKeyReadsBackToTheSameBytes) {
   EXPECT_TRUE(rc::check("key", [] {
-    const std::string key = *anyBytes();
+    const std::string key = *AnyBytes();
     Value object = json::Object();
     object[key] = 1;
     const Value read = json::Deserialize(json::Serialize(object));
@@ -91,7 +91,7 @@ TEST(TextProperty, AnyIntegerOf32BitsReadsBackToTheSameNumber) {
 TEST(TextProperty, ADocumentsTextNoLongerChangesAfterOneReading) {
   EXPECT_TRUE(rc::check("document", [] {
     json::Array document;
-    document.push_back(anyValue(3));
+    document.push_back(AnyValue(3));
     const Value read = json::Deserialize(json::Serialize(document));
     RC_ASSERT(read.GetType() == json::ArrayVal);
     const std::string settled = json::Serialize(read);

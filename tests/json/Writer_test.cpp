@@ -14,7 +14,7 @@ using json::SerializeValue;
 using json::Value;
 
 template <class Number>
-std::string printed(const char* format, Number number) {
+std::string Printed(const char* format, Number number) {
   char text[500];
   std::snprintf(text, sizeof text, format, number);
   return text;
@@ -59,19 +59,19 @@ TEST(Writer, WritesScalars) {
 
 TEST(Writer, WritesNumbersAsPrintfDoes) {
   for (const int n : {0, -1, 7, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
-    EXPECT_EQ(SerializeValue(n), printed("%d", n));
+    EXPECT_EQ(SerializeValue(n), Printed("%d", n));
   }
   for (const long long n :
        {0LL, -5000000000LL, std::numeric_limits<long long>::min(), std::numeric_limits<long long>::max()}) {
-    EXPECT_EQ(SerializeValue(n), printed("%lld", n));
+    EXPECT_EQ(SerializeValue(n), Printed("%lld", n));
   }
-  for (const unsigned int n : {0U, 4294967295U}) EXPECT_EQ(SerializeValue(n), printed("%u", n));
+  for (const unsigned int n : {0U, 4294967295U}) EXPECT_EQ(SerializeValue(n), Printed("%u", n));
   for (const float n : {0.1F, -0.0F, 16777216.0F, std::numeric_limits<float>::max(), 1e-30F}) {
-    EXPECT_EQ(SerializeValue(n), printed("%f", static_cast<double>(n)));
+    EXPECT_EQ(SerializeValue(n), Printed("%f", static_cast<double>(n)));
   }
   for (const double n : {0.1, -0.0, 1e-7, 5e-7, 2.5, 0.0000005, 1e15, 1e22, -1e300, 123456789.987654321,
                          std::numeric_limits<double>::max(), -std::numeric_limits<double>::denorm_min()}) {
-    EXPECT_EQ(SerializeValue(n), printed("%f", n));
+    EXPECT_EQ(SerializeValue(n), Printed("%f", n));
   }
 }
 
@@ -80,7 +80,7 @@ TEST(Writer, RoundsToSixDecimalsAsThePrinterDoes) {
   for (int i = -5000; i < 5000; ++i) {
     for (const double n :
          {i / 128.0, 1e6 + i / 256.0, 0.5e-6 * i, 9e12 + i / 512.0, std::ldexp(1 + i / 8192.0, -21)}) {
-      EXPECT_EQ(SerializeValue(n), printed("%f", n));
+      EXPECT_EQ(SerializeValue(n), Printed("%f", n));
     }
   }
   std::mt19937_64 random(20);
@@ -88,7 +88,7 @@ TEST(Writer, RoundsToSixDecimalsAsThePrinterDoes) {
     const double significand = 1 + static_cast<double>(random() >> 11) * 0x1p-53;
     const double n =
         std::ldexp(i % 2 == 0 ? significand : -significand, static_cast<int>(random() % 140) - 90);
-    EXPECT_EQ(SerializeValue(n), printed("%f", n));
+    EXPECT_EQ(SerializeValue(n), Printed("%f", n));
   }
 }
 

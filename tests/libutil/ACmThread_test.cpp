@@ -19,7 +19,7 @@
 
 namespace {
 
-std::string nameOf(ACmThread& thread) {
+std::string NameOf(ACmThread& thread) {
   EventCounts counts;
   char name[64] = "";
   thread.GetEventQueue()->SendEvent(
@@ -28,7 +28,7 @@ std::string nameOf(ACmThread& thread) {
 }
 
 /// The scheduler's state of a thread of this process: 'R' while it runs or yields, 'S' while it sleeps.
-char stateOf(pid_t thread) {
+char StateOf(pid_t thread) {
   std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
   std::string text;
   std::getline(file, text);
@@ -90,7 +90,7 @@ TEST(Thread, SleepsWhileItHasNothingToDo) {
   EventCounts counts;
   pid_t id = 0;
   thread.GetEventQueue()->SendEvent(new CountedEvent(counts, [&] { id = gettid(); }), 0);
-  while (stateOf(id) != 'S') std::this_thread::yield();
+  while (StateOf(id) != 'S') std::this_thread::yield();
 }
 
 TEST(Thread, RefusesToStartTwice) {
@@ -279,11 +279,11 @@ TEST(Thread, CarriesItsNameCutToFifteenCharacters) {
   ACmThread thread(text.c_str());
   text = "overwritten";
   thread.Start();
-  EXPECT_EQ(nameOf(thread), "a_name_of_sixte");
+  EXPECT_EQ(NameOf(thread), "a_name_of_sixte");
 
   ACmThread shortName("short");
   shortName.Start();
-  EXPECT_EQ(nameOf(shortName), "short");
+  EXPECT_EQ(NameOf(shortName), "short");
 }
 
 TEST(Thread, IsStoppedByManyThreadsAtOnce) {

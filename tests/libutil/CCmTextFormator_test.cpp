@@ -16,7 +16,7 @@ namespace {
 
 using Writer = std::function<void(CCmTextFormator&)>;
 
-std::string textOf(const Writer& write) {
+std::string TextOf(const Writer& write) {
   char buffer[1024];
   CCmTextFormator formator(buffer, sizeof buffer);
   write(formator);
@@ -25,13 +25,13 @@ std::string textOf(const Writer& write) {
 }
 
 template <class Value>
-std::string hexadecimal(Value value) {
-  return textOf([=](CCmTextFormator& f) { f << CM_ORDIX_HEX << value; });
+std::string Hexadecimal(Value value) {
+  return TextOf([=](CCmTextFormator& f) { f << CM_ORDIX_HEX << value; });
 }
 
 template <class Value>
-std::string decimal(Value value) {
-  return textOf([=](CCmTextFormator& f) { f << value; });
+std::string Decimal(Value value) {
+  return TextOf([=](CCmTextFormator& f) { f << value; });
 }
 
 }  // namespace
@@ -45,37 +45,37 @@ TEST(TextFormator, StartsEmpty) {
 }
 
 TEST(TextFormator, JoinsStringsAndNumbers) {
-  EXPECT_EQ(textOf([](CCmTextFormator& f) { f << "a=" << 3 << ", b=" << CCmString("x") << ", c=" << -4L; }),
+  EXPECT_EQ(TextOf([](CCmTextFormator& f) { f << "a=" << 3 << ", b=" << CCmString("x") << ", c=" << -4L; }),
             "a=3, b=x, c=-4");
 }
 
 TEST(TextFormator, WritesNothingForANullString) {
-  EXPECT_EQ(textOf([](CCmTextFormator& f) { f << "a" << static_cast<const char*>(nullptr) << "b"; }), "ab");
+  EXPECT_EQ(TextOf([](CCmTextFormator& f) { f << "a" << static_cast<const char*>(nullptr) << "b"; }), "ab");
 }
 
 TEST(TextFormator, EndsAStringAtItsFirstNul) {
-  EXPECT_EQ(textOf([](CCmTextFormator& f) { f << CCmString("ab\0cd", 5) << "."; }), "ab.");
+  EXPECT_EQ(TextOf([](CCmTextFormator& f) { f << CCmString("ab\0cd", 5) << "."; }), "ab.");
 }
 
 TEST(TextFormator, WritesTheBoundsOfEachType) {
   constexpr bool kIs64 = sizeof(long) == 8;
-  EXPECT_EQ(decimal(0), "0");
-  EXPECT_EQ(decimal(std::numeric_limits<int>::min()), "-2147483648");
-  EXPECT_EQ(decimal(std::numeric_limits<int>::max()), "2147483647");
-  EXPECT_EQ(decimal(std::numeric_limits<unsigned int>::max()), "4294967295");
-  EXPECT_EQ(decimal(std::numeric_limits<long>::min()), kIs64 ? "-9223372036854775808" : "-2147483648");
-  EXPECT_EQ(decimal(std::numeric_limits<long>::max()), kIs64 ? "9223372036854775807" : "2147483647");
-  EXPECT_EQ(decimal(std::numeric_limits<unsigned long>::max()),
+  EXPECT_EQ(Decimal(0), "0");
+  EXPECT_EQ(Decimal(std::numeric_limits<int>::min()), "-2147483648");
+  EXPECT_EQ(Decimal(std::numeric_limits<int>::max()), "2147483647");
+  EXPECT_EQ(Decimal(std::numeric_limits<unsigned int>::max()), "4294967295");
+  EXPECT_EQ(Decimal(std::numeric_limits<long>::min()), kIs64 ? "-9223372036854775808" : "-2147483648");
+  EXPECT_EQ(Decimal(std::numeric_limits<long>::max()), kIs64 ? "9223372036854775807" : "2147483647");
+  EXPECT_EQ(Decimal(std::numeric_limits<unsigned long>::max()),
             kIs64 ? "18446744073709551615" : "4294967295");
-  EXPECT_EQ(hexadecimal(0), "0");
-  EXPECT_EQ(hexadecimal(-1), "ffffffff");
-  EXPECT_EQ(hexadecimal(-1L), kIs64 ? "ffffffffffffffff" : "ffffffff");
-  EXPECT_EQ(hexadecimal(255u), "ff");
-  EXPECT_EQ(hexadecimal(std::numeric_limits<unsigned long>::max()), kIs64 ? "ffffffffffffffff" : "ffffffff");
+  EXPECT_EQ(Hexadecimal(0), "0");
+  EXPECT_EQ(Hexadecimal(-1), "ffffffff");
+  EXPECT_EQ(Hexadecimal(-1L), kIs64 ? "ffffffffffffffff" : "ffffffff");
+  EXPECT_EQ(Hexadecimal(255u), "ff");
+  EXPECT_EQ(Hexadecimal(std::numeric_limits<unsigned long>::max()), kIs64 ? "ffffffffffffffff" : "ffffffff");
 }
 
 TEST(TextFormator, KeepsTheRadixUntilAnotherIsChosen) {
-  EXPECT_EQ(textOf([](CCmTextFormator& f) {
+  EXPECT_EQ(TextOf([](CCmTextFormator& f) {
               f << 16 << " " << CM_ORDIX_HEX << 16 << " " << 17 << " " << CM_ORDIX_DEC << 16;
             }),
             "16 10 11 16");
@@ -83,10 +83,10 @@ TEST(TextFormator, KeepsTheRadixUntilAnotherIsChosen) {
 
 TEST(TextFormator, WritesPointersInHexadecimalWhateverTheRadix) {
   void* pointer = reinterpret_cast<void*>(static_cast<std::uintptr_t>(0xabcdef01));
-  EXPECT_EQ(decimal(pointer), "0xabcdef01");
-  EXPECT_EQ(hexadecimal(pointer), "0xabcdef01");
-  EXPECT_EQ(decimal(static_cast<void*>(nullptr)), "0x0");
-  EXPECT_EQ(textOf([=](CCmTextFormator& f) { f << pointer << " " << 16; }), "0xabcdef01 16");
+  EXPECT_EQ(Decimal(pointer), "0xabcdef01");
+  EXPECT_EQ(Hexadecimal(pointer), "0xabcdef01");
+  EXPECT_EQ(Decimal(static_cast<void*>(nullptr)), "0x0");
+  EXPECT_EQ(TextOf([=](CCmTextFormator& f) { f << pointer << " " << 16; }), "0xabcdef01 16");
 }
 
 TEST(TextFormator, CutsOffAtEveryBufferSize) {
@@ -104,7 +104,7 @@ TEST(TextFormator, CutsOffAtEveryBufferSize) {
       [](CCmTextFormator&) {},
   };
   for (const Writer& write : writers) {
-    const std::string whole = textOf(write);
+    const std::string whole = TextOf(write);
     for (unsigned int size = 0; size <= whole.size() + 2; ++size) {
       std::vector<char> bytes(size + 16u, '#');
       CCmTextFormator formator(bytes.data() + 8, size);
@@ -141,6 +141,6 @@ TEST(TextFormator, IgnoresTheLocale) {
     std::string do_grouping() const override { return "\3"; }
   };
   const std::locale previous = std::locale::global(std::locale(std::locale::classic(), new Grouping));
-  EXPECT_EQ(decimal(1234567), "1234567");
+  EXPECT_EQ(Decimal(1234567), "1234567");
   std::locale::global(previous);
 }

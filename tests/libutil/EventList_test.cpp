@@ -17,7 +17,7 @@ struct Entry {
 };
 
 /// The order in which events of these priorities fire, all queued before the first fires.
-std::vector<Entry> firingOrder(const std::vector<unsigned int>& priorities) {
+std::vector<Entry> FiringOrder(const std::vector<unsigned int>& priorities) {
   EventCounts counts;
   std::vector<Entry> order;
   ACmThread thread;
@@ -36,7 +36,7 @@ std::vector<Entry> firingOrder(const std::vector<unsigned int>& priorities) {
   return order;
 }
 
-std::vector<Entry> expectedOrder(const std::vector<unsigned int>& priorities) {
+std::vector<Entry> ExpectedOrder(const std::vector<unsigned int>& priorities) {
   std::vector<Entry> entries;
   int number = 0;
   for (unsigned int priority : priorities) entries.push_back({priority, number++});
@@ -48,13 +48,13 @@ std::vector<Entry> expectedOrder(const std::vector<unsigned int>& priorities) {
 
 TEST(EventList, IsFirstInFirstOutWithinAPriority) {
   const std::vector<unsigned int> priorities(1000, 128);
-  EXPECT_EQ(firingOrder(priorities), expectedOrder(priorities));
+  EXPECT_EQ(FiringOrder(priorities), ExpectedOrder(priorities));
 }
 
 TEST(EventList, FiresSmallerNumbersFirst) {
   constexpr unsigned int kLast = std::numeric_limits<unsigned int>::max();
   const std::vector<unsigned int> priorities{kLast, 128, 0, 200, 1, 128, kLast, 0, 127, 129};
-  EXPECT_EQ(firingOrder(priorities), expectedOrder(priorities));
+  EXPECT_EQ(FiringOrder(priorities), ExpectedOrder(priorities));
 }
 
 TEST(EventList, AgreesWithAStableSortForEveryShortSequence) {
@@ -67,7 +67,7 @@ TEST(EventList, AgreesWithAStableSortForEveryShortSequence) {
       for (int i = 0, rest = code; i < length; ++i, rest /= 3) {
         priorities.push_back(static_cast<unsigned int>(rest % 3) * 100);
       }
-      ASSERT_EQ(firingOrder(priorities), expectedOrder(priorities))
+      ASSERT_EQ(FiringOrder(priorities), ExpectedOrder(priorities))
           << "sequence " << code << " of " << length;
     }
   }
@@ -78,6 +78,6 @@ TEST(EventList, AgreesWithAStableSortForRandomPriorities) {
   for (unsigned int distinct : {2u, 5u, 50u}) {
     std::vector<unsigned int> priorities(2000);
     for (unsigned int& priority : priorities) priority = static_cast<unsigned int>(random() % distinct);
-    EXPECT_EQ(firingOrder(priorities), expectedOrder(priorities)) << distinct << " priorities";
+    EXPECT_EQ(FiringOrder(priorities), ExpectedOrder(priorities)) << distinct << " priorities";
   }
 }

@@ -19,7 +19,7 @@
 
 namespace {
 
-void trace(const std::string& text, int level = 0) {
+void Trace(const std::string& text, int level = 0) {
   util_adapter_trace(level, "UTIL", text.c_str(), static_cast<unsigned int>(text.size()));
 }
 
@@ -84,7 +84,7 @@ TEST_F(TraceSink, ReceivesTheLineAsItWasGiven) {
 
 TEST_F(TraceSink, ReceivesLinesWhateverTheMask) {
   TraceLog log(-1);
-  trace("above the mask", 2);
+  Trace("above the mask", 2);
   EXPECT_EQ(log.Count("above the mask"), 1u);
 }
 
@@ -92,9 +92,9 @@ TEST_F(TraceSink, IsStandardErrorUnlessSet) {
   Receiver receiver;
   set_util_trace_sink(&Receiver::Sink, &receiver);
   testing::internal::CaptureStderr();
-  trace("to the receiver");
+  Trace("to the receiver");
   set_util_trace_sink(nullptr, &receiver);
-  trace("to standard error", 1);
+  Trace("to standard error", 1);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "[UTIL 1] to standard error\n");
   EXPECT_EQ(receiver.calls, 1);
 }
@@ -104,7 +104,7 @@ TEST_F(TraceSink, KeepsLongLinesOfSeveralThreadsWholeOnStandardError) {
   std::vector<std::thread> threads;
   for (char letter : {'a', 'b', 'c'}) {
     threads.emplace_back([letter] {
-      for (int i = 0; i < 50; ++i) trace(std::string(1000, letter));
+      for (int i = 0; i < 50; ++i) Trace(std::string(1000, letter));
     });
   }
   for (std::thread& thread : threads) thread.join();
@@ -126,8 +126,8 @@ TEST_F(TraceSink, MayRunOnSeveralThreadsAtOnce) {
     while (inside < 2) std::this_thread::yield();
   });
   set_util_trace_sink(&Receiver::Sink, &receiver);
-  std::thread first([] { trace("1"); });
-  std::thread second([] { trace("2"); });
+  std::thread first([] { Trace("1"); });
+  std::thread second([] { Trace("2"); });
   first.join();
   second.join();
   EXPECT_EQ(inside, 2);
@@ -143,11 +143,11 @@ TEST_F(TraceSink, IsWaitedForWhenReplaced) {
   });
   Receiver next;
   set_util_trace_sink(&Receiver::Sink, &slow);
-  std::thread tracer([] { trace("slow"); });
+  std::thread tracer([] { Trace("slow"); });
   entered.get_future().wait();
   auto replaced = std::async(std::launch::async, [&] { set_util_trace_sink(&Receiver::Sink, &next); });
   EXPECT_EQ(replaced.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
-  while (next.calls == 0) trace("goes to the next one");
+  while (next.calls == 0) Trace("goes to the next one");
   leave.set_value();
   replaced.get();
   tracer.join();
@@ -158,10 +158,10 @@ TEST_F(TraceSink, IsWaitedForWhenReplaced) {
 TEST_F(TraceSink, MayTraceItself) {
   Receiver receiver;
   Receiver outer([&, depth = 0]() mutable {
-    if (++depth <= 3) trace("nested");
+    if (++depth <= 3) Trace("nested");
   });
   set_util_trace_sink(&Receiver::Sink, &outer);
-  trace("first");
+  Trace("first");
   EXPECT_EQ(outer.calls, 4);
   set_util_trace_sink(nullptr, nullptr);
 }
@@ -170,8 +170,8 @@ TEST_F(TraceSink, MayReplaceItselfWithoutWaiting) {
   Receiver next;
   Receiver first([&] { set_util_trace_sink(&Receiver::Sink, &next); });
   set_util_trace_sink(&Receiver::Sink, &first);
-  trace("1");
-  trace("2");
+  Trace("1");
+  Trace("2");
   EXPECT_EQ(first.calls, 1);
   EXPECT_EQ(next.calls, 1);
   set_util_trace_sink(nullptr, nullptr);
@@ -187,7 +187,7 @@ TEST_F(TraceSink, IsWaitedForEvenWhenItReplacedItselfBefore) {
     leave.get_future().wait();
   });
   set_util_trace_sink(&Receiver::Sink, &first);
-  std::thread tracer([] { trace("1"); });
+  std::thread tracer([] { Trace("1"); });
   replaced.get_future().wait();
   auto restored = std::async(std::launch::async, [] { set_util_trace_sink(nullptr, nullptr); });
   EXPECT_EQ(restored.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
@@ -205,8 +205,8 @@ TEST_F(TraceSink, SurvivesTwoSinksThatReplaceEachOther) {
     set_util_trace_sink(&Receiver::Sink, &next);
   });
   set_util_trace_sink(&Receiver::Sink, &first);
-  std::thread one([] { trace("1"); });
-  std::thread two([] { trace("2"); });
+  std::thread one([] { Trace("1"); });
+  std::thread two([] { Trace("2"); });
   one.join();
   two.join();
   EXPECT_EQ(first.calls, 2);
@@ -218,11 +218,11 @@ TEST_F(TraceSink, MayThrowAndTheCallOfATraceLineDoesNot) {
   Receiver thrower([] { throw std::runtime_error("from a sink"); });
   Receiver next;
   set_util_trace_sink(&Receiver::Sink, &thrower);
-  EXPECT_NO_THROW(trace("1"));
-  EXPECT_NO_THROW(trace("2"));
+  EXPECT_NO_THROW(Trace("1"));
+  EXPECT_NO_THROW(Trace("2"));
   EXPECT_EQ(thrower.calls, 2);
   set_util_trace_sink(&Receiver::Sink, &next);
-  trace("3");
+  Trace("3");
   EXPECT_EQ(next.calls, 1);
 }
 
@@ -233,8 +233,8 @@ TEST_F(TraceSink, MayThrowAfterItReplacedItself) {
     throw 1;
   });
   set_util_trace_sink(&Receiver::Sink, &first);
-  EXPECT_NO_THROW(trace("1"));
-  trace("2");
+  EXPECT_NO_THROW(Trace("1"));
+  Trace("2");
   EXPECT_EQ(first.calls, 1);
   EXPECT_EQ(next.calls, 1);
 }
@@ -242,7 +242,7 @@ TEST_F(TraceSink, MayThrowAfterItReplacedItself) {
 TEST_F(TraceSink, IsWaitedForByAThreadWhoseOwnSinkThrew) {
   Receiver thrower([] { throw 1; });
   set_util_trace_sink(&Receiver::Sink, &thrower);
-  trace("1");
+  Trace("1");
 
   std::promise<void> entered;
   std::promise<void> leave;
@@ -254,10 +254,10 @@ TEST_F(TraceSink, IsWaitedForByAThreadWhoseOwnSinkThrew) {
   });
   Receiver next;
   set_util_trace_sink(&Receiver::Sink, &slow);
-  std::thread tracer([] { trace("slow"); });
+  std::thread tracer([] { Trace("slow"); });
   entered.get_future().wait();
   std::thread opener([&] {
-    while (next.calls == 0) trace("goes to the next one");
+    while (next.calls == 0) Trace("goes to the next one");
     leave.set_value();
   });
   set_util_trace_sink(&Receiver::Sink, &next);
@@ -276,7 +276,7 @@ TEST_F(TraceSink, MayEndItsThread) {
   set_util_trace_sink(&Receiver::Sink, &ender);
   std::thread([] {
     const Unwound unwound;
-    trace("the last of this thread");
+    Trace("the last of this thread");
     FAIL() << "the thread goes on";
   }).join();
   EXPECT_TRUE(isUnwound);
@@ -292,7 +292,7 @@ TEST_F(TraceSink, MayThrowWhileItIsReplacedUnderLoad) {
   set_util_trace_sink(&Receiver::Sink, current.get());
   for (int i = 0; i < 3; ++i) {
     tracers.emplace_back([&] {
-      while (!isOver) trace("load");
+      while (!isOver) Trace("load");
     });
   }
   for (int round = 0; round < 300; ++round) {
@@ -315,7 +315,7 @@ TEST_F(TraceSink, IsNeverCalledAfterItWasReplacedUnderLoad) {
   for (int i = 0; i < 3; ++i) {
     tracers.emplace_back([&] {
       while (!over) {
-        trace("load");
+        Trace("load");
         ++traced;
       }
     });

@@ -14,14 +14,14 @@
 
 namespace {
 
-void printStack(int) {
+void PrintStack(int) {
   std::array<void*, 64> frames{};
   const int count = backtrace(frames.data(), static_cast<int>(frames.size()));
   backtrace_symbols_fd(frames.data(), count, STDERR_FILENO);
 }
 
 // Asks each thread to print its own stack, one after the other so that they do not mix.
-void printAllStacks() {
+void PrintAllStacks() {
   const long self = syscall(SYS_gettid);
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
     const std::string name = entry.path().filename();
@@ -40,7 +40,7 @@ Watchdog::Watchdog(std::chrono::milliseconds limit) {
   std::array<void*, 1> frame{};
   backtrace(frame.data(), 1);
   struct sigaction action{};
-  action.sa_handler = &printStack;
+  action.sa_handler = &PrintStack;
   action.sa_flags = SA_RESTART;
   sigaction(SIGUSR1, &action, nullptr);
   m_thread = std::thread([this, limit] { watch(limit); });
@@ -59,6 +59,6 @@ void Watchdog::watch(std::chrono::milliseconds limit) {
   std::unique_lock lock(m_mutex);
   if (m_changed.wait_for(lock, limit, [this] { return m_done; })) return;
   std::fprintf(stderr, "not finished after %lld ms\n", static_cast<long long>(limit.count()));
-  printAllStacks();
+  PrintAllStacks();
   std::abort();
 }

@@ -16,30 +16,30 @@ thread_local const std::function<void()>* t_call = nullptr;  // Null: none wante
 
 std::atomic<long> g_live{0};
 
-void countAllocation(std::size_t size) {
+void CountAllocation(std::size_t size) {
   ++t_count;
   if (t_call != nullptr && size >= t_callSize) (*std::exchange(t_call, nullptr))();
   if (t_untilFailure != 0 && --t_untilFailure == 0) throw std::bad_alloc();
 }
 
-void* counted(void* memory) {
+void* Counted(void* memory) {
   if (memory == nullptr) throw std::bad_alloc();
   g_live.fetch_add(1, std::memory_order_relaxed);
   return memory;
 }
 
-void* allocate(std::size_t size) {
-  countAllocation(size);
-  return counted(std::malloc(size == 0 ? 1 : size));
+void* Allocate(std::size_t size) {
+  CountAllocation(size);
+  return Counted(std::malloc(size == 0 ? 1 : size));
 }
 
-void* allocateAligned(std::size_t size, std::align_val_t alignment) {
-  countAllocation(size);
+void* AllocateAligned(std::size_t size, std::align_val_t alignment) {
+  CountAllocation(size);
   const auto step = static_cast<std::size_t>(alignment);
-  return counted(std::aligned_alloc(step, (size + step - 1) / step * step));
+  return Counted(std::aligned_alloc(step, (size + step - 1) / step * step));
 }
 
-void release(void* memory) {
+void Release(void* memory) {
   if (memory == nullptr) return;
   g_live.fetch_sub(1, std::memory_order_relaxed);
   std::free(memory);
@@ -83,55 +83,55 @@ bool AtAllocation::Fired() const {
 }
 
 void* operator new(std::size_t size) {
-  return allocate(size);
+  return Allocate(size);
 }
 void* operator new[](std::size_t size) {
-  return allocate(size);
+  return Allocate(size);
 }
 void* operator new(std::size_t size, std::align_val_t alignment) {
-  return allocateAligned(size, alignment);
+  return AllocateAligned(size, alignment);
 }
 void* operator new[](std::size_t size, std::align_val_t alignment) {
-  return allocateAligned(size, alignment);
+  return AllocateAligned(size, alignment);
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept try {
-  return allocate(size);
+  return Allocate(size);
 } catch (const std::bad_alloc&) {
   return nullptr;
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept try {
-  return allocate(size);
+  return Allocate(size);
 } catch (const std::bad_alloc&) {
   return nullptr;
 }
 
 void operator delete(void* memory) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete[](void* memory) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete(void* memory, std::align_val_t) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete[](void* memory, std::align_val_t) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  release(memory);
+  Release(memory);
 }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-  release(memory);
+  Release(memory);
 }
