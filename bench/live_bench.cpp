@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What does a read by a LiveConfig cost beside the atomic load that it is, and how long does a single read take
-// at worst while others set the value, by a LiveConfig and through the store?
+// What does a read by a LiveConfig cost beside the atomic load that it is, and how long does a single read
+// take at worst while others set the value, by a LiveConfig and through the store?
 
 #include <benchmark/benchmark.h>
 #include <pthread.h>

@@ -39,7 +39,8 @@ std::string AboutValues(const std::string& message) {
   return option + (message.ends_with("missing") ? ": a value is missing" : ": it is given more than once");
 }
 
-// What CLI11 says of a flag's value, "Could not convert: --json = foo". The values of options pass their own checks.
+// What CLI11 says of a flag's value, "Could not convert: --json = foo". The values of options pass their own
+// checks.
 std::string AboutFlag(const std::string& message) {
   const std::size_t option = message.find("--"), value = message.find(" = ");
   if (option == std::string::npos || value == std::string::npos) return message;

@@ -12,12 +12,13 @@ namespace internal {
 class ConfigRegistration;
 }
 
-/// A binding that removes itself: its callback computes the value of a name whenever GetDynamicConfig() reads it, on
-/// the reader's thread. ConfigKey::Bind() makes one in the key's type.
+/// A binding that removes itself: its callback computes the value of a name whenever GetDynamicConfig() reads
+/// it, on the reader's thread. ConfigKey::Bind() makes one in the key's type.
 ///
-/// A name has one binding in a call's store, and one subscription or binding in a facade; a second one is refused.
-/// Removal waits for reads in progress, at most 3000 ms; inside the callback itself that wait can only give up. A
-/// facade that is not bound records the binding and makes it when it binds; it may be refused then.
+/// A name has one binding in a call's store, and one subscription or binding in a facade; a second one is
+/// refused. Removal waits for reads in progress, at most 3000 ms; inside the callback itself that wait can
+/// only give up. A facade that is not bound records the binding and makes it when it binds; it may be refused
+/// then.
 ///
 /// @threads For one owner. The callback runs on each reader's thread, on several at once when several read.
 /// @lifetime The store or facade must outlive it.
@@ -52,8 +53,9 @@ class [[nodiscard, gnu::visibility("default")]] Binding {
   /// @return Whether it is not empty.
   explicit operator bool() const;
   /// Why it is empty.
-  /// @return kResultNoSuchOrExists for a name that is bound, or that the facade has subscribed; kResultNotFound for
-  /// a facade without a default group; kResultBadArgument for other bad arguments; kResultOk when it was not refused.
+  /// @return kResultNoSuchOrExists for a name that is bound, or that the facade has subscribed;
+  /// kResultNotFound for a facade without a default group; kResultBadArgument for other bad arguments;
+  /// kResultOk when it was not refused.
   std::int32_t RefusalReason() const;
 
   /// Removes the binding; waits as described above.

@@ -100,7 +100,7 @@ constexpr bool IsDefaultWithinRange(Default value) {
 /// | T                                   | stored as                                                    |
 /// |-------------------------------------|--------------------------------------------------------------|
 /// | `bool`, integers, `float`, `double` | see ConfigData                                               |
-/// | a `std::chrono::duration`           | the number of its own unit: 40 for `std::chrono::milliseconds(40)` |
+/// | a `std::chrono::duration`           | the number of its own unit: 40 of 40 milliseconds            |
 /// | an enum with a ConfigEnum           | the value's name                                             |
 /// | `std::string`                       | itself                                                       |
 ///
@@ -167,8 +167,8 @@ class ConfigKey {
 
   /// Stores a value.
   /// @param store  a store or a facade
-  /// @param value  a T; for a std::string a C string as well, not null; for a duration one of a larger unit as
-  /// well; of an enum, one that has a name: kResultBadArgument otherwise
+  /// @param value  a T; for a std::string a C string as well, not null; for a duration one of a larger unit
+  /// as well; of an enum, one that has a name: kResultBadArgument otherwise
   /// @param bForceNotify  notifies of an equal value, too
   /// @return Whether the value was stored, and whether a subscriber was notified; its code is that of
   /// IKalConfig::SetKalConfig() or KalConfigHelper::SetKalConfig().

@@ -82,8 +82,8 @@ class TESSEL_API KalConfigHelper {
   /// captured by reference may go, unless a wait gave up.
   virtual ~KalConfigHelper();
 
-  /// SetCallId(), then SetKalSessionType(), whatever the first returns; what leaves SetCallId() as an exception
-  /// leaves this as well, with the default group as it was.
+  /// SetCallId(), then SetKalSessionType(), whatever the first returns; what leaves SetCallId() as an
+  /// exception leaves this as well, with the default group as it was.
   /// @param callId  the call's
   /// @param sessionType  0 to 5, or 14
   /// @return kResultOk; kResultNotFound if either failed.

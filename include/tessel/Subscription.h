@@ -17,10 +17,10 @@ class ConfigRegistration;
 /// A subscription that removes itself. Where and when its callback runs: IKalConfig::SubscribeConfig().
 ///
 /// A facade has one subscription or binding per name and group. A second one through the same facade is
-/// refused, without a trace line: the new Subscription is empty, and RefusalReason() is kResultNoSuchOrExists.
-/// Check it, or use a facade of your own. To replace a subscription, assign to it: what was refused is then
-/// subscribed in place of the old one. For that, a refused one keeps its callback until it is assigned,
-/// removed or destroyed.
+/// refused, without a trace line: the new Subscription is empty, and RefusalReason() is
+/// kResultNoSuchOrExists. Check it, or use a facade of your own. To replace a subscription, assign to it:
+/// what was refused is then subscribed in place of the old one. For that, a refused one keeps its callback
+/// until it is assigned, removed or destroyed.
 ///
 /// |            | Pause() | Resume()   | Remove(), destruction, move from it |
 /// |------------|---------|------------|-------------------------------------|
@@ -76,12 +76,13 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
   [[nodiscard]] Subscription(ConfigRef store, KalConfigGroup group, const char* name,
                              fnConfigChangedCallBack fn, ACmThread* pRunThread = nullptr,
                              bool bAsync = false);
-  /// The same on an event loop: each delivery, the initial one included, is a task for the executor. `fn` sees
-  /// the deliveries' values in the order in which the executor runs them. Once the subscription is removed, no
-  /// task reaches `fn` any more; on a thread of the executor, inside `fn` too, the removal does not wait for
-  /// itself. On another thread it waits for runs of `fn`, and for calls of the executor, as described above.
-  /// An executor of several threads may run `fn` on several at once. A removal inside `fn` waits for the
-  /// other runs, but not for calls of the executor: what that refers to must not end with the removal.
+  /// The same on an event loop: each delivery, the initial one included, is a task for the executor. `fn`
+  /// sees the deliveries' values in the order in which the executor runs them. Once the subscription is
+  /// removed, no task reaches `fn` any more; on a thread of the executor, inside `fn` too, the removal does
+  /// not wait for itself. On another thread it waits for runs of `fn`, and for calls of the executor, as
+  /// described above. An executor of several threads may run `fn` on several at once. A removal inside `fn`
+  /// waits for the other runs, but not for calls of the executor: what that refers to must not end with the
+  /// removal.
   ///
   /// A task that the executor refuses, or destroys before it has run, is reported by a trace line of level 0;
   /// the setter does not notice it. What `fn` throws is the executor's to handle.

@@ -40,9 +40,9 @@ concept ConfigType = detail::ConfigInteger<T> || detail::OneOf<T, bool, float, d
                      detail::ConfigDuration<T> || detail::NamedEnum<T>;
 
 /// Reads a value as a T, or not at all: no white space around it, no fraction for an integer, no sign for an
-/// unsigned one. A bool is read as by ConfigData::ToBool(): "true", "false" and numbers. A duration is a whole
-/// number of its own unit, an enum one of its names. Any value reads as a std::string. The same in every
-/// locale. Allocates for a std::string alone; otherwise it neither throws nor locks.
+/// unsigned one. A bool is read as by ConfigData::ToBool(): "true", "false" and numbers. A duration is a
+/// whole number of its own unit, an enum one of its names. Any value reads as a std::string. The same in
+/// every locale. Allocates for a std::string alone; otherwise it neither throws nor locks.
 /// @param value  any
 /// @return The value as a T; nothing when it is invalid, or its whole string is not a T within range.
 /// @threads Any, on a value that no other thread writes.

@@ -2,14 +2,14 @@
 #pragma once
 
 /// @file
-/// The journal: what the process did last to settings, subscriptions, stores and statistics objects, and who asked
-/// for it. It is off until StartJournal(), and costs next to nothing then.
+/// The journal: what the process did last to settings, subscriptions, stores and statistics objects, and who
+/// asked for it. It is off until StartJournal(), and costs next to nothing then.
 ///
-/// While it is on, each operation writes one event of a fixed size into a ring of the last ones. Strings that are
-/// longer than stated here are cut, and marked so. Writers take no lock, allocate nothing and never wait, neither for
-/// each other nor for readers. Events have running numbers, which count on for the life of the process: a reader
-/// learns from them how many it missed. The numbers have the order in which things happened: the events of a value
-/// follow its changes, whatever threads make them.
+/// While it is on, each operation writes one event of a fixed size into a ring of the last ones. Strings that
+/// are longer than stated here are cut, and marked so. Writers take no lock, allocate nothing and never wait,
+/// neither for each other nor for readers. Events have running numbers, which count on for the life of the
+/// process: a reader learns from them how many it missed. The numbers have the order in which things
+/// happened: the events of a value follow its changes, whatever threads make them.
 ///
 /// Results, trace lines and orders are the same while the journal is on and off.
 ///
@@ -118,11 +118,11 @@ struct JournalEvent {
   std::uint32_t column = 0;               ///< in bytes, from 1
 };
 
-/// Turns the journal on. The ring is made now, and its memory belongs to the process from then on: one of each
-/// capacity that was ever used.
+/// Turns the journal on. The ring is made now, and its memory belongs to the process from then on: one of
+/// each capacity that was ever used.
 /// @param capacity  how many events the ring has, 1 to kJournalLargestCapacity; rounded up to a power of two
-/// @return kResultOk; kResultUnchanged when it is on already, whatever the capacity; kResultBadArgument for any other
-/// capacity. A failed allocation leaves as std::bad_alloc, with nothing changed.
+/// @return kResultOk; kResultUnchanged when it is on already, whatever the capacity; kResultBadArgument for
+/// any other capacity. A failed allocation leaves as std::bad_alloc, with nothing changed.
 TESSEL_API std::int32_t StartJournal(std::size_t capacity);
 
 /// Turns the journal off; the events can still be read. What has begun by then, and deliveries that wait in a
@@ -136,19 +136,21 @@ TESSEL_API bool IsJournalOn();
 /// @return The number that the next event will have; 1 when there was none.
 TESSEL_API std::uint64_t NextJournalNumber();
 
-/// Reads the events in the order of their numbers, while writers go on. Any number of readers may do so; none takes an
-/// event from another, and writers do not wait for them: what is overwritten before it was read is missed, and counted.
-/// An event that its writer has not finished is waited for, by returning false, until half of the ring is newer; it is
-/// missed then. So is an event that found a ring so small that another thread was still writing in its place.
+/// Reads the events in the order of their numbers, while writers go on. Any number of readers may do so; none
+/// takes an event from another, and writers do not wait for them: what is overwritten before it was read is
+/// missed, and counted. An event that its writer has not finished is waited for, by returning false, until
+/// half of the ring is newer; it is missed then. So is an event that found a ring so small that another
+/// thread was still writing in its place.
 /// @threads One owner.
-/// @lifetime May outlive the journal's end, and goes on with its next start. Events of a capacity that is no longer in
-/// use are missed.
+/// @lifetime May outlive the journal's end, and goes on with its next start. Events of a capacity that is no
+/// longer in use are missed.
 /// @par Example
 /// @code{.cpp}
 /// StartJournal(64);
 /// JournalReader reader(NextJournalNumber());
 /// CallStore store(7, CallStore::kEndsCall);
-/// for (int fps = 1; fps <= 100; ++fps) store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", fps, false, false);
+/// for (int fps = 1; fps <= 100; ++fps)
+///   store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", fps, false, false);
 /// JournalEvent event;
 /// assert(reader.Next(event) && event.missed == 37 && event.newValue->text == "37");  // of 101
 /// StopJournal();
@@ -207,8 +209,8 @@ class TESSEL_API JournalOrigin {
   const char* const m_outer;
 };
 
-/// Names the settings document that the thread imports: the events of ApplyKalConfigs() in the scope, and of the sets
-/// that it makes, have this name.
+/// Names the settings document that the thread imports: the events of ApplyKalConfigs() in the scope, and of
+/// the sets that it makes, have this name.
 /// @threads Ends on the thread on which it began, in the reverse order.
 /// @par Example
 /// @code{.cpp}
@@ -243,7 +245,8 @@ struct CodePlace {
   std::uintptr_t offset = 0;  ///< of the address: in the function, or without one in the module
 };
 
-/// Names the code of an event's caller: the module, and the exported function in it. The module must still be loaded.
+/// Names the code of an event's caller: the module, and the exported function in it. The module must still be
+/// loaded.
 /// @param address  a return address, as JournalEvent::caller; any
 /// @return What is known of it.
 /// @par Example

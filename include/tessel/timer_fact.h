@@ -7,7 +7,8 @@
 /// A stopwatch over one of the clocks timer_policy, tick_policy and low_tick_policy: holds a start tag and
 /// measures the time since. The base unit is the clock's, microseconds.
 ///
-/// Where a `long` has 32 bits, a clock starts again at 0 every 36 minutes: a meter there measures less than that.
+/// Where a `long` has 32 bits, a clock starts again at 0 every 36 minutes: a meter there measures less than
+/// that.
 ///
 /// While a mock time is set, every meter of the process takes it for the current time.
 ///

@@ -11,8 +11,8 @@ namespace kalStore {
 
 using namespace internal;
 
-// The caller's text is read whole before the first line and the first set: a trace sink or a callback may free
-// it, as by dumping the store whose dump is imported.
+// The caller's text is read whole before the first line and the first set: a trace sink or a callback may
+// free it, as by dumping the store whose dump is imported.
 std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
   if (szJsonConfig == nullptr) return kResultNotFound;
   const bool isInJournal = JournalIsOn();

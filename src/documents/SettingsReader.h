@@ -17,7 +17,8 @@ namespace kalStore::internal {
 /// "Audio[3]": what findings call an element of a group.
 std::string ElementPath(KalConfigGroup group, std::size_t index);
 
-/// What the last member of a group's name has. Without findings, only the entries are kept, and their origins if asked for.
+/// What the last member of a group's name has. Without findings, only the entries are kept, and their origins
+/// if asked for.
 struct SettingsGroup {
   /// Where an entry comes from.
   struct Origin {

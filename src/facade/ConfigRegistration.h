@@ -30,8 +30,8 @@ class ConfigRegistration {
   /// kResultOk, or why it was refused.
   virtual std::int32_t Result() const = 0;
   bool IsMade() const { return Result() == kResultOk; }
-  /// The change callback. Null once nothing notifies it any more. Not owned for longer: it may own the handle, and
-  /// both end when the store or facade lets the callback go.
+  /// The change callback. Null once nothing notifies it any more. Not owned for longer: it may own the
+  /// handle, and both end when the store or facade lets the callback go.
   virtual std::shared_ptr<GuardedCallback> Callback() const { return nullptr; }
 };
 

@@ -10,7 +10,8 @@ namespace kalStore::internal {
 namespace {
 
 // Null for a store that is not the library's own. One whose class was compiled without RTTI is not, and
-// dynamic_cast must not see it: the word before its virtual functions, which points to the type, is null there.
+// dynamic_cast must not see it: the word before its virtual functions, which points to the type, is null
+// there.
 KalConfig* OwnStore(IKalConfig& store) {
   const void* const* functions = nullptr;
   std::memcpy(&functions, static_cast<const void*>(&store), sizeof functions);

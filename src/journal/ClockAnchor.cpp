@@ -50,8 +50,8 @@ std::int64_t ClockRate::Renew(ClockAnchor& anchor, const ClockSample& sample) {
   const double rate = static_cast<double>(stretchNs) / static_cast<double>(sample.ticks - m_last.ticks);
   const bool isConstant =
       sample.ticks > m_last.ticks && (m_rate == 0 || std::abs(rate / m_rate - 1) < kLargestChange);
-  // Time does not go back: what the old anchor was ahead of the clock is lost again over the new window. A counter
-  // that jumped, as while the machine was suspended, says nothing of that.
+  // Time does not go back: what the old anchor was ahead of the clock is lost again over the new window. A
+  // counter that jumped, as while the machine was suspended, says nothing of that.
   const std::int64_t ns = isConstant ? std::max(sample.ns, LatestNs(anchor, sample.ticks)) : sample.ns;
   const auto aheadNs = static_cast<double>(ns - sample.ns);
   const auto windowNs = static_cast<double>(std::min(kWindowByStretch * stretchNs, kLongestWindowNs));

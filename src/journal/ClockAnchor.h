@@ -15,9 +15,10 @@ struct ClockSample {
 
 /// From when on and how a counter of ticks is a clock.
 ///
-/// Threads: any reader, one writer at a time. A reader takes the members between two looks at the version: those that
-/// it finds are of one version when it is even, and the same at both. The members are stored with release and loaded
-/// with acquire: a reader of a member that is being changed sees the odd version before it at its second look.
+/// Threads: any reader, one writer at a time. A reader takes the members between two looks at the version:
+/// those that it finds are of one version when it is even, and the same at both. The members are stored with
+/// release and loaded with acquire: a reader of a member that is being changed sees the odd version before it
+/// at its second look.
 struct ClockAnchor {
   std::atomic<std::uint32_t> version{0};  ///< odd while the other members are changed
   std::atomic<std::uint64_t> ticks{0};    ///< of the anchor
@@ -26,8 +27,8 @@ struct ClockAnchor {
   std::atomic<std::int64_t> ns{0};        ///< of the anchor
 };
 
-/// The time when the counter had so many ticks; nothing when the anchor is too old or too young for them, or is being
-/// changed.
+/// The time when the counter had so many ticks; nothing when the anchor is too old or too young for them, or
+/// is being changed.
 inline std::optional<std::int64_t> TimeAt(const ClockAnchor& anchor, std::uint64_t ticks) {
   const std::uint32_t version = anchor.version.load(std::memory_order_acquire);
   const std::uint64_t passed = ticks - anchor.ticks.load(std::memory_order_acquire);
@@ -50,8 +51,8 @@ class ClockRate {
   /// Whether enough time has passed since the last sample for the next one.
   bool IsDue(std::int64_t nowNs) const;
 
-  /// Takes the next sample, and changes the anchor by it. Returns the sample's time: the clock's, or the anchor's where
-  /// that was ahead.
+  /// Takes the next sample, and changes the anchor by it. Returns the sample's time: the clock's, or the
+  /// anchor's where that was ahead.
   std::int64_t Renew(ClockAnchor& anchor, const ClockSample& sample);
 
  private:

@@ -29,8 +29,9 @@ constinit std::atomic<std::uint64_t> g_startNumber{1};  // The first number sinc
 constinit detail::Mutex<std::mutex> g_startMutex;
 constinit std::uint32_t g_starts TESSEL_LOCKING(guarded_by(g_startMutex)) = 0;
 
-// A ring for each power of two that was ever asked for. They are never freed: a writer may be late, and a ring that is
-// used again may still have one. Its number is then lower than those of the new life, and the ring knows what to do.
+// A ring for each power of two that was ever asked for. They are never freed: a writer may be late, and a
+// ring that is used again may still have one. Its number is then lower than those of the new life, and the
+// ring knows what to do.
 constexpr unsigned int kMostBits = std::bit_width(kJournalLargestCapacity - 1);
 constinit JournalRing* g_rings[kMostBits + 1] TESSEL_LOCKING(guarded_by(g_startMutex)) = {};
 
@@ -43,15 +44,15 @@ JournalRing& RingOf(std::size_t capacity) TESSEL_LOCKING(requires_capability(g_s
 
 }  // namespace
 
-// Two numbers that are drawn under one lock have the order in which it was held: what happens before a change of a
-// variable comes before it in the variable's order, too.
+// Two numbers that are drawn under one lock have the order in which it was held: what happens before a change
+// of a variable comes before it in the variable's order, too.
 std::uint64_t DrawJournalNumber() noexcept {
   return g_next.fetch_add(1, std::memory_order_acq_rel);
 }
 
-// The number comes first, then the ring: a number from g_ringBegin on was drawn after the start that published the ring
-// had drawn that one in the same order, by operations that acquire and release, so it is written in that ring, or in a
-// later one.
+// The number comes first, then the ring: a number from g_ringBegin on was drawn after the start that
+// published the ring had drawn that one in the same order, by operations that acquire and release, so it is
+// written in that ring, or in a later one.
 std::uint64_t WriteJournal(const JournalEntry& entry) noexcept {
   const std::uint64_t number = entry.number != 0 ? entry.number : DrawJournalNumber();
   JournalRing* const ring = g_ring.load(std::memory_order_acquire);

@@ -9,23 +9,23 @@
 
 namespace kalStore::internal {
 
-/// How often the journal was started, while it is on; 0 while it is off. Read in every operation, written by starts
-/// and stops alone: it shares its cache line with nothing that changes.
-/// Said to be hidden here, too: otherwise its address would be looked up each time.
+/// How often the journal was started, while it is on; 0 while it is off. Read in every operation, written by
+/// starts and stops alone: it shares its cache line with nothing that changes. Said to be hidden here, too:
+/// otherwise its address would be looked up each time.
 [[gnu::visibility("hidden")]] alignas(64) extern std::atomic<std::uint32_t> g_journalStart;
 
-/// Whether operations write events. Relaxed: an operation beside a start or a stop may write or not; what it writes
-/// with was published by other means, see WriteJournal().
+/// Whether operations write events. Relaxed: an operation beside a start or a stop may write or not; what it
+/// writes with was published by other means, see WriteJournal().
 inline bool JournalIsOn() {
   return g_journalStart.load(std::memory_order_relaxed) != 0;
 }
 
-/// Draws the number of an event that is written later: under the lock that orders what happened. Whatever happens
-/// meanwhile, the number must then be written: readers wait for it.
+/// Draws the number of an event that is written later: under the lock that orders what happened. Whatever
+/// happens meanwhile, the number must then be written: readers wait for it.
 std::uint64_t DrawJournalNumber() noexcept;
 
-/// Writes an event; also when the journal has just been stopped. Returns its number. REQUIRES: the journal was on
-/// once.
+/// Writes an event; also when the journal has just been stopped. Returns its number. REQUIRES: the journal
+/// was on once.
 std::uint64_t WriteJournal(const JournalEntry& entry) noexcept;
 
 }  // namespace kalStore::internal

@@ -27,8 +27,8 @@ inline std::uint64_t ReadTicks() {
 /// The clock itself; renews the anchor where the processor has a counter of a constant rate.
 std::int64_t ReadClockNs();
 
-/// The time of std::chrono::steady_clock, to within a few microseconds. Never earlier on a thread than at its last
-/// call, but for those microseconds while another thread renews the anchor.
+/// The time of std::chrono::steady_clock, to within a few microseconds. Never earlier on a thread than at its
+/// last call, but for those microseconds while another thread renews the anchor.
 inline std::int64_t JournalNowNs() {
   const std::optional<std::int64_t> ns = TimeAt(g_clockAnchor, ReadTicks());
   return ns ? *ns : ReadClockNs();

@@ -15,8 +15,8 @@ namespace kalStore::internal {
 
 namespace {
 
-// The strings of a record, in their order. The name of a document and what a callback threw share a place: an import
-// whose callback threw is named in the events of its sets.
+// The strings of a record, in their order. The name of a document and what a callback threw share a place: an
+// import whose callback threw is named in the events of its sets.
 enum Part : std::uint8_t { kName, kOldValue, kNewValue, kLabel, kDetail, kParts };
 constexpr std::size_t kLongest[kParts] = {kJournalLongestValue, kJournalLongestValue, kJournalLongestValue,
                                           kJournalLongestLabel, kJournalLongestDetail};
@@ -32,8 +32,8 @@ enum Flag : std::uint8_t {
   kHasThrown = 4,    // The detail is what was thrown.
 };
 
-// The first word. The others: time, call and group (of statistics the entity's type), result and count, caller, thread;
-// what the flags say; the parts, each in words of its own.
+// The first word. The others: time, call and group (of statistics the entity's type), result and count,
+// caller, thread; what the flags say; the parts, each in words of its own.
 struct Tags {
   JournalKind kind;
   JournalWay way;
@@ -92,7 +92,8 @@ class RecordWriter {
   void Put(std::uint64_t word) { m_next++->store(word, std::memory_order_release); }
   void Put(std::uint32_t high, std::uint32_t low) { Put(std::uint64_t{high} << 32 | low); }
 
-  // Returns the part's size. The last word of a longer string has its last bytes, so that it overlaps the word before.
+  // Returns the part's size. The last word of a longer string has its last bytes, so that it overlaps the
+  // word before.
   std::uint8_t Put(Part part, std::string_view text) {
     std::size_t size = text.size();
     std::uint8_t cut = 0;

@@ -9,8 +9,8 @@
 
 namespace kalStore::internal {
 
-/// The last records, each of so many words, in places that are used again and again: the record of a number is at the
-/// number modulo the capacity. Numbers come from outside, each once, from 1 upward.
+/// The last records, each of so many words, in places that are used again and again: the record of a number
+/// is at the number modulo the capacity. Numbers come from outside, each once, from 1 upward.
 ///
 /// A place's state is the number of its record, and whether that is whole:
 ///
@@ -19,13 +19,13 @@ namespace kalStore::internal {
 /// | being written | leaves: its number is lost       | whole                   |
 /// | whole         | takes the place: being written   |                         |
 ///
-/// A writer whose place has a later number already leaves, too: its record would be overwritten now. So nobody waits,
-/// two writers never write in one place at a time, and every number ends as whole or gone. The largest number that was
-/// lost is noted beside the state, so that readers do not wait for it.
+/// A writer whose place has a later number already leaves, too: its record would be overwritten now. So
+/// nobody waits, two writers never write in one place at a time, and every number ends as whole or gone. The
+/// largest number that was lost is noted beside the state, so that readers do not wait for it.
 ///
-/// Threads: any. No record is read torn. Words are stored with release and loaded with acquire: a reader that loads a
-/// word of a later record synchronises with its writer, which took the place before, and so finds the state changed when
-/// it loads it again after the words.
+/// Threads: any. No record is read torn. Words are stored with release and loaded with acquire: a reader that
+/// loads a word of a later record synchronises with its writer, which took the place before, and so finds the
+/// state changed when it loads it again after the words.
 class JournalRing {
  public:
   static constexpr std::size_t kWords = 46;
@@ -71,8 +71,8 @@ class JournalRing {
                                                 std::memory_order_relaxed));
     return &place.words;
   }
-  // Releases, for the next writer of the place and for readers. Nobody else changes the state of a record that is being
-  // written.
+  // Releases, for the next writer of the place and for readers. Nobody else changes the state of a record
+  // that is being written.
   void End(std::uint64_t number) {
     placeOf(number).state.store(number << 1 | kWhole, std::memory_order_release);
   }

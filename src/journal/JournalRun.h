@@ -7,7 +7,8 @@
 
 namespace kalStore::internal {
 
-/// Calls `function`, and then `write`: also when it throws. The entry then has what it threw, which leaves here.
+/// Calls `function`, and then `write`: also when it throws. The entry then has what it threw, which leaves
+/// here.
 template <class Function, class Write>
 void RunAndWrite(JournalEntry& entry, Function function, Write write) {
   try {

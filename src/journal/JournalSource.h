@@ -5,9 +5,9 @@
 
 #include "journal/Journal.h"
 
-// Who calls an operation. What its return address says is right where a component calls it. Where another operation of
-// the library calls it, that one has a CallerScope: the caller of the outermost one counts. A ComponentScope hides it
-// from the component's code that runs meanwhile.
+// Who calls an operation. What its return address says is right where a component calls it. Where another
+// operation of the library calls it, that one has a CallerScope: the caller of the outermost one counts. A
+// ComponentScope hides it from the component's code that runs meanwhile.
 
 namespace kalStore::internal {
 
@@ -17,8 +17,8 @@ inline JournalSource SourceOf(const void* caller) {
   return {thread.caller != nullptr ? thread.caller : caller, thread.label, thread.place};
 }
 
-/// Passes a caller to the operations of this thread until its end. Does nothing when the journal is off at its
-/// beginning.
+/// Passes a caller to the operations of this thread until its end. Does nothing when the journal is off at
+/// its beginning.
 class CallerScope {
  public:
   explicit CallerScope(const void* caller) : m_isOn(JournalIsOn()) {
@@ -43,8 +43,8 @@ class CallerScope {
   const void* m_outer = nullptr;
 };
 
-/// Calls an operation of the library for a caller. Like a CallerScope, but there is no end of it to check while the
-/// journal is off.
+/// Calls an operation of the library for a caller. Like a CallerScope, but there is no end of it to check
+/// while the journal is off.
 template <class Operation>
 auto CallFor(const void* caller, Operation operation) {
   if (JournalIsOn()) [[unlikely]] {

@@ -21,9 +21,9 @@ struct JournalThread {
   unsigned long id;           ///< GetThreadSelfId(); 0: not asked yet
 };
 
-/// Read several times in each operation: at a fixed distance from the thread's pointer, rather than looked up by a call
-/// each time. A library that is loaded later takes that from the room that the system's loader reserves for it, of
-/// which these few words need little.
+/// Read several times in each operation: at a fixed distance from the thread's pointer, rather than looked up
+/// by a call each time. A library that is loaded later takes that from the room that the system's loader
+/// reserves for it, of which these few words need little.
 [[gnu::tls_model("initial-exec"),
   gnu::visibility("hidden")]] extern constinit thread_local JournalThread t_journal;
 

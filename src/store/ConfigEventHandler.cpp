@@ -58,8 +58,8 @@ void RunCallback(const char* label, ConfigEventHandler& handler, const KalConfig
   }
 }
 
-// Calls, posts or hands over, as the subscription asks for: `call` calls, and `make` makes what takes the event to
-// another thread.
+// Calls, posts or hands over, as the subscription asks for: `call` calls, and `make` makes what takes the
+// event to another thread.
 template <class Call, class Make>
 JournalWay Deliver(ConfigEventHandler& handler, Call call, Make make) {
   ACmThread* const thread = handler.m_pRunThread;

@@ -47,8 +47,8 @@ class InJournal {
   const ComponentScope m_component;
 };
 
-// A callback may end the store: nothing of it is used here. Part of its two callers, so that the set without the journal
-// pays for no further call.
+// A callback may end the store: nothing of it is used here. Part of its two callers, so that the set without
+// the journal pays for no further call.
 template <class Delivery>
 [[gnu::always_inline]] inline std::int32_t Fire(Cid cid, This self,
                                                 KalConfigObserverMgr<ConfigEventHandler::Ptr>& observers,
@@ -161,7 +161,8 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
 
 std::int32_t KalConfig::invokeInJournal(const void* caller, const char* name, ConfigValue& value,
                                         ConfigValue&& defaultValue, KalConfigGroup group) {
-  // A copy of what an event has of it, and a byte more, to mark the cut: the binding may end the caller's name.
+  // A copy of what an event has of it, and a byte more, to mark the cut: the binding may end the caller's
+  // name.
   char asked[kJournalLongestValue + 1];
   const std::size_t size = std::string_view(name).copy(asked, sizeof asked);
   JournalEntry entry{.kind = JournalKind::kAsked,

@@ -52,8 +52,9 @@ void DropAll() {
   }
 }
 
-// The registry's map: null until the first use, which may come from a static object that is constructed before
-// this library is initialised. Never destroyed: what ends after the stores were dropped at exit still finds it.
+// The registry's map: null until the first use, which may come from a static object that is constructed
+// before this library is initialised. Never destroyed: what ends after the stores were dropped at exit still
+// finds it.
 constinit Stores* g_mapConfigs TESSEL_LOCKING(pt_guarded_by(g_mutex)) = nullptr;
 
 void MakeStores() {

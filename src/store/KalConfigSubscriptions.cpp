@@ -33,14 +33,14 @@ void EmptyCallbacks(ConfigEventHandler& handler) {
   handler.m_fnInvoke = nullptr;
 }
 
-// Asked after a failure: a callback may have removed the handler, or ended the store, of which nothing may be used
-// then. Nothing is synchronised here: the callback has returned, and its end is known to this thread.
+// Asked after a failure: a callback may have removed the handler, or ended the store, of which nothing may be
+// used then. Nothing is synchronised here: the callback has returned, and its end is known to this thread.
 bool IsRegistered(const ConfigEventHandler& handler) {
   return handler.m_bRegistered.load(std::memory_order_relaxed);
 }
 
-// Under the lock that makes a registration visible or hides it, so that its event comes before those of its deliveries
-// on other threads. Short, and calls nobody.
+// Under the lock that makes a registration visible or hides it, so that its event comes before those of its
+// deliveries on other threads. Short, and calls nobody.
 [[gnu::noinline, gnu::cold]] void WriteRegistration(JournalKind kind, const void* caller,
                                                     std::uint32_t callId, const ConfigEventHandler& handler) {
   WriteJournal({.kind = kind,

@@ -5,8 +5,8 @@
 
 namespace kalStore::internal {
 
-/// The next removal from a store on this thread, while it lives, does not wait for deliveries in progress: one of
-/// them waits for this thread, and the caller has shut the callback off. One at a time in each thread.
+/// The next removal from a store on this thread, while it lives, does not wait for deliveries in progress:
+/// one of them waits for this thread, and the caller has shut the callback off. One at a time in each thread.
 class UnwaitedRemoval {
  public:
   UnwaitedRemoval() { t_isNext = true; }

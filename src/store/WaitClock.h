@@ -14,8 +14,8 @@ struct WaitClock {
 /// The clock in use.
 const WaitClock& CurrentWaitClock();
 
-/// The time between two readings of a clock. One that counts microseconds in 32 bits starts again at 0 every 36
-/// minutes.
+/// The time between two readings of a clock. One that counts microseconds in 32 bits starts again at 0 every
+/// 36 minutes.
 long ElapsedMs(long startMs, long nowMs);
 
 /// Replaces the clock, so that a test moves the time itself; null restores the real one. The clock must

@@ -20,8 +20,8 @@ void timer_fact<Policy>::MockNow(unsigned long time) {
   set_mock_time(time);
 }
 
-// Tags are the caller's and may be any number: the difference of two can be too large for a long, and is taken
-// without a sign.
+// Tags are the caller's and may be any number: the difference of two can be too large for a long, and is
+// taken without a sign.
 template <class Policy>
 long timer_fact<Policy>::since(long tag, long divisor) {
   using Distance = unsigned long;

@@ -25,8 +25,8 @@ std::vector<std::string> LinesOf(const std::vector<std::string>& texts) {
   return lines;
 }
 
-// A document of one setting on the second line, which begins with R"({"group":"Video","name":"A",)" unless the
-// members say something else.
+// A document of one setting on the second line, which begins with R"({"group":"Video","name":"A",)" unless
+// the members say something else.
 std::string One(const std::string& members) {
   return "{\"settings\":[\n{" + members + "}]}";
 }

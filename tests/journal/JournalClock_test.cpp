@@ -13,8 +13,8 @@ std::int64_t SteadyNs() {
   return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
 }
 
-// How exact it is, depends on the machine; that it is this clock, does not. Long enough that the rate of a counter is
-// measured, and used.
+// How exact it is, depends on the machine; that it is this clock, does not. Long enough that the rate of a
+// counter is measured, and used.
 TEST(JournalClock, IsTheSteadyClock) {
   constexpr std::int64_t kMinuteNs = 60'000'000'000;
   for (int i = 0; i < 4; ++i) {

@@ -92,8 +92,8 @@ TEST(JournalRing, ReadsARecordThatIsShorterThanTheLast) {
   EXPECT_EQ(words[1], 2u);
 }
 
-// Several writers and slow readers, in rings so small that writers lap each other all the time. Every number ends as a
-// whole record or as gone, and a whole one has the words of its number alone.
+// Several writers and slow readers, in rings so small that writers lap each other all the time. Every number
+// ends as a whole record or as gone, and a whole one has the words of its number alone.
 TEST(JournalRing, IsNeverReadTornBesideSeveralWriters) {
   constexpr unsigned int kWriters = 3;
   constexpr std::uint64_t kNumbers = 30000;

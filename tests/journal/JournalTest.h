@@ -70,7 +70,8 @@ class JournalStoreTest : public JournalTest {
   IKalConfig& m_store = *m_call;
 };
 
-/// Calls a function in the first trace line that contains a text: a place in the middle of an operation. One at a time.
+/// Calls a function in the first trace line that contains a text: a place in the middle of an operation. One
+/// at a time.
 class InTraceLine {
  public:
   InTraceLine(std::string_view part, std::function<void()> call) : m_part(part), m_call(std::move(call)) {

@@ -6,7 +6,8 @@
 #include "JournalTest.h"
 #include "support/AllocationCount.h"
 
-// In which order the numbers of events are, between threads and where something runs in the middle of an operation.
+// In which order the numbers of events are, between threads and where something runs in the middle of an
+// operation.
 
 namespace kalStore {
 namespace {
@@ -141,8 +142,8 @@ TEST_F(JournalOrder, HasTheSetThatFailedOnceItsValueWasStored) {
   }
 }
 
-// Registers, and lets another thread act as soon as the registration is visible: the entry of its id is allocated then,
-// after the handler itself and an entry in a list, which is smaller.
+// Registers, and lets another thread act as soon as the registration is visible: the entry of its id is
+// allocated then, after the handler itself and an entry in a list, which is smaller.
 void RegisterBeside(const std::function<void()>& attempt, const std::function<void()>& act) {
   std::optional<AtAllocation> idEntry;
   const AtAllocation handler(20 * sizeof(void*),

@@ -8,8 +8,8 @@
 
 namespace declare {
 
-/// A header with a ConfigKey for each setting, and an enum for each that has one. `sources` are the files that
-/// declare them.
+/// A header with a ConfigKey for each setting, and an enum for each that has one. `sources` are the files
+/// that declare them.
 std::string CppHeader(const std::vector<kalStore::SettingDeclaration>& settings,
                       const std::vector<std::string>& sources);
 

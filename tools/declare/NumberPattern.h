@@ -6,8 +6,8 @@
 
 namespace declare {
 
-// Regular expressions, in the part of ECMA-262 that every reader of a schema knows, for numbers as a typed read
-// takes them. They match the whole of a string.
+// Regular expressions, in the part of ECMA-262 that every reader of a schema knows, for numbers as a typed
+// read takes them. They match the whole of a string.
 
 /// Whole numbers from `minimum` to `maximum`; the latter is not less. With `isSigned`, zero may be "-0", too.
 std::string WholeNumberPattern(std::int64_t minimum, std::int64_t maximum, bool isSigned);

@@ -44,8 +44,8 @@ class UTIL_API ACmThread {
   /// @param bEventQueue  false: the thread runs, but has no queue
   explicit ACmThread(const char* name = nullptr, bool bEventQueue = true);
   /// Stops the thread, see Stop(). In an event of the thread itself, which cannot wait for its own end:
-  /// refuses further events and returns; the thread fires what is queued and then ends by itself. Send such an
-  /// event rather than post it: another thread's PostEvent() may still be under way while the event fires.
+  /// refuses further events and returns; the thread fires what is queued and then ends by itself. Send such
+  /// an event rather than post it: another thread's PostEvent() may still be under way while the event fires.
   /// @invalidates The thread's queue.
   ~ACmThread();
   ACmThread(const ACmThread&) = delete;

@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// Monotonic clocks that count microseconds from an arbitrary start. None ever wraps, but where a `long` has 32 bits:
-/// there each starts again at 0 after its largest reading, every 36 minutes.
+/// Monotonic clocks that count microseconds from an arbitrary start. None ever wraps, but where a `long` has
+/// 32 bits: there each starts again at 0 after its largest reading, every 36 minutes.
 /// @threads Any.
 /// @par Example
 /// @code{.cpp}
