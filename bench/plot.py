@@ -8,8 +8,10 @@ LABELS = {
     "PropertyTree": "Boost property_tree", "Signals2": "Boost.Signals2", "SigCpp": "libsigc++",
     "FunctionVector": "vector of functions", "Asio": "Boost.Asio", "Nlohmann": "nlohmann-json",
     "NlohmannAndMaps": "nlohmann-json + map", "RapidJsonAndMaps": "RapidJSON + map", "Text": "text",
-    "ToChars": "std::to_chars", "RapidJson": "RapidJSON", "BoostJson": "Boost.JSON", "JsonCpp": "jsoncpp", "Queue": "condvar loop",
-    "InPlace": "floor, in place", "Locked": "deque + mutex", "TbbTransparent": "oneTBB, transparent", "Boundary": "library call",
+    "ToChars": "std::to_chars", "RapidJson": "RapidJSON", "BoostJson": "Boost.JSON", "JsonCpp": "jsoncpp",
+    "Queue": "condvar loop",
+    "InPlace": "floor, in place", "Locked": "deque + mutex", "TbbTransparent": "oneTBB, transparent",
+    "Boundary": "library call",
     "Load": "volatile load", "Snprintf": "snprintf", "Fmt": "fmt", "Spdlog": "spdlog",
     "Live": "LiveConfig", "Atomic": "relaxed load", "Key": "store", "Nothing": "clock alone",
 }

@@ -7,7 +7,8 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
 
 install(CODE [[
   if(CMAKE_INSTALL_PREFIX MATCHES "[,:;]")
-    message(FATAL_ERROR "libtessel cannot be installed in ${CMAKE_INSTALL_PREFIX}: the path contains '${CMAKE_MATCH_0}'")
+    message(FATAL_ERROR
+      "libtessel cannot be installed in ${CMAKE_INSTALL_PREFIX}: the path contains '${CMAKE_MATCH_0}'")
   endif()]] ALL_COMPONENTS)
 
 set(tessel_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tessel)

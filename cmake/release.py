@@ -91,8 +91,9 @@ def write_release(tree, version, now):
     author = re.search(r"^ -- (.*>)", packages, re.MULTILINE)[1]
     same = re.match(rf"libtessel \({re.escape(version)}\).*?^ -- [^\n]*\n\n?", packages, re.MULTILINE | re.DOTALL)
     packages = packages[same.end():] if same else packages
-    entry = (f"libtessel ({version}) bookworm; urgency=medium\n\n  * Release {version}; {CHANGELOG} of the sources lists "
-             f"the changes.\n\n -- {author}  {email.utils.format_datetime(now)}\n")
+    entry = (f"libtessel ({version}) bookworm; urgency=medium\n\n"
+             f"  * Release {version}; {CHANGELOG} of the sources lists the changes.\n\n"
+             f" -- {author}  {email.utils.format_datetime(now)}\n")
     (tree / DEBIAN_CHANGELOG).write_text(entry + (f"\n{packages}" if packages else ""))
 
     if not baseline(tree, version).exists():

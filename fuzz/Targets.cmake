@@ -6,7 +6,8 @@ set(TESSEL_FUZZ_TARGETS json settings typed_reader statistics store recording)
 
 set(tessel_fuzz_folder ${CMAKE_CURRENT_LIST_DIR})
 if(NOT TARGET tessel_fuzz_models)
-  set(models AudioModel.cpp FacadeModel.cpp JsonModel.cpp SettingsModel.cpp StoreModel.cpp TraceCheck.cpp VideoModel.cpp)
+  set(models AudioModel.cpp FacadeModel.cpp JsonModel.cpp SettingsModel.cpp StoreModel.cpp TraceCheck.cpp
+      VideoModel.cpp)
   list(TRANSFORM models PREPEND ${tessel_fuzz_folder}/)
   add_library(tessel_fuzz_models STATIC ${models})
   tessel_configure(tessel_fuzz_models)

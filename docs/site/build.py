@@ -48,7 +48,8 @@ def stage(compounds):
     """Puts together what Sphinx reads."""
     for path in documents():
         link(path)
-    for path in ["docs/images", "docs/recording.schema.json", "LICENSE", *(path.relative_to(ROOT) for path in ROOT.glob("docs/guides/*.svg"))]:
+    for path in ["docs/images", "docs/recording.schema.json", "LICENSE",
+                 *(path.relative_to(ROOT) for path in ROOT.glob("docs/guides/*.svg"))]:
         link(path)
     parts = write_reference(ROOT, SOURCE / "reference", compounds)
     # The start page is one folder above its place in the tree.

@@ -29,8 +29,8 @@ html_copy_source = False
 html_show_copyright = False
 html_domain_indices = False
 
-# The style sheet of the distribution's furo is dark when the reader asks for it, but not when the system does, and looks
-# for another one where a web server would have it.
+# The style sheet of the distribution's furo is dark when the reader asks for it, but not when the system does, and
+# looks for another one where a web server would have it.
 FURO = Path(furo.__file__).parent / "theme/furo/static/styles/furo.css"
 NORMALIZE = Path("/usr/share/nodejs/normalize.css/normalize.css")
 dark = re.search(r'body\[data-theme="dark"\] \{([^}]*)\}', FURO.read_text())[1]

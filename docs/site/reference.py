@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Writes the reference: one page for each exported header, which Breathe fills from Doxygen's XML. At its top are a table
-of the threads on which its operations may run and the line that includes it.
+"""Writes the reference: one page for each exported header, which Breathe fills from Doxygen's XML. At its top are a
+table of the threads on which its operations may run and the line that includes it.
 """
 
 import re
@@ -92,7 +92,8 @@ class Page:
     def free_members(self):
         """What the header declares outside of classes."""
         place = self.header.find("location").get("file")
-        scopes = [self.header] + [compound for compound in self.compounds.values() if compound.get("kind") == "namespace"]
+        scopes = [self.header]
+        scopes += [compound for compound in self.compounds.values() if compound.get("kind") == "namespace"]
         seen = set()
         for member in (member for scope in scopes for member in scope.iterfind("sectiondef/memberdef")):
             if member.find("location").get("file") == place and member.get("id") not in seen:
@@ -183,7 +184,8 @@ def write_reference(root, folder, compounds):
     for name in sorted(headers.keys() - listed):
         page = Page(name, name, headers[name], compounds)
         if page.classes or any(member.get("kind") == "function" for member in page.free_members()):
-            sys.exit(f"{name} has no page: add it to REFERENCE in docs/site/contents.py, where a reader would look for it")
+            sys.exit(f"{name} has no page: add it to REFERENCE in docs/site/contents.py, where a reader would look "
+                     "for it")
     folder.mkdir(parents=True)
     names = []
     for part, entries in REFERENCE.items():

@@ -39,7 +39,8 @@ class Broken(Exception):
 
 
 def run(promise, command, **options):
-    result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, **options)
+    result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False,
+                            **options)
     if result.returncode != 0:
         raise Broken(f"{promise}:\n{result.stdout[-4000:]}\n({result.returncode})")
 
@@ -70,7 +71,8 @@ def check(headers, compiler, libraries, work, today=TODAY):
             ("built_today", today, "a source that compiled with the kept headers does not with today's",
              "a source that was written for the kept headers does not run today")):
         program = work / name
-        run(compiles, [compiler, "-std=c++20", "-w", *(f"-I{folder}" for folder in include), *sources, *link, "-o", program])
+        includes = [f"-I{folder}" for folder in include]
+        run(compiles, [compiler, "-std=c++20", "-w", *includes, *sources, *link, "-o", program])
         run(runs, [program], cwd=work, env=found)
 
 

@@ -74,7 +74,8 @@ class Compat(unittest.TestCase):
         self.change("tessel/IKalConfig.h", " public:\n", " public:\n  virtual void Gone() = 0;\n")
         self.example("IKalConfig* store = nullptr; CreateKalConfig(7, &store);"
                      " assert(store->RemoveKalConfigByGroup(KAL_CONFIG_GROUP_VIDEO) == kResultOk);"
-                     ' assert(store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "a", ConfigData(1), false, false) != kResultOk);')
+                     ' assert(store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "a", ConfigData(1), false, false) !='
+                     " kResultOk);")
         self.change("tessel/KalConfig.h", " public:\n", " public:\n  void Gone() override;\n")
         self.assert_broken("does not run with today's libraries")
 

@@ -20,7 +20,8 @@ show() {
   # gdb starts the program, not the script: gdb loads no printers of a library while a script runs.
   gdb -nx -batch "$@" -ex "set disable-randomization off" \
     -ex "set environment LD_LIBRARY_PATH $libraries:$libraries/tessel" -ex "break -qualified Stop" -ex run \
-    -x "$source/tests/gdb/show.py" "$program" >"$work/gdb.log" 2>&1 && [ -s "$SHOWN" ] || { cat "$work/gdb.log"; exit 1; }
+    -x "$source/tests/gdb/show.py" "$program" >"$work/gdb.log" 2>&1 && [ -s "$SHOWN" ] ||
+    { cat "$work/gdb.log"; exit 1; }
   # The script does not receive what gdb answers to development environments.
   sed -n 's/^\^//p' "$work/gdb.log" >>"$SHOWN"
 }

@@ -19,7 +19,8 @@ FOLDERS = [SOURCE / "include", SOURCE / "libutil" / "include"]
 HEADERS = [path.relative_to(folder).as_posix() for folder in FOLDERS for path in sorted(folder.glob("*/*.h"))]
 NEEDS_EXCEPTIONS = "tessel/ScopedConfig.h"
 COMPILER = sys.argv.pop(1)
-COMPILERS = [COMPILER] + [found for found in map(shutil.which, ("clang++", "clang++-19")) if found and found != COMPILER]
+OTHERS = map(shutil.which, ("clang++", "clang++-19"))
+COMPILERS = [COMPILER] + [found for found in OTHERS if found and found != COMPILER]
 STANDARDS = ("c++20", "c++23", "c++26")
 WARNINGS = ("-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror")
 

@@ -17,11 +17,12 @@ UTIL = r"util/\w+\.h"
 TRACE_HEADERS = r"tessel/(export|locking|timer_fact|trace)\.h"
 JSON_HEADERS = r"tessel/(export|json|jsonHelper|json_\w+)\.h"
 JOURNAL_HEADERS = r"tessel/(export|journal|locking|KalConfigGroup|ResultCode)\.h"
-STORE_HEADERS = (r"tessel/((I?KalConfig|KalConfig(Event|Group|ObserverMgr|Registry)|ConfigEventHandler|KalFeatureToggleID"
-                 r"|KalSessionType|ResultCode|atomMap)\.h|KalFeatureToggles\.def)")
+STORE_HEADERS = (r"tessel/((I?KalConfig|KalConfig(Event|Group|ObserverMgr|Registry)|ConfigEventHandler"
+                 r"|KalFeatureToggleID|KalSessionType|ResultCode|atomMap)\.h|KalFeatureToggles\.def)")
 DOCUMENT_HEADERS = r"tessel/(settings_(check|declaration)|ConfigEnum|TypedValue)\.h"
-STATISTICS_HEADERS = (r"tessel/(CKalTessel|IKalUnknown|IKal(Audio|Media|Video)Info|Kal(Content)?(Audio|Video)StatisticInfo"
-                      r"|KalStatisticsTypes|ResultCode|Statistics(Blocks|Registration))\.h")
+STATISTICS_HEADERS = (r"tessel/(CKalTessel|IKalUnknown|IKal(Audio|Media|Video)Info"
+                      r"|Kal(Content)?(Audio|Video)StatisticInfo|KalStatisticsTypes|ResultCode"
+                      r"|Statistics(Blocks|Registration))\.h")
 
 # Folder or file, by pattern: what it may include. The first row that matches holds.
 FOLDERS = [

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Every lock that is left out is refused by Clang's thread-safety analysis: removes the locks of each source file of the
-libraries, and compares the functions that lack one with those that Clang then names. The file as it is compiles.
+"""Every lock that is left out is refused by Clang's thread-safety analysis: removes the locks of each source file of
+the libraries, and compares the functions that lack one with those that Clang then names. The file as it is compiles.
 
 No library code locks but by the annotated classes, which the analysis knows.
 """
@@ -61,7 +61,8 @@ def diagnostics(text, path):
         run = subprocess.run([*COMMAND, f"-I{path.parent}", copy.name], capture_output=True, text=True, check=False)
         if run.returncode != 0:
             raise RuntimeError(f"{path}: {run.stderr}")
-        found = re.findall(rf"^{re.escape(copy.name)}:(\d+):\d+: warning: .*\[-Wthread-safety", run.stderr, re.MULTILINE)
+        warning = rf"^{re.escape(copy.name)}:(\d+):\d+: warning: .*\[-Wthread-safety"
+        found = re.findall(warning, run.stderr, re.MULTILINE)
         return {int(number) - 1 for number in found}
 
 

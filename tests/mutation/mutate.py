@@ -35,7 +35,8 @@ SWAPS = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >= "
 NUMBER = re.compile(r"(?<![\w.'])(\d+)(?![\w.'])")
 CONDITION = re.compile(r"\b(?:if|while) \(")
 STATEMENT = re.compile(r"(?:\+\+|--|\*)?[A-Za-z_][\w:.\[\]]*(?:->[\w.]+)*(?:\(| [-+|&]?= |\+\+;|--;).*;$")
-NO_STATEMENT = re.compile(r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert)\b")
+NO_STATEMENT = re.compile(
+    r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert)\b")
 NOT_CODE = re.compile(r"\s*(#|static_assert|using |namespace |template )")
 
 Mutant = collections.namedtuple("Mutant", "file start end text")
@@ -127,7 +128,8 @@ class Workshop:
         self.tree.mkdir(parents=True, exist_ok=True)
         copy_tree(self.tree)
         self.command(["cmake", "-G", "Ninja", "-S", self.tree, "-B", self.objects, "-DCMAKE_BUILD_TYPE=Debug",
-                      "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON", "-DTESSEL_BUILD_EXAMPLES=OFF"])
+                      "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON",
+                      "-DTESSEL_BUILD_EXAMPLES=OFF"])
         self.programs = sorted(re.findall(r"^(?!cmake_)(\w+_test): phony", self.targets(), re.M))
         self.command(["ninja", "-C", self.objects] + JOBS + self.programs)
         self.paths = {name: next(p for p in self.objects.rglob(name) if p.is_file()) for name in self.programs}
@@ -209,7 +211,8 @@ def main():
     arguments = parser.parse_args()
 
     workshop = Workshop(ROOT / "build/mutation")
-    files = sorted(f for folder in FOLDERS for suffix in ("*.cpp", "*.h") for f in (workshop.tree / folder).rglob(suffix))
+    files = sorted(f for folder in FOLDERS for suffix in ("*.cpp", "*.h")
+                   for f in (workshop.tree / folder).rglob(suffix))
     mutants = [m for f in files for m in mutants_of(str(f.relative_to(workshop.tree)), f.read_text())
                if m.file.startswith(arguments.only)]
     random.Random(arguments.seed).shuffle(mutants)

@@ -9,7 +9,8 @@ release=bookworm
 
 # in_root COMMAND...: with nothing of this machine's surroundings but its way to the network.
 in_root() {
-  unshare --mount --pid --fork --propagation private bash -c 'mount -t proc proc "$0/proc" && chroot "$0" "$@"' "$root" \
+  unshare --mount --pid --fork --propagation private \
+    bash -c 'mount -t proc proc "$0/proc" && chroot "$0" "$@"' "$root" \
     /usr/bin/env -i HOME=/root PATH="$PATH" LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive \
     ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} "$@"
 }
@@ -39,7 +40,8 @@ mkdir "$root/packages"
 cp "$packages"/*.deb "$root/packages"
 step "the packages" in_root sh -c 'apt-get install -y --no-install-recommends /packages/*.deb'
 step "a program by pkg-config" in_root sh -c '
-  g++ -std=c++20 /libtessel/tests/package/consumer/consumer.cpp $(pkg-config --cflags --libs tessel) -o /consumer && /consumer'
+  g++ -std=c++20 /libtessel/tests/package/consumer/consumer.cpp $(pkg-config --cflags --libs tessel) -o /consumer &&
+  /consumer'
 for example in component statistics; do
   step "the example $example" in_root sh -c "
     cmake -G Ninja -S /libtessel/examples/$example -B /$example && cmake --build /$example && /$example/$example"

@@ -141,9 +141,11 @@ case "$way" in
       { cat "$work/wrong.log" && fail "the mistake has no place"; }
 
     refuses() {
-      ! cmake -G Ninja -S "$project" -B "$work/refused" -DCMAKE_PREFIX_PATH="$prefix" "${@:2}" >"$work/refused.log" 2>&1 ||
+      ! cmake -G Ninja -S "$project" -B "$work/refused" -DCMAKE_PREFIX_PATH="$prefix" "${@:2}" \
+        >"$work/refused.log" 2>&1 ||
         fail "${*:2} is not refused"
-      tr '\n' ' ' <"$work/refused.log" | tr -s ' ' | grep -F "$1" >/dev/null || { cat "$work/refused.log" && fail "$1"; }
+      tr '\n' ' ' <"$work/refused.log" | tr -s ' ' | grep -F "$1" >/dev/null ||
+        { cat "$work/refused.log" && fail "$1"; }
     }
     refuses 'there is no target "sendr"' -DMISTAKE=target
     refuses '(sender): no file of declarations is given' -DMISTAKE=file

@@ -93,7 +93,8 @@ class Release(unittest.TestCase):
         self.assertIn(reason, faults[0])
 
     def test_what_is_no_version_is_refused(self):
-        for version in ("", "1", "1.0", "1.0.0.0", "v1.0.0", "1.0.00", "01.0.0", "1.100.0", "1.0.100", "1.0.0-rc1", "-1.0.0"):
+        for version in ("", "1", "1.0", "1.0.0.0", "v1.0.0", "1.0.00", "01.0.0", "1.100.0", "1.0.100", "1.0.0-rc1",
+                        "-1.0.0"):
             self.assert_refused(version, "is not MAJOR.MINOR.PATCH")
 
     def test_a_version_that_is_not_newer_is_refused(self):
@@ -132,7 +133,8 @@ class Release(unittest.TestCase):
     def test_the_version_is_stated_everywhere(self):
         self.release("1.2.3")
         self.assertEqual(release.version_of(self.tree), "1.2.3")
-        self.assertIn("\n## Unreleased\n\n## 1.2.3, 2027-01-31\n\n- Something new.\n\n## 0.9.0,", self.read("CHANGELOG.md"))
+        self.assertIn("\n## Unreleased\n\n## 1.2.3, 2027-01-31\n\n- Something new.\n\n## 0.9.0,",
+                      self.read("CHANGELOG.md"))
         self.assertRegex(self.read("cmake/debian/changelog"),
                          r"\Alibtessel \(1\.2\.3\) .*\n\n  \* .*\n\n -- The authors <authors@example.org>  "
                          r"Sun, 31 Jan 2027 12:00:00 \+0000\n\nlibtessel \(0\.9\.0\) ")
@@ -159,13 +161,15 @@ class Release(unittest.TestCase):
         before = self.git("rev-parse", "main")
         out = self.release("1.2.3", [["true"]], dry_run=True)
         self.assertTrue((out / "libtessel-1.2.3.tar.gz").exists())
-        self.assertEqual((self.git("rev-parse", "main"), self.git("tag"), self.git("status", "--porcelain")), (before, "", ""))
+        self.assertEqual((self.git("rev-parse", "main"), self.git("tag"), self.git("status", "--porcelain")),
+                         (before, "", ""))
 
     def test_a_release_that_fails_changes_nothing(self):
         before = self.git("rev-parse", "main")
         with self.assertRaises(subprocess.CalledProcessError):
             self.release("1.2.3", [["false"]])
-        self.assertEqual((self.git("rev-parse", "main"), self.git("tag"), self.git("status", "--porcelain")), (before, "", ""))
+        self.assertEqual((self.git("rev-parse", "main"), self.git("tag"), self.git("status", "--porcelain")),
+                         (before, "", ""))
         self.release("1.2.3")
 
     def test_the_first_release_of_a_major_keeps_its_headers(self):

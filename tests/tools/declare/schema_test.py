@@ -33,9 +33,10 @@ DECLARATIONS = {
 GOOD = [
     ("Video", "MaxFps", "1"), ("Video", "MaxFps", "120"), ("Video", "MaxFps", "0060"), ("Video", "Layers", "3"),
     ("Video", "Offset", "-20"), ("Video", "Offset", "-3"), ("Video", "Codec", "vp8"), ("Audio", "Ratio", "-1.5e3"),
-    ("Audio", "Frame", "20"), ("Audio", "Frame", "-0"), ("Audio", "Dtx \u0085\u007f\n", "TRUE"), ("Audio", "Dtx \u0085\u007f\n", "0"),
-    ("Common", "Anything", "at all"), ("Feature", "EnableMusicDetection", "false"),
-    ("Feature", "NoiseSuppressionLevel", "4"), ("Feature", "VideoStrategyLadder", "any"),
+    ("Audio", "Frame", "20"), ("Audio", "Frame", "-0"), ("Audio", "Dtx \u0085\u007f\n", "TRUE"),
+    ("Audio", "Dtx \u0085\u007f\n", "0"), ("Common", "Anything", "at all"),
+    ("Feature", "EnableMusicDetection", "false"), ("Feature", "NoiseSuppressionLevel", "4"),
+    ("Feature", "VideoStrategyLadder", "any"),
 ]
 BAD = [
     ("Video", "MaxFps", "0"), ("Video", "MaxFps", "121"), ("Video", "MaxFps", "fast"), ("Video", "MaxFps", "30.0"),
@@ -100,7 +101,8 @@ def main():
         file.write_text('{"settings":[]}', encoding="utf-8")
         validator, _ = schema_of(file)
         for document in sorted((EXAMPLES / "settings").glob("*.json")):
-            errors = [error.message for error in validator.iter_errors(json.loads(document.read_text(encoding="utf-8")))]
+            instance = json.loads(document.read_text(encoding="utf-8"))
+            errors = [error.message for error in validator.iter_errors(instance)]
             assert not errors, f"{document}: {errors}"
 
 

@@ -88,7 +88,8 @@ def chromium(*arguments):
 # Looks at the report in frames of several widths, and writes what is wrong as JSON.
 LAYOUT = """<!DOCTYPE html><meta charset="utf-8"><body>%FRAMES%<script>
 const brightness = colour => Math.max(...colour.match(/[0-9.]+/g).slice(0, 3).map(Number));
-const apart = (a, b) => a.right <= b.left + 1 || b.right <= a.left + 1 || a.bottom <= b.top + 1 || b.bottom <= a.top + 1;
+const apart = (a, b) =>
+  a.right <= b.left + 1 || b.right <= a.left + 1 || a.bottom <= b.top + 1 || b.bottom <= a.top + 1;
 onload = () => {
   const found = [];
   for (const frame of document.querySelectorAll("iframe")) {
@@ -170,7 +171,8 @@ def main():
 
     for is_dark in (False, True):
         check_layout(url, work, is_dark)
-        chromium("--window-size=1280,4800", f"--screenshot={work}/{'dark' if is_dark else 'light'}.png", scheme(is_dark), url)
+        chromium("--window-size=1280,4800", f"--screenshot={work}/{'dark' if is_dark else 'light'}.png",
+                 scheme(is_dark), url)
     paper = work / "report.pdf"
     chromium("--no-pdf-header-footer", f"--print-to-pdf={paper}", url)
     pages = len(re.findall(rb"/Type\s*/Page\b", paper.read_bytes()))

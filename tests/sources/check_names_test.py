@@ -22,7 +22,8 @@ class CheckNames(unittest.TestCase):
         return check_names.check(self.tree)
 
     def test_functions_are_camel_case(self):
-        self.assertEqual(self.faults("namespace {", "int Good() { return 1; }", "}", "int Better() { return Good(); }"), [])
+        self.assertEqual(self.faults("namespace {", "int Good() { return 1; }", "}",
+                                     "int Better() { return Good(); }"), [])
         self.assertEqual(self.faults("namespace {", "", "int bad() { return 1; }", "}"),
                          ["tests/a.cpp:3: bad must be CamelCase"])
         self.assertEqual(self.faults("namespace kalStore {", "static int bad();", "}"),
@@ -32,7 +33,8 @@ class CheckNames(unittest.TestCase):
 
     def test_public_methods_are_camel_case(self):
         self.assertEqual(self.faults("struct Stage {", "  void Good() {}", "  int begin() const;", "};"), [])
-        self.assertEqual(self.faults("struct Stage {", "  void bad() {}", "};"), ["tests/a.cpp:2: bad must be CamelCase"])
+        self.assertEqual(self.faults("struct Stage {", "  void bad() {}", "};"),
+                         ["tests/a.cpp:2: bad must be CamelCase"])
         self.assertEqual(self.faults("class Stage {", " public:", "  int bad() const;", "};"),
                          ["tests/a.cpp:3: bad must be CamelCase"])
 
@@ -41,8 +43,8 @@ class CheckNames(unittest.TestCase):
                                      "void Stage::helper() {}"), [])
 
     def test_others_names_stay(self):
-        self.assertEqual(self.faults("struct Event : ICmEvent {", "  void run() override;", "  bool operator==(int);", "};",
-                                     "int main() {}"), [])
+        self.assertEqual(self.faults("struct Event : ICmEvent {", "  void run() override;", "  bool operator==(int);",
+                                     "};", "int main() {}"), [])
 
     def test_calls_variables_and_tests_are_no_functions(self):
         self.assertEqual(self.faults("TEST(Name, IsASentence) {", "  const auto value = json::deserialize(text);",

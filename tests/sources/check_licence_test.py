@@ -33,8 +33,9 @@ class CheckLicence(unittest.TestCase):
             self.assertEqual(self.faults(file, line), [], file)
 
     def test_a_file_without_the_line_is_named(self):
-        for file in ("src/a.cpp", "include/a.h", "include/a.def", "docs/a.js", "docs/a.css", "cmake/a.cmake", "cmake/a.pc.in",
-                     "src/a.map", "tests/a.py", "tests/a.sh", "src/CMakeLists.txt", "fuzz/corpus_of_code/a.cpp"):
+        for file in ("src/a.cpp", "include/a.h", "include/a.def", "docs/a.js", "docs/a.css", "cmake/a.cmake",
+                     "cmake/a.pc.in", "src/a.map", "tests/a.py", "tests/a.sh", "src/CMakeLists.txt",
+                     "fuzz/corpus_of_code/a.cpp"):
             self.assertEqual(self.faults(file, b"text\n"), [f"{file}:1"])
             self.assertEqual(self.faults(file, b""), [f"{file}:1"])
 

@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Checks the names of functions where clang-tidy does not look: in tests, fuzz targets, benchmarks and examples.
 
-Free functions, file-local ones too, and public methods are CamelCase. Methods that are not public may be either: those of
-a fixture are called by its tests as functions are. Each other name is printed as FILE:LINE. ctags reads all files in a
-second; clang-tidy would read the headers of the test libraries again for each program.
+Free functions, file-local ones too, and public methods are CamelCase. Methods that are not public may be either: those
+of a fixture are called by its tests as functions are. Each other name is printed as FILE:LINE. ctags reads all files in
+a second; clang-tidy would read the headers of the test libraries again for each program.
 """
 
 import json
@@ -31,9 +31,11 @@ def is_named_well(tag):
 
 def check(tree):
     """The functions whose names break the rule."""
-    files = sorted(str(path) for folder in FOLDERS for path in (tree / folder).rglob("*") if path.suffix in (".cpp", ".h"))
-    listed = subprocess.run(["ctags", "--quiet", "--options=NONE", "--languages=C++", "--langmap=C++:.cpp.h", "--kinds-C++=fp",
-                             "--fields=+an", "--fields-C++=+{properties}", "--output-format=json", "-L", "-", "-f", "-"],
+    files = sorted(str(path) for folder in FOLDERS for path in (tree / folder).rglob("*")
+                   if path.suffix in (".cpp", ".h"))
+    listed = subprocess.run(["ctags", "--quiet", "--options=NONE", "--languages=C++", "--langmap=C++:.cpp.h",
+                             "--kinds-C++=fp", "--fields=+an", "--fields-C++=+{properties}", "--output-format=json",
+                             "-L", "-", "-f", "-"],
                             input="\n".join(files), check=True, encoding="utf-8", stdout=subprocess.PIPE).stdout
     tags = [json.loads(line) for line in listed.splitlines()]
     places = [(Path(tag["path"]).relative_to(tree).as_posix(), tag["line"], tag["name"])
