@@ -27,6 +27,8 @@ function(tessel_configure target)
     if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
       # Which lock protects what: see tessel/locking.h.
       target_compile_options(${target} PRIVATE -Wthread-safety)
+      # The standard library of GCC 12 deprecates what its own std::stable_sort() calls.
+      target_compile_options(${target} PRIVATE -Wno-deprecated-declarations)
     endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
       # GCC 12 sees overlaps in the standard library's own string code that are not there.

@@ -3,13 +3,14 @@
 """Counts the instructions of the fast paths and compares them with those kept in bench/instructions.txt.
 
 A path that takes over 5 % more than is kept fails; one that takes over 5 % less is reported. UPDATE=1 keeps the new
-counts instead.
+counts instead. Of another build than the release build, --build, more may be allowed, --within.
 
 What is counted is the same on every machine: the instructions of the two libraries, of the C++ runtime and of the
 program that calls them, and none of the C library, which chooses among its copying and comparing functions by the
 processor. What it allocates is held by the tests that count allocations.
 """
 
+import argparse
 import os
 import pathlib
 import re
@@ -18,10 +19,8 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-PROGRAM = ROOT / "build/release/bench/instructions/tessel_paths"
 KEPT = ROOT / "bench/instructions.txt"
 REPEATS = 200  # As in paths.cpp.
-MARGIN = 0.05
 COUNTED = re.compile(r"/(libtessel\.so|libutil\.so|libstdc\+\+\.so|tessel_paths)[^/]*$")
 HEAD = """# Instructions of one operation of each fast path, without those of the C library.
 # x86-64, GCC 12, the release build. './dev instructions' compares; 'UPDATE=1 ./dev instructions' counts anew.
@@ -49,12 +48,12 @@ def self_cost(profile):
     return trigger, total
 
 
-def count():
+def count(program):
     """Instructions of one operation by the path's name, in the order of the paths."""
     with tempfile.TemporaryDirectory() as folder:
         out = pathlib.Path(folder) / "out"
         subprocess.run(["valgrind", "--quiet", "--tool=callgrind", f"--callgrind-out-file={out}",
-                        "--dump-before=Path_*", PROGRAM], check=True)
+                        "--dump-before=Path_*", program], check=True)
         parts = sorted(out.parent.glob("out.*"), key=lambda part: int(part.suffix[1:]))
         costs = [self_cost(part) for part in parts]
     paths = {}
@@ -72,7 +71,12 @@ def kept():
 
 
 def main():
-    counted = count()
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", metavar="PRESET", default="release")
+    parser.add_argument("--within", metavar="PERCENT", type=int, default=5)
+    arguments = parser.parse_args()
+    margin = arguments.within / 100
+    counted = count(ROOT / "build" / arguments.build / "bench/instructions/tessel_paths")
     if os.environ.get("UPDATE") == "1":
         KEPT.write_text(HEAD + "".join(f"{path:32}{instructions:>8}\n" for path, instructions in counted.items()))
         print(f"{len(counted)} paths: {KEPT.relative_to(ROOT)}")
@@ -85,18 +89,18 @@ def main():
         if now is None or then is None:
             verdict = "is counted, but not kept" if then is None else "is kept, but not counted"
             wrong.append(path)
-        elif now > then * (1 + MARGIN):
+        elif now > then * (1 + margin):
             verdict = "SLOWER"
             wrong.append(path)
-        elif now < then * (1 - MARGIN):
+        elif now < then * (1 - margin):
             verdict = "faster"
             faster.append(path)
         print(f"{path:32}{then or '':>8}{now or '':>8}  {verdict}".rstrip())
     if wrong:
-        print(f"more than is kept by over {MARGIN:.0%}, or not the same paths: {', '.join(wrong)};"
+        print(f"more than is kept by over {margin:.0%}, or not the same paths: {', '.join(wrong)};"
               " if it is meant, 'UPDATE=1 ./dev instructions'")
     elif faster:
-        print(f"less than is kept by over {MARGIN:.0%}: {', '.join(faster)}; to keep it, 'UPDATE=1 ./dev instructions'")
+        print(f"less than is kept by over {margin:.0%}: {', '.join(faster)}; to keep it, 'UPDATE=1 ./dev instructions'")
     return 1 if wrong else 0
 
 

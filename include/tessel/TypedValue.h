@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <concepts>
 #include <optional>
 #include <string>
@@ -29,6 +30,17 @@ inline constexpr bool kIsConfigDuration<std::chrono::duration<Count, Unit>> = tr
 
 template <class T>
 concept ConfigDuration = kIsConfigDuration<T>;
+
+// Where the standard library's from_chars() is for integers alone. A float is rounded twice.
+template <std::floating_point T>
+std::optional<T> ReadReal(const ConfigData& value) noexcept {
+  const double read = value.ToDouble(0);
+  const bool isNaN = std::isnan(read);
+  if (!isNaN && read != value.ToDouble(1)) return std::nullopt;
+  const T number = static_cast<T>(read);
+  const bool isHeld = isNaN || (std::isinf(number) == std::isinf(read) && (number == 0) == (read == 0));
+  return isHeld ? std::optional(number) : std::nullopt;
+}
 
 }  // namespace detail
 
@@ -70,8 +82,12 @@ std::optional<T> ReadAs(const ConfigData& value) noexcept(!std::same_as<T, std::
   } else {
     T number{};
     const char* const end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, number);
-    return result.ptr == end && result.ec == std::errc() ? std::optional(number) : std::nullopt;
+    if constexpr (requires { std::from_chars(end, end, number); }) {
+      const std::from_chars_result result = std::from_chars(text.data(), end, number);
+      return result.ptr == end && result.ec == std::errc() ? std::optional(number) : std::nullopt;
+    } else {
+      return detail::ReadReal<T>(value);
+    }
   }
 }
 

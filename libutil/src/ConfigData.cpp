@@ -3,8 +3,12 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 #include <string_view>
 #include <system_error>
+
+#include <locale.h>
 
 namespace {
 
@@ -14,13 +18,36 @@ std::string TextOf(Number value) {
   return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
+// As ReadWhole(), where the standard library's from_chars() is for integers alone: it reads what that would.
+template <class Real>
+std::errc ReadWholeReal(const std::string& text, Real& number) noexcept {
+  // strtod() would also take white space or a plus sign before the number, and hexadecimal digits.
+  const char* const first = text.c_str() + (text.starts_with('-') ? 1 : 0);
+  const bool isFinite = std::string_view("0123456789.").find(*first) != std::string_view::npos;
+  if (!isFinite && std::string_view("iInN").find(*first) == std::string_view::npos)
+    return std::errc::invalid_argument;
+  if (*first == '0' && (first[1] == 'x' || first[1] == 'X')) return std::errc::invalid_argument;
+
+  static const locale_t plainLocale = newlocale(LC_ALL_MASK, "C", locale_t{});
+  char* end = nullptr;
+  number = strtod_l(text.c_str(), &end, plainLocale);
+  if (end != text.data() + text.size()) return std::errc::invalid_argument;
+  const bool isZero = text.find_first_of("123456789") >= text.find_first_of("eE");
+  const bool isHeld = !isFinite || (std::isfinite(number) && (isZero || number != 0));
+  return isHeld ? std::errc{} : std::errc::result_out_of_range;
+}
+
 /// Reads a number that is the whole string: no error for one in range, `result_out_of_range` for one that is
 /// not, `invalid_argument` for any other string.
 template <class Number>
 std::errc ReadWhole(const std::string& text, Number& number) noexcept {
   const char* end = text.data() + text.size();
-  const std::from_chars_result result = std::from_chars(text.data(), end, number);
-  return result.ptr == end ? result.ec : std::errc::invalid_argument;
+  if constexpr (requires { std::from_chars(end, end, number); }) {
+    const std::from_chars_result result = std::from_chars(text.data(), end, number);
+    return result.ptr == end ? result.ec : std::errc::invalid_argument;
+  } else {
+    return ReadWholeReal(text, number);
+  }
 }
 
 template <class Number>

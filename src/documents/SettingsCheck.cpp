@@ -180,8 +180,8 @@ class EntryCheck {
   std::vector<SettingsEntry>* const m_entries;
 };
 
-std::vector<SettingsFinding> Check(std::string_view text, const Expected& expected,
-                                   std::vector<SettingsEntry>* entries) {
+std::vector<SettingsFinding> FindingsOf(std::string_view text, const Expected& expected,
+                                        std::vector<SettingsEntry>* entries) {
   SettingsReader reader(text, SettingsReader::Findings::kAll);
   std::vector<SettingsFinding> findings;
   if (reader.Read()) {
@@ -212,12 +212,12 @@ std::vector<SettingsFinding> CheckSettings(const std::string& text, const Settin
 
 std::vector<SettingsFinding> CheckSettings(const std::string& text, const SettingsNames& known,
                                            const std::vector<SettingDeclaration>& declared) {
-  return Check(text, {known, declared}, nullptr);
+  return FindingsOf(text, {known, declared}, nullptr);
 }
 
 SettingsContents ReadSettings(const std::string& text) {
   SettingsContents contents;
-  contents.findings = Check(text, {{}, {}}, &contents.entries);
+  contents.findings = FindingsOf(text, {{}, {}}, &contents.entries);
   return contents;
 }
 

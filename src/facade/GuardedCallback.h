@@ -12,9 +12,6 @@
 
 namespace kalStore::internal {
 
-/// How long a removal waits for a run in progress, in all.
-inline constexpr long kRemovalCeilingMs = 3000;
-
 /// The change callback of a subscription, which its owner can shut off. The function objects that a store,
 /// its deliveries and the queue of a thread hold share one: once it is removed, none of them reaches user
 /// code, however late it is called.

@@ -8,6 +8,8 @@
 #include <limits>
 #include <system_error>
 
+#include "util/ConfigData.h"
+
 namespace kalStore::internal {
 
 namespace {
@@ -74,6 +76,19 @@ bool AppendSixDecimals([[maybe_unused]] std::string& out, [[maybe_unused]] doubl
 #endif
 }
 
+// What a token of a JSON number says; a NaN when no double can hold that.
+template <class Real>
+Real RealOf(std::string_view token) {
+  Real number = 0;
+  const char* const end = token.data() + token.size();
+  if constexpr (requires { std::from_chars(end, end, number); }) {
+    const std::errc error = std::from_chars(token.data(), end, number).ec;
+    return error == std::errc::result_out_of_range ? std::numeric_limits<Real>::quiet_NaN() : number;
+  } else {  // The standard library reads integers alone.
+    return ConfigData(std::string(token)).ToDouble(std::numeric_limits<Real>::quiet_NaN());
+  }
+}
+
 // The power of ten of the first digit that is not zero, for a number that no double can hold.
 std::int64_t MagnitudeOf(std::string_view token) {
   const std::size_t exponentAt = std::min(token.find_first_of("eE"), token.size());
@@ -111,9 +126,8 @@ void AppendNumber(std::string& out, double number) {
 }
 
 double ParseReal(std::string_view token) {
-  double number = 0;
-  const auto result = std::from_chars(token.data(), token.data() + token.size(), number);
-  if (result.ec == std::errc::result_out_of_range) {
+  double number = RealOf<double>(token);
+  if (std::isnan(number)) {
     number = MagnitudeOf(token) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
     if (token.front() == '-') number = -number;
   }

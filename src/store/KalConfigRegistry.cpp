@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "journal/JournalSource.h"
+#include "store/RecursiveMutex.h"
 #include "tessel/KalConfig.h"
 #include "trace/TraceLine.h"
 #include "util/CCmUtilFuncTracer.h"
@@ -28,7 +29,7 @@ struct StoreEntry {
 using Stores = std::map<std::uint32_t, StoreEntry>;
 
 // Usable before any constructor runs.
-constinit detail::Mutex<std::recursive_mutex> g_mutex;
+constinit detail::Mutex<RecursiveMutex> g_mutex;
 
 Stores& TheStores() TESSEL_LOCKING(requires_capability(g_mutex));
 

@@ -18,7 +18,6 @@ using namespace internal;
 namespace {
 
 constexpr long kRemovalReportMs = 500;
-constexpr long kRemovalCeilingMs = 3000;
 
 // Pairs with FinishDelivery(): what the last callback did happens before the callbacks are emptied.
 bool HasPendingDelivery(const ConfigEventHandler& handler) {

@@ -3,6 +3,9 @@
 
 namespace kalStore::internal {
 
+/// How long a removal waits for a run in progress, in all.
+inline constexpr long kRemovalCeilingMs = 3000;
+
 /// The clock and the pauses of everything that waits: a removal, a facade's teardown, the measure of slow
 /// callbacks. Threads: any.
 struct WaitClock {

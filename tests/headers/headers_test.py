@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """The exported headers as a program compiles them: each one alone, and all together by every compiler at hand, for each
 language standard that the compiler knows, without a warning; without run-time type information; without exceptions.
-usage: headers_test.py COMPILER
+usage: headers_test.py COMPILER [OTHER...]
 """
 
 import os
@@ -18,9 +18,8 @@ SOURCE = Path(__file__).resolve().parents[2]
 FOLDERS = [SOURCE / "include", SOURCE / "libutil" / "include"]
 HEADERS = [path.relative_to(folder).as_posix() for folder in FOLDERS for path in sorted(folder.glob("*/*.h"))]
 NEEDS_EXCEPTIONS = "tessel/ScopedConfig.h"
-COMPILER = sys.argv.pop(1)
-OTHERS = map(shutil.which, ("clang++", "clang++-19"))
-COMPILERS = [COMPILER] + [found for found in OTHERS if found and found != COMPILER]
+COMPILER, *OTHERS = sys.argv[1:]
+COMPILERS = [COMPILER] + [found for found in filter(None, map(shutil.which, OTHERS)) if found != COMPILER]
 STANDARDS = ("c++20", "c++23", "c++26")
 WARNINGS = ("-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror")
 
@@ -75,4 +74,4 @@ class Headers(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main()
+    unittest.main(argv=sys.argv[:1])
