@@ -362,8 +362,12 @@ class TESSEL_API KalConfigHelper {
   friend class internal::LiveRegistrar;
 
   std::int32_t createKalConfig(std::uint32_t callId);
-  std::shared_ptr<internal::ObserverRecord> makeRecord(const char* szConfigName, fnConfigChangedCallBack cb,
-                                                       KalConfigGroup group, ACmThread* thread, bool async);
+  [[gnu::visibility("hidden")]] std::shared_ptr<internal::ObserverRecord> makeRecord(
+      const char* szConfigName, fnConfigChangedCallBack&& cb, KalConfigGroup group, ACmThread* thread,
+      bool async);
+  [[gnu::visibility("hidden")]] SubscribeId_t subscribe(const char* szConfigName,
+                                                        fnConfigChangedCallBack&& cb, KalConfigGroup group,
+                                                        ACmThread* thread, bool async);
   // Replaces KAL_CONFIG_GROUP_DEFAULT by the default group; without one, traces for the calling operation.
   bool resolveGroup(KalConfigGroup& group, const char* label, const char* failure) const {
     if (group == KAL_CONFIG_GROUP_DEFAULT) group = m_defaultGroup;

@@ -156,8 +156,8 @@ class [[nodiscard, gnu::visibility("default")]] Subscription {
 
  private:
   [[gnu::visibility("hidden")]] Subscription(ConfigRef store, KalConfigGroup group, const char* name,
-                                             fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync,
-                                             std::optional<ConfigExecutor> executor, const void* caller);
+                                             fnConfigChangedCallBack&& fn, ACmThread* pRunThread, bool bAsync,
+                                             std::optional<ConfigExecutor>&& executor, const void* caller);
 
   std::shared_ptr<internal::ConfigRegistration> m_registration;
 };

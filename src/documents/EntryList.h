@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "json/JsonToken.h"
+#include "json/TextPlace.h"
 
 namespace kalStore::internal {
 
@@ -18,9 +20,11 @@ class EntryList {
   struct Entry {
     const char* name;  ///< as the store takes it: ends at its first zero byte
     std::string_view value;
+    std::uint32_t line;  ///< where the entry comes from, if that was asked for
+    std::uint32_t column;
   };
 
-  void Append(const JsonString& name, const JsonString& value);
+  void Append(const JsonString& name, const JsonString& value, const TextPlace& place);
   void Clear();
 
   std::size_t size() const { return m_ends.size(); }
@@ -28,7 +32,12 @@ class EntryList {
 
  private:
   std::string m_bytes;  // Of each entry: the name, a zero byte, the value.
-  std::vector<std::size_t> m_ends;
+  struct End {
+    std::size_t offset;
+    std::uint32_t line;
+    std::uint32_t column;
+  };
+  std::vector<End> m_ends;
 };
 
 }  // namespace kalStore::internal

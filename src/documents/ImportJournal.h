@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <vector>
-
-#include "documents/SettingsReader.h"
+#include "documents/EntryList.h"
 #include "journal/JournalRun.h"
 
 namespace kalStore::internal {
@@ -13,11 +9,10 @@ namespace kalStore::internal {
 /// An import for the journal: where in the document each set comes from, and the event of the whole.
 class ImportJournal {
  public:
-  /// Takes the places from the text while it is there. `reader` has read it, with places.
-  ImportJournal(const void* caller, std::uint32_t callId, const char* text, SettingsReader& reader);
+  ImportJournal(const JournalSource& source, std::uint32_t callId, PlaceScope& place);
 
   /// Before the set of an entry.
-  void BeginSet(KalConfigGroup group, std::size_t index);
+  void BeginSet(const EntryList::Entry& entry);
   /// Calls `import`, which returns the import's result, and writes the event of the whole.
   template <class Import>
   std::int32_t Run(Import import) {
@@ -27,15 +22,10 @@ class ImportJournal {
   }
 
  private:
-  std::vector<JournalPlace>& placesOf(KalConfigGroup group) {
-    return m_places[static_cast<std::size_t>(group)];
-  }
-
   JournalEntry m_entry;
   const JournalPlace m_document;
   const CallerScope m_caller;
-  PlaceScope m_place;
-  std::array<std::vector<JournalPlace>, KAL_CONFIG_GROUP_LAST> m_places;
+  PlaceScope& m_place;
 };
 
 }  // namespace kalStore::internal

@@ -20,7 +20,9 @@ std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
                         isInJournal ? SettingsReader::Findings::kPlaces : SettingsReader::Findings::kNone);
   const bool isRead = reader.Read();
   std::optional<ImportJournal> journal;
-  if (isInJournal) journal.emplace(__builtin_return_address(0), m_callId, szJsonConfig, reader);
+  const JournalSource source = SourceOf(__builtin_return_address(0));
+  PlaceScope place;  // Also when the journal is off: a callback may start it.
+  if (isInJournal) journal.emplace(source, m_callId, place);
   TESSEL_TRACE(2, "kalStore::KalConfig::ApplyKalConfigs",
                Cid{m_callId} << "szJsonConfig=" << szJsonConfig << This{this});
 
@@ -31,10 +33,10 @@ std::int32_t KalConfig::ApplyKalConfigs(const char* szJsonConfig) {
       // together.
       const EntryList entries = std::move(reader.Group(group).entries);
       for (std::size_t index = 0; index < entries.size(); ++index) {
-        const auto [name, value] = entries[index];
+        const EntryList::Entry entry = entries[index];
         if (journal) [[unlikely]]
-          journal->BeginSet(group, index);
-        SetKalConfig(group, name, ConfigData(std::string(value)), false, false);
+          journal->BeginSet(entry);
+        SetKalConfig(group, entry.name, ConfigData(std::string(entry.value)), false, false);
       }
     }
     return kResultOk;

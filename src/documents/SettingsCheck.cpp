@@ -57,8 +57,8 @@ class EntryCheck {
     std::unordered_map<std::string_view, std::pair<std::size_t, std::size_t>> places;
     places.reserve(size);
     for (std::size_t i = 0; i < size; ++i) {
-      const auto [cName, value] = group.entries[i];
-      const std::string_view name(cName);
+      const EntryList::Entry entry = group.entries[i];
+      const std::string_view name(entry.name);
       if (name.empty()) {
         addToName(group, SettingsProblem::kEmptyName, id, i, "the name is empty");
         continue;
@@ -72,7 +72,7 @@ class EntryCheck {
         checkDeclared(group, id, i, *found->second);
       }
       const std::size_t imported = m_entries == nullptr ? 0 : m_entries->size();
-      if (m_entries != nullptr) m_entries->push_back({id, std::string(name), std::string(value), true});
+      if (m_entries != nullptr) m_entries->push_back({id, std::string(name), std::string(entry.value), true});
 
       const auto [found, isNew] = places.try_emplace(name, i, imported);
       if (isNew) continue;

@@ -16,7 +16,8 @@ SettingsReader::SettingsReader(std::string_view text, Findings findings)
     : m_text(text.substr(0, text.find('\0'))),
       m_endsAtZero(m_text.size() != text.size()),
       m_finds(findings == Findings::kAll),
-      m_findsPlaces(findings != Findings::kNone) {}
+      m_findsPlaces(findings == Findings::kPlaces),
+      m_passed(m_text.data()) {}
 
 bool SettingsReader::Read() {
   EventReader reader(m_text, *this);
@@ -187,8 +188,13 @@ void SettingsReader::endEntry() {
     }
     return;
   }
-  group().entries.Append(m_parts[0].string, m_parts[1].string);
-  if (m_findsPlaces) group().origins.push_back({element, m_parts[0].value, m_parts[1].value});
+  if (m_findsPlaces) {
+    const char* const name = m_parts[0].value;
+    m_place.Advance({m_passed, static_cast<std::size_t>(name - m_passed)});
+    m_passed = name;
+  }
+  group().entries.Append(m_parts[0].string, m_parts[1].string, m_place);
+  if (m_finds) group().origins.push_back({element, m_parts[0].value, m_parts[1].value});
 }
 
 void SettingsReader::findExpected(std::vector<SettingsFinding>& findings, SettingsProblem problem,

@@ -17,8 +17,7 @@ namespace kalStore::internal {
 /// "Audio[3]": what findings call an element of a group.
 std::string ElementPath(KalConfigGroup group, std::size_t index);
 
-/// What the last member of a group's name has. Without findings, only the entries are kept, and their origins
-/// if asked for.
+/// What the last member of a group's name has. Without findings, only the entries are kept.
 struct SettingsGroup {
   /// Where an entry comes from.
   struct Origin {
@@ -41,7 +40,7 @@ class SettingsReader {
  public:
   enum class Findings {
     kNone,
-    kPlaces,  ///< none, but where each entry comes from
+    kPlaces,  ///< none, but line and column of each entry's name
     kAll,
   };
 
@@ -111,7 +110,9 @@ class SettingsReader {
   std::size_t m_element = 0;                       // How many elements of the group came before.
   const char* m_entry = nullptr;                   // The place of the current entry.
   std::array<Part, 2> m_parts{{{"key"}, {"value"}}};
-  Part* m_part = nullptr;  // Of the entry's current member; null when it is another one.
+  TextPlace m_place;               // Of the last entry's name, if places are found.
+  const char* m_passed = nullptr;  // Where that is.
+  Part* m_part = nullptr;          // Of the entry's current member; null when it is another one.
 };
 
 }  // namespace kalStore::internal

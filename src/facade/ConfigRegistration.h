@@ -37,8 +37,8 @@ class ConfigRegistration {
 
 class StoreSubscription final : public ConfigRegistration {
  public:
-  StoreSubscription(IKalConfig& store, KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
-                    ACmThread* pRunThread, bool bAsync, std::optional<ConfigExecutor> executor)
+  StoreSubscription(IKalConfig& store, KalConfigGroup group, const char* name, fnConfigChangedCallBack&& fn,
+                    ACmThread* pRunThread, bool bAsync, std::optional<ConfigExecutor>&& executor)
       : m_store(store) {
     const auto callback = std::make_shared<GuardedCallback>(std::move(fn), bAsync && pRunThread != nullptr);
     fnConfigChangedCallBack guarded;  // The store refuses an empty one itself.
@@ -77,13 +77,13 @@ class StoreSubscription final : public ConfigRegistration {
 
 class StoreBinding final : public ConfigRegistration {
  public:
-  StoreBinding(IKalConfig& store, KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn)
+  StoreBinding(IKalConfig& store, KalConfigGroup group, const char* name, fnConfigInvokeCallBack&& fn)
       : m_store(store) {
     fnConfigInvokeCallBack shared;  // The store refuses an empty one itself.
     if (fn) {
-      const auto callback = std::make_shared<const fnConfigInvokeCallBack>(std::move(fn));
+      const auto callback = std::make_shared<const BoundCallback>(std::move(fn));
       m_callback = callback;
-      shared = [callback](const KalConfigEvent& event) { return (*callback)(event); };
+      shared = [callback](const KalConfigEvent& event) { return (**callback)(event); };
     }
     const bool isBindable = shared && name != nullptr && *name != '\0' && IsConfigGroup(group);
     m_refusal = isBindable ? kResultNoSuchOrExists : kResultBadArgument;
@@ -96,8 +96,10 @@ class StoreBinding final : public ConfigRegistration {
   std::int32_t Result() const override { return m_id != 0 ? kResultOk : m_refusal; }
 
  private:
+  using BoundCallback = OfComponent<fnConfigInvokeCallBack>;
+
   IKalConfig& m_store;
-  std::weak_ptr<const fnConfigInvokeCallBack> m_callback;  // Owned by what the store holds: see Callback().
+  std::weak_ptr<const BoundCallback> m_callback;  // Owned by what the store holds: see Callback().
   std::int32_t m_refusal = kResultOk;
   SubscribeId_t m_id = 0;
 };
@@ -105,8 +107,8 @@ class StoreBinding final : public ConfigRegistration {
 class FacadeRegistration final : public ConfigRegistration {
  public:
   FacadeRegistration(KalConfigHelper& facade, KalConfigGroup group, const char* name,
-                     fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync,
-                     std::optional<ConfigExecutor> executor)
+                     fnConfigChangedCallBack&& fn, ACmThread* pRunThread, bool bAsync,
+                     std::optional<ConfigExecutor>&& executor)
       : m_helper(facade.m_pObserverHelper.get()),
         m_unfiled(facade.makeRecord(name, std::move(fn), group, pRunThread, bAsync)),
         m_result(resultBefore(facade, group)) {
@@ -115,7 +117,7 @@ class FacadeRegistration final : public ConfigRegistration {
     m_unfiled->m_executor = std::move(executor);
   }
   FacadeRegistration(KalConfigHelper& facade, KalConfigGroup group, const char* name,
-                     fnConfigInvokeCallBack fn)
+                     fnConfigInvokeCallBack&& fn)
       : m_helper(facade.m_pObserverHelper.get()),
         m_unfiled(makeBinding(facade, group, name, std::move(fn))),
         m_result(resultBefore(facade, group)) {}
@@ -142,7 +144,7 @@ class FacadeRegistration final : public ConfigRegistration {
   using Record = KalConfigObserverHelper::Record;
 
   static Record makeBinding(KalConfigHelper& facade, KalConfigGroup group, const char* name,
-                            fnConfigInvokeCallBack fn) {
+                            fnConfigInvokeCallBack&& fn) {
     if (!Check(facade.m_pObserverHelper != nullptr && name != nullptr,
                "(m_pObserverHelper != NULL) && (szConfigName != NULL)"))
       return nullptr;

@@ -53,7 +53,8 @@ class Delivery {
 // What the store alone has. It may end before the deliveries that are on their way.
 class Source {
  public:
-  Source(ConfigExecutor executor, std::shared_ptr<GuardedCallback> callback, fnConfigChangedCallBack deliver)
+  Source(ConfigExecutor&& executor, std::shared_ptr<GuardedCallback> callback,
+         fnConfigChangedCallBack deliver)
       : m_executor(std::move(executor)),
         m_target(std::make_shared<const Target>(Target{std::move(callback), std::move(deliver)})) {}
   Source(const Source&) = delete;
@@ -65,7 +66,7 @@ class Source {
     const auto delivery = std::make_shared<Delivery>(m_target, event);
     try {
       // The run holds the delivery: its callback may end the executor's queue, and the task with it.
-      const bool isTaken = m_executor.Execute([delivery] { std::shared_ptr(delivery)->Run(); });
+      const bool isTaken = (*m_executor).Execute([delivery] { std::shared_ptr(delivery)->Run(); });
       if (!isTaken && !delivery->HasBegun()) delivery->Refuse();
     } catch (...) {
       // What the callback throws in an executor that runs it at once goes to the setter, as in a direct
@@ -76,13 +77,13 @@ class Source {
   }
 
  private:
-  const ConfigExecutor m_executor;
+  const OfComponent<ConfigExecutor> m_executor;
   const std::shared_ptr<const Target> m_target;
 };
 
 }  // namespace
 
-fnConfigChangedCallBack DeliverOn(ConfigExecutor executor, std::shared_ptr<GuardedCallback> callback,
+fnConfigChangedCallBack DeliverOn(ConfigExecutor&& executor, std::shared_ptr<GuardedCallback> callback,
                                   fnConfigChangedCallBack deliver) {
   return
       [source = std::make_shared<const Source>(std::move(executor), std::move(callback), std::move(deliver))](

@@ -14,7 +14,7 @@ namespace kalStore::internal {
 /// @param callback  what `deliver` runs in the end: without it a delivery need not be posted, and may be
 /// dropped; closed when the store lets go of what is returned, since deliveries on their way may outlive the
 /// store
-fnConfigChangedCallBack DeliverOn(ConfigExecutor executor, std::shared_ptr<GuardedCallback> callback,
+fnConfigChangedCallBack DeliverOn(ConfigExecutor&& executor, std::shared_ptr<GuardedCallback> callback,
                                   fnConfigChangedCallBack deliver);
 
 }  // namespace kalStore::internal

@@ -34,14 +34,14 @@ class GuardedCallback::PostedRun {
 
 void GuardedCallback::Run(const KalConfigEvent& event) {
   if (m_delivery == Delivery::kByStore) {
-    if (IsOpen()) m_fn(event);
+    if (IsOpen()) (*m_fn)(event);
     return;
   }
   // Counted first, then asked, against Remove(), which closes first and then reads the count: one of the two
   // sees the other. Both are a store followed by a load of another variable, which takes sequential
   // consistency.
   const PostedRun running(*this);
-  if (IsOpen()) m_fn(event);
+  if (IsOpen()) (*m_fn)(event);
 }
 
 int GuardedCallback::RunsOnThisThread() const {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "store/OfComponent.h"
 #include "store/UnwaitedRemoval.h"
 #include "store/WaitClock.h"
 #include "tessel/KalConfigEvent.h"
@@ -26,7 +27,7 @@ namespace kalStore::internal {
 class GuardedCallback {
  public:
   /// `isPosted`: runs come from a queue, and a store's removal does not wait for them.
-  GuardedCallback(fnConfigChangedCallBack fn, bool isPosted)
+  GuardedCallback(fnConfigChangedCallBack&& fn, bool isPosted)
       : m_fn(std::move(fn)), m_delivery(isPosted ? Delivery::kPosted : Delivery::kByStore) {}
   GuardedCallback(const GuardedCallback&) = delete;
   GuardedCallback& operator=(const GuardedCallback&) = delete;
@@ -35,7 +36,7 @@ class GuardedCallback {
   /// waits.
   void DeliveredByExecutor() { m_delivery = Delivery::kByExecutor; }
 
-  bool IsEmpty() const { return !m_fn; }
+  bool IsEmpty() const { return !*m_fn; }
   void Run(const KalConfigEvent& event);
 
   void Pause() { change(State::kOpen, State::kPaused); }
@@ -73,7 +74,7 @@ class GuardedCallback {
   void change(State from, State to) { m_state.compare_exchange_strong(from, to); }
   void awaitPostedRuns(long startMs) const;
 
-  const fnConfigChangedCallBack m_fn;
+  const OfComponent<fnConfigChangedCallBack> m_fn;
   Delivery m_delivery;
   std::atomic<State> m_state{State::kOpen};
   std::atomic<int> m_postedRuns{0};  // In progress, on whatever thread.

@@ -6,7 +6,9 @@
 #include "journal/JournalSource.h"
 #include "tessel/KalConfigHelper.h"
 
-// None of these needs the store: what is asked for before there is one is recorded.
+// None of these needs the store: what is asked for before there is one is recorded. A callback that is
+// refused stays with the public operation, and so ends after its CallerScope: what it captured is the
+// component's own.
 
 namespace kalStore {
 
@@ -15,13 +17,19 @@ using namespace internal;
 SubscribeId_t KalConfigHelper::SubscribeConfig(const char* szConfigName, fnConfigChangedCallBack cb,
                                                KalConfigGroup group, ACmThread* thread, bool async) {
   const CallerScope caller(__builtin_return_address(0));
+  return subscribe(szConfigName, std::move(cb), group, thread, async);
+}
+
+SubscribeId_t KalConfigHelper::subscribe(const char* szConfigName, fnConfigChangedCallBack&& cb,
+                                         KalConfigGroup group, ACmThread* thread, bool async) {
   const auto record = makeRecord(szConfigName, std::move(cb), group, thread, async);
   return record == nullptr ? 0 : m_pObserverHelper->File(record).value_or(0);
 }
 
 std::shared_ptr<ObserverRecord> KalConfigHelper::makeRecord(const char* szConfigName,
-                                                            fnConfigChangedCallBack cb, KalConfigGroup group,
-                                                            ACmThread* thread, bool async) {
+                                                            fnConfigChangedCallBack&& cb,
+                                                            KalConfigGroup group, ACmThread* thread,
+                                                            bool async) {
   if (!Check(m_pObserverHelper != nullptr && szConfigName != nullptr,
              "(m_pObserverHelper != NULL) && (szConfigName != NULL)")) {
     return nullptr;

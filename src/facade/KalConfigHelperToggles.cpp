@@ -11,8 +11,9 @@ namespace kalStore {
 using namespace internal;
 
 std::int32_t KalConfigHelper::SetFeatureToggle(KalFeatureToggleID id, ConfigData value) {
-  const CallerScope caller(__builtin_return_address(0));
-  return SetKalConfig(FeatureToggleKey(id), std::move(value), KAL_CONFIG_GROUP_FEATURE, false, false);
+  return CallFor(__builtin_return_address(0), [&] {
+    return SetKalConfig(FeatureToggleKey(id), std::move(value), KAL_CONFIG_GROUP_FEATURE, false, false);
+  });
 }
 
 ConfigData KalConfigHelper::GetFeatureToggle(KalFeatureToggleID id) {
@@ -31,7 +32,7 @@ std::int32_t KalConfigHelper::RemoveFeatureToggle(KalFeatureToggleID id) {
 SubscribeId_t KalConfigHelper::SubscribeFeatureToggle(KalFeatureToggleID id, fnConfigChangedCallBack cb,
                                                       ACmThread* thread, bool async) {
   const CallerScope caller(__builtin_return_address(0));
-  return SubscribeConfig(FeatureToggleKey(id), std::move(cb), KAL_CONFIG_GROUP_FEATURE, thread, async);
+  return subscribe(FeatureToggleKey(id), std::move(cb), KAL_CONFIG_GROUP_FEATURE, thread, async);
 }
 
 std::int32_t KalConfigHelper::UnsubscribeFeatureToggle(KalFeatureToggleID id) {

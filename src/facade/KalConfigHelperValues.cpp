@@ -40,9 +40,10 @@ std::int32_t KalConfigHelper::SetKalConfig(const char* szConfigName, ConfigData 
 
 std::int32_t KalConfigHelper::SetKalConfig(kal::KalSessionType sessionType, const char* szConfigName,
                                            ConfigData value, bool bForceNotify, bool bTransient) {
-  const CallerScope caller(__builtin_return_address(0));
-  return SetKalConfig(szConfigName, std::move(value), GroupOfSessionType(sessionType), bForceNotify,
-                      bTransient);
+  return CallFor(__builtin_return_address(0), [&] {
+    return SetKalConfig(szConfigName, std::move(value), GroupOfSessionType(sessionType), bForceNotify,
+                        bTransient);
+  });
 }
 
 std::int32_t KalConfigHelper::GetKalConfig(const char* szConfigName, ConfigData& value,

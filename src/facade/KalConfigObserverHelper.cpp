@@ -74,14 +74,14 @@ void KalConfigObserverHelper::ForgetStore() {
 }
 
 SubscribeId_t KalConfigObserverHelper::BindConfig(KalConfigGroup group, const char* szConfigName,
-                                                  fnConfigInvokeCallBack cb) {
+                                                  fnConfigInvokeCallBack&& cb) {
   const Record record = MakeBinding(group, szConfigName, std::move(cb));
   return record == nullptr ? 0 : File(record).value_or(0);
 }
 
 KalConfigObserverHelper::Record KalConfigObserverHelper::MakeBinding(KalConfigGroup group,
                                                                      const char* szConfigName,
-                                                                     fnConfigInvokeCallBack cb) {
+                                                                     fnConfigInvokeCallBack&& cb) {
   if (!IsRecordable(group, szConfigName) || !cb) {
     TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::BindConfig", "Error parameters" << This{this});
     return nullptr;
@@ -95,7 +95,7 @@ KalConfigObserverHelper::Record KalConfigObserverHelper::MakeBinding(KalConfigGr
 
 KalConfigObserverHelper::Record KalConfigObserverHelper::MakeRecord(KalConfigGroup group,
                                                                     const char* szConfigName,
-                                                                    fnConfigChangedCallBack cb,
+                                                                    fnConfigChangedCallBack&& cb,
                                                                     ACmThread* thread, bool async) {
   if (!IsRecordable(group, szConfigName) || !cb) {
     TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::SubscribeConfig", "Error parameters" << This{this});
@@ -187,7 +187,9 @@ SubscribeId_t KalConfigObserverHelper::registerWith(IKalConfig& store, const Rec
   const char* name = record->m_strName.c_str();
   if (record->m_fnInvoke) return store.BindConfig(record->m_group, name, record->m_fnInvoke);
   fnConfigChangedCallBack deliver = wrap(record);
-  if (record->m_executor) deliver = DeliverOn(*record->m_executor, record->m_callback, std::move(deliver));
+  if (record->m_executor) {
+    deliver = DeliverOn(ConfigExecutor(*record->m_executor), record->m_callback, std::move(deliver));
+  }
   return store.SubscribeConfig(record->m_group, name, std::move(deliver), record->m_pRunThread,
                                record->m_bAsync);
 }

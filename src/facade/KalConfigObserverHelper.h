@@ -11,7 +11,7 @@
 
 #include "facade/GuardedCallback.h"
 #include "facade/LiveRecords.h"
-#include "tessel/ConfigEventHandler.h"
+#include "store/StoredHandler.h"
 #include "tessel/ConfigExecutor.h"
 #include "tessel/IKalConfig.h"
 #include "tessel/atomMap.h"
@@ -23,9 +23,13 @@ namespace internal {
 /// One subscription or binding as a facade records it. Its change callback is in m_callback, not in
 /// m_fnNotify: what is registered with the store shares it, and runs what it still allows. It does not
 /// share the record, whose executor may own the queue in which deliveries wait.
-struct ObserverRecord : ConfigEventHandler {
-  explicit ObserverRecord(fnConfigChangedCallBack cb = nullptr, bool isPosted = false)
+struct ObserverRecord : StoredHandler {
+  explicit ObserverRecord(fnConfigChangedCallBack&& cb = nullptr, bool isPosted = false)
       : m_callback(std::make_shared<GuardedCallback>(std::move(cb), isPosted)) {}
+  ~ObserverRecord() {
+    const ComponentScope component;
+    m_executor.reset();
+  }
 
   const std::shared_ptr<GuardedCallback> m_callback;
   std::optional<ConfigExecutor> m_executor;  // Before it is filed; then constant.
@@ -62,10 +66,10 @@ class KalConfigObserverHelper {
   void ForgetStore();
 
   /// A subscription, to be filed. Null for bad arguments.
-  Record MakeRecord(KalConfigGroup group, const char* szConfigName, fnConfigChangedCallBack cb,
+  Record MakeRecord(KalConfigGroup group, const char* szConfigName, fnConfigChangedCallBack&& cb,
                     ACmThread* thread, bool async);
   /// A binding, likewise.
-  Record MakeBinding(KalConfigGroup group, const char* szConfigName, fnConfigInvokeCallBack cb);
+  Record MakeBinding(KalConfigGroup group, const char* szConfigName, fnConfigInvokeCallBack&& cb);
   /// Puts the record in its place and registers it if there is a store. Returns the id; 0 when it waits for
   /// the store; nothing when its name is taken, or when it was removed. What is refused can be filed again.
   std::optional<SubscribeId_t> File(const Record& record);
@@ -73,7 +77,7 @@ class KalConfigObserverHelper {
   void Remove(const Record& record);
 
   /// The id, or 0: refused, already there, or recorded for later.
-  SubscribeId_t BindConfig(KalConfigGroup group, const char* szConfigName, fnConfigInvokeCallBack cb);
+  SubscribeId_t BindConfig(KalConfigGroup group, const char* szConfigName, fnConfigInvokeCallBack&& cb);
   /// Waits like the store's removal, and within the same 3000 ms for a posted run on another thread.
   std::int32_t UnsubscribeConfig(SubscribeId_t id);
   /// A record that was never registered has no id to remove by: kResultNotFound, and it stays.

@@ -29,8 +29,8 @@ Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* na
                    __builtin_return_address(0)) {}
 
 Subscription::Subscription(ConfigRef store, KalConfigGroup group, const char* name,
-                           fnConfigChangedCallBack fn, ACmThread* pRunThread, bool bAsync,
-                           std::optional<ConfigExecutor> executor, const void* caller) {
+                           fnConfigChangedCallBack&& fn, ACmThread* pRunThread, bool bAsync,
+                           std::optional<ConfigExecutor>&& executor, const void* caller) {
   const CallerScope scope(caller);
   if (store.m_facade != nullptr) {
     m_registration = std::make_shared<FacadeRegistration>(*store.m_facade, group, name, std::move(fn),

@@ -4,47 +4,39 @@
 #include <utility>
 
 #include "journal/Journal.h"
+#include "trace/CallContext.h"
 
 // Who calls an operation. What its return address says is right where a component calls it. Where another
 // operation of the library calls it, that one has a CallerScope: the caller of the outermost one counts. A
-// ComponentScope hides it from the component's code that runs meanwhile.
+// ComponentScope hides it from the component's code that runs meanwhile. In an import that began while the
+// journal was off nobody is known.
 
 namespace kalStore::internal {
 
 /// Who calls: as the scopes around say, or else `caller`, the return address of the operation that asks.
 inline JournalSource SourceOf(const void* caller) {
-  const JournalThread& thread = t_journal;
-  return {thread.caller != nullptr ? thread.caller : caller, thread.label, thread.place};
+  const bool isImported = t_call.place != nullptr;
+  return {t_call.caller != nullptr || isImported ? t_call.caller : caller, t_journal.label, t_call.place};
 }
 
-/// Passes a caller to the operations of this thread until its end. Does nothing when the journal is off at
-/// its beginning.
+/// Passes a caller to the operations of this thread until its end, also when the journal is off: it may be
+/// started meanwhile. REQUIRES: a ComponentScope around all code of components in it, whether the journal is
+/// on or off.
 class CallerScope {
  public:
-  explicit CallerScope(const void* caller) : m_isOn(JournalIsOn()) {
-    if (m_isOn) [[unlikely]]
-      begin(caller);
+  explicit CallerScope(const void* caller) : m_outer(t_call.caller) {
+    if (m_outer == nullptr) t_call.caller = caller;
   }
-  ~CallerScope() {
-    if (m_isOn) [[unlikely]]
-      end();
-  }
+  ~CallerScope() { t_call.caller = m_outer; }
   CallerScope(const CallerScope&) = delete;
   CallerScope& operator=(const CallerScope&) = delete;
 
  private:
-  void begin(const void* caller) {
-    m_outer = t_journal.caller;
-    if (m_outer == nullptr) t_journal.caller = caller;
-  }
-  void end() { t_journal.caller = m_outer; }
-
-  const bool m_isOn;
-  const void* m_outer = nullptr;
+  const void* const m_outer;
 };
 
-/// Calls an operation of the library for a caller. Like a CallerScope, but there is no end of it to check
-/// while the journal is off.
+/// Calls an operation of the library for a caller. Nothing is passed while the journal is off: callbacks of a
+/// set have no ComponentScope then.
 template <class Operation>
 auto CallFor(const void* caller, Operation operation) {
   if (JournalIsOn()) [[unlikely]] {
@@ -57,8 +49,8 @@ auto CallFor(const void* caller, Operation operation) {
 /// The same of where in a document the values are that the operations set.
 class PlaceScope {
  public:
-  PlaceScope() : m_outer(std::exchange(t_journal.place, &m_place)) {}
-  ~PlaceScope() { t_journal.place = m_outer; }
+  PlaceScope() : m_outer(std::exchange(t_call.place, &m_place)) {}
+  ~PlaceScope() { t_call.place = m_outer; }
   PlaceScope(const PlaceScope&) = delete;
   PlaceScope& operator=(const PlaceScope&) = delete;
 
@@ -67,24 +59,6 @@ class PlaceScope {
  private:
   JournalPlace m_place;
   const JournalPlace* const m_outer;
-};
-
-/// Hides the scopes around it from the component's code that runs in it.
-class ComponentScope {
- public:
-  ComponentScope()
-      : m_caller(std::exchange(t_journal.caller, nullptr)),
-        m_place(std::exchange(t_journal.place, nullptr)) {}
-  ~ComponentScope() {
-    t_journal.caller = m_caller;
-    t_journal.place = m_place;
-  }
-  ComponentScope(const ComponentScope&) = delete;
-  ComponentScope& operator=(const ComponentScope&) = delete;
-
- private:
-  const void* const m_caller;
-  const JournalPlace* const m_place;
 };
 
 }  // namespace kalStore::internal

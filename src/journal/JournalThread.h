@@ -14,16 +14,12 @@ struct JournalPlace {
 
 /// What the journal has of each thread.
 struct JournalThread {
-  const char* label;          ///< of the innermost JournalOrigin; null: none
-  const char* document;       ///< of the innermost JournalDocument; null: none
-  const void* caller;         ///< of the outermost CallerScope; null: none
-  const JournalPlace* place;  ///< of the PlaceScope; null: none
-  unsigned long id;           ///< GetThreadSelfId(); 0: not asked yet
+  const char* label;     ///< of the innermost JournalOrigin; null: none
+  const char* document;  ///< of the innermost JournalDocument; null: none
+  unsigned long id;      ///< GetThreadSelfId(); 0: not asked yet
 };
 
-/// Read several times in each operation: at a fixed distance from the thread's pointer, rather than looked up
-/// by a call each time. A library that is loaded later takes that from the room that the system's loader
-/// reserves for it, of which these few words need little.
+/// At a fixed distance from the thread's pointer, like t_call.
 [[gnu::tls_model("initial-exec"),
   gnu::visibility("hidden")]] extern constinit thread_local JournalThread t_journal;
 

@@ -5,6 +5,7 @@
 #include "store/DeliveryJournal.h"
 #include "store/DeliverySnapshot.h"
 #include "store/SessionGroup.h"
+#include "store/StoredHandler.h"
 #include "store/UnwaitedRemoval.h"
 #include "store/WaitClock.h"
 #include "tessel/KalConfig.h"
@@ -22,14 +23,6 @@ constexpr long kRemovalReportMs = 500;
 // Pairs with FinishDelivery(): what the last callback did happens before the callbacks are emptied.
 bool HasPendingDelivery(const ConfigEventHandler& handler) {
   return handler.m_nPendingNotify.load(std::memory_order_acquire) >= 1;
-}
-
-// REQUIRES: no delivery is pending, and nobody can announce one any more. What the callbacks captured may
-// call in when it ends: no lock is held.
-void EmptyCallbacks(ConfigEventHandler& handler) {
-  const ComponentScope component;
-  handler.m_fnNotify = nullptr;
-  handler.m_fnInvoke = nullptr;
 }
 
 // Asked after a failure: a callback may have removed the handler, or ended the store, of which nothing may be
@@ -54,13 +47,13 @@ bool IsRegistered(const ConfigEventHandler& handler) {
 
 SubscribeId_t KalConfig::SubscribeConfig(KalConfigGroup group, const char* name, fnConfigChangedCallBack fn,
                                          ACmThread* pRunThread, bool bAsync) {
-  auto handlerPtr = std::make_shared<ConfigEventHandler>();
+  auto handlerPtr = std::make_shared<StoredHandler>();
   handlerPtr->m_fnNotify = std::move(fn);
   return subscribeConfig(group, name, std::move(handlerPtr), pRunThread, bAsync, __builtin_return_address(0));
 }
 
 SubscribeId_t KalConfig::BindConfig(KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn) {
-  auto handlerPtr = std::make_shared<ConfigEventHandler>();
+  auto handlerPtr = std::make_shared<StoredHandler>();
   handlerPtr->m_fnInvoke = std::move(fn);
   return bindConfig(group, name, std::move(handlerPtr), __builtin_return_address(0));
 }
@@ -124,10 +117,11 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
     ConfigValue current;
     if (KalConfig::GetKalConfig(group, name, current) == kResultOk) {
       const KalConfigEvent event{name, {}, std::move(current), {}, group, SessionTypeOfGroup(group)};
+      const JournalSource source = SourceOf(caller);
+      const ComponentScope component;
       if (JournalIsOn()) [[unlikely]] {
         const std::int64_t nowNs = JournalNowNs();
-        ChangeInJournal initial{m_callId, SourceOf(caller), nowNs, nowNs};
-        const ComponentScope component;
+        ChangeInJournal initial{m_callId, source, nowNs, nowNs};
         NotifyInJournal(*handlerPtr, event, initial);
       } else {
         handlerPtr->Notify(event);
@@ -226,7 +220,7 @@ void KalConfig::DropHandlers() {
     }
     for (const auto& [id, handler] : ids) {
       // One that is being delivered to, since its own callback ends the store, ends with its last delivery.
-      if (!HasPendingDelivery(*handler)) EmptyCallbacks(*handler);
+      if (!HasPendingDelivery(*handler)) StoredHandler::EmptyCallbacks(*handler);
     }
   }
 }
@@ -290,7 +284,8 @@ std::int32_t KalConfig::unsubscribeConfig(KalConfigGroup group, const char* name
       if (ElapsedMs(startMs, nowMs) > kRemovalCeilingMs) return kResultOk;
     } while (HasPendingDelivery(*handlerPtr));
   }
-  EmptyCallbacks(*handlerPtr);
+  // Nobody can announce a delivery any more.
+  StoredHandler::EmptyCallbacks(*handlerPtr);
   return kResultOk;
 }
 

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "tessel/trace.h"
+#include "trace/CallContext.h"
 
 namespace kalStore::internal {
 TraceLine::TraceLine(int level) : m_level(level), m_text(m_buffer, kLineSize) {
@@ -20,6 +21,7 @@ TraceLine::TraceLine(int level, const char* label) : TraceLine(level) {
 }
 
 void TraceLine::Emit() {
+  const ComponentScope component;
   util_adapter_trace(m_level, GetCurrentModuleName(nullptr), m_text, m_text.tell());
 }
 

@@ -37,7 +37,7 @@ FOLDERS = [
     (r"include/tessel/", [EXPORTED]),
     (r"src/trace/", [UTIL, TRACE_HEADERS, "trace/.*"]),
     (r"src/json/", [UTIL, JSON_HEADERS, "json/.*"]),
-    (r"src/journal/", [UTIL, JOURNAL_HEADERS, "journal/.*"]),
+    (r"src/journal/", [UTIL, JOURNAL_HEADERS, r"trace/CallContext\.h", "journal/.*"]),
     (r"src/store/", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, "(trace|json|journal|store)/.*"]),
     (r"src/documents/", [UTIL, TRACE_HEADERS, JSON_HEADERS, STORE_HEADERS, DOCUMENT_HEADERS,
                          "(trace|json|journal|store|documents)/.*"]),

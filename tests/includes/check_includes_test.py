@@ -17,8 +17,9 @@ class CheckIncludes(unittest.TestCase):
         for header in ("libutil/include/util/ConfigData.h", "libutil/src/EventList.h", "include/tessel/json.h",
                        "include/tessel/trace.h", "include/tessel/KalConfig.h", "include/tessel/KalConfigHelper.h",
                        "include/tessel/settings_check.h", "include/tessel/CKalTessel.h", "src/trace/TraceLine.h",
-                       "src/json/Reader.h", "src/journal/Ring.h", "include/tessel/journal.h", "src/store/Values.h",
-                       "src/documents/Import.h", "src/documents/NearestName.h", "src/facade/Helper.h",
+                       "src/trace/CallContext.h", "src/json/Reader.h", "src/journal/Ring.h", "include/tessel/journal.h",
+                       "src/store/Values.h", "src/documents/Import.h", "src/documents/NearestName.h",
+                       "src/facade/Helper.h",
                        "src/statistics/Codec.h", "tools/Colour.h", "tools/simulate/Link.h"):
             self.write(header)
 
@@ -45,7 +46,8 @@ class CheckIncludes(unittest.TestCase):
         self.assert_allowed("libutil/src/a.cpp", "<vector>", "util/ConfigData.h", "EventList.h")
         self.assert_allowed("src/trace/a.cpp", "util/ConfigData.h", "tessel/trace.h", "trace/TraceLine.h")
         self.assert_allowed("src/json/a.cpp", "util/ConfigData.h", "tessel/json.h", "json/Reader.h")
-        self.assert_allowed("src/journal/a.cpp", "util/ConfigData.h", "tessel/journal.h", "journal/Ring.h")
+        self.assert_allowed("src/journal/a.cpp", "util/ConfigData.h", "tessel/journal.h", "journal/Ring.h",
+                            "trace/CallContext.h")
         self.assert_allowed("src/statistics/a.cpp", "journal/Ring.h")
         self.assert_allowed("src/store/a.cpp", "journal/Ring.h", "tessel/KalConfig.h", "json/Reader.h",
                             "trace/TraceLine.h")

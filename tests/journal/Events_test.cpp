@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "JournalTest.h"
+#include "support/AllocationCount.h"
 
 namespace kalStore {
 namespace {
@@ -114,6 +115,35 @@ TEST_F(JournalEvents, HasAnImportWithTheSetsThatItMade) {
   EXPECT_EQ(events[3].result, kResultOk);
   EXPECT_EQ(events[3].count, 3u);
   EXPECT_EQ(events[3].caller != nullptr, true);
+}
+
+TEST_F(JournalEvents, HasThePlacesOfAnImportWhoseGroupsAreRepeatedAndOutOfOrder) {
+  m_store.ApplyKalConfigs(
+      "{\"Video\":[{\"key\":\"Old\",\"value\":\"1\"}],\n\"Video\":[\n{\"key\":\"A\",\"value\":\"1\"}, "
+      "{\"value\":\n"
+      "\"1\",\"key\":\"B\"}],\"Nobody\":[{\"key\":\"C\"}],\n\n\"Audio\":[{\"key\":\"D\",\"value\":\"\"}]}");
+  std::vector<std::string> places;
+  for (const JournalEvent& event : Events({JournalKind::kSet})) {
+    places.push_back(event.name.text + " " + std::to_string(event.line) + ":" + std::to_string(event.column));
+  }
+  EXPECT_THAT(places, ElementsAre("D 6:17", "A 3:8", "B 4:11"));
+}
+
+TEST_F(JournalEvents, HasAnImportThatAllocatesNothingMore) {
+  std::string document = "{\"Video\":[";
+  for (int i = 0; i < 1000; ++i) {
+    document += std::string(i == 0 ? "" : ",") + "{\"key\":\"K" + std::to_string(i) + "\",\"value\":\"v\"}";
+  }
+  document += "]}";
+  m_store.ApplyKalConfigs(document.c_str());
+  const auto allocationsOfImport = [&] {
+    const AllocationCount allocations;
+    m_store.ApplyKalConfigs(document.c_str());
+    return allocations.Count();
+  };
+  const std::size_t on = allocationsOfImport();
+  StopJournal();
+  EXPECT_EQ(on, allocationsOfImport());
 }
 
 TEST_F(JournalEvents, HasAnImportThatACallbackEnded) {

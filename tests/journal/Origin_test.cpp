@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -117,6 +118,108 @@ TEST_F(JournalOrigins, OfWhatEndsWithItsStoreAreWhoeverEndedThat) {
   EXPECT_THAT(Callers(), ::testing::ElementsAre(
                              StartsWith("component::EndStore("), StartsWith("component::EndStore("),
                              StartsWith("component::EndStore("), StartsWith("component::SetInStore(")));
+}
+
+TEST_F(JournalOrigins, OfWhatCapturesDoAsTheyEndAreTheirOwn) {
+  int captured = 0, ended = 0;
+  component::UseCaptures(m_facade, m_store, [&] {
+    ++captured;
+    return std::shared_ptr<int>(new int, [&](int* owned) {
+      delete owned;
+      component::SetInStore(m_store, ++ended);
+    });
+  });
+  EXPECT_GT(captured, 0);
+  EXPECT_EQ(ended, captured);
+  std::vector<std::string> setters;
+  for (const JournalEvent& event : Events({JournalKind::kSet})) {
+    setters.push_back(FindCodePlace(event.caller).symbol);
+  }
+  EXPECT_EQ(setters.size(), static_cast<std::size_t>(ended));
+  EXPECT_THAT(setters, Each(StartsWith("component::SetInStore(")));
+}
+
+TEST_F(JournalOrigins, OfWhatATraceSinkDoesAreItsOwn) {
+  const auto inSinkOf = [this](const std::string& operation, const std::function<void()>& call) {
+    Events();
+    {
+      // Each operation traces something; what its first line lets the sink do counts.
+      const InTraceLine within("", [this] { component::SetInStore(m_store, 15); });
+      call();
+    }
+    std::vector<std::string> setters;
+    for (const JournalEvent& event : Events({JournalKind::kSet, JournalKind::kTransientSet})) {
+      if (event.name.text != "MaxFps") continue;
+      setters.push_back(FindCodePlace(event.caller).symbol);
+      EXPECT_EQ(event.line, 0u) << operation;
+      EXPECT_EQ(event.document.text, "") << operation;
+    }
+    EXPECT_THAT(setters, ::testing::ElementsAre(StartsWith("component::SetInStore("))) << operation;
+  };
+  const JournalDocument document("lab.json");
+  SubscribeId_t id = 0;
+  inSinkOf("set", [&] { m_facade.SetKalConfig("Width", 1, kVideo); });
+  inSinkOf("toggle", [&] { m_facade.SetFeatureToggle(KAL_FT_EnableMusicDetection, true); });
+  inSinkOf("refused set", [&] { m_facade.SetKalConfig("Width", {}, kVideo); });
+  inSinkOf("removal", [&] { m_facade.RemoveKalConfig("Width", kVideo); });
+  inSinkOf("removal of a group", [&] { m_facade.RemoveKalConfigByGroup(KAL_CONFIG_GROUP_AUDIO); });
+  inSinkOf("subscription",
+           [&] { id = m_facade.SubscribeConfig("Width", [](const KalConfigEvent&) {}, kVideo); });
+  inSinkOf("end", [&] { m_facade.UnsubscribeConfig(id); });
+  inSinkOf("binding", [&] {
+    id = m_facade.BindConfig("Width", [](const KalConfigEvent&) { return ConfigData(1); }, kVideo);
+  });
+  inSinkOf("read", [&] { m_facade.GetDynamicConfig("Width", kVideo); });
+  inSinkOf("end of the binding", [&] { m_facade.UnsubscribeConfig(id); });
+  inSinkOf("import", [&] { m_facade.ApplyKalConfigs(R"({"Video":[{"key":"Width","value":"15"}]})"); });
+  inSinkOf("facade", [&] { KalConfigHelper facade(8); });
+  inSinkOf("end of the store", [&] { CleanUpKalConfig(8); });
+  void* entity = nullptr;
+  inSinkOf("statistics", [&] { createTesselEntity(KAL_TESSEL_AUDIO, 8, &entity); });
+  inSinkOf("their release", [&] { releaseTesselEntity(KAL_TESSEL_AUDIO, 8, entity); });
+}
+
+TEST_F(JournalOrigins, OfAnImportInWhichACallbackStartsTheJournalAreNotTheLibrary) {
+  StopJournal();
+  m_facade.SubscribeConfig(
+      "MaxFps",
+      [this](const KalConfigEvent&) {
+        if (StartJournal(1024) != kResultOk) return;
+        component::SetInFacade(m_facade, 15);
+        m_store.SetKalConfig(kVideo, "Height", 1, false, false);
+      },
+      kVideo);
+  component::Apply(m_facade, R"({"Video":[{"key":"MaxFps","value":"30"},{"key":"MaxWidth","value":"640"}]})");
+  std::vector<std::string> setters;
+  for (const JournalEvent& event : Events({JournalKind::kSet})) {
+    const std::string symbol = FindCodePlace(event.caller).symbol;
+    setters.push_back(event.name.text + (event.caller == nullptr ? " by nobody" : " by " + symbol));
+    EXPECT_EQ(event.line, 0u);
+  }
+  EXPECT_THAT(setters, ::testing::ElementsAre(StartsWith("MaxFps by component::SetInFacade("),
+                                              "Height by nobody", "MaxWidth by nobody"));
+}
+
+TEST_F(JournalOrigins, OfAFacadeInWhoseCallbackTheJournalStartsAreItsCaller) {
+  m_facade.SetKalConfig("MaxFps", 1, kVideo);
+  Events();
+  StopJournal();
+  KalConfigHelper facade;
+  facade.SubscribeConfig(
+      "MaxFps",
+      [this](const KalConfigEvent&) {
+        if (StartJournal(1024) != kResultOk) return;
+        component::SetInStore(m_store, 15);
+      },
+      kVideo);
+  facade.SubscribeConfig("MaxWidth", [](const KalConfigEvent&) {}, kVideo);
+  component::Bind(facade, kCall);
+  std::vector<std::string> callers;
+  for (const JournalEvent& event : Events({JournalKind::kSet, JournalKind::kSubscribed})) {
+    callers.push_back(FindCodePlace(event.caller).symbol);
+  }
+  EXPECT_THAT(callers,
+              ::testing::ElementsAre(StartsWith("component::SetInStore("), StartsWith("component::Bind(")));
 }
 
 TEST_F(JournalOrigins, DoNotOutliveARefusedCall) {

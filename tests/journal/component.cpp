@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "component.h"
 
-#include "tessel/typed.h"
-
 // Each function uses what its last call returns, so that it is no jump out of the function.
 
 namespace component {
@@ -48,6 +46,12 @@ int SetBySession(KalConfigHelper& facade) {
 
 int Apply(KalConfigHelper& facade, const char* document) {
   const int result = facade.ApplyKalConfigs(document);
+  g_calls = g_calls + 1;
+  return result;
+}
+
+int Bind(KalConfigHelper& facade, unsigned int callId) {
+  const int result = facade.SetCallId(callId);
   g_calls = g_calls + 1;
   return result;
 }
@@ -128,6 +132,79 @@ int SetInCallback(KalConfigHelper& facade) {
   const SubscribeId_t id = facade.SubscribeConfig(
       "Width", [&](const KalConfigEvent&) { SetInFacade(facade, 99); }, KAL_CONFIG_GROUP_VIDEO);
   return facade.UnsubscribeConfig(id);
+}
+
+int UseCaptures(KalConfigHelper& facade, IKalConfig& store,
+                const std::function<std::shared_ptr<int>()>& capture) {
+  constexpr auto kVideo = KAL_CONFIG_GROUP_VIDEO;
+  const auto changed = [&]() -> fnConfigChangedCallBack {
+    return [owned = capture()](const KalConfigEvent&) {};
+  };
+  const auto asked = [&]() -> fnConfigInvokeCallBack {
+    return [owned = capture()](const KalConfigEvent&) { return ConfigData(1); };
+  };
+  const auto executor = [&] {
+    return ConfigExecutor([owned = capture()](std::function<void()>) { return true; });
+  };
+  // Registered and removed,
+  facade.UnsubscribeConfig(facade.SubscribeConfig("Changed", changed(), kVideo));
+  facade.UnsubscribeConfig(facade.BindConfig("Asked", asked(), kVideo));
+  facade.SubscribeFeatureToggle(KAL_FT_EnableMusicDetection, changed());
+  facade.UnsubscribeFeatureToggle(KAL_FT_EnableMusicDetection);
+  store.UnsubscribeConfig(store.SubscribeConfig(kVideo, "Changed", changed(), nullptr, false));
+  {
+    const Subscription inStore(store, kVideo, "Changed", changed());
+  }
+  {
+    const Subscription inFacade(facade, kVideo, "Changed", changed(), executor());
+  }
+  {
+    const Subscription onExecutor(store, kVideo, "Changed", changed(), executor());
+  }
+  {
+    const Binding inStore(store, kVideo, "Asked", asked());
+  }
+  {
+    const Binding inFacade(facade, kVideo, "Asked", asked());
+  }
+  // assigned,
+  {
+    Subscription assigned(facade, kVideo, "Changed", changed());
+    assigned = Subscription(facade, kVideo, "Width", changed());
+    Binding bound(facade, kVideo, "Asked", asked());
+    bound = Binding(facade, kVideo, "Computed", asked());
+    bound.Remove();
+    assigned.Remove();
+  }
+  // refused,
+  {
+    const Binding first(store, kVideo, "Asked", asked());
+    const Binding second(store, kVideo, "Asked", asked());
+    const Binding third(facade, kVideo, "Asked", asked());
+    const Subscription unnamed(facade, kVideo, "", changed(), executor());
+    const Subscription nameless(store, kVideo, "", changed(), executor());
+    facade.SubscribeConfig("", changed(), kVideo);
+    facade.BindConfig("", asked(), kVideo);
+    facade.SubscribeConfig("Changed", changed());
+    facade.SubscribeFeatureToggle(static_cast<KalFeatureToggleID>(-1), changed());
+    store.SubscribeConfig(kVideo, "", changed(), nullptr, false);
+    store.BindConfig(kVideo, "Asked", asked());
+  }
+  // replaced while they wait, and ended with their facade.
+  {
+    KalConfigHelper unbound;
+    unbound.SubscribeConfig("Changed", changed(), kVideo);
+    unbound.SubscribeConfig("Changed", changed(), kVideo);
+    unbound.BindConfig("Asked", asked(), kVideo);
+  }
+  {
+    KalConfigHelper bound(8);
+    bound.SubscribeConfig("Changed", changed(), kVideo);
+    bound.BindConfig("Asked", asked(), kVideo);
+  }
+  const int result = CleanUpKalConfig(8);
+  g_calls = g_calls + 1;
+  return result;
 }
 
 }  // namespace component
