@@ -13,6 +13,12 @@ namespace cm::internal {
 /// the other thread does not touch it again.
 class Completion {
  public:
+  /// Before Complete(): waits until the other thread does nothing but wait.
+  void AwaitWaiter() {
+    Lock lock(m_mutex);
+    while (!m_isAwaited) lock.Wait(m_changed);
+  }
+
   void Complete(int result) {
     // Notifies under the lock: the waiter may destroy this as soon as the lock is free.
     const Lock lock(m_mutex);
@@ -26,6 +32,8 @@ class Completion {
     const auto isDone = [this] { return m_done.load(std::memory_order_relaxed); };
     WaitBriefly(isDone);
     Lock lock(m_mutex);  // In any case: until it is free, Complete() may not have returned.
+    m_isAwaited = true;
+    m_changed.notify_one();
     while (!isDone()) lock.Wait(m_changed);
     return m_result;
   }
@@ -34,6 +42,7 @@ class Completion {
   Mutex m_mutex;
   std::condition_variable m_changed;
   std::atomic<bool> m_done{false};  // Written under the lock.
+  bool m_isAwaited UTIL_LOCKING(guarded_by(m_mutex)) = false;
   int m_result UTIL_LOCKING(guarded_by(m_mutex)) = 0;
 };
 

@@ -69,7 +69,10 @@ void EventQueue::Run() {
   while (ICmEvent* event = next()) {
     Completion* sender = event->m_sender;
     const int result = Fire(event);
-    if (sender != nullptr) sender->Complete(result);
+    if (sender == nullptr) continue;
+    // The event may have been one that ends the queue, which the sender has to be done with before.
+    if (!IsOpen()) sender->AwaitWaiter();
+    sender->Complete(result);
   }
   m_threadId.store(0, std::memory_order_relaxed);
 }
