@@ -22,8 +22,8 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ("libutil/src", "src", "tools")
-PARTS = ("CMakeLists.txt", "abi", "bench", "cmake", "examples", "fuzz", "include", "libutil", "src", "tests",
-         "tools")
+PARTS = ("CMakeLists.txt", "abi", "bench", "cmake", "examples", "fuzz", "include", "libutil", "model", "src",
+         "tests", "tools")
 TARGET_PERCENT = 85
 MEMORY_LIMIT = 4 << 30
 JOBS = ["-j", os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count()))]
