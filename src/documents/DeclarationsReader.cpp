@@ -29,14 +29,14 @@ constexpr SettingType kTypes[] = {SettingType::kBool,  SettingType::kInt,     Se
 
 }  // namespace
 
-std::string InQuotes(std::string_view text) {
+std::string InQuotes(std::string_view string) {
   std::string quoted;
-  AppendString(quoted, text);
+  AppendString(quoted, string);
   return quoted;
 }
 
-std::string Suggestion(std::string_view text, std::span<const std::string_view> names) {
-  NearestName nearest(text);
+std::string Suggestion(std::string_view string, std::span<const std::string_view> names) {
+  NearestName nearest(string);
   for (const std::string_view name : names) nearest.Consider(name);
   const std::string found = nearest.Result();
   return found.empty() ? "" : " (did you mean \"" + found + "\"?)";

@@ -22,13 +22,13 @@ struct PlacedDeclaration {
   const char* replacedBy = nullptr;  ///< null when nothing replaces it
 };
 
-/// `text` as JSON has it, in quotes.
-std::string InQuotes(std::string_view text);
+/// `string` as JSON has it, in quotes.
+std::string InQuotes(std::string_view string);
 
 /// " (did you mean \"NAME\"?)" with the name nearest to the string, or "" when none is near.
-std::string Suggestion(std::string_view text, std::span<const std::string_view> names);
+std::string Suggestion(std::string_view string, std::span<const std::string_view> names);
 
-/// Reads the declarations of one text, each by itself. The text must outlive what is read.
+/// Reads the declarations of one JSON text, each by itself. The text must outlive what is read.
 class DeclarationsReader {
  public:
   explicit DeclarationsReader(std::string_view text) : m_text(text) {}

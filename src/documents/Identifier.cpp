@@ -38,17 +38,17 @@ bool IsLetterOrDigit(char c) {
 }
 
 // Two underscores in a row are the compiler's.
-bool IsIdentifier(std::string_view text) {
-  return !text.empty() && IsLetter(text.front()) && text.find("__") == std::string_view::npos &&
-         std::ranges::all_of(text, [](char c) { return c == '_' || IsLetterOrDigit(c); });
+bool IsIdentifier(std::string_view string) {
+  return !string.empty() && IsLetter(string.front()) && string.find("__") == std::string_view::npos &&
+         std::ranges::all_of(string, [](char c) { return c == '_' || IsLetterOrDigit(c); });
 }
 
 }  // namespace
 
-std::string CamelCase(std::string_view text) {
+std::string CamelCase(std::string_view string) {
   std::string joined;
   bool isWordBegin = true;
-  for (const char c : text) {
+  for (const char c : string) {
     if (c < ' ' || c > '~') return {};
     if (!IsLetterOrDigit(c)) {
       isWordBegin = true;
@@ -61,21 +61,21 @@ std::string CamelCase(std::string_view text) {
   return joined;
 }
 
-bool IsTypeName(std::string_view text) {
-  return IsIdentifier(text) && IsCapital(text.front());
+bool IsTypeName(std::string_view string) {
+  return IsIdentifier(string) && IsCapital(string.front());
 }
 
-bool IsLikeAMacro(std::string_view text) {
-  return std::ranges::none_of(text, [](char c) { return c >= 'a' && c <= 'z'; });
+bool IsLikeAMacro(std::string_view string) {
+  return std::ranges::none_of(string, [](char c) { return c >= 'a' && c <= 'z'; });
 }
 
-bool IsOwnNamespace(std::string_view text) {
+bool IsOwnNamespace(std::string_view string) {
   for (;;) {
-    const std::size_t end = text.find("::");
-    const std::string_view part = text.substr(0, end);
+    const std::size_t end = string.find("::");
+    const std::string_view part = string.substr(0, end);
     if (!IsIdentifier(part) || IsLikeAMacro(part) || std::ranges::binary_search(kTaken, part)) return false;
     if (end == std::string_view::npos) return true;
-    text.remove_prefix(end + 2);
+    string.remove_prefix(end + 2);
   }
 }
 

@@ -16,9 +16,9 @@ constexpr std::size_t kMost = 255;
 
 }  // namespace
 
-NameIndex::LetterCounts NameIndex::countLetters(std::string_view text) {
+NameIndex::LetterCounts NameIndex::countLetters(std::string_view string) {
   LetterCounts counts{};
-  for (const char letter : text) {
+  for (const char letter : string) {
     std::uint8_t& count = counts[static_cast<unsigned char>(letter) % counts.size()];
     if (count != kMost) ++count;
   }
@@ -28,11 +28,11 @@ NameIndex::LetterCounts NameIndex::countLetters(std::string_view text) {
 // Inserting, removing or replacing a letter changes the counts by two at most: names that differ in more than
 // the edits which may turn a string into them need no closer look, and the others are best looked at in the
 // order of the difference.
-void NameIndex::findDifferences(std::string_view text) {
+void NameIndex::findDifferences(std::string_view string) {
   for (std::size_t index = m_counts.size(); index < m_names.size(); ++index) {
     m_counts.push_back(countLetters(m_names[index]));
   }
-  const LetterCounts counts = countLetters(text);
+  const LetterCounts counts = countLetters(string);
   m_differences.resize(m_names.size());
   for (std::size_t index = 0; index < m_names.size(); ++index) {
     const LetterCounts& known = m_counts[index];
@@ -47,10 +47,10 @@ void NameIndex::findDifferences(std::string_view text) {
   m_work += m_names.size();
 }
 
-std::string NameIndex::Nearest(std::string_view text) {
+std::string NameIndex::Nearest(std::string_view string) {
   if (m_work >= kMostWork) return {};
-  findDifferences(text);
-  NearestName nearest(text);
+  findDifferences(string);
+  NearestName nearest(string);
   for (unsigned int difference = 0; difference < kMost && nearest.MayBeImproved(difference / 2);
        ++difference) {
     const std::uint8_t* const begin = m_differences.data();
@@ -61,7 +61,7 @@ std::string NameIndex::Nearest(std::string_view text) {
       if (at == nullptr) break;
       const std::string_view known = m_names[static_cast<std::size_t>(at - begin)];
       nearest.Consider(known);
-      m_work += text.size() * known.size();
+      m_work += string.size() * known.size();
     }
   }
   return nearest.Result();

@@ -23,14 +23,14 @@ class NameIndex {
 
   /// The name that NearestName finds for the string, "" when none is near. The work spent on it has a bound
   /// for all strings together; "" once it is used up.
-  std::string Nearest(std::string_view text);
+  std::string Nearest(std::string_view string);
 
  private:
   /// How many letters of each kind a name has, whatever their case.
   using LetterCounts = std::array<std::uint8_t, 32>;
 
-  static LetterCounts countLetters(std::string_view text);
-  void findDifferences(std::string_view text);
+  static LetterCounts countLetters(std::string_view string);
+  void findDifferences(std::string_view string);
 
   std::vector<std::string_view> m_names;
   std::unordered_set<std::string_view> m_known;

@@ -20,11 +20,11 @@ std::uint64_t ReplacementCost(char a, char b) {
 
 }  // namespace
 
-NearestName::NearestName(std::string_view text) : m_text(text) {}
+NearestName::NearestName(std::string_view string) : m_string(string) {}
 
 void NearestName::Consider(std::string_view known) {
   const std::size_t edits = Edits(known);
-  if (m_text.size() > known.size() + edits || known.size() > m_text.size() + edits) return;
+  if (m_string.size() > known.size() + edits || known.size() > m_string.size() + edits) return;
   std::uint64_t limit = edits * kLetterCost + (kLetterCost - 1);
   if (!m_nearest.empty()) {
     if (m_nearestDistance == 0) return;
@@ -48,14 +48,14 @@ std::uint64_t NearestName::distance(std::string_view known, std::uint64_t limit)
   m_row.resize(known.size() + 1);
   for (std::size_t column = 0; column <= known.size(); ++column) m_last[column] = column * kLetterCost;
   std::uint64_t lastLeast = 0;
-  for (std::size_t i = 1; i <= m_text.size(); ++i) {
+  for (std::size_t i = 1; i <= m_string.size(); ++i) {
     m_row[0] = i * kLetterCost;
     for (std::size_t j = 1; j <= known.size(); ++j) {
       m_row[j] = std::min({m_last[j] + kLetterCost, m_row[j - 1] + kLetterCost,
-                           m_last[j - 1] + ReplacementCost(m_text[i - 1], known[j - 1])});
+                           m_last[j - 1] + ReplacementCost(m_string[i - 1], known[j - 1])});
       if (i > 1 && j > 1) {
         const std::uint64_t swapped =
-            ReplacementCost(m_text[i - 1], known[j - 2]) + ReplacementCost(m_text[i - 2], known[j - 1]);
+            ReplacementCost(m_string[i - 1], known[j - 2]) + ReplacementCost(m_string[i - 2], known[j - 1]);
         if (swapped < kLetterCost) m_row[j] = std::min(m_row[j], m_beforeLast[j - 2] + kLetterCost + swapped);
       }
     }

@@ -15,7 +15,7 @@ namespace kalStore::internal {
 /// object.
 class NearestName {
  public:
-  explicit NearestName(std::string_view text);
+  explicit NearestName(std::string_view string);
 
   /// How many letters of a string may be wrong for it to be meant as the name.
   static std::size_t Edits(std::string_view known) { return std::max<std::size_t>(1, known.size() / 3); }
@@ -31,7 +31,7 @@ class NearestName {
  private:
   std::uint64_t distance(std::string_view known, std::uint64_t limit);
 
-  const std::string_view m_text;
+  const std::string_view m_string;
   std::string_view m_nearest;
   std::uint64_t m_nearestDistance = 0;
   // Rows of the distance table, kept for their memory.

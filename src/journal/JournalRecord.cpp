@@ -53,9 +53,9 @@ bool IsOfStatistics(JournalKind kind) {
 }
 
 // Where to cut a longer string: before a character of UTF-8, if it is that.
-std::size_t CutSize(std::string_view text, std::size_t longest) {
+std::size_t CutSize(std::string_view string, std::size_t longest) {
   std::size_t size = longest;
-  const auto isContinuation = [&] { return (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80; };
+  const auto isContinuation = [&] { return (static_cast<unsigned char>(string[size]) & 0xC0) == 0x80; };
   while (size > longest - 4 && isContinuation()) --size;
   return isContinuation() ? longest : size;
 }
@@ -67,9 +67,9 @@ std::uint64_t WordAt(const char* bytes) {
 }
 
 // Of a string that is shorter than a word: the bytes from both of its ends on, which may meet in its middle.
-std::uint64_t ShortWord(std::string_view text) {
-  const char* const bytes = text.data();
-  const std::size_t size = text.size();
+std::uint64_t ShortWord(std::string_view string) {
+  const char* const bytes = string.data();
+  const std::size_t size = string.size();
   char word[kWord] = {};
   const auto copyEnds = [&](auto length) {
     std::memcpy(word, bytes, length);
@@ -94,26 +94,26 @@ class RecordWriter {
 
   // Returns the part's size. The last word of a longer string has its last bytes, so that it overlaps the
   // word before.
-  std::uint8_t Put(Part part, std::string_view text) {
-    std::size_t size = text.size();
+  std::uint8_t Put(Part part, std::string_view string) {
+    std::size_t size = string.size();
     std::uint8_t cut = 0;
     if (size > kLongest[part]) [[unlikely]] {
-      size = CutSize(text, kLongest[part]);
+      size = CutSize(string, kLongest[part]);
       cut = kCut;
     }
     if (size < kWord) {
-      if (size != 0) Put(ShortWord(text));
+      if (size != 0) Put(ShortWord(string));
     } else {
-      for (std::size_t at = 0; at < size - kWord; at += kWord) Put(WordAt(text.data() + at));
-      Put(WordAt(text.data() + size - kWord));
+      for (std::size_t at = 0; at < size - kWord; at += kWord) Put(WordAt(string.data() + at));
+      Put(WordAt(string.data() + size - kWord));
     }
     return static_cast<std::uint8_t>(size | cut);
   }
   std::uint8_t Put(Part part, const ConfigData* value) {
     return value == nullptr || !value->IsValid() ? kNone : Put(part, std::string_view(value->ToString()));
   }
-  std::uint8_t Put(Part part, const char* text) {
-    return text == nullptr ? kNone : Put(part, std::string_view(text));
+  std::uint8_t Put(Part part, const char* string) {
+    return string == nullptr ? kNone : Put(part, std::string_view(string));
   }
 
  private:

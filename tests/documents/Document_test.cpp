@@ -6,6 +6,7 @@
 
 #include "store/StoreFixture.h"
 #include "support/AllocationCount.h"
+#include "support/CallingSink.h"
 #include "tessel/json.h"
 
 namespace kalStore {
@@ -225,13 +226,7 @@ TEST_F(StoreDocument, MayBeTheDumpThatATraceSinkReplaces) {
   Set("a", std::string(100, 'x'));
   const char* const text = m_store.DumpKalConfigs(kAllConfigGroups);
   m_store.RemoveKalConfigByGroup(kAudio);
-  const TraceLog log;  // Restores the mask and the sink.
-  set_util_trace_sink(
-      [](void* store, int, const char*, const char*, unsigned int) {
-        set_external_trace_mask(-1);
-        static_cast<KalConfig*>(store)->DumpKalConfigs(0);
-      },
-      &m_store);
+  const CallingSink sink("", [this] { m_store.DumpKalConfigs(0); });
   EXPECT_EQ(kResultOk, m_store.ApplyKalConfigs(text));
   EXPECT_EQ(std::string(100, 'x'), Get("a"));
 }

@@ -4,14 +4,13 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
 #include <type_traits>
-#include <utility>
 
 #include "FacadeTest.h"
+#include "support/CallingSink.h"
 
 namespace kalStore {
 namespace {
@@ -133,44 +132,13 @@ TEST_F(KalConfigHelperTest, IsBoundOnceByManyThreads) {
   EXPECT_EQ(bound, 4);
 }
 
-// Calls in from every line that it is given, but not from those that it causes itself.
-class CallingSink {
- public:
-  CallingSink(int mask, std::function<void(const std::string& text)> call) : m_call(std::move(call)) {
-    set_external_trace_mask(mask);
-    set_util_trace_sink(&CallingSink::sink, this);
-  }
-  ~CallingSink() {
-    set_external_trace_mask(0);
-    set_util_trace_sink(nullptr, nullptr);
-  }
-  CallingSink(const CallingSink&) = delete;
-  CallingSink& operator=(const CallingSink&) = delete;
-
-  int Calls() const { return m_calls; }
-
- private:
-  static void sink(void* context, int, const char*, const char* text, unsigned int length) {
-    auto* const self = static_cast<CallingSink*>(context);
-    if (self->m_isCalling.exchange(true)) return;
-    ++self->m_calls;
-    self->m_call(std::string(text, length));
-    self->m_isCalling = false;
-  }
-
-  const std::function<void(const std::string& text)> m_call;
-  std::atomic<bool> m_isCalling{false};
-  std::atomic<int> m_calls{0};
-};
-
 TEST_F(KalConfigHelperTest, BindsOnceWhenATraceSinkBindsItMeanwhile) {
   for (const std::uint32_t other : {kCall, kCall + 1}) {
     KalConfigHelper facade;
     int notified = 0;
     facade.SubscribeConfig("a", [&](const KalConfigEvent&) { ++notified; }, KAL_CONFIG_GROUP_COMMON);
     {
-      CallingSink sink(2, [&](const std::string& text) {
-        if (text.find("CreateKalConfig") == std::string::npos) return;
+      const CallingSink sink("CreateKalConfig", [&] {
         EXPECT_EQ(facade.SetCallId(other), kResultNotFound);
         EXPECT_EQ(facade.GetCallId(), kCall);
       });
@@ -188,14 +156,17 @@ TEST_F(KalConfigHelperTest, BindsOnceWhenATraceSinkBindsItMeanwhile) {
 TEST_F(KalConfigHelperTest, HoldsNoLockWhileItTracesAFailure) {
   KalConfigHelper facade(kCall);
   // Another thread would wait for a lock that the tracing thread holds, which waits for it here.
-  CallingSink sink(0, [&](const std::string&) {
-    std::thread([&] {
-      EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
-      const SubscribeId_t id =
-          facade.SubscribeConfig("a", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_COMMON);
-      EXPECT_EQ(facade.UnsubscribeConfig(id), kResultOk);
-    }).join();
-  });
+  const CallingSink sink(
+      "",
+      [&] {
+        std::thread([&] {
+          EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
+          const SubscribeId_t id =
+              facade.SubscribeConfig("a", [](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_COMMON);
+          EXPECT_EQ(facade.UnsubscribeConfig(id), kResultOk);
+        }).join();
+      },
+      0);
   EXPECT_EQ(facade.SetCallId(kCall + 1), kResultNotFound);
   EXPECT_EQ(facade.UnsubscribeConfig("a", KAL_CONFIG_GROUP_COMMON), kResultNotFound);
   EXPECT_EQ(facade.UnsubscribeConfig("", KAL_CONFIG_GROUP_COMMON), kResultBadArgument);
@@ -212,9 +183,8 @@ TEST_F(KalConfigHelperTest, EndsUnderATraceSinkThatSubscribes) {
   const auto ignore = [](const KalConfigEvent&) {};
   raw->SubscribeConfig("a", ignore, KAL_CONFIG_GROUP_COMMON);
   int name = 0;
-  CallingSink sink(2, [&](const std::string&) {
-    raw->SubscribeConfig(std::to_string(++name).c_str(), ignore, KAL_CONFIG_GROUP_COMMON);
-  });
+  const CallingSink sink(
+      "", [&] { raw->SubscribeConfig(std::to_string(++name).c_str(), ignore, KAL_CONFIG_GROUP_COMMON); });
   facade.reset();
   EXPECT_GT(sink.Calls(), 0);
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
 #include <cerrno>
-#include <functional>
 #include <future>
 #include <stdexcept>
 #include <thread>
@@ -35,24 +34,16 @@ TEST_F(JournalDeliveries, BeginWhenTheLastOneEndedAlsoByAnException) {
   EXPECT_EQ(events[1].timeNs, events[0].timeNs + events[0].ranNs);
 }
 
-// What SubscribeInTheFirstLine() uses, once.
-std::function<void()> g_inTheFirstLine;
-void SubscribeInTheFirstLine(void*, int, const char*, const char*, unsigned int) {
-  if (const auto call = std::exchange(g_inTheFirstLine, nullptr)) call();
-}
-
 TEST_F(JournalDeliveries, ThatASinkPostedWithinAnImportOutliveIt) {
   Set(15);
   ACmThread worker("worker");
   worker.Start();
   std::promise<void> isOver;
   Post(worker, [&] { isOver.get_future().wait(); });
-  g_inTheFirstLine = [&] { Subscribe([](const KalConfigEvent&) {}, &worker, true); };
-  set_external_trace_mask(2);
-  set_util_trace_sink(&SubscribeInTheFirstLine, nullptr);
-  m_store.ApplyKalConfigs(R"({"Video":[{"key":"Codec","value":"av1"}]})");
-  set_util_trace_sink(nullptr, nullptr);
-  set_external_trace_mask(0);
+  {
+    const InTraceLine within("", [&] { Subscribe([](const KalConfigEvent&) {}, &worker, true); });
+    m_store.ApplyKalConfigs(R"({"Video":[{"key":"Codec","value":"av1"}]})");
+  }
   isOver.set_value();
   worker.Stop();
   const auto events = Events({JournalKind::kDelivered});

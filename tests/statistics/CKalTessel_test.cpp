@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "support/AllocationCount.h"
+#include "support/CallingSink.h"
 #include "support/TraceLog.h"
 #include "tessel/KalContentAudioStatisticInfo.h"
 #include "tessel/KalContentVideoStatisticInfo.h"
@@ -193,34 +194,9 @@ TEST(CKalTessel, ForgetsAnObjectByItsKeyThoughItsCallIdHasChanged) {
   EXPECT_FALSE(registry.isTesselEntityExisted(kAudio, 7));
 }
 
-// A sink that uses the registry from each of its lines, once for each line of the test's own calls.
-struct CallingSink {
-  explicit CallingSink(void (*calls)(CKalTessel&)) : m_calls(calls) {
-    set_util_trace_sink(&CallingSink::receive, this);
-    set_external_trace_mask(2);
-  }
-  ~CallingSink() {
-    set_external_trace_mask(0);
-    set_util_trace_sink(nullptr, nullptr);
-  }
-  CKalTessel registry;
-  int lines = 0;
-
- private:
-  static void receive(void* context, int, const char*, const char*, unsigned int) {
-    auto& self = *static_cast<CallingSink*>(context);
-    if (self.m_isCalling) return;
-    self.m_isCalling = true;
-    ++self.lines;
-    self.m_calls(self.registry);
-    self.m_isCalling = false;
-  }
-  void (*m_calls)(CKalTessel&);
-  bool m_isCalling = false;
-};
-
 TEST(CKalTessel, MayBeUsedByASinkFromEachOfItsLines) {
-  CallingSink sink([](CKalTessel& registry) {
+  CKalTessel registry;
+  const CallingSink sink("", [&] {
     for (const std::uint32_t callId : {7U, 8U}) {
       const bool isRegistered = registry.isTesselEntityExisted(kAudio, callId);
       void* const entity = registry.createOrGetTesselEntity(kAudio, callId);
@@ -231,14 +207,14 @@ TEST(CKalTessel, MayBeUsedByASinkFromEachOfItsLines) {
     }
     EXPECT_EQ(registry.createOrGetTesselEntity(kUnknown, 7), nullptr);
   });
-  void* const entity = sink.registry.createOrGetTesselEntity(kAudio, 7);
-  EXPECT_EQ(sink.registry.createOrGetTesselEntity(kAudio, 7), entity);
-  EXPECT_EQ(sink.registry.createOrGetTesselEntity(kUnknown, 7), nullptr);
-  EXPECT_EQ(sink.registry.releaseTesselEntity(kAudio, 7, entity), 1);
-  EXPECT_EQ(sink.registry.releaseTesselEntity(kAudio, 7, entity), 0);
-  EXPECT_EQ(sink.registry.releaseTesselEntity(kAudio, 7, entity), -1);
-  EXPECT_EQ(sink.lines, 6);
-  EXPECT_FALSE(sink.registry.isTesselEntityExisted(kAudio, 8));
+  void* const entity = registry.createOrGetTesselEntity(kAudio, 7);
+  EXPECT_EQ(registry.createOrGetTesselEntity(kAudio, 7), entity);
+  EXPECT_EQ(registry.createOrGetTesselEntity(kUnknown, 7), nullptr);
+  EXPECT_EQ(registry.releaseTesselEntity(kAudio, 7, entity), 1);
+  EXPECT_EQ(registry.releaseTesselEntity(kAudio, 7, entity), 0);
+  EXPECT_EQ(registry.releaseTesselEntity(kAudio, 7, entity), -1);
+  EXPECT_EQ(sink.Calls(), 6);
+  EXPECT_FALSE(registry.isTesselEntityExisted(kAudio, 8));
 }
 
 TEST(CKalTessel, TracesNothingOfAnObjectThatEndsByItsOwnRelease) {

@@ -5,42 +5,11 @@
 #include <thread>
 
 #include "StoreFixture.h"
+#include "support/CallingSink.h"
 #include "tessel/KalConfigRegistry.h"
 
 namespace kalStore {
 namespace {
-
-/// Calls a function from each line that contains a string, but not from lines that the function causes.
-class CallingSink {
- public:
-  CallingSink(const char* part, std::function<void()> function)
-      : m_part(part), m_function(std::move(function)) {
-    set_util_trace_sink(&CallingSink::sink, this);
-    set_external_trace_mask(2);
-  }
-  ~CallingSink() {
-    set_external_trace_mask(0);
-    set_util_trace_sink(nullptr, nullptr);
-  }
-  CallingSink(const CallingSink&) = delete;
-  CallingSink& operator=(const CallingSink&) = delete;
-
-  int Calls() const { return m_calls; }
-
- private:
-  static void sink(void* context, int, const char*, const char* text, unsigned int) {
-    auto* self = static_cast<CallingSink*>(context);
-    if (std::string(text).find(self->m_part) == std::string::npos || self->m_isCalling.exchange(true)) return;
-    ++self->m_calls;
-    self->m_function();
-    self->m_isCalling = false;
-  }
-
-  const std::string m_part;
-  const std::function<void()> m_function;
-  std::atomic<bool> m_isCalling{false};
-  std::atomic<int> m_calls{0};
-};
 
 class StoreCallingSink : public StoreTest {
  protected:

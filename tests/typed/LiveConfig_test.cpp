@@ -15,6 +15,7 @@
 #include "ForeignStore.h"
 #include "TypedTest.h"
 #include "support/AllocationCount.h"
+#include "support/CallingSink.h"
 #include "support/TraceLog.h"
 #include "tessel/KalConfig.h"
 
@@ -304,27 +305,15 @@ TEST_F(Live, EndsAndIsMadeInsideCallbacks) {
 }
 
 TEST_F(Live, IsReadMadeAndEndedByATraceSink) {
-  struct Sink {
-    IKalConfig& store;
-    LiveConfig<int> kept{store, kMaxFps};
-    std::vector<int> seen{};
-    bool isInside = false;
-  } sink{*m_call};
-  set_util_trace_sink(
-      [](void* context, int, const char*, const char*, unsigned int) {
-        auto& self = *static_cast<Sink*>(context);
-        if (std::exchange(self.isInside, true)) return;
-        self.seen.push_back(self.kept.Get());
-        self.seen.push_back(LiveConfig(self.store, kMaxFps).Get());
-        self.isInside = false;
-      },
-      &sink);
-  set_external_trace_mask(2);
+  const LiveConfig kept(*m_call, kMaxFps);
+  std::vector<int> seen;
+  const CallingSink sink("", [&] {
+    seen.push_back(kept.Get());
+    seen.push_back(LiveConfig(*m_call, kMaxFps).Get());
+  });
   kMaxFps.Set(*m_call, 15);
   kMaxFps.Remove(*m_call);
-  set_external_trace_mask(0);
-  set_util_trace_sink(nullptr, nullptr);
-  EXPECT_EQ((std::vector<int>{15, 15, 30, 30}), sink.seen);
+  EXPECT_EQ((std::vector<int>{15, 15, 30, 30}), seen);
 }
 
 TEST_F(Live, CopiesShareOneValueUntilTheLastEnds) {
