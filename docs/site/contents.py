@@ -103,6 +103,7 @@ REFERENCE = {
         "util/clock_policy.h": "Clocks",
         "tessel/trace.h": "Names in trace lines",
         "tessel/journal.h": "The journal",
+        "tessel/inspect.h": "What is there now",
         "util/util_trace.h": "Trace output",
         "util/CCmUtilFuncTracer.h": None,
         "util/CCmTextFormator.h": None,

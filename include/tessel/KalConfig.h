@@ -20,6 +20,7 @@ namespace internal {
 class LiveRegistration;
 class LiveRegistrations;
 struct JournalEntry;
+struct StoreParts;
 }  // namespace internal
 
 /// The store of one call. Obtain it with CreateKalConfig() and use it through IKalConfig.
@@ -58,6 +59,7 @@ class TESSEL_API KalConfig : public IKalConfig {
 
  private:
   friend class internal::LiveRegistration;
+  friend struct internal::StoreParts;
 
   using ObserverMgr = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
   // A value may end under the lock: that runs no code but its own.

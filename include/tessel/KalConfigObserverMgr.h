@@ -88,8 +88,11 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
     explicit Locked(KalConfigObserverMgr& owner) TESSEL_LOCKING(acquire_capability(owner.m_mutex))
         : m_lock(owner.m_mutex), m_map(owner.m_map) {}
     ~Locked() TESSEL_LOCKING(release_capability()) = default;
+    ///@{
     /// @return The lists, while this object lives.
     Map* operator->() { return &m_map; }
+    Map& operator*() { return m_map; }
+    ///@}
 
    private:
     const detail::Lock<std::recursive_mutex> m_lock;

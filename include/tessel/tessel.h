@@ -8,6 +8,7 @@
 ///
 /// The examples in all headers are bodies of functions, in a file that begins with
 /// @code{.cpp}
+/// #include <tessel/inspect.h>
 /// #include <tessel/journal.h>
 /// #include <tessel/post.h>
 /// #include <tessel/tessel.h>

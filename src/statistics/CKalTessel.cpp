@@ -5,7 +5,9 @@
 #include <memory>
 
 #include "journal/JournalSource.h"
+#include "statistics/EntityParts.h"
 #include "statistics/ProcessRegistry.h"
+#include "statistics/RegistryGuard.h"
 #include "tessel/KalContentAudioStatisticInfo.h"
 #include "tessel/KalContentVideoStatisticInfo.h"
 #include "trace/TraceLine.h"
@@ -23,24 +25,6 @@ constinit std::atomic<int> g_ending{0};
 // Protected by the lock of kalTesselInstant. Other registries do without.
 constinit std::pair<const std::pair<KalTesselEntityType, std::uint32_t>, void*>* g_found = nullptr;
 
-using RegistryLock = detail::Mutex<CCmMutexThreadRecursive>;
-
-// Holds the lock if it can be had; a call goes on without it otherwise.
-class TESSEL_LOCKING(scoped_lockable) Guard {
- public:
-  explicit Guard(RegistryLock& mutex) TESSEL_LOCKING(acquire_capability(mutex))
-      : m_mutex(mutex), m_isLocked(mutex.Lock() == 0) {}
-  ~Guard() TESSEL_LOCKING(release_capability()) {
-    if (m_isLocked) m_mutex.UnLock();
-  }
-  Guard(const Guard&) = delete;
-  Guard& operator=(const Guard&) = delete;
-
- private:
-  RegistryLock& m_mutex;
-  const bool m_isLocked;
-};
-
 std::unique_ptr<IKalMediaInfo> MakeEntity(KalTesselEntityType type, std::uint32_t callId) {
   switch (type) {
     case KAL_TESSEL_AUDIO:
@@ -55,35 +39,11 @@ std::unique_ptr<IKalMediaInfo> MakeEntity(KalTesselEntityType type, std::uint32_
   return nullptr;
 }
 
-bool IsVideo(KalTesselEntityType type) {
-  return type == KAL_TESSEL_VIDEO || type == KAL_TESSEL_CONTENT_VIDEO;
-}
-
 // The pointer that callers receive: the interface of the object's media.
 void* EntityOf(KalTesselEntityType type, IKalMediaInfo* object) {
   if (IsVideo(type)) return static_cast<IKalVideoInfo*>(object);
   return static_cast<IKalAudioInfo*>(object);
 }
-
-}  // namespace
-
-struct internal::EntityParts {
-  kal::CKalUnknownImpl& references;  // What AddRef() and Release() of the object forward to.
-  Registration& registration;
-
-  static EntityParts Of(KalTesselEntityType type, void* entity) {
-    if (IsVideo(type)) return of(static_cast<KalVideoStatisticInfo&>(*static_cast<IKalVideoInfo*>(entity)));
-    return of(static_cast<KalAudioStatisticInfo&>(*static_cast<IKalAudioInfo*>(entity)));
-  }
-
- private:
-  template <class Object>
-  static EntityParts of(Object& object) {
-    return {object, object.m_registration};
-  }
-};
-
-namespace {
 
 bool IsEnding(KalTesselEntityType type, void* entity) {
   return EntityParts::Of(type, entity).references.ReferenceCount() == 0;
@@ -180,7 +140,7 @@ Registration::~Registration() {
   // either the registry has already withdrawn, or it sees that this object is ending and waits.
   g_ending.fetch_add(1);
   if (CKalTessel* const registry = m_registry.load()) {
-    const Guard guard(registry->m_mutex);
+    const RegistryGuard guard(registry->m_mutex);
     const CKalTessel::Entry* const entry = registry->find({m_type, m_callId});
     if (entry != nullptr && &EntityParts::Of(m_type, entry->second).registration == this) {
       if (registry == &kalTesselInstant) g_found = nullptr;
@@ -202,14 +162,14 @@ CKalTessel::~CKalTessel() {
 }
 
 void CKalTessel::forgetAll() {
-  const Guard guard(m_mutex);
+  const RegistryGuard guard(m_mutex);
   for (const auto& [key, entity] : m_entities) EntityParts::Of(key.first, entity).registration.Leave();
   if (this == &kalTesselInstant) g_found = nullptr;
   m_entities.clear();
 }
 
 inline void* CKalTessel::createOrGet(KalTesselEntityType type, std::uint32_t callId, const void* caller) {
-  const Guard guard(m_mutex);
+  const RegistryGuard guard(m_mutex);
   const Entry* const entry = find({type, callId});
   void* entity = entry != nullptr ? entry->second : nullptr;
   // An object whose last reference is gone is ending on another thread, which waits for the lock.
@@ -241,7 +201,7 @@ int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t call
 }
 
 int CKalTessel::release(KalTesselEntityType type, std::uint32_t callId, void* entity, const void* caller) {
-  const Guard guard(m_mutex);
+  const RegistryGuard guard(m_mutex);
   if (entity == nullptr) return -1;
   const Entry* const entry = find({type, callId});
   if (entry == nullptr || IsEnding(type, entry->second)) {
@@ -260,7 +220,7 @@ int CKalTessel::release(KalTesselEntityType type, std::uint32_t callId, void* en
 }
 
 bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t callId) {
-  const Guard guard(m_mutex);
+  const RegistryGuard guard(m_mutex);
   const Entry* const entry = find({type, callId});
   return entry != nullptr && !IsEnding(type, entry->second);
 }

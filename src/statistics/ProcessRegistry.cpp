@@ -4,6 +4,9 @@
 #include <cstddef>
 #include <new>
 
+#include "statistics/EntityParts.h"
+#include "statistics/RegistryGuard.h"
+
 namespace kalStore {
 
 // Storage without a constructor or a destructor of its own; kalTesselInstant is its name as an object.
@@ -25,6 +28,15 @@ CKalTessel& ProcessRegistry::Get() {
 int ProcessRegistry::Release(KalTesselEntityType type, std::uint32_t callId, void* entity,
                              const void* caller) {
   return Get().release(type, callId, entity, caller);
+}
+
+void ProcessRegistry::ForEachEntity(const Look& look) {
+  CKalTessel& registry = Get();
+  const RegistryGuard guard(registry.m_mutex);
+  for (const auto& [key, entity] : registry.m_entities) {
+    const std::uint32_t references = EntityParts::Of(key.first, entity).references.ReferenceCount();
+    if (references != 0) look(key.first, key.second, references, entity);
+  }
 }
 
 ProcessRegistry::ProcessRegistry() {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
+#include <functional>
+
 #include "tessel/CKalTessel.h"
 
 namespace kalStore::internal {
@@ -15,6 +18,12 @@ class ProcessRegistry {
   // The entry points' operations, for their callers.
   static void* CreateOrGet(KalTesselEntityType type, std::uint32_t callId, const void* caller);
   static int Release(KalTesselEntityType type, std::uint32_t callId, void* entity, const void* caller);
+
+  /// Calls `look` with the key, the reference count and the pointer of each object, by key, under the lock of
+  /// the registry. It must add no reference and call no virtual function: the last reference may be released
+  /// meanwhile, and the object's end waits only in its destructor.
+  using Look = std::function<void(KalTesselEntityType, std::uint32_t, std::uint32_t, void*)>;
+  static void ForEachEntity(const Look& look);
 
  private:
   ProcessRegistry();

@@ -3,15 +3,11 @@
 
 #include <algorithm>
 #include <atomic>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "journal/JournalSource.h"
-#include "store/RecursiveMutex.h"
-#include "tessel/KalConfig.h"
+#include "store/StoreRegistry.h"
 #include "trace/TraceLine.h"
 #include "util/CCmUtilFuncTracer.h"
 
@@ -19,19 +15,9 @@ namespace kalStore {
 
 using namespace internal;
 
+constinit detail::Mutex<RecursiveMutex> internal::g_storesMutex;
+
 namespace {
-
-struct StoreEntry {
-  std::shared_ptr<KalConfig> store;  // The registry's ownership; users hold raw pointers.
-  int counts;                        // References handed out, and the registry's own until clean-up.
-};
-
-using Stores = std::map<std::uint32_t, StoreEntry>;
-
-// Usable before any constructor runs.
-constinit detail::Mutex<RecursiveMutex> g_mutex;
-
-Stores& TheStores() TESSEL_LOCKING(requires_capability(g_mutex));
 
 [[gnu::noinline, gnu::cold]] void WriteStore(JournalKind kind, std::uint32_t callId, int counts) {
   WriteJournal({.kind = kind,
@@ -43,7 +29,7 @@ Stores& TheStores() TESSEL_LOCKING(requires_capability(g_mutex));
 // Destroys every store. What callbacks captured may call in when it ends: the registry is empty by then, and
 // every store is still alive, since a callback may have captured a facade of another call.
 void DropAll() {
-  const detail::Lock lock(g_mutex);
+  const detail::Lock lock(g_storesMutex);
   while (!TheStores().empty()) {
     const Stores doomed = std::exchange(TheStores(), {});
     if (JournalIsOn()) {
@@ -56,18 +42,13 @@ void DropAll() {
 // The registry's map: null until the first use, which may come from a static object that is constructed
 // before this library is initialised. Never destroyed: what ends after the stores were dropped at exit still
 // finds it.
-constinit Stores* g_mapConfigs TESSEL_LOCKING(pt_guarded_by(g_mutex)) = nullptr;
+constinit Stores* g_mapConfigs TESSEL_LOCKING(pt_guarded_by(g_storesMutex)) = nullptr;
 
 void MakeStores() {
   static const struct Lifetime {
     Lifetime() { g_mapConfigs = new Stores; }
     ~Lifetime() { DropAll(); }
   } lifetime;
-}
-
-Stores& TheStores() {
-  MakeStores();
-  return *g_mapConfigs;
 }
 
 // Made at the latest when the library is loaded, in a static program before every constructor of a later
@@ -78,7 +59,7 @@ Stores& TheStores() {
 }
 
 // Takes one reference and returns how many are left; at none, destroys the store and its entry.
-int DropReference(Stores::iterator position) TESSEL_LOCKING(requires_capability(g_mutex)) {
+int DropReference(Stores::iterator position) TESSEL_LOCKING(requires_capability(g_storesMutex)) {
   const int counts = --position->second.counts;
   if (counts < 1) {
     if (JournalIsOn()) WriteStore(JournalKind::kStoreEnded, position->first, 0);
@@ -121,10 +102,15 @@ class LimitedTracer {
 
 }  // namespace
 
+Stores& internal::TheStores() {
+  MakeStores();
+  return *g_mapConfigs;
+}
+
 std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {
   if (ppConfig == nullptr) return kResultBadArgument;
   TESSEL_TRACE(2, "kalStore::CreateKalConfig", Cid{callId});
-  const detail::Lock lock(g_mutex);
+  const detail::Lock lock(g_storesMutex);
   if (*ppConfig != nullptr) return kResultBadArgument;
   Stores& stores = TheStores();
   std::shared_ptr<KalConfig> made;
@@ -146,7 +132,7 @@ std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {
 
 std::int32_t ReleaseKalConfig(IKalConfig* pConfig) {
   if (pConfig == nullptr) return kResultBadArgument;
-  const detail::Lock lock(g_mutex);
+  const detail::Lock lock(g_storesMutex);
   Stores& stores = TheStores();
   const auto found = std::find_if(stores.begin(), stores.end(),
                                   [&](const auto& entry) { return entry.second.store.get() == pConfig; });
@@ -164,7 +150,7 @@ std::int32_t CleanUpKalConfig(std::uint32_t callId) {
     text << "int32_t kalStore::CleanUpKalConfig(uint32_t)"
          << ",line=" << 898 << ", callId=" << callId;
   });
-  const detail::Lock lock(g_mutex);
+  const detail::Lock lock(g_storesMutex);
   const auto found = TheStores().find(callId);
   if (found == TheStores().end() || !found->second.store->MarkCleanedUp()) return kResultNoSuchOrExists;
   const CallerScope caller(__builtin_return_address(0));
@@ -180,7 +166,7 @@ void DestroyKalConfig() {
     text << "void kalStore::DestroyKalConfig()"
          << ",line=" << __LINE__;
   });
-  const detail::Lock lock(g_mutex);
+  const detail::Lock lock(g_storesMutex);
   // By key: the sink may call in and change the map.
   const Stores& stores = TheStores();
   for (auto at = stores.begin(); at != stores.end();) {
@@ -193,7 +179,7 @@ void DestroyKalConfig() {
 }
 
 std::uint32_t GetKalConfigSizeForUT() {
-  const detail::Lock lock(g_mutex);
+  const detail::Lock lock(g_storesMutex);
   return static_cast<std::uint32_t>(TheStores().size());
 }
 

@@ -43,6 +43,7 @@ FOLDERS = [
                          "(trace|json|journal|store|documents)/.*"]),
     (r"src/facade/", [EXPORTED, "(trace|json|journal|store|documents|facade)/.*"]),
     (r"src/statistics/", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS, "(trace|journal|statistics)/.*"]),
+    (r"src/inspect/", [EXPORTED, "(journal|store|statistics|inspect)/.*"]),
     # Suggestions of names, the one private part that the program shares.
     (r"tools/DidYouMean\.cpp$", [EXPORTED, r"\w+\.h", r"documents/NearestName\.h"]),
     (r"tools/", [EXPORTED, r"((declare|recording|simulate)/)?\w+\.h"]),

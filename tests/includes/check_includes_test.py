@@ -19,8 +19,7 @@ class CheckIncludes(unittest.TestCase):
                        "include/tessel/settings_check.h", "include/tessel/CKalTessel.h", "src/trace/TraceLine.h",
                        "src/trace/CallContext.h", "src/json/Reader.h", "src/journal/Ring.h", "include/tessel/journal.h",
                        "src/store/Values.h", "src/documents/Import.h", "src/documents/NearestName.h",
-                       "src/facade/Helper.h",
-                       "src/statistics/Codec.h", "tools/Colour.h", "tools/simulate/Link.h"):
+                       "src/facade/Helper.h", "src/statistics/Codec.h", "src/inspect/Copy.h", "tools/Colour.h", "tools/simulate/Link.h"):
             self.write(header)
 
     def write(self, file, *lines):
@@ -55,6 +54,8 @@ class CheckIncludes(unittest.TestCase):
         self.assert_allowed("src/documents/a.cpp", "tessel/settings_check.h", "tessel/KalConfig.h")
         self.assert_allowed("src/facade/a.cpp", "documents/Import.h", "store/Values.h", "tessel/KalConfigHelper.h")
         self.assert_allowed("src/statistics/a.cpp", "trace/TraceLine.h", "tessel/CKalTessel.h")
+        self.assert_allowed("src/inspect/a.cpp", "store/Values.h", "statistics/Codec.h", "journal/Ring.h",
+                            "inspect/Copy.h")
         self.assert_allowed("tools/a.cpp", "Colour.h", "simulate/Link.h", "tessel/json.h")
         self.assert_allowed("tools/DidYouMean.cpp", "Colour.h", "documents/NearestName.h")
         self.assert_allowed("examples/a/main.cpp", "<tessel/json.h>", "<util/ConfigData.h>")
@@ -75,6 +76,9 @@ class CheckIncludes(unittest.TestCase):
         self.assert_refused("src/documents/a.cpp", "facade/Helper.h")
         self.assert_refused("src/facade/a.cpp", "statistics/Codec.h")
         self.assert_refused("src/statistics/a.cpp", "store/Values.h")
+        self.assert_refused("src/inspect/a.cpp", "facade/Helper.h")
+        self.assert_refused("src/store/a.cpp", "inspect/Copy.h")
+        self.assert_refused("src/statistics/a.cpp", "inspect/Copy.h")
 
     def test_no_layer_includes_exported_headers_of_what_is_above_it(self):
         self.assert_refused("src/journal/a.cpp", "tessel/KalConfig.h")

@@ -24,7 +24,7 @@ ANNOTATED = ("include/tessel/locking.h", "libutil/src/Mutex.h")  # The classes t
 # These locks protect nothing that is written under them alone, only the order of steps with atomic variables.
 ORDER_ONLY = ("src/facade/KalConfigHelper.cpp", "libutil/src/EventQueue.cpp")
 
-LOCK = re.compile(r" *(?:const )?(?:[\w:]+::)?(?:Lock lock|Guard guard)\(.*\);.*")
+LOCK = re.compile(r" *(?:const )?(?:[\w:]+::)?(?:Lock lock|RegistryGuard guard)\(.*\);.*")
 # Clang does not analyse constructors and destructors.
 UNCHECKED = re.compile(r"\s*(explicit \w+\(|(\w+::)?~\w+\()")
 STANDARD = re.compile(r"(?<!Mutex<)(?<!Lock<)std::(\w*mutex|lock_guard|unique_lock|scoped_lock|shared_lock)\b")
