@@ -19,7 +19,8 @@ class CheckIncludes(unittest.TestCase):
                        "include/tessel/settings_check.h", "include/tessel/CKalTessel.h", "src/trace/TraceLine.h",
                        "src/trace/CallContext.h", "src/json/Reader.h", "src/journal/Ring.h", "include/tessel/journal.h",
                        "src/store/Values.h", "src/documents/Import.h", "src/documents/NearestName.h",
-                       "src/facade/Helper.h", "src/statistics/Codec.h", "src/inspect/Copy.h", "tools/Colour.h", "tools/simulate/Link.h"):
+                       "src/facade/Helper.h", "src/statistics/Codec.h", "src/inspect/Copy.h", "tools/Colour.h",
+                       "tools/simulate/Link.h"):
             self.write(header)
 
     def write(self, file, *lines):
