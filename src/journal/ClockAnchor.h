@@ -13,6 +13,24 @@ struct ClockSample {
   std::int64_t ns;
 };
 
+/// The narrowest of some looks at the clock, the counter and the clock again; nothing when the thread was
+/// interrupted in each.
+template <class ReadTicks, class ReadNs>
+std::optional<ClockSample> TakeSample(ReadTicks readTicks, ReadNs readNs) {
+  constexpr std::int64_t kWidestNs = 2000;
+  std::optional<ClockSample> best;
+  std::int64_t bestNs = kWidestNs + 1;
+  for (int tries = 3; tries > 0; --tries) {
+    const std::int64_t beforeNs = readNs();
+    const std::uint64_t ticks = readTicks();
+    const std::int64_t widthNs = readNs() - beforeNs;
+    if (widthNs >= bestNs) continue;
+    bestNs = widthNs;
+    best = {ticks, beforeNs + widthNs / 2};
+  }
+  return best;
+}
+
 /// From when on and how a counter of ticks is a clock.
 ///
 /// Threads: any reader, one writer at a time. A reader takes the members between two looks at the version:

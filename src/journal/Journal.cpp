@@ -14,7 +14,7 @@ namespace kalStore {
 
 namespace internal {
 
-alignas(64) constinit std::atomic<std::uint32_t> g_journalStart{0};
+alignas(64) constinit std::atomic<bool> g_isJournalOn{false};
 
 namespace {
 
@@ -27,7 +27,6 @@ constinit std::atomic<std::uint64_t> g_startNumber{1};  // The first number sinc
 
 // Starts, one at a time. Stops, writers and readers do without.
 constinit detail::Mutex<std::mutex> g_startMutex;
-constinit std::uint32_t g_starts TESSEL_LOCKING(guarded_by(g_startMutex)) = 0;
 
 // A ring for each power of two that was ever asked for. They are never freed: a writer may be late, and a
 // ring that is used again may still have one. Its number is then lower than those of the new life, and the
@@ -87,15 +86,14 @@ std::int32_t StartJournal(std::size_t capacity) {
   const std::uint64_t first = g_next.fetch_add(0, std::memory_order_acq_rel);
   if (isAnother) g_ringBegin.store(first, std::memory_order_release);
   g_startNumber.store(first, std::memory_order_release);
-  if (++g_starts == 0) ++g_starts;
   JournalNowNs();  // The stretch begins over which the rate of its counter is measured.
-  g_journalStart.store(g_starts, std::memory_order_relaxed);
+  g_isJournalOn.store(true, std::memory_order_relaxed);
   return kResultOk;
 }
 
 // Beside a start that has not turned the journal on yet, it finds it off.
 std::int32_t StopJournal() {
-  return g_journalStart.exchange(0, std::memory_order_relaxed) == 0 ? kResultUnchanged : kResultOk;
+  return g_isJournalOn.exchange(false, std::memory_order_relaxed) ? kResultOk : kResultUnchanged;
 }
 
 bool IsJournalOn() {

@@ -9,15 +9,15 @@
 
 namespace kalStore::internal {
 
-/// How often the journal was started, while it is on; 0 while it is off. Read in every operation, written by
-/// starts and stops alone: it shares its cache line with nothing that changes. Said to be hidden here, too:
-/// otherwise its address would be looked up each time.
-[[gnu::visibility("hidden")]] alignas(64) extern std::atomic<std::uint32_t> g_journalStart;
+/// Whether the journal is on. Read in every operation, written by starts and stops alone: it shares its cache
+/// line with nothing that changes. Said to be hidden here, too: otherwise its address would be looked up each
+/// time.
+[[gnu::visibility("hidden")]] alignas(64) extern constinit std::atomic<bool> g_isJournalOn;
 
 /// Whether operations write events. Relaxed: an operation beside a start or a stop may write or not; what it
 /// writes with was published by other means, see WriteJournal().
 inline bool JournalIsOn() {
-  return g_journalStart.load(std::memory_order_relaxed) != 0;
+  return g_isJournalOn.load(std::memory_order_relaxed);
 }
 
 /// Draws the number of an event that is written later: under the lock that orders what happened. Whatever

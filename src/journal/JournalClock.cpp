@@ -31,21 +31,6 @@ std::int64_t SteadyNs() {
   return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
 }
 
-// Both at once, as far as they can be: the best of some tries, since the thread may be interrupted in one.
-ClockSample TakeSample() {
-  ClockSample best{};
-  std::uint64_t bestWidth = ~std::uint64_t{0};
-  for (int tries = 3; tries > 0; --tries) {
-    const std::uint64_t ticks = ReadTicks();
-    const std::int64_t ns = SteadyNs();
-    const std::uint64_t width = ReadTicks() - ticks;
-    if (width >= bestWidth) continue;
-    bestWidth = width;
-    best = {ticks, ns};
-  }
-  return best;
-}
-
 // Held by whoever renews the anchor. The others do not wait, but read the clock meanwhile.
 constinit std::atomic_flag g_isRenewed;
 // Protected by g_isRenewed.
@@ -57,8 +42,10 @@ constinit ClockRate g_rate;
 std::int64_t ReadClockNs() {
   static const bool hasTicks = HasConstantTicks();
   if (!hasTicks || g_isRenewed.test_and_set(std::memory_order_acquire)) return SteadyNs();
-  const std::int64_t nowNs = SteadyNs();
-  const std::int64_t ns = g_rate.IsDue(nowNs) ? g_rate.Renew(g_clockAnchor, TakeSample()) : nowNs;
+  std::int64_t ns = SteadyNs();
+  if (g_rate.IsDue(ns)) {
+    if (const auto sample = TakeSample(ReadTicks, SteadyNs)) ns = g_rate.Renew(g_clockAnchor, *sample);
+  }
   g_isRenewed.clear(std::memory_order_release);
   return ns;
 }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
 #include "journal/ClockAnchor.h"
+#include "journal/JournalThread.h"
 
 namespace kalStore::internal {
 
@@ -27,11 +29,11 @@ inline std::uint64_t ReadTicks() {
 /// The clock itself; renews the anchor where the processor has a counter of a constant rate.
 std::int64_t ReadClockNs();
 
-/// The time of std::chrono::steady_clock, to within a few microseconds. Never earlier on a thread than at its
-/// last call, but for those microseconds while another thread renews the anchor.
+/// The time of std::chrono::steady_clock, to within some microseconds. Never earlier than at the thread's last
+/// call: anchors differ by those, and more when a counter jumps.
 inline std::int64_t JournalNowNs() {
   const std::optional<std::int64_t> ns = TimeAt(g_clockAnchor, ReadTicks());
-  return ns ? *ns : ReadClockNs();
+  return t_journal.lastNs = std::max(t_journal.lastNs, ns ? *ns : ReadClockNs());
 }
 
 }  // namespace kalStore::internal

@@ -17,6 +17,7 @@ struct JournalThread {
   const char* label;     ///< of the innermost JournalOrigin; null: none
   const char* document;  ///< of the innermost JournalDocument; null: none
   unsigned long id;      ///< GetThreadSelfId(); 0: not asked yet
+  std::int64_t lastNs;   ///< the last time that JournalNowNs() gave
 };
 
 /// At a fixed distance from the thread's pointer, like t_call.

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <optional>
 #include <thread>
+#include <vector>
 
 namespace kalStore::internal {
 namespace {
@@ -95,6 +97,30 @@ TEST_F(ClockAnchorTest, MeasuresACounterAgainWhoseRateChanged) {
   EXPECT_EQ(TimeAtNs(570 * kMs), 9030 * kMs);
   EXPECT_EQ(rate.Renew(anchor, {TicksAt(8000 * kMs), 9040 * kMs}), 9040 * kMs);
   EXPECT_EQ(TimeAtNs(8000 * kMs), std::nullopt);
+}
+
+// Looks at a clock and a counter of one tick a nanosecond, which go on by a microsecond with each look, and by
+// `interruptions` before the looks at the clock of each try.
+std::optional<ClockSample> SampleWith(const std::vector<std::array<std::int64_t, 2>>& interruptions) {
+  std::int64_t ns = 500 * kMs;
+  std::size_t looks = 0;
+  return TakeSample([&] { return static_cast<std::uint64_t>(ns); },
+                    [&] {
+                      ns += interruptions.at(looks / 2).at(looks % 2);
+                      ++looks;
+                      return ns += kUs;
+                    });
+}
+
+TEST(ClockSampleOf, SeveralLooksIsTheNarrowestOne) {
+  const auto sample = SampleWith({{0, 4 * kMs}, {7 * kMs, 0}, {0, 300 * kUs}});
+  ASSERT_TRUE(sample);
+  EXPECT_EQ(sample->ticks, static_cast<std::uint64_t>(511 * kMs + 3 * kUs));
+  EXPECT_NEAR(static_cast<double>(sample->ns), static_cast<double>(sample->ticks), 1.0 * kUs);
+}
+
+TEST(ClockSampleOf, LooksThatWereAllInterruptedIsNone) {
+  EXPECT_EQ(SampleWith({{0, 4 * kMs}, {0, 3 * kUs}, {0, kMs}}), std::nullopt);
 }
 
 TEST_F(ClockAnchorTest, IsOfOneVersionForReadersBesideARenewal) {

@@ -26,5 +26,15 @@ TEST(JournalClock, IsTheSteadyClock) {
   }
 }
 
+TEST(JournalClock, DoesNotGoBackOnAThread) {
+  constexpr std::int64_t kMinuteNs = 60'000'000'000;
+  const std::int64_t aheadNs = SteadyNs() + kMinuteNs;
+  t_journal.lastNs = aheadNs;
+  EXPECT_EQ(JournalNowNs(), aheadNs);
+  std::thread([=] { EXPECT_LT(JournalNowNs(), aheadNs); }).join();
+  t_journal.lastNs = 0;
+  EXPECT_LT(JournalNowNs(), aheadNs);
+}
+
 }  // namespace
 }  // namespace kalStore::internal
