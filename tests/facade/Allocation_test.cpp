@@ -14,14 +14,14 @@ constexpr const char* kLongName = "A.Name.Beyond.What.A.Short.String.Holds";
 
 TEST_F(AllocationTest, ReadsOfAShortValueTakeNothing) {
   KalConfigHelper facade(kCall);
-  ASSERT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_AUDIO), 0);
+  ASSERT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_AUDIO), kResultOk);
   facade.SetKalConfig(kLongName, 32000);
   facade.SetFeatureToggle(KAL_FT_EnableMusicDetection, true);
   ConfigData value;
   const AllocationCount allocations;
-  EXPECT_EQ(facade.GetKalConfig(kLongName, value), 0);
+  EXPECT_EQ(facade.GetKalConfig(kLongName, value), kResultOk);
   EXPECT_TRUE(facade.GetKalConfig(kLongName).IsValid());
-  EXPECT_EQ(facade.GetKalConfig(kal::KAL_SESSION_AUDIO, kLongName, value), 0);
+  EXPECT_EQ(facade.GetKalConfig(kal::KAL_SESSION_AUDIO, kLongName, value), kResultOk);
   EXPECT_TRUE(facade.HaveKalConfig(kLongName));
   EXPECT_FALSE(facade.HaveKalConfig("missing"));
   EXPECT_TRUE(facade.IsFeatureToggleDefaultOn(KAL_FT_EnableMusicDetection));
@@ -31,7 +31,7 @@ TEST_F(AllocationTest, ReadsOfAShortValueTakeNothing) {
 
 TEST_F(AllocationTest, OverwritesWithAShortValueTakeNothing) {
   KalConfigHelper facade(kCall);
-  ASSERT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_AUDIO), 0);
+  ASSERT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_AUDIO), kResultOk);
   facade.SetKalConfig(kLongName, 32000);
   facade.SetFeatureToggle(KAL_FT_EnableMusicDetection, true);
   const AllocationCount allocations;
@@ -71,7 +71,7 @@ TEST_F(AllocationTest, ASubscriptionThatFailsIsNotThereAndCanBeMadeAgain) {
     EXPECT_EQ(facade.SetKalConfig(kLongName, 1, kGroup, false, true), kResultNobody) << "allocation " << n;
     EXPECT_NE(facade.SubscribeConfig(kLongName, ignore, kGroup), 0U) << "allocation " << n;
     EXPECT_EQ(facade.SetKalConfig(kLongName, 1, kGroup, false, true), kResultOk);
-    EXPECT_EQ(facade.UnsubscribeConfig(kLongName, kGroup), 0);
+    EXPECT_EQ(facade.UnsubscribeConfig(kLongName, kGroup), kResultOk);
   }
 }
 
@@ -91,7 +91,7 @@ TEST_F(AllocationTest, AFacadeThatCouldNotBeBoundCanBeBoundLater) {
     nth.reset();
     EXPECT_EQ(fired, hasThrown);
     const bool wasBound = facade.GetCallId() == kCall;
-    EXPECT_EQ(facade.SetCallId(kCall), 0) << "allocation " << n;
+    EXPECT_EQ(facade.SetCallId(kCall), kResultOk) << "allocation " << n;
     // Bound before the failure, the facade is without the subscription, and said so by throwing.
     facade.SetKalConfig(kLongName, 1, kGroup, false, true);
     EXPECT_EQ(notified, wasBound && hasThrown ? 0 : 1) << "allocation " << n;

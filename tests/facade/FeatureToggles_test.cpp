@@ -88,7 +88,7 @@ TEST_F(FeatureTogglesTest, AreValuesUnderTheirKeys) {
     EXPECT_TRUE(facade.HaveFeatureToggle(row.enumerator));
   }
   EXPECT_EQ(facade.SetFeatureToggle(Toggle(0), 0), kResultUnchanged) << "never forced";
-  EXPECT_EQ(facade.RemoveFeatureToggle(Toggle(0)), 0);
+  EXPECT_EQ(facade.RemoveFeatureToggle(Toggle(0)), kResultOk);
   EXPECT_FALSE(facade.HaveFeatureToggle(Toggle(0)));
 }
 
@@ -119,9 +119,9 @@ TEST_F(FeatureTogglesTest, NotifyTheirSubscribers) {
                 Toggle(5),
                 [&](const KalConfigEvent& e) { seen.push_back(e.m_name + "=" + e.m_newValue.ToString()); }),
             0U);
-  EXPECT_EQ(other.SetFeatureToggle(Toggle(5), "x"), 0);
-  EXPECT_EQ(other.SetKalConfig("EnableMusicDetection", "y", KAL_CONFIG_GROUP_FEATURE), 0);
-  EXPECT_EQ(facade.UnsubscribeFeatureToggle(Toggle(5)), 0);
+  EXPECT_EQ(other.SetFeatureToggle(Toggle(5), "x"), kResultOk);
+  EXPECT_EQ(other.SetKalConfig("EnableMusicDetection", "y", KAL_CONFIG_GROUP_FEATURE), kResultOk);
+  EXPECT_EQ(facade.UnsubscribeFeatureToggle(Toggle(5)), kResultOk);
   EXPECT_EQ(other.SetFeatureToggle(Toggle(5), "z"), kResultNobody);
   EXPECT_THAT(seen, testing::ElementsAre("EnableMusicDetection=x", "EnableMusicDetection=y"));
 }

@@ -33,7 +33,7 @@ class KalConfigHelperSubscriptionsTest : public FacadeTest {
 TEST_F(KalConfigHelperSubscriptionsTest, NotifiesOfChanges) {
   KalConfigHelper facade(kCall);
   EXPECT_NE(facade.SubscribeConfig("a", Note("1"), kGroup), 0U);
-  EXPECT_EQ(facade.SetKalConfig("a", "x", kGroup), 0);
+  EXPECT_EQ(facade.SetKalConfig("a", "x", kGroup), kResultOk);
   EXPECT_EQ(facade.SetKalConfig("b", "x", kGroup), kResultNobody);
   EXPECT_EQ(facade.SetKalConfig("a", "x", Group(0)), kResultNobody);
   EXPECT_THAT(m_seen, ElementsAre("1:x"));
@@ -44,8 +44,8 @@ TEST_F(KalConfigHelperSubscriptionsTest, UsesTheDefaultGroup) {
   facade.SetDefaultGroup(kGroup);
   EXPECT_NE(facade.SubscribeConfig("a", Note("1")), 0U);
   EXPECT_NE(facade.BindConfig("b", [](const KalConfigEvent&) { return ConfigData(1); }), 0U);
-  EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup), 0);
-  EXPECT_EQ(facade.UnsubscribeConfig("a", KAL_CONFIG_GROUP_DEFAULT), 0);
+  EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup), kResultOk);
+  EXPECT_EQ(facade.UnsubscribeConfig("a", KAL_CONFIG_GROUP_DEFAULT), kResultOk);
   EXPECT_EQ(facade.GetDynamicConfig("b", kGroup), ConfigData(1));
 }
 
@@ -58,12 +58,12 @@ TEST_F(KalConfigHelperSubscriptionsTest, RecordsUntilItIsBound) {
   EXPECT_EQ(facade.BindConfig("b", [](const KalConfigEvent&) { return ConfigData(7); }, kGroup), 0U);
   setter.SetKalConfig("a", "early", kGroup);
   EXPECT_THAT(m_seen, IsEmpty());
-  EXPECT_EQ(facade.SetCallId(kCall), 0);
+  EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
   EXPECT_THAT(m_seen, ElementsAre("1:early")) << "the initial delivery";
   setter.SetKalConfig("a", "late", kGroup);
   EXPECT_THAT(m_seen, ElementsAre("1:early", "1:late"));
   EXPECT_EQ(setter.GetDynamicConfig("b", kGroup), ConfigData(7));
-  EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), 0);
+  EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), kResultOk);
   EXPECT_EQ(setter.SetKalConfig("a", "later", kGroup), kResultNobody);
   EXPECT_THAT(log.Lines(), IsEmpty());
   EXPECT_EQ(cm_assertion_report_count(), reports);
@@ -89,7 +89,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, ReplacesARecordThatWaits) {
   facade.SubscribeConfig("b", Note("never"), kGroup);
   facade.BindConfig("b", [](const KalConfigEvent&) { return ConfigData("bound"); }, kGroup);
   facade.SetCallId(kCall);
-  EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup), 0);
+  EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup), kResultOk);
   EXPECT_EQ(facade.SetKalConfig("b", 1, kGroup), kResultNobody);
   EXPECT_EQ(facade.GetDynamicConfig("b", kGroup), ConfigData("bound"));
   EXPECT_THAT(m_seen, ElementsAre("second:1"));
@@ -110,7 +110,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, RefusesASecondSubscriptionOfAName) {
 TEST_F(KalConfigHelperSubscriptionsTest, CanSubscribeAgainAfterRemoval) {
   KalConfigHelper facade(kCall);
   const SubscribeId_t first = facade.SubscribeConfig("a", Note("first"), kGroup);
-  EXPECT_EQ(facade.UnsubscribeConfig(first), 0);
+  EXPECT_EQ(facade.UnsubscribeConfig(first), kResultOk);
   EXPECT_EQ(facade.UnsubscribeConfig(first), kResultNotFound);
   EXPECT_GT(facade.SubscribeConfig("a", Note("second"), kGroup), first);
   facade.SetKalConfig("a", 1, kGroup);
@@ -205,7 +205,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, LetsACallbacksExceptionPass) {
   facade.SubscribeConfig("a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup);
   EXPECT_THROW(facade.SetKalConfig("a", 1, kGroup), std::runtime_error);
   const TraceLog log(0);
-  EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), 0);
+  EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), kResultOk);
   // The run is over for the facade: its end waits for nothing, or there would be a line.
 }
 
@@ -227,8 +227,8 @@ TEST_F(KalConfigHelperSubscriptionsTest, MakesTheOtherRecordsWhenOneThrowsWhileB
   facade.SubscribeConfig("a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup);
   facade.SubscribeConfig("b", Note("b"), kGroup);
   EXPECT_THROW(facade.SetCallId(kCall), std::runtime_error);
-  EXPECT_EQ(facade.SetCallId(kCall), 0) << "bound all the same";
-  EXPECT_EQ(setter.SetKalConfig("b", 2, kGroup), 0);
+  EXPECT_EQ(facade.SetCallId(kCall), kResultOk) << "bound all the same";
+  EXPECT_EQ(setter.SetKalConfig("b", 2, kGroup), kResultOk);
   EXPECT_EQ(setter.SetKalConfig("a", 2, kGroup), kResultNobody);
   EXPECT_THAT(m_seen, ElementsAre("b:1", "b:2"));
 }
@@ -243,7 +243,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, LetsACallbackUseTheFacadeWhileItBinds) 
       [&](const KalConfigEvent&) {
         EXPECT_EQ(facade.GetKalConfig("a", kGroup), ConfigData("go"));
         EXPECT_EQ(facade.GetCallId(), kCall);
-        EXPECT_EQ(facade.SetCallId(kCall), 0);
+        EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
         if (sameGroup == 0) sameGroup = facade.SubscribeConfig("b", Note("b from callback"), kGroup);
         if (laterGroup == 0) laterGroup = facade.SubscribeConfig("c", Note("c from callback"), Group(5));
       },
@@ -256,8 +256,8 @@ TEST_F(KalConfigHelperSubscriptionsTest, LetsACallbackUseTheFacadeWhileItBinds) 
   setter.SetKalConfig("b", 1, kGroup);
   setter.SetKalConfig("c", 1, Group(5));
   EXPECT_THAT(m_seen, ElementsAre("b from callback:1", "c from callback:1")) << "each made once";
-  EXPECT_EQ(facade.UnsubscribeConfig(sameGroup), 0);
-  EXPECT_EQ(facade.UnsubscribeConfig(laterGroup), 0);
+  EXPECT_EQ(facade.UnsubscribeConfig(sameGroup), kResultOk);
+  EXPECT_EQ(facade.UnsubscribeConfig(laterGroup), kResultOk);
   EXPECT_EQ(setter.SetKalConfig("b", 2, kGroup), kResultNobody);
   EXPECT_EQ(setter.SetKalConfig("c", 2, Group(5)), kResultNobody);
 }
@@ -279,7 +279,7 @@ TEST_F(KalConfigHelperSubscriptionsTest, RefusesTheSameNameFromItsOwnInitialDeli
   EXPECT_NE(id, 0U);
   facade.SetKalConfig("a", 2, kGroup);
   EXPECT_EQ(calls, 2);
-  EXPECT_EQ(facade.UnsubscribeConfig(id), 0);
+  EXPECT_EQ(facade.UnsubscribeConfig(id), kResultOk);
   EXPECT_THAT(m_seen, IsEmpty());
 }
 
@@ -299,9 +299,9 @@ TEST_F(KalConfigHelperSubscriptionsTest, MakesASubscriptionOnceForTwoThreads) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ((ids[0] != 0) + (ids[1] != 0), 1);
     notified = 0;
-    EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup, true), 0);
+    EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup, true), kResultOk);
     EXPECT_EQ(notified, 1);
-    EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), 0);
+    EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), kResultOk);
     EXPECT_EQ(facade.SetKalConfig("a", 1, kGroup, true), kResultNobody);
   }
 }

@@ -267,10 +267,10 @@ TEST_F(KalConfigHelperValuesTest, ReadsBackWhatItWrote) {
   KalConfigHelper facade(kCall);
   facade.SetKalConfig("a", "x", kGroup);
   ConfigData value;
-  EXPECT_EQ(facade.GetKalConfig("a", value, kGroup), 0);
+  EXPECT_EQ(facade.GetKalConfig("a", value, kGroup), kResultOk);
   EXPECT_EQ(value, ConfigData("x"));
   EXPECT_EQ(facade.GetKalConfig("a", kGroup), ConfigData("x"));
-  EXPECT_EQ(facade.GetKalConfig(kal::KAL_SESSION_AUDIO, "a", value), 0);
+  EXPECT_EQ(facade.GetKalConfig(kal::KAL_SESSION_AUDIO, "a", value), kResultOk);
   EXPECT_EQ(facade.GetKalConfig(kal::KAL_SESSION_AUDIO, "a"), ConfigData("x"));
   EXPECT_TRUE(facade.HaveKalConfig("a", kGroup));
 }
@@ -286,17 +286,17 @@ TEST_F(KalConfigHelperValuesTest, HasNoMissingValue) {
 
 TEST_F(KalConfigHelperValuesTest, UsesTheDefaultGroup) {
   KalConfigHelper facade(kCall);
-  ASSERT_EQ(facade.SetDefaultGroup(KAL_CONFIG_GROUP_METRICS), 0);
+  ASSERT_EQ(facade.SetDefaultGroup(KAL_CONFIG_GROUP_METRICS), kResultOk);
   facade.SetKalConfig("a", 1);
   EXPECT_EQ(facade.GetKalConfig("a", KAL_CONFIG_GROUP_METRICS), ConfigData(1));
-  EXPECT_EQ(facade.RemoveKalConfig("a"), 0);
+  EXPECT_EQ(facade.RemoveKalConfig("a"), kResultOk);
   EXPECT_FALSE(facade.HaveKalConfig("a"));
   // A session type without a group falls to the default group too; one with a group does not.
   facade.SetKalConfig(Session(13), "b", 2);
   EXPECT_EQ(facade.GetKalConfig("b"), ConfigData(2));
   EXPECT_EQ(facade.GetKalConfig(Session(15), "b"), ConfigData(2));
   EXPECT_FALSE(facade.GetKalConfig(Session(0), "b").IsValid());
-  EXPECT_EQ(facade.RemoveKalConfigByGroup(), 0);
+  EXPECT_EQ(facade.RemoveKalConfigByGroup(), kResultOk);
   EXPECT_FALSE(facade.HaveKalConfig("b"));
 }
 
@@ -307,7 +307,7 @@ TEST_F(KalConfigHelperValuesTest, ReadsBoundNames) {
           "a", [](const KalConfigEvent& e) { return ConfigData(e.m_defaultValue.ToInt() + 1); }, kGroup),
       0U);
   ConfigData value;
-  EXPECT_EQ(facade.GetDynamicConfig("a", value, kGroup, 41), 0);
+  EXPECT_EQ(facade.GetDynamicConfig("a", value, kGroup, 41), kResultOk);
   EXPECT_EQ(value, ConfigData(42));
   EXPECT_EQ(facade.GetDynamicConfig("a", kGroup, 1), ConfigData(2));
 }
@@ -324,7 +324,7 @@ TEST_F(KalConfigHelperValuesTest, ReadsNothingWithoutABindingAlsoWithADefault) {
 TEST_F(KalConfigHelperValuesTest, DumpsAndApplies) {
   KalConfigHelper facade(kCall);
   EXPECT_EQ(facade.ApplyKalConfigs("[]"), kResultNotFound);
-  EXPECT_EQ(facade.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"x"}]})"), 0);
+  EXPECT_EQ(facade.ApplyKalConfigs(R"({"Audio":[{"key":"a","value":"x"}]})"), kResultOk);
   EXPECT_EQ(facade.GetKalConfig("a", kGroup), ConfigData("x"));
   EXPECT_STREQ(facade.DumpKalConfigs(1U << kGroup), R"({"Audio":[{"key":"a","value":"x"}]})");
   EXPECT_STREQ(facade.DumpKalConfigs(0), "{}");
@@ -334,17 +334,17 @@ TEST_F(KalConfigHelperValuesTest, DumpsAndApplies) {
 // What default arguments allow is not ambiguous.
 TEST_F(KalConfigHelperValuesTest, TakesTheShortForms) {
   KalConfigHelper facade(kCall);
-  ASSERT_EQ(facade.SetDefaultGroup(kGroup), 0);
+  ASSERT_EQ(facade.SetDefaultGroup(kGroup), kResultOk);
   ConfigData value;
   EXPECT_EQ(facade.SetKalConfig("a", 0), kResultNobody);
   EXPECT_EQ(facade.SetKalConfig("b", "text"), kResultNobody);
   EXPECT_EQ(facade.SetKalConfig("c", true), kResultNobody);
-  EXPECT_EQ(facade.GetKalConfig("a", value), 0);
+  EXPECT_EQ(facade.GetKalConfig("a", value), kResultOk);
   EXPECT_EQ(facade.GetKalConfig("a"), ConfigData(0));
   EXPECT_EQ(facade.GetKalConfig(kal::KAL_SESSION_AUDIO, "b"), ConfigData("text"));
   EXPECT_EQ(facade.GetDynamicConfig("a", value), kResultNobody);
   EXPECT_FALSE(facade.GetDynamicConfig("a").IsValid());
-  EXPECT_EQ(facade.RemoveKalConfig("a"), 0);
+  EXPECT_EQ(facade.RemoveKalConfig("a"), kResultOk);
   EXPECT_EQ(facade.UnsubscribeConfig(0), kResultNotFound);
   EXPECT_NE(facade.DumpKalConfigs(), nullptr);
 }

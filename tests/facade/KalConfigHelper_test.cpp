@@ -55,7 +55,7 @@ TEST_F(KalConfigHelperTest, DoesNotBindWhileItEnds) {
 TEST_F(KalConfigHelperTest, BindsLater) {
   KalConfigHelper facade;
   TraceLog log(0);
-  EXPECT_EQ(facade.SetCallId(kCall), 0);
+  EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
   EXPECT_EQ(facade.GetCallId(), kCall);
   EXPECT_EQ(facade.SetKalConfig("a", 1, KAL_CONFIG_GROUP_COMMON), kResultNobody);
   EXPECT_THAT(log.Lines(), IsEmpty());
@@ -63,8 +63,8 @@ TEST_F(KalConfigHelperTest, BindsLater) {
 
 TEST_F(KalConfigHelperTest, AcceptsItsOwnCallIdAgainAndNoOther) {
   KalConfigHelper facade;
-  EXPECT_EQ(facade.SetCallId(7), 0);
-  EXPECT_EQ(facade.SetCallId(7), 0);
+  EXPECT_EQ(facade.SetCallId(7), kResultOk);
+  EXPECT_EQ(facade.SetCallId(7), kResultOk);
   TraceLog log;
   EXPECT_EQ(facade.SetCallId(8), kResultNotFound);
   EXPECT_EQ(facade.GetCallId(), 7U);
@@ -79,7 +79,7 @@ TEST_F(KalConfigHelperTest, AcceptsItsOwnCallIdAgainAndNoOther) {
 
 TEST_F(KalConfigHelperTest, AcceptsTheCallIdItWasBuiltWith) {
   KalConfigHelper facade(kCall);
-  EXPECT_EQ(facade.SetCallId(kCall), 0);
+  EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
 }
 
 TEST_F(KalConfigHelperTest, RefusesNoCallWhileNotBound) {
@@ -89,7 +89,7 @@ TEST_F(KalConfigHelperTest, RefusesNoCallWhileNotBound) {
   EXPECT_THAT(log.Matching(""), ElementsAre("kalStore::KalConfigHelper::SetCallId, m_callId=4294967295, "
                                             "callId=4294967295" +
                                             ThisSuffix(&facade)));
-  EXPECT_EQ(facade.SetCallId(kCall), 0);
+  EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
 }
 
 TEST_F(KalConfigHelperTest, FailsInSilenceUnderANegativeMask) {
@@ -111,7 +111,7 @@ TEST_F(KalConfigHelperTest, SharesTheStoreOfItsCall) {
 TEST_F(KalConfigHelperTest, ReleasesItsReferenceAtItsEnd) {
   {
     const KalConfigHelper facade(kCall);
-    EXPECT_EQ(CleanUpKalConfig(kCall), 0);
+    EXPECT_EQ(CleanUpKalConfig(kCall), kResultOk);
     EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore + 1);
   }
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore);
@@ -198,7 +198,7 @@ constexpr SessionRow kSessions[] = {{0, 3}, {1, 5}, {2, 6}, {3, 4}, {4, 7}, {5, 
 TEST_F(KalConfigHelperTest, TakesTheGroupOfItsSessionType) {
   for (const SessionRow& row : kSessions) {
     KalConfigHelper facade(kCall);
-    EXPECT_EQ(facade.SetKalSessionType(Session(row.session)), 0);
+    EXPECT_EQ(facade.SetKalSessionType(Session(row.session)), kResultOk);
     EXPECT_EQ(facade.GetKalSessionType(), Session(row.session));
     facade.SetKalConfig("a", ConfigData(row.session));
     EXPECT_EQ(facade.GetKalConfig("a", Group(row.group)), ConfigData(row.session));
@@ -207,9 +207,9 @@ TEST_F(KalConfigHelperTest, TakesTheGroupOfItsSessionType) {
 
 TEST_F(KalConfigHelperTest, KeepsItsSessionType) {
   KalConfigHelper facade;
-  EXPECT_EQ(facade.SetKalSessionType(Session(1)), 0);
+  EXPECT_EQ(facade.SetKalSessionType(Session(1)), kResultOk);
   TraceLog log;
-  EXPECT_EQ(facade.SetKalSessionType(Session(1)), 0);
+  EXPECT_EQ(facade.SetKalSessionType(Session(1)), kResultOk);
   EXPECT_THAT(log.Lines(), IsEmpty());
   EXPECT_EQ(facade.SetKalSessionType(Session(0)), kResultNotFound);
   EXPECT_EQ(facade.SetKalSessionType(Session(6)), kResultNotFound);
@@ -232,7 +232,7 @@ TEST_F(KalConfigHelperTest, RefusesSessionTypesWithoutAGroup) {
                             "sessionType=" +
                             std::to_string(session) + ThisSuffix(&facade)));
     EXPECT_EQ(facade.GetKalSessionType(), kal::KAL_SESSION_NONE);
-    EXPECT_EQ(facade.SetKalSessionType(Session(0)), 0) << "the group must still be unset";
+    EXPECT_EQ(facade.SetKalSessionType(Session(0)), kResultOk) << "the group must still be unset";
   }
 }
 
@@ -241,26 +241,26 @@ TEST_F(KalConfigHelperTest, SetsItsDefaultGroupOnce) {
   TraceLog log;
   EXPECT_EQ(facade.SetDefaultGroup(Group(13)), kResultNotFound);
   EXPECT_EQ(facade.SetDefaultGroup(Group(0xFFFFFFFF)), kResultNotFound);
-  EXPECT_EQ(facade.SetDefaultGroup(Group(12)), 0);
+  EXPECT_EQ(facade.SetDefaultGroup(Group(12)), kResultOk);
   EXPECT_EQ(facade.SetDefaultGroup(Group(12)), kResultNotFound);
   EXPECT_EQ(facade.SetDefaultGroup(Group(5)), kResultNotFound);
   EXPECT_THAT(log.Lines(), IsEmpty());
-  EXPECT_EQ(facade.SetCallId(kCall), 0);
+  EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
   facade.SetKalConfig("a", 1);
   EXPECT_TRUE(facade.HaveKalConfig("a", Group(12)));
 }
 
 TEST_F(KalConfigHelperTest, RefusesADefaultGroupAfterASessionType) {
   KalConfigHelper facade;
-  EXPECT_EQ(facade.SetKalSessionType(Session(1)), 0);
+  EXPECT_EQ(facade.SetKalSessionType(Session(1)), kResultOk);
   EXPECT_EQ(facade.SetDefaultGroup(Group(5)), kResultNotFound);
   EXPECT_EQ(facade.GetKalSessionType(), Session(1));
 }
 
 TEST_F(KalConfigHelperTest, AcceptsTheSessionTypeOfItsDefaultGroup) {
   KalConfigHelper facade;
-  EXPECT_EQ(facade.SetDefaultGroup(KAL_CONFIG_GROUP_VIDEO), 0);
-  EXPECT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_VIDEO), 0);
+  EXPECT_EQ(facade.SetDefaultGroup(KAL_CONFIG_GROUP_VIDEO), kResultOk);
+  EXPECT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_VIDEO), kResultOk);
   EXPECT_EQ(facade.SetKalSessionType(kal::KAL_SESSION_AUDIO), kResultNotFound);
 }
 
@@ -272,7 +272,7 @@ TEST_F(KalConfigHelperTest, ReportsTheSessionTypeOfItsDefaultGroup) {
       if (row.group == group) expected = row.session;
     }
     KalConfigHelper facade;
-    EXPECT_EQ(facade.SetDefaultGroup(Group(group)), 0);
+    EXPECT_EQ(facade.SetDefaultGroup(Group(group)), kResultOk);
     EXPECT_EQ(facade.GetKalSessionType(), Session(expected));
   }
 }

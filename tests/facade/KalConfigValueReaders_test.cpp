@@ -10,10 +10,10 @@ TEST_F(KalConfigValueReadersTest, ReadOneValueOfACall) {
   KalConfigHelper facade(kCall);
   facade.SetKalConfig("a", "x", KAL_CONFIG_GROUP_VIDEO);
   ConfigData value;
-  EXPECT_EQ(GetKalConfigValue(kal::KAL_SESSION_VIDEO, "a", value, kCall), 0);
+  EXPECT_EQ(GetKalConfigValue(kal::KAL_SESSION_VIDEO, "a", value, kCall), kResultOk);
   EXPECT_EQ(value, ConfigData("x"));
   value.SetInvalid();
-  EXPECT_EQ(GetKalConfigValueEx(KAL_CONFIG_GROUP_VIDEO, "a", value, kCall), 0);
+  EXPECT_EQ(GetKalConfigValueEx(KAL_CONFIG_GROUP_VIDEO, "a", value, kCall), kResultOk);
   EXPECT_EQ(value, ConfigData("x"));
   EXPECT_EQ(GetKalConfigValue(kal::KAL_SESSION_AUDIO, "a", value, kCall), kResultNotFound);
   EXPECT_FALSE(value.IsValid());
@@ -39,7 +39,7 @@ TEST_F(KalConfigValueReadersTest, LeaveAnEmptyStoreBehindForAnUnknownCall) {
   EXPECT_EQ(GetKalConfigValue(kal::KAL_SESSION_VIDEO, "a", value, kCall), kResultNotFound);
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore + 1);
   // The registry's own reference is the only one.
-  EXPECT_EQ(CleanUpKalConfig(kCall), 0);
+  EXPECT_EQ(CleanUpKalConfig(kCall), kResultOk);
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore);
 }
 

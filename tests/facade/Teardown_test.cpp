@@ -74,7 +74,7 @@ TEST_P(TeardownTest, ReachesNoUserCodeOfAFacadeThatIsGone) {
   for (int i = 0; i < kSetters; ++i) threads[static_cast<std::size_t>(i)].join();
   EXPECT_EQ(worker.Stop(), 0);
   EXPECT_EQ(tooLate, 0);
-  EXPECT_EQ(CleanUpKalConfig(kCall), 0);
+  EXPECT_EQ(CleanUpKalConfig(kCall), kResultOk);
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore) << "a facade kept its reference";
 }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks the names of functions where clang-tidy does not look: in tests, fuzz targets, benchmarks and examples.
+"""Checks the names of functions where clang-tidy does not look: tests, fuzz targets, benchmarks, examples and model.
 
 Free functions, file-local ones too, and public methods are CamelCase. Methods that are not public may be either: those
 of a fixture are called by its tests as functions are. Each other name is printed as FILE:LINE. ctags reads all files in
@@ -8,14 +8,15 @@ a second; clang-tidy would read the headers of the test libraries again for each
 """
 
 import json
+import re
 import subprocess
 import sys
 from pathlib import Path
 
-FOLDERS = ("tests", "fuzz", "bench", "examples")
+FOLDERS = ("tests", "fuzz", "bench", "examples", "model")
 
-# Names that others call: the standard library's containers and algorithms, and those of the libraries in use.
-FUNCTIONS = {"main"}
+# Names that others call: the system, the standard library's containers and algorithms, and the libraries in use.
+FUNCTIONS = re.compile(r"main|pthread_\w+|sched_yield|nanosleep|clock_gettime")
 METHODS = {"begin", "end", "data", "size", "equal", "hash"}
 
 
@@ -24,7 +25,7 @@ def is_named_well(tag):
     if not name[0].islower() or name.startswith("operator"):
         return True
     if tag.get("scopeKind") in (None, "namespace"):
-        return name in FUNCTIONS
+        return FUNCTIONS.fullmatch(name) is not None
     # Outside of its class, a method is said to have no access.
     return tag.get("access") != "public" or "override" in tag.get("properties", "") or name in METHODS
 

@@ -52,7 +52,7 @@ class CheckNames(unittest.TestCase):
                                      "  for (int i : values) call(i);", "}"), [])
 
     def test_all_folders_are_read(self):
-        for file in ("tests/tools/a.h", "fuzz/a.cpp", "bench/support/a.h", "examples/a/main.cpp"):
+        for file in ("tests/tools/a.h", "fuzz/a.cpp", "bench/support/a.h", "examples/a/main.cpp", "model/a.cpp"):
             self.assertEqual(self.faults("", "int bad();", file=file), [f"{file}:2: bad must be CamelCase"])
             (self.tree / file).unlink()
 
