@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The journal: its ring with writers a lap apart, its start and stop beside writers, and its clock.
+#include <chrono>
+#include <cstdlib>
 #include <thread>
 
 #include "journal/JournalClock.h"
@@ -82,4 +84,23 @@ MODEL_SCENARIO(JournalStartsAnotherRingBesideWriters) {
   JournalEvent event;
   while (reader.Next(event)) Check(event.newValue->text == "1", "events come whole");
   setter.join();
+}
+
+// A reader takes the anchor's parts of one renewal, and the thread's time does not go back.
+MODEL_SCENARIO(JournalClockIsRenewedBesideAReader) {
+  const auto sleep = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
+  // The anchor is published, and used up.
+  for (int i = 0; i < 12; ++i) {
+    internal::JournalNowNs();
+    sleep();
+  }
+  const auto now = [] { return std::chrono::steady_clock::now().time_since_epoch().count(); };
+  const auto check = [&] {
+    for (int i = 0; i < 2; ++i)
+      Check(std::abs(internal::JournalNowNs() - now()) < 1000, "the time of one anchor");
+  };
+  for (int i = 0; i < 11; ++i) sleep();
+  std::thread other(check);
+  check();
+  other.join();
 }
