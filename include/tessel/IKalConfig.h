@@ -55,7 +55,7 @@ class TESSEL_API IKalConfig {
   /// a copy of `fn` of its own: what that changes in itself is lost with it; what it refers to is shared.
   ///
   /// Deliveries of sets made at once by several threads may overlap and arrive in either order. A callback
-  /// that sets the value it watches is called again, recursively. Handing over deadlocks when pRunThread
+  /// that sets its own value is called again, recursively. Handing over deadlocks when pRunThread
   /// itself waits for the setter: choose bAsync there.
   ///
   /// What `fn` throws: called directly, the other subscribers are notified first, then the first such

@@ -29,8 +29,8 @@ inline std::uint64_t ReadTicks() {
 /// The clock itself; renews the anchor where the processor has a counter of a constant rate.
 std::int64_t ReadClockNs();
 
-/// The time of std::chrono::steady_clock, to within some microseconds. Never earlier than at the thread's last
-/// call: anchors differ by those, and more when a counter jumps.
+/// The time of std::chrono::steady_clock, to within some microseconds. Never earlier than at the thread's
+/// last call: anchors differ by those, and more when a counter jumps.
 inline std::int64_t JournalNowNs() {
   const std::optional<std::int64_t> ns = TimeAt(g_clockAnchor, ReadTicks());
   return t_journal.lastNs = std::max(t_journal.lastNs, ns ? *ns : ReadClockNs());

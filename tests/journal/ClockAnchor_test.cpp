@@ -99,8 +99,8 @@ TEST_F(ClockAnchorTest, MeasuresACounterAgainWhoseRateChanged) {
   EXPECT_EQ(TimeAtNs(8000 * kMs), std::nullopt);
 }
 
-// Looks at a clock and a counter of one tick a nanosecond, which go on by a microsecond with each look, and by
-// `interruptions` before the looks at the clock of each try.
+// Looks at a clock and a counter of one tick a nanosecond, which go on by a microsecond with each look, and
+// by `interruptions` before the looks at the clock of each try.
 std::optional<ClockSample> SampleWith(const std::vector<std::array<std::int64_t, 2>>& interruptions) {
   std::int64_t ns = 500 * kMs;
   std::size_t looks = 0;
