@@ -37,6 +37,11 @@ void AudioModel::Triple(Block& block, std::size_t offset, float first, float sec
   block.Put(offset + 8, third);
 }
 
+void AudioModel::Wide(Block& block, std::size_t offset, std::uint64_t number) {
+  block.Put(offset, static_cast<std::uint32_t>(number));
+  block.Put(offset + 4, static_cast<std::uint32_t>(number >> 32));
+}
+
 void AudioModel::PayloadType(Block& block, std::int32_t payloadType) {
   static const std::map<std::int32_t, std::uint32_t> codes{{0, 1},    {8, 2},    {9, 5},   {18, 7},
                                                            {101, 4},  {102, 3},  {103, 8}, {104, 9},

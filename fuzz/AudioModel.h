@@ -34,6 +34,8 @@ class AudioModel {
 
   static bool IsStream(std::int32_t stream) { return stream >= 0 && stream < kStreams; }
   static void Triple(Block& block, std::size_t offset, float first, float second, float third);
+  /// A 64-bit number as its halves, the low one first.
+  static void Wide(Block& block, std::size_t offset, std::uint64_t number);
   static void PayloadType(Block& block, std::int32_t payloadType);
 
  private:

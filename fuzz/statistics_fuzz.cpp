@@ -385,8 +385,8 @@ class Audio {
         std::memcpy(tx.Bytes(), bytes, 8);
         AudioModel::PayloadType(tx, type);
         std::memcpy(tx.Bytes() + 56, bytes + 12, 4);
-        std::memcpy(tx.Bytes() + 96, bytes + 16, 16);
-        return;
+        AudioModel::Wide(tx, 96, codec.stat16);
+        return AudioModel::Wide(tx, 104, codec.stat24);
       }
       case 6: {
         const auto bitrate = input.As<std::uint32_t>();
@@ -437,7 +437,7 @@ class Audio {
         std::memcpy(rx.Bytes() + 120, bytes + 12, 4);
         std::memcpy(rx.Bytes() + 124, bytes + 8, 4);
         std::memcpy(rx.Bytes() + 128, bytes + 16, 4);
-        std::memcpy(rx.Bytes() + 132, bytes + 40, 8);
+        AudioModel::Wide(rx, 132, jitter.stat40);
         std::memcpy(rx.Bytes() + 140, bytes + 48, 4);
         return;
       }

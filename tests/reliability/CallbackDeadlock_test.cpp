@@ -152,7 +152,7 @@ void Play(const Action& action, Way way, std::uint32_t call) {
 }
 
 TEST(CallbackDeadlock, WhateverACallbackDoesComesToAnEnd) {
-  const Watchdog watchdog(std::chrono::seconds(60));
+  const Watchdog watchdog(kDeadlockLimit);
   const TestClock clock;
   set_external_trace_mask(-1);
   std::vector<std::thread> scenarios;
@@ -167,7 +167,7 @@ TEST(CallbackDeadlock, WhateverACallbackDoesComesToAnEnd) {
 }
 
 TEST(CallbackDeadlock, ABindingMayUseTheStoreAndItsOwnName) {
-  const Watchdog watchdog(std::chrono::seconds(60));
+  const Watchdog watchdog(kDeadlockLimit);
   KalConfig store(7);
   int depth = 0;
   store.BindConfig(kGroup, "bound", [&](const KalConfigEvent&) {
@@ -186,7 +186,7 @@ TEST(CallbackDeadlock, ABindingMayUseTheStoreAndItsOwnName) {
 
 // Each callback destroys the facade of the other while that one is running: both teardowns give up waiting.
 TEST(CallbackDeadlock, TwoCallbacksMayDestroyEachOthersFacade) {
-  const Watchdog watchdog(std::chrono::seconds(60));
+  const Watchdog watchdog(kDeadlockLimit);
   const TestClock clock;
   set_external_trace_mask(-1);
   constexpr std::uint32_t kCall = 90;

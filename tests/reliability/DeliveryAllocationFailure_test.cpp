@@ -40,7 +40,7 @@ struct Stage {
 
 class DeliveryAllocationFailure : public testing::TestWithParam<Way> {
  private:
-  const Watchdog m_watchdog{std::chrono::seconds(60)};
+  const Watchdog m_watchdog{kDeadlockLimit};
 };
 
 TEST_P(DeliveryAllocationFailure, EndsTheDeliveryAndNotifiesTheOthers) {
@@ -122,7 +122,7 @@ TEST_P(DeliveryAllocationFailure, WhatFailsInsideACallbackLeavesEverythingUsable
 // The subscriber is notified by another thread's set when its own initial delivery fails: SubscribeConfig()
 // may give up only when that thread has left the callback, since the caller takes what it captured with it.
 TEST(DeliveryAllocationFailureAtOnce, AFailedSubscriptionIsNotRunningAnyMore) {
-  const Watchdog watchdog(std::chrono::seconds(60));
+  const Watchdog watchdog(kDeadlockLimit);
   Gate leave;
   TestClock clock;
   clock.OnPause([&] {
@@ -157,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, DeliveryAllocationFailure, testing::ValuesIn(kWay
                          [](const auto& way) { return NameOf(way.param); });
 
 TEST(ThreadAllocationFailure, AThreadThatCouldNotBeStartedCanBeStartedLater) {
-  const Watchdog watchdog(std::chrono::seconds(60));
+  const Watchdog watchdog(kDeadlockLimit);
   struct Late {
     ACmThread thread{"late"};
     int started = -1;

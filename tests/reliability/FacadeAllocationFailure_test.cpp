@@ -74,7 +74,7 @@ std::unique_ptr<Stage> Bound() {
 
 class FacadeAllocationFailure : public testing::Test {
  private:
-  const Watchdog m_watchdog{std::chrono::seconds(60)};
+  const Watchdog m_watchdog{kDeadlockLimit};
 };
 
 TEST_F(FacadeAllocationFailure, AFailedConstructionHoldsNoReference) {

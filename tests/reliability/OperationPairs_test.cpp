@@ -174,7 +174,7 @@ const Operation kOperations[] = {
 class OperationPairs : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(OperationPairs, EndAtOnceAndLeaveEverythingUsable) {
-  const Watchdog watchdog(std::chrono::seconds(120));
+  const Watchdog watchdog(kDeadlockLimit);
   const Operation& operation = kOperations[GetParam()];
   for (std::size_t place = GetParam(); place < std::size(kOperations); ++place) {
     const Operation& other = kOperations[place];

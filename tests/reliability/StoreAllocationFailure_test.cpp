@@ -34,7 +34,7 @@ struct Stage {
 
 class StoreAllocationFailure : public testing::Test {
  private:
-  const Watchdog m_watchdog{std::chrono::seconds(60)};
+  const Watchdog m_watchdog{kDeadlockLimit};
 };
 
 TEST_F(StoreAllocationFailure, AFailedCopyOfAValueKeepsBoth) {

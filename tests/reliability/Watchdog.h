@@ -6,6 +6,9 @@
 #include <mutex>
 #include <thread>
 
+/// Only a deadlock lasts so long, on the busiest machine and emulated, too. ctest gives a test five minutes more.
+inline constexpr std::chrono::minutes kDeadlockLimit{20};
+
 /// Ends the process when it lives longer than `limit`: prints the stack of every thread to standard error,
 /// then aborts. So a deadlock fails with its cause instead of hanging. One at a time; takes over SIGUSR1 for
 /// good.

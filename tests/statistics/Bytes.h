@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -29,6 +30,12 @@ struct alignas(8) Bytes : std::array<unsigned char, size> {
   Bytes& Copy(std::size_t offset, const unsigned char* from, std::size_t count) {
     std::memcpy(this->data() + offset, from, count);
     return *this;
+  }
+
+  /// A 64-bit number as its halves, the low one first.
+  Bytes& PutHalves(std::size_t offset, std::uint64_t number) {
+    Put(offset, static_cast<std::uint32_t>(number));
+    return Put(offset + 4, static_cast<std::uint32_t>(number >> 32));
   }
 
   Bytes& Zero(std::size_t offset, std::size_t count) {

@@ -65,7 +65,7 @@ const TxRow kTxRows[] = {
      },
      [](auto& bytes) {
        bytes.Copy(0, kCodec.data(), 8).template Put<std::uint32_t>(12, 7).Copy(56, kCodec.data() + 12, 4);
-       bytes.Copy(96, kCodec.data() + 16, 8).Copy(104, kCodec.data() + 24, 8);
+       bytes.PutHalves(96, kCodec.Take<std::uint64_t>(16)).PutHalves(104, kCodec.Take<std::uint64_t>(24));
      }},
     {"updateCodecStaticsLBRRflag, on", [](auto& info) { info.updateCodecStaticsLBRRflag(true); },
      [](auto& bytes) { bytes[0] = 1; }},
@@ -137,7 +137,7 @@ const RxRow kRxRows[] = {
            .Copy(120, kJitter.data() + 12, 4)
            .Copy(124, kJitter.data() + 8, 4);
        bytes.Copy(128, kJitter.data() + 16, 4)
-           .Copy(132, kJitter.data() + 40, 8)
+           .PutHalves(132, kJitter.Take<std::uint64_t>(40))
            .Copy(140, kJitter.data() + 48, 4);
      }},
     {"updateE2EDelayInfo",
