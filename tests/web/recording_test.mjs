@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the page understands of a recording.
+import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
+import { test } from "node:test";
+import { documentOf, settingsAt } from "../../web/settings.js";
+import { findingsOf } from "../../web/findings.js";
+import { Reader } from "../../web/reader.js";
+import { Recording } from "../../web/recording.js";
+
+const BEGIN = '{"type":"recording","t":0,"version":1,"wall":"2026-11-22T08:42:05Z"}\n';
+
+function read(...parts) {
+  const recording = new Recording("a.tessel");
+  const reader = new Reader(recording);
+  for (const part of parts) reader.feed(part);
+  reader.finish();
+  return recording;
+}
+
+const textOf = (name) => readFileSync(new URL(name, import.meta.url), "utf8");
+const call = () => read(textOf("../tools/recordings/call.tessel"));
+const before = () => read(textOf("recordings/before.tessel"));
+const set = (members) =>
+  `${JSON.stringify({ type: "set", t: 1, call: 1, group: "Audio", name: "A", new: "1", result: "nobody", ...members })}\n`;
+
+test("A recording is the same in whatever pieces it arrives", () => {
+  const text = textOf("../tools/recordings/call.tessel");
+  const whole = read(text);
+  for (const size of [1, 7, 1000]) {
+    const parts = [];
+    for (let begin = 0; begin < text.length; begin += size) parts.push(text.slice(begin, begin + size));
+    assert.deepEqual(read(...parts), whole);
+  }
+});
+
+test("Calls, changes and statistics are found", () => {
+  const recording = call();
+  assert.deepEqual([...recording.calls.keys()], [7, 8]);
+  assert.equal(recording.calls.get(8).to, 2.9);
+  assert.equal(recording.end, 3);
+  assert.equal(recording.ended, "");
+  const series = recording.seriesOf(7, "video/common.bitrate");
+  assert.deepEqual([series.at(0), series.at(1.99), series.at(2), series.at(2.75)], [500000, 500000, 350000, 400000]);
+  assert.ok(series.hasChanged);
+  assert.ok(!recording.seriesOf(7, "video/common.codec").hasChanged);
+  assert.equal(recording.seriesOf(7, "video/none"), undefined);
+});
+
+test("A statistic has a gap once its object has ended", () => {
+  const series = call().seriesOf(7, "video/common.bitrate");
+  assert.ok(Number.isNaN(series.at(2.8)));
+  assert.ok(Number.isNaN(series.at(100)));
+  assert.ok(Number.isNaN(series.at(-1)));
+});
+
+test("A call's end ends its statistics and none of another call", () => {
+  const recording = read(
+    BEGIN,
+    '{"type":"statistics","t":1,"call":1,"entity":"audio","members":{"a":1}}\n',
+    '{"type":"statistics","t":1,"call":2,"entity":"audio","members":{"a":1}}\n',
+    '{"type":"call","t":2,"call":1,"event":"ended"}\n',
+  );
+  assert.ok(Number.isNaN(recording.seriesOf(1, "audio/a").at(2)));
+  assert.equal(recording.seriesOf(2, "audio/a").at(2), 1);
+});
+
+test("An import that is written at its end is in its place by time", () => {
+  const recording = read(
+    BEGIN,
+    set({ t: 1, name: "A" }),
+    set({ t: 2, name: "B" }),
+    set({ t: 3, name: "C" }),
+    '{"type":"apply","t":1.5,"call":1,"count":2}\n',
+  );
+  assert.deepEqual(
+    recording.changes.map(({ type, t }) => [type, t]),
+    [
+      ["begin", 0],
+      ["set", 1],
+      ["apply", 1.5],
+      ["set", 2],
+      ["set", 3],
+    ],
+  );
+});
+
+test("Who heard of a set, and how long the slowest took, is summed", () => {
+  const recording = before();
+  const change = recording.changes.find(({ name, old }) => name === "MaxFps" && old === "30");
+  assert.deepEqual(recording.heard.get(change.number), { count: 1, wait: 12, run: 150000, threw: 0, dropped: 0 });
+});
+
+test("Subscribers have their ways and durations", () => {
+  const subscriber = before().subscribers.get("7/4");
+  assert.deepEqual([...subscriber.ways], [["posted", 2]]);
+  assert.equal(subscriber.threw, 1);
+  assert.equal(subscriber.lastThrown, "no <b>window</b>");
+  assert.equal(subscriber.waits.quantile(0.5), 40);
+  const dropped = before().subscribers.get("7/3");
+  assert.equal(dropped.dropped, 1);
+  assert.equal(dropped.late, 1);
+  assert.equal(dropped.name, "MaxFps");
+});
+
+test("Late, dropped, lost, thrown and refused are findings with their places", () => {
+  const texts = findingsOf(before()).map(({ text, places }) => `${text}; ${places.length}`);
+  assert.deepEqual(texts, [
+    "Lost events: 12 (what is missing here may have happened); 1",
+    "Dropped deliveries: 1 (the run thread had no queue, or stopped); 1",
+    "Callbacks that threw: 1; 1",
+    "Late deliveries: 1 (waited or ran for more than 100 ms); 1",
+    "Refused operations: 1; 1",
+  ]);
+  assert.equal(findingsOf(before())[1].places[0].text, "8.2 s, call 7, Video/MaxFps, to 3, waited 3 µs");
+});
+
+test("A recording in which all is well has no findings", () => {
+  assert.deepEqual(findingsOf(read(BEGIN, set({}))), []);
+});
+
+test("Damaged lines are findings, and the rest is read", () => {
+  const recording = read(textOf("../tools/recordings/damaged.tessel"));
+  assert.ok(recording.faults.some(({ line, reason }) => line === 4 && reason === "no JSON"));
+  assert.ok(recording.faults.some(({ line }) => line === 5));
+  assert.equal(recording.ended, "");
+  assert.equal(recording.changes.filter(({ number }) => number === 41).length, 1);
+});
+
+test("Two damaged lines that are an object together are still damaged", () => {
+  const recording = read(BEGIN, '{"type":"lost","t":1,"count":1,"a":[1\n', "2]}\n");
+  assert.equal(recording.faults.length, 2);
+  assert.equal(recording.findings.lost.count, 0);
+});
+
+test("An end that is cut off is no damage", () => {
+  const recording = read(textOf("../tools/recordings/cut_off.tessel"));
+  assert.deepEqual(recording.faults, []);
+  assert.equal(recording.changes.filter(({ number }) => number === 41).length, 1);
+});
+
+test("What is no recording, or of a newer version, is refused", () => {
+  for (const name of ["empty", "foreign", "newer"]) {
+    const recording = read(textOf(`../tools/recordings/${name}.tessel`));
+    assert.equal(recording.faults.length, 1, name);
+    assert.equal(recording.faults[0].line, 1, name);
+    assert.equal(recording.count, 0, name);
+  }
+});
+
+test("Members of wrong kinds are damage", () => {
+  const lines = [
+    '{"type":"set","t":1}',
+    '{"type":"set","t":-1,"call":1,"group":"Audio"}',
+    '{"type":"lost","t":1,"count":"1"}',
+    '{"type":"set","t":1,"call":1,"group":"Audio","new":5}',
+    '{"type":"statistics","t":1,"call":1,"entity":"audio","members":[1]}',
+    '{"type":"set","t":1,"call":1,"group":"Audio","cut":"new"}',
+    "[]",
+    "null",
+    "1",
+    '"a"',
+  ];
+  for (const line of lines) assert.equal(read(BEGIN, `${line}\n`).faults.length, 1, line);
+});
+
+test("Names that objects have by themselves are only names", () => {
+  const line = '{"type":"statistics","t":1,"call":1,"entity":"audio","members":{"__proto__":1,"constructor":2}}\n';
+  const recording = read(BEGIN, line, '{"type":"toString","t":1}\n', set({ name: "__proto__", group: "Audio" }));
+  assert.equal(recording.seriesOf(1, "audio/__proto__").at(1), 1);
+  assert.equal(recording.seriesOf(1, "audio/constructor").at(1), 2);
+  assert.deepEqual(recording.faults, []);
+  assert.equal(documentOf(settingsAt(recording, 1, 1).settings), '{"Audio":[{"key":"__proto__","value":"1"}]}');
+});
+
+test("The settings at a time are those that were set until then", () => {
+  const recording = call();
+  const at = (time) => documentOf(settingsAt(recording, 7, time).settings);
+  assert.equal(at(0), '{"Video":[{"key":"MaxFps","value":"30"}],"Audio":[{"key":"Codec","value":"opus"}]}');
+  assert.match(at(1.3), /"MaxFps","value":"15"/);
+  assert.match(at(1.5), /"Sharp\\u001b\[1m","value":"\\"yes\\""/);
+  assert.doesNotMatch(at(2.3), /opus/);
+  assert.match(at(2.35), /AV1/);
+  assert.doesNotMatch(at(2.4), /Video/);
+});
+
+test("Refused and transient sets leave no setting; what a call's end takes is gone", () => {
+  const recording = read(
+    BEGIN,
+    set({ name: "A", transient: true }),
+    set({ name: "B", result: "refused" }),
+    set({ name: "C" }),
+    '{"type":"call","t":2,"call":1,"event":"ended"}\n',
+  );
+  assert.equal(documentOf(settingsAt(recording, 1, 1).settings), '{"Audio":[{"key":"C","value":"1"}]}');
+  assert.equal(documentOf(settingsAt(recording, 1, 2).settings), "{}");
+});
+
+test("A value that the recording does not have whole is left out and named", () => {
+  const recording = read(
+    BEGIN,
+    set({ cut: ["new"] }),
+    set({ name: "B", hidden: ["new"], new: undefined }),
+    set({ name: undefined, hidden: ["name"] }),
+    '{"type":"lost","t":1,"count":1}\n',
+  );
+  const { settings, gaps } = settingsAt(recording, 1, 1);
+  assert.equal(documentOf(settings), "{}");
+  assert.equal(gaps.length, 4);
+});
+
+test("A set that changes nothing takes nothing away from a value that is whole", () => {
+  const recording = read(BEGIN, set({}), set({ result: "unchanged", cut: ["new"], new: "" }));
+  assert.equal(documentOf(settingsAt(recording, 1, 1).settings), '{"Audio":[{"key":"A","value":"1"}]}');
+});
+
+test("Bytes that are no UTF-8 leave as they came, and letters as letters", () => {
+  const recording = read(
+    BEGIN,
+    '{"type":"set","t":1,"call":1,"group":"Audio","name":"\\u00e9é\\\\u00e9","new":"\\u0001","result":"nobody"}\n',
+  );
+  assert.equal(
+    documentOf(settingsAt(recording, 1, 1).settings),
+    '{"Audio":[{"key":"\\u00e9é\\\\u00e9","value":"\\u0001"}]}',
+  );
+});
+
+test("Strings among statistics are kept apart from numbers", () => {
+  const line = (t, value) =>
+    `{"type":"statistics","t":${t},"call":1,"entity":"audio","members":{"a":${value},"b":${t}}}\n`;
+  const recording = read(BEGIN, line(1, '"AV1"'), line(2, '"H264"'), line(3, '"AV1"'));
+  const series = recording.seriesOf(1, "audio/a");
+  assert.deepEqual(series.texts, ["AV1", "H264"]);
+  assert.deepEqual(series.values, [0, 1, 0]);
+  const numbers = read(BEGIN, line(1, "1"), line(2, '"nan"'), line(3, "2")).seriesOf(1, "audio/a");
+  assert.deepEqual(numbers.values, [1, NaN, 2]);
+});

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// Numbers, times and units as people read them.
+
+const PREFIXES = [
+  [1e9, "G"],
+  [1e6, "M"],
+  [1e3, "k"],
+];
+
+// By what a member is called; the first that fits.
+const UNITS = [
+  [/bitrate/i, "bit/s"],
+  [/fps/i, "fps"],
+  [/(width|height)$/i, "px"],
+  [/(ms|delay)$/i, "ms"],
+  [/^(noise|aec|speech)level$/i, "dB"],
+  [/loss/i, "%"],
+  [/frames|idr(requests|sent|reasons)/i, "frames"],
+];
+
+export function unitOf(entity, member) {
+  const name = member.slice(member.indexOf(".") + 1);
+  if (/level$/i.test(name) && !entity.includes("audio")) return "";
+  return UNITS.find(([pattern]) => pattern.test(name))?.[1] ?? "";
+}
+
+/** Four digits, with a prefix for large ones: "350 kbit/s". */
+export function formatNumber(number, unit = "") {
+  if (Number.isNaN(number)) return "–";
+  const [factor, prefix] = PREFIXES.find(([least]) => Math.abs(number) >= 10 * least) ?? [1, ""];
+  const scaled = number / factor;
+  const digits =
+    Number.isInteger(scaled) && Math.abs(scaled) < 1e5 ? String(scaled) : String(Number(scaled.toPrecision(4)));
+  const suffix = prefix + unit;
+  return suffix === "" ? digits : `${digits} ${suffix}`;
+}
+
+/** Seconds, with as many places as tell microseconds apart at most. */
+export function formatTime(seconds) {
+  return String(Number(seconds.toFixed(6)));
+}
+
+/** Where a tick of the time axis is: minutes from the second minute on. */
+export function formatTick(seconds) {
+  if (seconds < 120) return `${Number(seconds.toFixed(6))} s`;
+  const minutes = Math.floor(seconds / 60);
+  const rest = Number((seconds - 60 * minutes).toFixed(3));
+  return `${minutes}:${rest < 10 ? "0" : ""}${rest}`;
+}
+
+export function formatMicroseconds(microseconds) {
+  if (Number.isNaN(microseconds)) return "–";
+  if (microseconds < 1000) return `${Number(microseconds.toPrecision(3))} µs`;
+  if (microseconds < 1e6) return `${Number((microseconds / 1000).toPrecision(3))} ms`;
+  return `${Number((microseconds / 1e6).toPrecision(3))} s`;
+}

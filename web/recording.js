@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+import { Series } from "./series.js";
+import { Subscriber, isLate } from "./subscriber.js";
+
+const MAX_FINDINGS = 1000; // Of each kind; all are counted.
+
+/** What a recording says, as the page asks for it. */
+export class Recording {
+  calls = new Map(); // Per id {id, from, to}.
+  /** Sets, removals and imports in the order of their times, with the beginnings of parts and the ends of calls. */
+  changes = [];
+  /** Per number of a set, how many heard of it, and how long the slowest took. */
+  heard = new Map();
+  statistics = new Map(); // Per "call/entity" {call, entity, members: Map of Series}.
+  subscribers = new Map(); // Per "call/id".
+  faults = []; // {line, reason}
+  findings = { lost: new Found(), dropped: new Found(), late: new Found(), threw: new Found(), refused: new Found() };
+  wall = "";
+  end = 0;
+  count = 0;
+  ended = undefined;
+
+  constructor(name) {
+    this.name = name;
+  }
+
+  /** An event that has no fault. */
+  take(event) {
+    this.count += 1;
+    if (event.t > this.end) this.end = event.t;
+    if (event.call !== undefined) this.#callOf(event.call, event.t);
+    const take = Object.hasOwn(TAKE, event.type) ? TAKE[event.type] : undefined;
+    if (take) take(this, event);
+  }
+
+  /** The statistics members of a call that are kept under a name, as "video/call.encoderFps". */
+  seriesOf(call, key) {
+    const slash = key.indexOf("/");
+    return this.statistics.get(`${call}/${key.slice(0, slash)}`)?.members.get(key.slice(slash + 1));
+  }
+
+  insertChange(event) {
+    let index = this.changes.length;
+    while (index > 0 && this.changes[index - 1].t > event.t) index -= 1;
+    this.changes.splice(index, 0, event);
+  }
+
+  endStatistics(call, entity, time) {
+    for (const object of this.statistics.values()) {
+      if (object.call !== call || (entity !== undefined && object.entity !== entity)) continue;
+      for (const series of object.members.values()) series.end(time);
+    }
+  }
+
+  subscriberOf(event, kind) {
+    const key = `${event.call}/${event.id}`;
+    let subscriber = this.subscribers.get(key);
+    if (!subscriber) {
+      subscriber = new Subscriber(event.call, event.id, kind);
+      this.subscribers.set(key, subscriber);
+    }
+    return subscriber;
+  }
+
+  #callOf(id, time) {
+    let call = this.calls.get(id);
+    if (!call) {
+      call = { id, from: time, to: undefined };
+      this.calls.set(id, call);
+    }
+    return call;
+  }
+}
+
+/** Findings of a kind: how many there are, and the first of them. */
+class Found {
+  count = 0;
+  events = [];
+
+  add(event, count = 1) {
+    this.count += count;
+    if (this.events.length < MAX_FINDINGS) this.events.push(event);
+  }
+}
+
+const TAKE = {
+  recording(recording, event) {
+    if (event.event === undefined) {
+      if (!recording.wall) recording.wall = event.wall ?? "";
+      recording.changes.push({ type: "begin", t: event.t });
+    } else {
+      recording.ended = event.reason ?? "";
+    }
+  },
+  call(recording, event) {
+    const call = recording.calls.get(event.call);
+    call.to = event.event === "ended" ? event.t : undefined;
+    if (event.event !== "ended") return;
+    recording.insertChange({ type: "end", t: event.t, call: event.call });
+    recording.endStatistics(event.call, undefined, event.t);
+  },
+  set(recording, event) {
+    recording.insertChange(event);
+    if (event.result === "refused") recording.findings.refused.add(event);
+  },
+  remove(recording, event) {
+    recording.insertChange(event);
+  },
+  apply(recording, event) {
+    recording.insertChange(event);
+    if (event.result === "refused") recording.findings.refused.add(event);
+  },
+  subscribe(recording, event) {
+    const subscriber = recording.subscriberOf(event, "subscription");
+    Object.assign(subscriber, { group: event.group, name: event.name });
+  },
+  unsubscribe(recording, event) {
+    recording.subscriberOf(event, "subscription").endedAt = event.t;
+  },
+  bind(recording, event) {
+    const subscriber = recording.subscriberOf(event, "binding");
+    Object.assign(subscriber, { group: event.group, name: event.name });
+    if (event.event === "asked") takeDelivery(recording, event, subscriber);
+  },
+  deliver(recording, event) {
+    takeDelivery(recording, event, recording.subscriberOf(event, "subscription"));
+    if (event.cause !== undefined) addHeard(recording.heard, event);
+  },
+  statistics(recording, event) {
+    const key = `${event.call}/${event.entity}`;
+    if (event.event === "ended") recording.endStatistics(event.call, event.entity, event.t);
+    if (event.members === undefined) return;
+    let object = recording.statistics.get(key);
+    if (!object) {
+      object = { call: event.call, entity: event.entity, members: new Map() };
+      recording.statistics.set(key, object);
+    }
+    for (const name of Object.keys(event.members)) {
+      let series = object.members.get(name);
+      if (!series) {
+        series = new Series();
+        object.members.set(name, series);
+      }
+      const value = event.members[name];
+      if (typeof value === "number" || typeof value === "string") series.push(event.t, value);
+    }
+  },
+  lost(recording, event) {
+    recording.findings.lost.add(event, event.count);
+  },
+};
+
+function takeDelivery(recording, event, subscriber) {
+  const { findings } = recording;
+  subscriber.take(event);
+  if (event.dropped) findings.dropped.add(event);
+  if (isLate(event)) findings.late.add(event);
+  if (event.threw !== undefined) findings.threw.add(event);
+}
+
+function addHeard(heard, event) {
+  let sum = heard.get(event.cause);
+  if (!sum) {
+    sum = { count: 0, wait: 0, run: 0, threw: 0, dropped: 0 };
+    heard.set(event.cause, sum);
+  }
+  if (event.dropped) sum.dropped += 1;
+  else sum.count += 1;
+  if (event.threw !== undefined) sum.threw += 1;
+  if (event.wait_us > sum.wait) sum.wait = event.wait_us;
+  if (event.run_us > sum.run) sum.run = event.run_us;
+}

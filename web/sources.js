@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where recordings come from: the page itself, and files that are dropped on it or opened.
+import { byId } from "./dom.js";
+import { Reader } from "./reader.js";
+import { Recording } from "./recording.js";
+
+const SLICE_MS = 50;
+const BLOCK_BYTES = 4 * 1024 * 1024;
+
+/**
+ * Reads what the page has in it, which the program has checked, with pauses in which the page can be used. `onProgress`
+ * gets a share from 0 to 1.
+ */
+export async function readEmbedded(app, onProgress) {
+  const readers = new Map();
+  const parts = [...document.querySelectorAll("script[data-recording]")];
+  let begin = performance.now();
+  for (const [index, part] of parts.entries()) {
+    const { recording: number, name } = part.dataset;
+    if (!readers.has(number)) {
+      const recording = new Recording(name);
+      app.recordings.push(recording);
+      readers.set(number, new Reader(recording, true));
+    }
+    readers.get(number).feed(part.textContent);
+    part.remove();
+    if (performance.now() - begin < SLICE_MS) continue;
+    onProgress(index / parts.length);
+    await new Promise((resume) => setTimeout(resume));
+    begin = performance.now();
+  }
+  for (const reader of readers.values()) reader.finish();
+}
+
+/** Reads a file that the user has given. */
+export async function readFile(app, file, onProgress) {
+  const recording = new Recording(file.name);
+  const reader = new Reader(recording);
+  const decoder = new TextDecoder();
+  for (let begin = 0; begin < file.size; begin += BLOCK_BYTES) {
+    const block = await file.slice(begin, begin + BLOCK_BYTES).arrayBuffer();
+    reader.feed(decoder.decode(block, { stream: true }));
+    onProgress(begin / file.size);
+  }
+  reader.finish();
+  app.recordings.push(recording);
+}
+
+/** Calls `take` with the files that are dropped on the page or opened by its button. */
+export function acceptFiles(take) {
+  const input = byId("open-file");
+  byId("open").addEventListener("click", () => input.click());
+  input.addEventListener("change", () => take([...input.files]));
+  addEventListener("dragover", (event) => event.preventDefault());
+  addEventListener("drop", (event) => {
+    event.preventDefault();
+    if (event.dataTransfer.files.length > 0) take([...event.dataTransfer.files]);
+  });
+}
