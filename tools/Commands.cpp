@@ -12,6 +12,7 @@
 #include "ExportCommand.h"
 #include "LintCommand.h"
 #include "LogCommand.h"
+#include "ReportCommand.h"
 #include "SimulateCommand.h"
 #include "StatsCommand.h"
 #include "TogglesCommand.h"
@@ -42,6 +43,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
   AddExportCommand(app, exitStatus);
   AddLintCommand(app, exitStatus);
   AddLogCommand(app, exitStatus);
+  AddReportCommand(app, exitStatus);
   AddSimulateCommand(app, exitStatus);
   AddStatsCommand(app, exitStatus);
   AddTogglesCommand(app, exitStatus);
@@ -59,6 +61,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
       "  tessel export call.tessel --perfetto call.json\n"
       "  tessel lint lab.json\n"
       "  tessel log call.tessel --group Video\n"
+      "  tessel report call.tessel -o call.html\n"
       "  tessel simulate --settings base.json --report report.html\n"
       "  tessel stats blocks.bin\n"
       "  tessel toggles audio --from lab.json\n"

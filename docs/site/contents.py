@@ -24,6 +24,7 @@ SECTIONS = {
         "docs/guides/trace",
         "docs/guides/journal",
         "docs/guides/recordings",
+        "docs/guides/report-page",
         "docs/guides/debugging",
         "docs/performance",
         "docs/reliability",

@@ -46,7 +46,7 @@ FOLDERS = [
     (r"src/inspect/", [EXPORTED, "(journal|store|statistics|inspect)/.*"]),
     # Suggestions of names, the one private part that the program shares.
     (r"tools/DidYouMean\.cpp$", [EXPORTED, r"\w+\.h", r"documents/NearestName\.h"]),
-    (r"tools/", [EXPORTED, r"((declare|recording|simulate)/)?\w+\.h"]),
+    (r"tools/", [EXPORTED, r"((declare|recording|report|simulate)/)?\w+\.h"]),
     (r"examples/", [EXPORTED]),
 ]
 

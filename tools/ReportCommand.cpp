@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ReportCommand.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "CommandError.h"
+#include "ExitStatus.h"
+#include "OptionChecks.h"
+#include "OutputFile.h"
+#include "Printable.h"
+#include "TextFile.h"
+#include "recording/EventText.h"
+#include "recording/RecordingFile.h"
+#include "report/EmbeddedRecording.h"
+#include "report/Page.h"
+
+namespace {
+
+struct ReportOptions {
+  std::vector<std::string> files;
+  std::string page;
+};
+
+void RefuseRecordingAsPage(const ReportOptions& options) {
+  if (options.page == kStandardInput) throw UsageError("--output -: a page needs a file of its own");
+  for (const std::string& file : options.files) {
+    std::error_code isNoFile;
+    if (std::filesystem::equivalent(options.page, file, isNoFile)) {
+      throw UsageError("--output " + Quoted(options.page) + ": is one of the recordings");
+    }
+  }
+}
+
+int WriteReport(const ReportOptions& options) {
+  RefuseRepeatedInput(options.files);
+  RefuseRecordingAsPage(options);
+  if (PageBegin().empty()) {
+    throw CommandError(
+        "tessel: this program was built without dygraphs, which draws the page: install "
+        "libjs-dygraphs and build it again");
+  }
+  std::vector<RecordingFile> files(options.files.begin(), options.files.end());
+  const OutputFile output(options.page);
+  std::string page(PageBegin());
+  bool isFine = true;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    EmbeddedRecording recording(page, i, std::string(BaseName(FileName(options.files[i]))));
+    const bool isWhole =
+        files[i].Read([&](const RecordingEvent&, const std::string& line) { recording.Add(line); });
+    isFine = isFine && isWhole;
+  }
+  page += PageEnd();
+  output.Write(page);
+  return isFine ? kExitFine : kExitNotUsable;
+}
+
+}  // namespace
+
+void AddReportCommand(CLI::App& app, int& exitStatus) {
+  const auto options = std::make_shared<ReportOptions>();
+  CLI::App* const command =
+      app.add_subcommand("report", "Write recordings as a page to look at in a browser");
+  SetFile(
+      *command
+           ->add_option("FILE", options->files, "Recordings, compared on one time axis; - is standard input")
+           ->required());
+  SetFile(*command->add_option("-o,--output", options->page, "The page, one HTML file")->required());
+  command->footer(
+      "The page needs nothing but a browser: it has the recordings in it, and asks for nothing from "
+      "elsewhere. It\n"
+      "has plots of the statistics with the changes on them, tables of changes and of subscribers, and the "
+      "settings\n"
+      "at any time. Another recording can be dropped on it. A damaged line is reported and left out.\n\n" +
+      ExitStatusHelp("done") +
+      "\n\n"
+      "Examples:\n"
+      "  tessel report call.tessel -o call.html\n"
+      "  tessel report before.tessel after.tessel -o compared.html");
+  command->callback([options, &exitStatus] { exitStatus = WriteReport(*options); });
+}
