@@ -16,6 +16,9 @@
     (gdb) print meter                   a timer_fact
     $7 = started at 1000000 us of timer_policy
 
+The commands `tessel journal`, `tessel calls` and `tessel who` show what happened last, what there is, and who set a
+value; see `help tessel`.
+
 Numbers of a document end as literals do: 30 is an int, 30u unsigned, 30l a 64-bit int, 1.5f a float, 1.5 a double.
 `print/r` shows a value as it is in memory, `disable pretty-printer` switches the printers off, `set print elements`
 limits long strings and containers, `set print pretty on` gives a line to each member.
@@ -24,14 +27,14 @@ They need the libraries' debug information, and say so where there is none. They
 program is called or changed, and no lock is taken, so that they also work on a core file. For a value that was never
 initialised, was destroyed or overwritten, they show a message in angle brackets.
 
-`reading` knows gdb and the standard library, `layout` the members of the project's classes; `printers` prints what both
-read. When a member is renamed, change `layout`.
+`reading` knows gdb and the standard library, `layout` the members of the project's classes, `journal` the records of
+the ring; `printers` and `commands` print what they read. When a member is renamed, change `layout`.
 """
 
 import gdb
 import gdb.printing
 
-from tessel_gdb import printers
+from tessel_gdb import commands, printers
 
 
 def register(objfile):
@@ -40,3 +43,4 @@ def register(objfile):
     for name, printer in printers.PRINTERS.items():
         collection.add_printer(name, f"^({name})$", printers.guarded(printer))
     gdb.printing.register_pretty_printer(objfile, collection, replace=True)
+    commands.register()

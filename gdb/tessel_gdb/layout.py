@@ -1,8 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 """Reads the members of the project's classes: the only file that names them."""
 
-from tessel_gdb.reading import (each_of_array, each_of_list, each_of_map, each_of_vector, is_callable, member, plain,
-                                pointer_of, require, size_of_map, sole, target)
+from types import SimpleNamespace
+
+import gdb
+
+from tessel_gdb.reading import (each_of_array, each_of_list, each_of_map, each_of_vector, is_callable, member,
+                                optional, plain, pointer_of, require, size_of_map, sole, target, variable)
 
 # ConfigData, ACmThread, timer_fact
 
@@ -145,9 +149,9 @@ def handler_id(handler):
 def handler_kind(handler):
     # The record of a facade guards its change callback.
     is_record = any(field.name == "m_callback" for field in handler.type.fields())
-    notify = (member(target(pointer_of(member(handler, "m_callback"))), "m_fn") if is_record
+    notify = (optional(member(target(pointer_of(member(handler, "m_callback"))), "m_fn", "m_given")) if is_record
               else member(handler, "m_fnNotify"))
-    if is_callable(notify):
+    if notify is not None and is_callable(notify):
         return "subscription"
     return "binding" if is_callable(member(handler, "m_fnInvoke")) else "empty handler"
 
@@ -207,3 +211,65 @@ def block_members(block):
             yield from block_members(block[field])
         elif not field.name.startswith("reserved"):
             yield field.name, block[field]
+
+
+# The registries
+
+
+def stores():
+    """For each call its id, the references to its store, and the store."""
+    calls = variable("kalStore::(anonymous namespace)::g_mapConfigs")
+    if calls == 0:
+        return
+    for call, entry in pairs(target(calls)):
+        yield int(call), int(member(entry, "counts")), target(pointer_of(member(entry, "store")))
+
+
+def size_of_names(names):
+    """The number of entries of an atomMap."""
+    return size_of_map(member(names, "m_map"))
+
+
+def statistics_objects():
+    """The pointers to the process's statistics objects, as callers have them."""
+    registry = gdb.parse_and_eval("&kalStore::kalTesselInstant").cast(
+        gdb.lookup_type("kalStore::CKalTessel").pointer())
+    for key, entity in pairs(member(target(registry), "m_entities")):
+        is_video = int(key["first"]) in (1, 2)
+        medium = gdb.lookup_type("kalStore::IKalVideoInfo" if is_video else "kalStore::IKalAudioInfo")
+        yield entity.cast(medium.pointer())
+
+
+# The journal
+
+BAD_ARGUMENT, UNCHANGED, NOBODY = 0x46004003, 0x46004009, 0x4600400a  # kResultBadArgument and so on.
+NO_GROUP = -1  # KAL_CONFIG_GROUP_DEFAULT
+
+
+def journal_is_on():
+    return int(sole(variable("kalStore::internal::g_journalStart"))) != 0
+
+
+def journal_next():
+    """The number that the next event will have."""
+    return int(sole(variable("kalStore::internal::(anonymous namespace)::g_next")))
+
+
+def journal_begin():
+    """The first number that is in the ring, or was."""
+    return int(sole(variable("kalStore::internal::(anonymous namespace)::g_ringBegin")))
+
+
+def journal_ring():
+    """Where the records are; None before the first start."""
+    pointer = sole(variable("kalStore::internal::(anonymous namespace)::g_ring"))
+    if pointer == 0:
+        return None
+    ring = target(pointer)
+    capacity = int(member(ring, "m_mask")) + 1
+    require(capacity & capacity - 1 == 0 and capacity <= 1 << 20)
+    place = gdb.lookup_type("kalStore::internal::JournalRing::Place")
+    fields = {field.name: field for field in place.fields()}
+    return SimpleNamespace(address=int(sole(member(ring, "m_places"))), capacity=capacity, stride=place.sizeof,
+                           state=fields["state"].bitpos // 8, words=fields["words"].bitpos // 8,
+                           words_size=fields["words"].type.sizeof)

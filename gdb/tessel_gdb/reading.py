@@ -82,6 +82,12 @@ def pointer_of(shared):
     return member(shared, "_M_ptr")
 
 
+def optional(held):
+    """The value of a std::optional, or None."""
+    payload = member(held, "_M_payload")
+    return member(payload, "_M_payload", "_M_value") if member(payload, "_M_engaged") else None
+
+
 def is_callable(function):
     """Whether a std::function holds something."""
     return member(function, "_M_manager") != 0
@@ -146,3 +152,23 @@ def each_of_array(row):
         row = member(row, "_M_elems")
     first, last = plain(row.type).range()
     return [row[index] for index in range(first, last + 1)]
+
+
+def variable(name):
+    """A variable of the libraries, also one that only its source file knows."""
+    symbol = gdb.lookup_static_symbol(name) or gdb.lookup_global_symbol(name)
+    if symbol is None:
+        raise Unreadable(f"no debug information for {name}: the library is not loaded, or was stripped")
+    return symbol.value()
+
+
+def enumerators(name, prefix):
+    """The names of an enum's values, without their prefix, by the values."""
+    fields = gdb.lookup_type(name).fields()
+    return {field.enumval: field.name.rpartition("::")[2].removeprefix(prefix) for field in fields}
+
+
+def content(string):
+    """The bytes of a std::string."""
+    start, length = member(string, "_M_dataplus", "_M_p"), int(member(string, "_M_string_length"))
+    return gdb.selected_inferior().read_memory(int(start), length).tobytes() if length else b""

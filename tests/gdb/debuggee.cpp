@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // One value of every type that has a printer, for gdb to show. gdb stops in each `Show` function.
+#include <tessel/journal.h>
 #include <tessel/tessel.h>
 #include <util/util.h>
 
@@ -160,6 +161,45 @@ void ShowStatistics() {
   Stop();
 }
 
+// A set traces its line between its number and its event.
+void ShowUnwritten(void*, int, const char*, const char* text, unsigned int) {
+  if (std::strstr(text, "30 -> 60") != nullptr) Stop();
+}
+
+void ShowJournal() {
+  StartJournal(16);
+  IKalConfig* store = nullptr;
+  for (const unsigned int call : {10U, 9U}) {
+    store = nullptr;
+    CreateKalConfig(call, &store);
+    store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 15, false, false);
+  }
+  ACmThread media("media");
+  media.Start();
+  const SubscribeId_t direct =
+      store->SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", Ignore, nullptr, false);
+  store->SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", Ignore, &media, true);
+  media.Stop();
+  {
+    const JournalOrigin origin("bandwidth \"controller\"");
+    store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30, false, false);
+  }
+  store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30, false, false);
+  set_util_trace_sink(ShowUnwritten, nullptr);
+  set_external_trace_mask(2);
+  store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 60, false, false);
+  set_external_trace_mask(0);
+  set_util_trace_sink(nullptr, nullptr);
+  const JournalDocument document("lab.json");
+  const std::string text(100, 'x');
+  store->ApplyKalConfigs((R"({"AudioSlide":[{"key":"Codec","value":")" + text + R"("}]})").c_str());
+  store->UnsubscribeConfig(direct);
+  store->RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps");
+  CleanUpKalConfig(9);
+  StopJournal();
+  Stop();
+}
+
 using Values = atomMap<std::string, ConfigData>;
 
 Values& MakeValues() {
@@ -260,6 +300,7 @@ int main(int argc, char**) {
   ShowSmallStore();
   ShowMeters();
   ShowStatistics();
+  ShowJournal();
   ShowDamagedContainers();
   ShowOptimised(argc);
   ShowDamageOf<ConfigData, json::Value, json::Object, json::Array, ACmThread, KalConfig, KalConfigHelper,

@@ -56,6 +56,19 @@ case "$way" in
     show stripped -x "$prefix/share/tessel/gdb/tessel-gdb.py"
     compare stripped.txt
     ;;
+  commands)
+    show commands -x "$prefix/share/tessel/gdb/tessel-gdb.py"
+    compare commands.txt
+    ;;
+  core)
+    # Of a core gdb shows what it showed of the program.
+    export CORE=$work/core
+    show core -x "$prefix/share/tessel/gdb/tessel-gdb.py"
+    mv "$SHOWN" "$work/live.txt"
+    gdb -nx -batch -x "$prefix/share/tessel/gdb/tessel-gdb.py" "$program" "$CORE" -x "$source/tests/gdb/show.py" \
+      >"$work/gdb.log" 2>&1 && grep '^#20 ' "$SHOWN" && sed -n 's/^\^//p' "$work/gdb.log" >>"$SHOWN" &&
+      diff -u "$work/live.txt" "$SHOWN" || { cat "$work/gdb.log"; exit 1; }
+    ;;
   any_bytes)
     show any -ex "set print elements unlimited" -x "$prefix/share/tessel/gdb/tessel-gdb.py"
     # Each question has an answer, and no answer is an error of Python's.
