@@ -247,7 +247,7 @@ NO_GROUP = -1  # KAL_CONFIG_GROUP_DEFAULT
 
 
 def journal_is_on():
-    return int(sole(variable("kalStore::internal::g_journalStart"))) != 0
+    return int(sole(variable("kalStore::internal::g_isJournalOn"))) != 0
 
 
 def journal_next():

@@ -6,7 +6,8 @@
 #include <mutex>
 #include <thread>
 
-/// Only a deadlock lasts so long, on the busiest machine and emulated, too. ctest gives a test five minutes more.
+/// Only a deadlock lasts so long, on the busiest machine and emulated, too. ctest gives a test five minutes
+/// more.
 inline constexpr std::chrono::minutes kDeadlockLimit{20};
 
 /// Ends the process when it lives longer than `limit`: prints the stack of every thread to standard error,
