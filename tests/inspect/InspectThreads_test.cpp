@@ -7,13 +7,14 @@
 namespace kalStore {
 namespace {
 
-// Looks at everything until it ends.
+// Takes looks until it ends.
+template <class Look>
 class Looker {
  public:
-  Looker()
-      : m_thread([this] {
+  explicit Looker(Look look)
+      : m_thread([this, look] {
           while (!m_isOver.load()) {
-            LookAtAll();
+            look();
             m_looks.fetch_add(1);
           }
         }) {}
@@ -32,12 +33,12 @@ class Looker {
   std::thread m_thread;
 };
 
-// Calls `step` for at least so many rounds, and until there were some looks beside it.
-template <class Step>
-void RunBesideLooks(Step step) {
-  const Looker looker;
-  const Looker another;
-  for (int round = 0; round < 300 || looker.Looks() < 20 || another.Looks() < 20; ++round) step(round);
+// Calls `step` for at least so many rounds, and until two threads have taken some looks beside it.
+template <class Look, class Step>
+void RunBeside(Look look, Step step) {
+  const Looker<Look> looker(look);
+  const Looker<Look> another(look);
+  for (int round = 0; round < 300 || looker.Looks() < 100 || another.Looks() < 100; ++round) step(round);
 }
 
 // Notes on which thread it ends.
@@ -71,7 +72,7 @@ TEST(InspectThreads, EachGroupIsCopiedAtOneMoment) {
 TEST(InspectThreads, NeverEndsWhatACallbackCaptured) {
   const CallStore store(kInspected, CallStore::kEndsCall);
   std::atomic<int> elsewhere{0};
-  RunBesideLooks([&](int) {
+  RunBeside(LookAtAll, [&](int) {
     const SubscribeId_t id = store->SubscribeConfig(
         KAL_CONFIG_GROUP_VIDEO, "MaxFps",
         [held = std::make_shared<EndNotesItsThread>(elsewhere)](const KalConfigEvent&) {}, nullptr, false);
@@ -83,10 +84,12 @@ TEST(InspectThreads, NeverEndsWhatACallbackCaptured) {
 
 TEST(InspectThreads, NeverEndsAStore) {
   std::atomic<int> elsewhere{0};
-  RunBesideLooks([&](int round) {
+  const std::string takesTimeToCopy(1 << 18, 'v');
+  const auto look = [] { InspectSettings(kInspected); };
+  RunBeside(look, [&](int) {
     IKalConfig* store = nullptr;
     ASSERT_EQ(CreateKalConfig(kInspected, &store), kResultOk);
-    store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", round, false, false);
+    store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", takesTimeToCopy, false, false);
     store->SubscribeConfig(
         KAL_CONFIG_GROUP_VIDEO, "MaxFps",
         [held = std::make_shared<EndNotesItsThread>(elsewhere)](const KalConfigEvent&) {}, nullptr, false);
@@ -98,15 +101,21 @@ TEST(InspectThreads, NeverEndsAStore) {
 }
 
 TEST(InspectThreads, NeverHoldsAStatisticsObject) {
-  RunBesideLooks([](int round) {
+  const auto look = [] {
+    InspectedAudio blocks;
+    InspectAudio(KAL_TESSEL_AUDIO, kInspected, blocks);
+  };
+  RunBeside(look, [](int round) {
     void* entity = nullptr;
-    ASSERT_EQ(createTesselEntity(KAL_TESSEL_VIDEO, kInspected, &entity), kResultOk);
-    auto* const video = static_cast<KalVideoStatisticInfo*>(static_cast<IKalVideoInfo*>(entity));
-    video->UpdateVideoCapturedFrameCnt(static_cast<std::uint32_t>(round));
-    EXPECT_EQ(video->AddRef(), 2u);
-    EXPECT_EQ(releaseTesselEntity(KAL_TESSEL_VIDEO, kInspected, entity), 1);
-    EXPECT_EQ(video->Release(), 0u);
-    EXPECT_FALSE(kalTesselInstant.isTesselEntityExisted(KAL_TESSEL_VIDEO, kInspected));
+    ASSERT_EQ(createTesselEntity(KAL_TESSEL_AUDIO, kInspected, &entity), kResultOk);
+    auto* const audio = static_cast<KalAudioStatisticInfo*>(static_cast<IKalAudioInfo*>(entity));
+    audio->updateTxBitRate(static_cast<std::uint32_t>(round));
+    for (int i = 0; i < 100; ++i) {
+      EXPECT_EQ(audio->AddRef(), 2u);
+      EXPECT_EQ(audio->Release(), 1u);
+    }
+    EXPECT_EQ(audio->Release(), 0u);
+    EXPECT_FALSE(kalTesselInstant.isTesselEntityExisted(KAL_TESSEL_AUDIO, kInspected));
   });
 }
 
@@ -125,7 +134,7 @@ TEST(InspectThreads, WorksBesideEverything) {
       }
     }
   });
-  RunBesideLooks([&](int round) {
+  RunBeside(LookAtAll, [&](int round) {
     const KalConfigGroup group = groups[round % 2];
     const std::string name = "Name" + std::to_string(round % 7);
     const std::string value(static_cast<std::size_t>(round % 100) * 100, 'v');
