@@ -18,10 +18,10 @@ alignas(64) constinit std::atomic<bool> g_isJournalOn{false};
 
 namespace {
 
-// The running number, which every writer changes, on a cache line of its own.
-alignas(64) constinit std::atomic<std::uint64_t> g_next{1};
+// The running number, which every writer changes, on a pair of cache lines of its own: processors fetch both.
+alignas(128) constinit std::atomic<std::uint64_t> g_next{1};
 
-alignas(64) constinit std::atomic<JournalRing*> g_ring{nullptr};
+alignas(128) constinit std::atomic<JournalRing*> g_ring{nullptr};
 constinit std::atomic<std::uint64_t> g_ringBegin{1};    // The first number that is in g_ring, or was.
 constinit std::atomic<std::uint64_t> g_startNumber{1};  // The first number since the last start.
 
@@ -46,14 +46,18 @@ JournalRing& RingOf(std::size_t capacity) TESSEL_LOCKING(requires_capability(g_s
 // Two numbers that are drawn under one lock have the order in which it was held: what happens before a change
 // of a variable comes before it in the variable's order, too.
 std::uint64_t DrawJournalNumber() noexcept {
-  return g_next.fetch_add(1, std::memory_order_acq_rel);
+  const std::uint64_t number = g_next.fetch_add(1, std::memory_order_acq_rel);
+  const JournalRing* const ring = g_ring.load(std::memory_order_acquire);
+  if (ring != nullptr) ring->Prefetch(number);
+  return number;
 }
 
 // The number comes first, then the ring: a number from g_ringBegin on was drawn after the start that
 // published the ring had drawn that one in the same order, by operations that acquire and release, so it is
 // written in that ring, or in a later one.
 std::uint64_t WriteJournal(const JournalEntry& entry) noexcept {
-  const std::uint64_t number = entry.number != 0 ? entry.number : DrawJournalNumber();
+  const std::uint64_t number =
+      entry.number != 0 ? entry.number : g_next.fetch_add(1, std::memory_order_acq_rel);
   JournalRing* const ring = g_ring.load(std::memory_order_acquire);
   // The switch is read without order: its change may be seen before that of the ring.
   if (ring == nullptr) return number;
