@@ -33,6 +33,20 @@ MODEL_SCENARIO(FacadeBindsBesideASubscription) {
   Check(notified == 1, "the subscription is registered, once");
 }
 
+// The binder makes the store that the other thread then registers with.
+MODEL_SCENARIO(FacadeMakesItsStoreBesideASubscription) {
+  {
+    KalConfigHelper settings;
+    std::thread binder([&] { settings.SetCallId(7); });
+    int notified = 0;
+    settings.SubscribeConfig(kFacadeName, [&](const KalConfigEvent&) { ++notified; }, kFacadeGroup);
+    binder.join();
+    settings.SetKalConfig(kFacadeName, 30, kFacadeGroup);
+    Check(notified == 1, "the subscription is registered, once");
+  }
+  CleanUpKalConfig(7);
+}
+
 MODEL_SCENARIO(FacadeTakesOneOfTwoSubscriptions) {
   const CallStore call(7, CallStore::kEndsCall);
   KalConfigHelper settings(7);

@@ -30,6 +30,17 @@ void ReadRecord(const JournalRing& ring, std::uint64_t number) {
   Check(words[0] == number && words[1] == number, "a record is not torn, nor another's");
 }
 
+int SetInJournal(KalConfig& store, const char* name, int value) {
+  return store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, name, value, false, false);
+}
+
+// That an event has the value that belongs to its name.
+void CheckInJournal(const JournalEvent& event) {
+  Check(event.newValue.has_value(), "a set has a value");
+  const char* const value = event.name.text == "First" ? "1" : event.name.text == "Second" ? "2" : "3";
+  Check(event.newValue->text == value, "an event comes whole");
+}
+
 }  // namespace
 
 MODEL_SCENARIO(JournalRingIsReadBesideAWriter) {
@@ -59,30 +70,49 @@ MODEL_SCENARIO(JournalRingHasWritersALapApart) {
 MODEL_SCENARIO(JournalIsReadBesideWriters) {
   KalConfig store(7);
   StartJournal(8);
-  const auto set = [&](const char* name) {
-    store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, name, 1, false, false);
-  };
-  std::thread setter([&] { set("MaxFps"); });
-  set("Codec");
+  std::thread setter([&] { SetInJournal(store, "First", 1); });
+  SetInJournal(store, "Second", 2);
   JournalReader reader;
   JournalEvent event;
   std::uint64_t last = 0;
   while (reader.Next(event)) {
-    Check(event.number > last && event.newValue->text == "1", "events come whole, in their order");
+    CheckInJournal(event);
+    Check(event.number > last, "events come in their order");
     last = event.number;
   }
   setter.join();
 }
 
+// What is written after the start of another ring is read, whatever a late writer did: it leaves no gap for
+// ever.
 MODEL_SCENARIO(JournalStartsAnotherRingBesideWriters) {
   KalConfig store(7);
   StartJournal(1);
-  std::thread setter([&] { store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 1, false, false); });
+  std::thread setter([&] { SetInJournal(store, "First", 1); });
   StopJournal();
-  StartJournal(2);
+  StartJournal(8);
+  SetInJournal(store, "Second", 2);
+  setter.join();
+  SetInJournal(store, "Third", 3);
   JournalReader reader;
   JournalEvent event;
-  while (reader.Next(event)) Check(event.newValue->text == "1", "events come whole");
+  bool hasThird = false;
+  while (reader.Next(event)) {
+    CheckInJournal(event);
+    hasThird |= event.name.text == "Third";
+  }
+  Check(hasThird, "the latest event is read");
+}
+
+// A ring of one place: each writer is a lap ahead of the one before.
+MODEL_SCENARIO(JournalOfOnePlaceIsReadBesideAWriter) {
+  KalConfig store(7);
+  StartJournal(1);
+  SetInJournal(store, "First", 1);
+  std::thread setter([&] { SetInJournal(store, "Second", 2); });
+  JournalReader reader;
+  JournalEvent event;
+  while (reader.Next(event)) CheckInJournal(event);
   setter.join();
 }
 

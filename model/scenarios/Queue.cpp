@@ -151,6 +151,16 @@ MODEL_SCENARIO(ThreadStartsAgain) {
   Check(fired == taken, "what is taken fires, in whichever life");
 }
 
+MODEL_SCENARIO(ThreadIsOpenWithItsId) {
+  ACmThread thread;
+  std::thread other([&] {
+    if (thread.GetEventQueue() != nullptr)
+      Check(thread.GetThreadId() != 0, "a thread that has its queue has its id");
+  });
+  thread.Start();
+  other.join();
+}
+
 MODEL_SCENARIO(ThreadIsStoppedByTwo) {
   int fired = 0;
   ACmThread thread;
