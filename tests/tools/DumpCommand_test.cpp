@@ -96,12 +96,17 @@ TEST(DumpCommand, KeepsAWholeValueThatIsSetAgainAndCut) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(DumpCommand, PassesOverSetsThatStoreNothing) {
-  const Finished run =
-      Dump(kRecordingBegin + Set(R"("new":"1","result":"told")") + Set(R"("new":"2","result":"refused")") +
-               Set(R"("new":"3","result":"told","transient":true)"),
-           {});
+TEST(DumpCommand, PassesOverSetsThatAreRefused) {
+  const Finished run = Dump(
+      kRecordingBegin + Set(R"("new":"1","result":"told")") + Set(R"("new":"2","result":"refused")"), {});
   EXPECT_EQ(run.out, Document("", "", Entry("A", "1")));
+}
+
+TEST(DumpCommand, HasNoValueAfterATransientSet) {
+  const Finished run = Dump(kRecordingBegin + Set(R"("new":"1","result":"told")") +
+                                Set(R"("new":"3","result":"told","transient":true)"),
+                            {});
+  EXPECT_EQ(run.out, kEmpty);
 }
 
 TEST(DumpCommand, BeginsAgainWithAnotherPicture) {

@@ -111,7 +111,7 @@ void DescribeBinding(Phrase& phrase, const RecordingEvent& event) {
   const bool isAnswer = event.event == "asked";
   phrase.Add(RecordedPath(event) +
              (isAnswer ? ": answered " + RecordedText(event, "new", event.newValue) : ""));
-  phrase.Add("binding " + std::to_string(event.id.value_or(0)));
+  if (event.id) phrase.Add("binding " + std::to_string(*event.id));
   AddRun(phrase, event);
 }
 
@@ -148,6 +148,7 @@ void Describe(Phrase& phrase, const RecordingEvent& event) {
   } else if (event.type == "apply") {
     phrase.Add(CountText(event.count.value_or(0), "set"));
     AddResult(phrase, event);
+    AddRun(phrase, event);
   } else if (event.type == "subscribe" || event.type == "unsubscribe") {
     phrase.Add(RecordedPath(event)).Add("id " + std::to_string(event.id.value_or(0)));
   } else if (event.type == "lost") {

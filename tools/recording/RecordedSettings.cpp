@@ -40,17 +40,17 @@ const RecordedSettings::Call& FindCall(const RecordedSettings& settings, std::op
 
 void RecordedSettings::Call::Take(const RecordingEvent& event) {
   if (event.type != "set" && event.type != "remove") return;
-  if (event.result == "refused" || event.isTransient) return;
+  if (event.result == "refused") return;
   if (event.IsHidden("name") || event.IsCut("name") || (event.type == "set" && !event.name)) {
     m_hasUnknownNames = true;
   } else if (!event.name) {
     std::erase_if(m_values, [&](const auto& value) { return value.first.first == *event.group; });
-  } else if (event.type == "set" && (event.newValue || event.IsHidden("new"))) {
+  } else if (event.type == "set" && !event.isTransient && (event.newValue || event.IsHidden("new"))) {
     const bool isWhole = !event.IsHidden("new") && !event.IsCut("new");
     Value& value = m_values[{*event.group, *event.name}];
     // A set that changes nothing may have less of the value than is known already.
     if (event.result != "unchanged" || !value.isWhole) value = {event.newValue.value_or(""), isWhole};
-  } else {
+  } else {  // A transient set leaves no value.
     m_values.erase({*event.group, *event.name});
   }
 }

@@ -141,9 +141,12 @@ void RequireMembers(MemberReader& reader, const RecordingEvent& event) {
           {"call", "set", "remove", "apply", "subscribe", "unsubscribe", "bind", "deliver", "statistics"})) {
     reader.Require({"call"});
   }
-  if (isOneOf({"set", "remove", "subscribe", "unsubscribe", "bind"})) reader.Require({"group"});
+  // A set that was refused may have named no group.
+  if (isOneOf({"set", "remove", "subscribe", "unsubscribe", "bind"}) && event.result != "refused")
+    reader.Require({"group"});
   if (isOneOf({"remove", "apply", "lost"})) reader.Require({"count"});
-  if (isOneOf({"subscribe", "unsubscribe", "bind", "deliver"})) reader.Require({"id"});
+  if (isOneOf({"subscribe", "unsubscribe", "bind", "deliver"}) && event.event != "asked")
+    reader.Require({"id"});
   if (isOneOf({"statistics"})) reader.Require({"entity"});
   if (isOneOf({"set"}) && !event.isPicture) reader.Require({"result"});
   if (isOneOf({"call", "bind"}) && !event.isPicture) reader.Require({"event"});
