@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # `cmake --install`: libraries, headers, and what find_package(tessel CONFIG) and `pkg-config tessel` read.
-# Components: runtime, what a built program needs; dev, what building one needs; tools, the `tessel` program.
+# Components: runtime, what a built program needs; record, what one that records needs besides; dev, what building one
+# needs; tools, the `tessel` program.
 
 include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME dev)
@@ -18,9 +19,18 @@ set_target_properties(tessel PROPERTIES INSTALL_RPATH "$ORIGIN/tessel")
 install(TARGETS tessel EXPORT tesselTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+set(tessel_record_run_path "$ORIGIN/tessel")
+if(NOT TESSEL_PACKAGE)
+  # A program may need this library alone. Where packages put libtessel.so, it is found anyway.
+  list(PREPEND tessel_record_run_path "$ORIGIN")
+endif()
+set_target_properties(tessel_record PROPERTIES INSTALL_RPATH "${tessel_record_run_path}")
+install(TARGETS tessel_record EXPORT tesselTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT record NAMELINK_COMPONENT dev
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/tessel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(TESSEL_UTIL_ROOT)
-  set_target_properties(tessel PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
+  set_target_properties(tessel tessel_record PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
   cmake_path(GET TESSEL_UTIL_LIBRARY PARENT_PATH tessel_util_pc_dir)
   cmake_path(GET TESSEL_UTIL_LIBRARY FILENAME tessel_util_pc_library)
   string(REPLACE " " "\\ " tessel_util_pc_dir "${tessel_util_pc_dir}")
@@ -70,7 +80,8 @@ list(TRANSFORM tessel_pc_private PREPEND -l)
 list(JOIN tessel_pc_private " " tessel_pc_private)
 configure_file(cmake/tessel.pc.in ${PROJECT_BINARY_DIR}/tessel.pc.configured @ONLY)
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/tessel.pc INPUT ${PROJECT_BINARY_DIR}/tessel.pc.configured)
-install(FILES ${PROJECT_BINARY_DIR}/tessel.pc DESTINATION ${tessel_pkgconfig_dir})
+configure_file(cmake/tessel-record.pc.in ${PROJECT_BINARY_DIR}/tessel-record.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tessel.pc ${PROJECT_BINARY_DIR}/tessel-record.pc DESTINATION ${tessel_pkgconfig_dir})
 
 # The printers of gdb. It looks for what belongs to a library below the library's full path, known when it is installed.
 install(FILES gdb/tessel-gdb.py DESTINATION ${CMAKE_INSTALL_DATADIR}/tessel/gdb)

@@ -42,6 +42,15 @@ subscriptions to their changes, feature toggles, statistics records, and
 JSON in and out.
 .
 This package contains the shared libraries.")
+set(tessel_record_package libtessel-record${PROJECT_VERSION_MAJOR})
+tessel_package(record ${tessel_record_package} libs
+"shared settings and statistics for a media engine - recordings
+libtessel holds the settings and the statistics of the calls of a real-time
+audio and video engine.
+.
+This package contains the shared library that writes recordings: files of
+what happens to them, which the program tessel reads."
+"${tessel_runtime_package} (= ${PROJECT_VERSION})")
 tessel_package(dev libtessel-dev libdevel
 "shared settings and statistics for a media engine - development files
 libtessel holds the settings and the statistics of the calls of a real-time
@@ -49,7 +58,7 @@ audio and video engine.
 .
 This package contains the headers, and what CMake and pkg-config need to
 know to build programs against the libraries."
-"${tessel_runtime_package} (= ${PROJECT_VERSION})")
+"${tessel_runtime_package} (= ${PROJECT_VERSION}), ${tessel_record_package} (= ${PROJECT_VERSION})")
 # tessel_declare_settings() runs the program.
 set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS "tessel-tools (= ${PROJECT_VERSION})")
 tessel_package(tools tessel-tools utils
@@ -58,8 +67,8 @@ libtessel holds the settings and the statistics of the calls of a real-time
 audio and video engine.
 .
 This package contains the program tessel, which works on settings documents,
-feature toggles and statistics blocks."
-"${tessel_runtime_package} (= ${PROJECT_VERSION})")
+feature toggles, statistics blocks and recordings."
+"${tessel_runtime_package} (= ${PROJECT_VERSION}), ${tessel_record_package} (= ${PROJECT_VERSION})")
 
 tessel_package(debug ${tessel_runtime_package}-dbg debug
 "shared settings and statistics for a media engine - debug symbols
@@ -69,7 +78,8 @@ audio and video engine.
 This package contains what a debugger needs to know about the libraries and
 the program tessel; it finds that by itself."
 "${tessel_runtime_package} (= ${PROJECT_VERSION})")
-install(CODE "set(files $<TARGET_FILE:tessel> $<TARGET_FILE:tessel_util> $<TARGET_FILE:tessel_cli>)
+install(CODE "set(files $<TARGET_FILE:tessel> $<TARGET_FILE:tessel_util> $<TARGET_FILE:tessel_record>
+    $<TARGET_FILE:tessel_cli>)
   set(readelf ${CMAKE_READELF})
   set(objcopy ${CMAKE_OBJCOPY})" COMPONENT debug)
 install(SCRIPT cmake/debian/InstallDebugSymbols.cmake COMPONENT debug)
@@ -83,7 +93,10 @@ install(CODE "file(GLOB pages \$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${CMAKE_INST
 # What programs built against the library depend on, and the linker's cache.
 file(WRITE ${PROJECT_BINARY_DIR}/shlibs
   "libtessel ${PROJECT_VERSION_MAJOR} ${tessel_runtime_package} (>= ${PROJECT_VERSION})\n")
+file(WRITE ${PROJECT_BINARY_DIR}/record/shlibs
+  "libtessel_record ${PROJECT_VERSION_MAJOR} ${tessel_record_package} (>= ${PROJECT_VERSION})\n")
 file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/shlibs ${PROJECT_BINARY_DIR}/triggers)
+set(CPACK_DEBIAN_RECORD_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/record/shlibs ${PROJECT_BINARY_DIR}/triggers)
 
 include(CPack)

@@ -17,6 +17,7 @@
 #include "ChangeReport.h"
 #include "Colour.h"
 #include "CommandError.h"
+#include "CommandRecording.h"
 #include "ConfigPath.h"
 #include "DumpOutput.h"
 #include "ExitStatus.h"
@@ -27,6 +28,7 @@
 #include "SettingsDocument.h"
 #include "Watcher.h"
 #include "tessel/CallStore.h"
+#include "tessel/journal.h"
 #include "util/util_trace.h"
 
 namespace {
@@ -44,6 +46,7 @@ struct ApplyOptions {
   std::vector<std::string> watches;
   std::optional<std::string> dump;
   std::optional<unsigned> traceLevel;
+  std::string recording;
   bool strict = false;
   bool async = false;
   bool quiet = false;
@@ -136,12 +139,15 @@ class Applier {
 
   void Apply(const SettingsDocument& document) {
     document.PrintFindings(std::cerr);
-    step(document.Name(), document.Entries(), document.SkippedCount(),
-         [&] { m_store.ApplyKalConfigs(document.Text().c_str()); });
+    step(document.Name(), document.Entries(), document.SkippedCount(), [&] {
+      const kalStore::JournalDocument name(document.Name().c_str());
+      m_store.ApplyKalConfigs(document.Text().c_str());
+    });
   }
 
   void Apply(const std::vector<SettingsEntry>& assignments) {
     step("--set", assignments, 0, [&] {
+      const kalStore::JournalOrigin origin("--set");
       for (const SettingsEntry& entry : assignments) {
         m_store.SetKalConfig(entry.group, entry.name.c_str(), ConfigData(entry.value), false, false);
       }
@@ -186,6 +192,7 @@ int Apply(const ApplyOptions& options) {
   const ApplyPlan plan(options);
   if (options.traceLevel) set_external_trace_mask(static_cast<int>(*options.traceLevel));
 
+  CommandRecording recording(options.recording, options.files);
   const kalStore::CallStore store(kCallId, kalStore::CallStore::kEndsCall);
   bool skipped = false;
   {
@@ -201,7 +208,7 @@ int Apply(const ApplyOptions& options) {
     if (!plan.assignments.empty()) applier.Apply(plan.assignments);
   }
   if (plan.dumpMask) PrintDump(store->DumpKalConfigs(*plan.dumpMask));
-  return options.strict && skipped ? kExitFindings : kExitFine;
+  return recording.End(options.strict && skipped ? kExitFindings : kExitFine);
 }
 
 std::string Footer() {
@@ -250,6 +257,7 @@ void AddApplyCommand(CLI::App& app, int& exitStatus) {
   command->add_flag("--strict", options->strict, "Exit with status 1 when import skips an entry");
   command->add_flag("--json", options->json,
                     "A JSON object per change, with its document, and per event, with its thread");
+  AddRecordOption(*command, options->recording);
   command->add_flag("-q,--quiet", options->quiet, "Print no changes, only events and the dump");
   CLI::Option* const trace = command
                                  ->add_option("--trace", options->traceLevel,

@@ -3,11 +3,13 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "CommandError.h"
 #include "Printable.h"
+#include "TextFile.h"
 
 namespace {
 
@@ -36,4 +38,15 @@ void OutputFile::write(std::string_view text, const char* mode) const {
   if (stream == nullptr) throw Unwritable(m_file);
   const bool isWritten = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
   if (std::fclose(stream) != 0 || !isWritten) throw Unwritable(m_file);
+}
+
+void RefuseUnusableOutput(const std::string& option, const std::string& what, const std::string& file,
+                          const std::vector<std::string>& documents) {
+  if (file == kStandardInput) throw UsageError(option + " -: " + what + " needs a file of its own");
+  for (const std::string& document : documents) {
+    std::error_code isNoFile;
+    if (std::filesystem::equivalent(file, document, isNoFile)) {
+      throw UsageError(option + " " + Quoted(file) + ": is a document that is read");
+    }
+  }
 }

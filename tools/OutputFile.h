@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// A file that a command writes. What was in it stays until then.
 class OutputFile {
@@ -21,3 +22,8 @@ class OutputFile {
 
   const std::string m_file;
 };
+
+/// Throws UsageError when a file that an option names for output is standard input, or a document that is read.
+/// @param what  what the file becomes: "a report"
+void RefuseUnusableOutput(const std::string& option, const std::string& what, const std::string& file,
+                          const std::vector<std::string>& documents);

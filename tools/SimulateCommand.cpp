@@ -3,21 +3,19 @@
 
 #include <atomic>
 #include <csignal>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "CommandError.h"
+#include "CommandRecording.h"
 #include "ExitStatus.h"
 #include "OptionChecks.h"
 #include "OutputFile.h"
 #include "Printable.h"
 #include "Progress.h"
-#include "TextFile.h"
 #include "simulate/Report.h"
 #include "simulate/Simulation.h"
 #include "simulate/Summary.h"
@@ -37,6 +35,7 @@ struct SimulateOptions {
   SimulationPlan plan;
   std::vector<std::string> settings;
   std::string report;
+  std::string recording;
   bool json = false;
 };
 
@@ -66,29 +65,20 @@ class Interruption {
   struct sigaction m_terminate{};
 };
 
-void RefuseUnusableReport(const SimulateOptions& options) {
-  if (options.report == kStandardInput) throw UsageError("--report -: a report needs a file of its own");
-  for (const std::string& document : options.settings) {
-    std::error_code isNoFile;
-    if (std::filesystem::equivalent(options.report, document, isNoFile)) {
-      throw UsageError("--report " + Quoted(options.report) + ": is a document of --settings");
-    }
-  }
-}
-
 int Simulate(SimulateOptions& options) {
   SimulationPlan& plan = options.plan;
   if (plan.calls * (simulate::Call::kOwnComponents + plan.listeners) > kMaxComponents) {
     throw UsageError("--calls and --components: more than " + std::to_string(kMaxComponents) +
                      " components in all");
   }
-  RefuseUnusableReport(options);
+  RefuseUnusableOutput("--report", "a report", options.report, options.settings);
   const Interruption interruption;
   plan.documents = LoadDocuments(options.settings);
   for (const SettingsDocument& document : plan.documents) document.PrintFindings(std::cerr);
   std::optional<OutputFile> file;
   if (!options.report.empty()) file.emplace(options.report);
 
+  CommandRecording recording(options.recording, options.settings);
   Simulation simulation(plan);
   {
     const Progress progress("simulating");
@@ -96,7 +86,7 @@ int Simulate(SimulateOptions& options) {
   }
   if (file) file->Write(simulate::Report(simulation));
   (options.json ? simulate::PrintSummaryAsJson : simulate::PrintSummary)(std::cout, simulation);
-  return simulation.IsSound() ? kExitFine : kExitFindings;
+  return recording.End(simulation.IsSound() ? kExitFine : kExitFindings);
 }
 
 }  // namespace
@@ -121,6 +111,7 @@ void AddSimulateCommand(CLI::App& app, int& exitStatus) {
                             "others arrive during the calls, evenly spread; - is standard input")
                ->allow_extra_args(false));
   SetFile(*command->add_option("--report", options->report, "Write a report with plots, one HTML file"));
+  AddRecordOption(*command, options->recording);
   command->add_flag("--json", options->json, "Print the summary as a JSON object, on one line");
   command->footer(
       "Each call has an audio and a video sender and receiver, a jitter buffer, a bandwidth controller and "

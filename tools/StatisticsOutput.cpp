@@ -11,6 +11,10 @@
 
 namespace {
 
+using kalStore::StatisticsKind;
+using kalStore::StatisticsMember;
+using kalStore::StatisticsSection;
+
 std::string Value(const StatisticsSection& section, const StatisticsMember& member, std::string_view block) {
   return member.shown(block.data() + section.offset + member.offset);
 }
@@ -88,7 +92,7 @@ void PrintJson(std::ostream& out, const StatisticsKind& kind, std::size_t number
 
 }  // namespace
 
-void PrintStatistics(std::ostream& out, const StatisticsKind& kind, std::string_view blocks,
+void PrintStatistics(std::ostream& out, const kalStore::StatisticsKind& kind, std::string_view blocks,
                      StatisticsFormat format) {
   if (format == StatisticsFormat::kCsv) PrintCsvHeader(out, kind);
   for (std::size_t number = 0; number < blocks.size() / kind.blockSize; ++number) {

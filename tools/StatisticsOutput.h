@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "StatisticsMembers.h"
+#include "tessel/statistics_members.h"
 
 enum class StatisticsFormat { kText, kCsv, kJson };
 
@@ -13,5 +13,5 @@ enum class StatisticsFormat { kText, kCsv, kJson };
 ///   kText  a table per block, by section; a layer that is nothing but zero bytes is only named
 ///   kCsv    a line of names with their units, then a line per block
 ///   kJson   an object per block, on a line of its own
-void PrintStatistics(std::ostream& out, const StatisticsKind& kind, std::string_view blocks,
+void PrintStatistics(std::ostream& out, const kalStore::StatisticsKind& kind, std::string_view blocks,
                      StatisticsFormat format);

@@ -10,11 +10,13 @@
 #include "ExitStatus.h"
 #include "OptionChecks.h"
 #include "OutputFormat.h"
-#include "StatisticsMembers.h"
 #include "StatisticsOutput.h"
 #include "TextFile.h"
 
 namespace {
+
+using kalStore::StatisticsKind;
+using kalStore::StatisticsKinds;
 
 struct StatsOptions {
   std::string file;

@@ -44,6 +44,7 @@ FOLDERS = [
     (r"src/facade/", [EXPORTED, "(trace|json|journal|store|documents|facade)/.*"]),
     (r"src/statistics/", [UTIL, TRACE_HEADERS, STATISTICS_HEADERS, "(trace|journal|statistics)/.*"]),
     (r"src/inspect/", [EXPORTED, "(journal|store|statistics|inspect)/.*"]),
+    (r"src/record/", [EXPORTED, "record/.*"]),
     # Suggestions of names, the one private part that the program shares.
     (r"tools/DidYouMean\.cpp$", [EXPORTED, r"\w+\.h", r"documents/NearestName\.h"]),
     (r"tools/", [EXPORTED, r"((declare|recording|report|simulate)/)?\w+\.h"]),

@@ -20,7 +20,7 @@ COMPILER = sys.argv.pop(1)
 COMMAND = [COMPILER, "-std=c++20", "-fsyntax-only", "-Wthread-safety", "-fno-caret-diagnostics", "-x", "c++",
            *(f"-I{SOURCE / folder}" for folder in FOLDERS)]
 
-ANNOTATED = ("include/tessel/locking.h", "libutil/src/Mutex.h")  # The classes themselves.
+ANNOTATED = ("include/tessel/locking.h", "src/record/Lock.h", "libutil/src/Mutex.h")  # The classes themselves.
 # These locks protect nothing that is written under them alone, only the order of steps with atomic variables.
 ORDER_ONLY = ("src/facade/KalConfigHelper.cpp", "libutil/src/EventQueue.cpp")
 

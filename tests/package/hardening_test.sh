@@ -48,7 +48,7 @@ cmake --install "$build" --prefix "$work" >/dev/null
 runtime='libstdc\+\+\.so\.6|libgcc_s\.so\.1|libm\.so\.6|libc\.so\.6|ld-linux.*'
 
 mapfile -t libraries < <(find "$work" -type f -name 'lib*.so*' ! -name '*-gdb.py')
-[ ${#libraries[@]} -eq 2 ] || { echo "expected two libraries, found: ${libraries[*]}"; exit 1; }
+[ ${#libraries[@]} -eq 3 ] || { echo "expected three libraries, found: ${libraries[*]}"; exit 1; }
 for library in "${libraries[@]}"; do
   expect "relocations stay writable" is_relocation_read_only
   expect "the stack is executable" has_plain_stack
@@ -61,6 +61,10 @@ for library in "${libraries[@]}"; do
     expect "a call can land outside a marked entry" lands_safely
   fi
   case "$(basename "$library")" in
+    libtessel_record*)
+      expect "unexpected run path" has_run_path "\$ORIGIN:\$ORIGIN/tessel"
+      expect "unexpected dependency" needs_only "$runtime|libtessel\.so\.1|libutil\.so"
+      ;;
     libtessel*)
       expect "unexpected run path" has_run_path "\$ORIGIN/tessel"
       expect "unexpected dependency" needs_only "$runtime|libutil\.so"

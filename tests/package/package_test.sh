@@ -31,6 +31,8 @@ configure_build() {
 run_consumers() {
   "$work/$1/consumer"
   "$work/$1/static_storage"
+  "$work/$1/recorder" "$work/$1/call.tessel"
+  expect_no_recordings "$work/$1/consumer"
 }
 
 # build_example NAME: one of the examples, against $prefix.
@@ -44,7 +46,7 @@ build_example() {
 flags_of_package() {
   local folder
   folder=$(dirname "$(find "$prefix" -name tessel.pc)")
-  mapfile -t flags < <(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs "$@" tessel | xargs printf '%s\n')
+  mapfile -t flags < <(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs "$@" "${package:-tessel}" | xargs printf '%s\n')
   flags+=("-DPACKAGE_VERSION=\"$(PKG_CONFIG_PATH=$folder pkg-config --modversion tessel)\"")
 }
 
@@ -56,6 +58,9 @@ build_by_pkg_config() {
 }
 
 fail() { echo "$1" && exit 1; }
+
+# expect_no_recordings PROGRAM: it does not load the library that writes them.
+expect_no_recordings() { ! ldd "$1" | grep -F tessel_record || fail "$1 loads libtessel_record"; }
 
 # expect_static PROGRAM: it holds the library itself.
 # The run path may contain the libraries' names, too.
@@ -79,6 +84,11 @@ case "$way" in
     mv "$prefix" "$work/moved"
     prefix=$work/moved
     build_by_pkg_config consumer
+    package=tessel-record flags_of_package
+    "$compiler" -std=c++20 "$consumer/recorder.cpp" "${flags[@]}" -o "$work/recorder"
+    "$work/recorder" "$work/call.tessel"
+    flags_of_package
+    expect_no_recordings "$work/consumer"
     "$compiler" -std=c++20 -fno-exceptions -fno-rtti "$consumer/consumer.cpp" "${flags[@]}" -o "$work/plain"
     "$work/plain"
     # The C library's own libutil, of the same name, still links beside it.
@@ -183,7 +193,7 @@ case "$way" in
     lintian --allow-root --fail-on error "$build"/packages/*.deb
     for package in "$build"/packages/*.deb; do dpkg-deb -x "$package" "$work/root"; done
     prefix=$work/root/usr
-    for file in "$prefix"/bin/tessel "$prefix"/lib/*/libtessel.so.1 "$prefix"/lib/*/tessel/libutil.so; do
+    for file in "$prefix"/bin/tessel "$prefix"/lib/*/libtessel.so.1 "$prefix"/lib/*/libtessel_record.so.1 "$prefix"/lib/*/tessel/libutil.so; do
       id=$(readelf -nW "$file" | sed -n 's/.*Build ID: //p')
       symbols=$prefix/lib/debug/.build-id/${id::2}/${id:2}.debug
       readelf -SW "$symbols" 2>/dev/null | grep -F .debug_info >/dev/null || fail "no debug symbols of $file"

@@ -216,7 +216,7 @@ TEST(SimulateCommand, NeverReplacesADocumentByTheReport) {
   Program program;
   const Finished run =
       program.File("a.json", "{}").Run({"simulate", "--settings", "a.json", "--report", "./a.json"});
-  EXPECT_EQ(run.err, "tessel: --report \"./a.json\": is a document of --settings\n");
+  EXPECT_EQ(run.err, "tessel: --report \"./a.json\": is a document that is read\n");
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(program.Contents("a.json"), "{}");
 }

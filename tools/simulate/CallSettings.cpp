@@ -46,6 +46,7 @@ void CallSettings::Apply(const SettingsDocument& document) {
     changed.push_back(&key);
     value = std::move(next);
   }
+  const kalStore::JournalDocument name(document.Name().c_str());
   m_facade.ApplyKalConfigs(document.Text().c_str());
   for (const SettingKey* key : changed) m_ledger.Keep(*key, {document.Name(), true});
 }

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "tessel/journal.h"
 #include "tessel/post.h"
 
 namespace simulate {
@@ -32,7 +33,10 @@ void Component::Tick() {
 }
 
 void Component::Post(std::function<void()> task) {
-  kalStore::Post(m_thread, std::move(task));
+  kalStore::Post(m_thread, [this, task = std::move(task)] {
+    const kalStore::JournalOrigin origin(m_name);
+    task();
+  });
 }
 
 void Component::Drain() {

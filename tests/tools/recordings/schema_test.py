@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks recordings against the JSON Schema of their lines, and that `tessel log` says the same.
+"""Checks recordings, a kept one and one that is written now, against the JSON Schema of their lines, and that
+`tessel log` says the same.
 
 usage: schema_test.py PROGRAM SCHEMA RECORDING
 """
@@ -8,6 +9,7 @@ usage: schema_test.py PROGRAM SCHEMA RECORDING
 import json
 import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
 from jsonschema import Draft202012Validator
@@ -28,6 +30,8 @@ GOOD = [
     changed(SET, result=None, told=None, picture=True), changed(DELIVERY, way=None, dropped=True),
     {"type": "statistics", "t": 1, "call": 7, "entity": "content audio", "members": {"a": -1.5, "b": "c"}},
     {"type": "recording", "t": 1, "event": "ended", "reason": "no space is left"},
+    changed(SET, group=None, result="refused", told=0),
+    {"type": "bind", "t": 1, "call": 1, "group": "Audio", "name": "A", "event": "asked", "new": "1"},
 ]
 BAD = [
     "set", 1, [SET], {}, {"t": 1}, {"type": "set"}, changed(SET, t=-1), changed(SET, t="1"), changed(SET, call=None),
@@ -38,7 +42,8 @@ BAD = [
     changed(DELIVERY, way=None), changed(DELIVERY, way="mail"), changed(DELIVERY, wait_us=-1),
     changed(DELIVERY, id=None), {"type": "lost", "t": 1}, {"type": "call", "t": 1, "call": 1},
     {"type": "call", "t": 1, "call": 1, "event": "asked"}, {"type": "remove", "t": 1, "call": 1, "group": "Audio"},
-    {"type": "bind", "t": 1, "call": 1, "group": "Audio", "name": "A", "id": 1}, {"type": "apply", "t": 1, "call": 1},
+    {"type": "bind", "t": 1, "call": 1, "group": "Audio", "name": "A", "id": 1},
+    {"type": "bind", "t": 1, "call": 1, "group": "Audio", "name": "A", "event": "bound"}, {"type": "apply", "t": 1, "call": 1},
     {"type": "statistics", "t": 1, "call": 1, "entity": "text", "event": "made"},
     {"type": "statistics", "t": 1, "call": 1, "entity": "audio"},
     {"type": "statistics", "t": 1, "call": 1, "entity": "audio", "members": {"a": [1]}},
@@ -60,6 +65,16 @@ def is_readable(line):
     return status == 0
 
 
+def simulated():
+    """The lines of a recording that the library writes."""
+    with tempfile.TemporaryDirectory() as folder:
+        file = Path(folder) / "call.tessel"
+        subprocess.run([PROGRAM, "simulate", "--seconds", "0.2", "--record", file], stdout=subprocess.DEVNULL, check=True)
+        lines = [json.loads(line) for line in file.read_text(encoding="utf-8").splitlines()]
+        check(len(lines) > 100, "next to nothing is recorded")
+        return lines
+
+
 schema = json.loads(SCHEMA.read_text(encoding="utf-8"))
 Draft202012Validator.check_schema(schema)
 validator = Draft202012Validator(schema)
@@ -72,6 +87,9 @@ for line in lines + GOOD:
     for error in validator.iter_errors(line):
         failures.append(f"{line}: {error.message}")
     check(is_readable(line), f"{line}: tessel log does not take it")
+for line in simulated():
+    for error in validator.iter_errors(line):
+        failures.append(f"{line}: {error.message}")
 for line in BAD:
     check(not validator.is_valid(line), f"{line}: the schema takes it")
     check(not is_readable(line), f"{line}: tessel log takes it")

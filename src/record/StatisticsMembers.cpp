@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "StatisticsMembers.h"
+#include "tessel/statistics_members.h"
 
 #include <array>
 #include <charconv>
@@ -10,12 +10,10 @@
 
 #include "tessel/StatisticsBlocks.h"
 
+namespace kalStore {
+
 namespace {
 
-using kalStore::st_KalAudioBlock;
-using kalStore::st_KalUInt64;
-using kalStore::st_KalVideoLayer;
-using kalStore::st_KalVideoTxBlock;
 using Members = std::vector<StatisticsMember>;
 
 template <class T>
@@ -52,16 +50,17 @@ void Add(Members& members, std::string name, const char* unit, std::size_t offse
       Add<Element>(members, name + "[" + std::to_string(i) + "]", unit, offset + i * sizeof(Element));
     }
   } else {
-    members.push_back({std::move(name), unit, offset, isText, &ShownMember<T>::Text});
+    members.push_back({std::move(name), unit, offset, sizeof(T), isText, &ShownMember<T>::Text});
   }
 }
 
 #define MEMBER(member, unit) \
   Add<decltype(std::declval<Block&>().member)>(members, #member, unit, offsetof(Block, member))
 
+// None of these is ever destroyed: a recording that ends with the process still reads them.
 const Members& LayerMembers() {
   using Block = st_KalVideoLayer;
-  static const Members all = [] {
+  static const Members& all = *new Members([] {
     Members members;
     MEMBER(streamWords, "");
     MEMBER(codecCode, "");
@@ -89,13 +88,13 @@ const Members& LayerMembers() {
     MEMBER(stat124, "");
     MEMBER(stat128, "");
     return members;
-  }();
+  }());
   return all;
 }
 
 const Members& VideoCallMembers() {
   using Block = st_KalVideoTxBlock;
-  static const Members all = [] {
+  static const Members& all = *new Members([] {
     Members members;
     MEMBER(activeStreams, "");
     MEMBER(codecCode, "");
@@ -128,13 +127,13 @@ const Members& VideoCallMembers() {
     MEMBER(av1Name1, "");
     MEMBER(av1Name2, "");
     return members;
-  }();
+  }());
   return all;
 }
 
 const Members& SharedAudioMembers() {
   using Block = st_KalAudioBlock;
-  static const Members all = [] {
+  static const Members& all = *new Members([] {
     Members members;
     MEMBER(lbrrFlag, "");
     MEMBER(stat4, "");
@@ -142,13 +141,13 @@ const Members& SharedAudioMembers() {
     MEMBER(codecCode, "");
     MEMBER(stat112, "");
     return members;
-  }();
+  }());
   return all;
 }
 
 const Members& SentAudioMembers() {
   using Block = st_KalAudioBlock;
-  static const Members all = [] {
+  static const Members& all = *new Members([] {
     Members members;
     MEMBER(codecStat0, "");
     MEMBER(encodeDropMs, "ms");
@@ -159,13 +158,13 @@ const Members& SentAudioMembers() {
     MEMBER(codecStat24, "");
     MEMBER(unstableEvents, "");
     return members;
-  }();
+  }());
   return all;
 }
 
 const Members& ReceivedAudioMembers() {
   using Block = st_KalAudioBlock;
-  static const Members all = [] {
+  static const Members& all = *new Members([] {
     Members members;
     MEMBER(jitterBytes.jitter1, "");
     MEMBER(jitterBytes.jitter2, "");
@@ -176,7 +175,7 @@ const Members& ReceivedAudioMembers() {
     MEMBER(jitterStat48, "");
     MEMBER(e2eDelay, "ms");
     return members;
-  }();
+  }());
   return all;
 }
 
@@ -185,7 +184,7 @@ const Members& ReceivedAudioMembers() {
 StatisticsKind VideoKind() {
   StatisticsKind kind{"video", sizeof(st_KalVideoTxBlock), {}};
   kind.sections.push_back({"call", 0, kind.blockSize, false, &VideoCallMembers()});
-  for (std::size_t i = 0; i < kalStore::kVideoLayerCount; ++i) {
+  for (std::size_t i = 0; i < kVideoLayerCount; ++i) {
     const std::size_t offset = offsetof(st_KalVideoTxBlock, layer) + i * sizeof(st_KalVideoLayer);
     kind.sections.push_back(
         {"layer" + std::to_string(i), offset, sizeof(st_KalVideoLayer), true, &LayerMembers()});
@@ -205,6 +204,8 @@ StatisticsKind AudioKind() {
 }  // namespace
 
 std::span<const StatisticsKind> StatisticsKinds() {
-  static const std::array kinds{VideoKind(), AudioKind()};
+  static const std::array<StatisticsKind, 2>& kinds = *new std::array{VideoKind(), AudioKind()};
   return kinds;
 }
+
+}  // namespace kalStore

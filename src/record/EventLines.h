@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "tessel/journal.h"
+#include "tessel/record.h"
+
+namespace kalStore::internal {
+
+/// What a recording calls a kind of statistics objects.
+const char* EntityName(std::int32_t type);
+
+/// Writes events of the journal as lines of a recording.
+class EventLines {
+ public:
+  /// @param startNs  the recording's start, on std::chrono::steady_clock
+  /// @param filter  must outlive this
+  EventLines(std::int64_t startNs, const RecordingFilter& filter) : m_startNs(startNs), m_filter(filter) {}
+
+  /// What the recording shows of a setting; nothing of it when the filter throws.
+  RecordingShows Shows(std::uint32_t callId, KalConfigGroup group, std::string_view name) const;
+
+  /// Appends the line, and before it one of the events that were missed.
+  void Append(std::string& out, const JournalEvent& event);
+  void AppendLost(std::string& out, std::int64_t timeNs, std::uint64_t count) const;
+
+  /// Who did it, a JSON object; "" when nothing is known.
+  std::string Origin(const JournalEvent& event);
+  /// Names code anew from now on: a module may have left, and another one come to its place.
+  void ForgetCode() { m_code.clear(); }
+
+ private:
+  RecordingShows showsOf(const JournalEvent& event) const;
+  const std::string& codeOf(const void* caller);
+
+  const std::int64_t m_startNs;
+  const RecordingFilter& m_filter;
+  std::unordered_map<const void*, std::string> m_code;  // Members of an origin, by the caller.
+};
+
+}  // namespace kalStore::internal

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "record/JournalUse.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include "record/Lock.h"
+#include "tessel/journal.h"
+
+namespace kalStore::internal {
+
+namespace {
+
+// Makes one of counting and switching: the last one does not turn off what the next first one has found on.
+constinit detail::Mutex<std::mutex> g_useMutex;
+constinit std::size_t g_uses TESSEL_LOCKING(guarded_by(g_useMutex)) = 0;
+constinit bool g_isOurs TESSEL_LOCKING(guarded_by(g_useMutex)) = false;
+
+void BeginUse(std::size_t capacity) {
+  const Lock lock(g_useMutex);
+  // Also when there are others: who stopped the journal meanwhile did not mean this one.
+  if (StartJournal(std::clamp<std::size_t>(capacity, 1, kJournalLargestCapacity)) == kResultOk)
+    g_isOurs = true;
+  ++g_uses;
+}
+
+void EndUse() {
+  const Lock lock(g_useMutex);
+  if (--g_uses != 0 || !g_isOurs) return;
+  g_isOurs = false;
+  StopJournal();
+}
+
+}  // namespace
+
+JournalUse::JournalUse(std::size_t capacity) {
+  BeginUse(capacity);
+}
+
+JournalUse::~JournalUse() {
+  EndUse();
+}
+
+}  // namespace kalStore::internal

@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "record/RecordingRun.h"
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstddef>
+#include <cstdio>
+#include <ctime>
+#include <exception>
+#include <system_error>
+#include <utility>
+
+#include "record/LineText.h"
+#include "record/Lock.h"
+#include "tessel/trace.h"
+#include "util/CCmTextFormator.h"
+#include "util/util_trace.h"
+
+namespace kalStore::internal {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr unsigned int kVersion = 1;
+// Between rounds, when little happens: what a crash may cost.
+constexpr auto kMostPause = 100ms;
+constexpr auto kLeastPause = 1ms;
+// A round that somebody waits for waits itself for an event that its writer has not finished, so many times.
+constexpr int kMostWaits = 1000;
+// How much is written at a time at least, where there is more.
+constexpr std::size_t kChunk = std::size_t{64} << 10;
+// Left in a file with a limit, for its last line.
+constexpr std::size_t kEndRoom = 256;
+
+// "2026-11-22T08:42:05.123456Z"
+std::string WallTime() {
+  const auto now = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
+  const std::time_t seconds =
+      std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(now));
+  const auto microseconds = now.time_since_epoch().count() % 1000000;
+  std::tm parts{};
+  ::gmtime_r(&seconds, &parts);
+  char text[64];
+  const std::size_t size = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
+  std::snprintf(text + size, sizeof text - size, ".%06dZ", static_cast<int>(microseconds));
+  return text;
+}
+
+// Threads that are started meanwhile have no signal delivered: the handlers are the engine's, and the one of a file
+// that has reached the process's limit would end it.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
+  }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+
+ private:
+  sigset_t m_before{};
+};
+
+}  // namespace
+
+// The journal comes first, then the number, then the picture: what changes after the picture has that number or a later
+// one. What changes between the two is in both, and following the lines gives the same end.
+RecordingRun::RecordingRun(std::string file, RecordingOptions options)
+    : m_options(std::move(options)),
+      m_wall(WallTime()),
+      m_journal(std::in_place, m_options.journalCapacity),
+      m_next(NextJournalNumber()),
+      m_reader(m_next),
+      m_firstPicture(std::in_place),
+      m_lines(m_startNs, m_options.filter),
+      m_output(std::move(file), m_options.largestFile, m_options.files),
+      m_statisticsDue(m_start + m_options.statisticsInterval) {}
+
+void RecordingRun::Start(const std::shared_ptr<RecordingRun>& run) {
+  const SignalsBlocked blocked;
+  try {
+    run->m_thread = std::thread([run] { run->run(); });
+  } catch (const std::system_error& fault) {
+    run->endBy(fault.what());
+  }
+}
+
+void RecordingRun::End() {
+  {
+    const Lock lock(m_mutex);
+    m_isEnding = true;
+    m_asked.notify_one();
+  }
+  if (isOwnThread()) {
+    m_thread.detach();
+  } else if (m_thread.joinable()) {
+    m_thread.join();
+  }
+}
+
+std::int32_t RecordingRun::Flush() {
+  if (isOwnThread()) return kResultNotFound;
+  Lock lock(m_mutex);
+  const std::uint64_t flush = ++m_flushesAsked;
+  m_asked.notify_one();
+  while (m_flushesDone < flush && !m_isOver) lock.Wait(m_answered);
+  return m_flushesDone < flush ? kResultNotFound : kResultOk;
+}
+
+bool RecordingRun::IsOn() {
+  const Lock lock(m_mutex);
+  return !m_isOver;
+}
+
+void RecordingRun::run() noexcept {
+  m_writer.store(std::this_thread::get_id());
+  ::pthread_setname_np(::pthread_self(), "tessel-record");
+  try {
+    record();
+    endBy(nullptr);
+  } catch (const std::exception& fault) {
+    try {
+      m_pending.clear();
+      writeEnd(fault.what(), sinceStart());
+    } catch (const std::exception&) {
+      // The trace line says it.
+    }
+    endBy(fault.what());
+  }
+}
+
+void RecordingRun::record() {
+  m_output.Open();
+  beginPart(*m_firstPicture);
+  m_firstPicture.reset();
+  for (;;) {
+    const Request request = nextRequest();
+    round(request.isEnd || request.flush != 0);
+    if (request.isEnd) break;
+    answer(request.flush);
+  }
+  if (const std::uint64_t lost = m_reader.Missed(); lost != 0) {
+    m_lines.AppendLost(m_new, sinceStart(), lost);
+    addNew();
+  }
+  writeEnd(nullptr, sinceStart());
+  const Lock lock(m_mutex);
+  m_flushesDone = m_flushesAsked;
+}
+
+RecordingRun::Request RecordingRun::nextRequest() {
+  const Clock::time_point end = Clock::now() + m_pause;
+  Lock lock(m_mutex);
+  while (!m_isEnding && m_flushesAsked == m_flushesDone && lock.WaitUntil(m_asked, end)) {
+  }
+  return {m_flushesAsked == m_flushesDone ? 0 : m_flushesAsked, m_isEnding};
+}
+
+void RecordingRun::answer(std::uint64_t flush) {
+  if (flush == 0) return;
+  const Lock lock(m_mutex);
+  m_flushesDone = flush;
+  m_answered.notify_all();
+}
+
+void RecordingRun::round(bool isAsked) {
+  m_lines.ForgetCode();
+  const bool isJournalOn = IsJournalOn();
+  takeEvents(isAsked);
+  if (m_options.statisticsInterval > 0ms && (isAsked || Clock::now() >= m_statisticsDue)) takeStatistics();
+  write();
+  m_output.CheckIsThere();
+  if (!isJournalOn) throw RecordingFault("the journal was stopped");
+}
+
+// Up to what there is now: writers may be as quick as this thread.
+void RecordingRun::takeEvents(bool isAsked) {
+  const std::uint64_t begin = m_next, end = NextJournalNumber();
+  JournalEvent event;
+  for (int waits = 0;; ++waits) {
+    while (m_next < end && m_reader.Next(event)) take(event);
+    if (m_next + m_reader.Missed() >= end || !isAsked || waits == kMostWaits) break;
+    std::this_thread::sleep_for(kLeastPause);
+  }
+  // The next round comes before more than a quarter of the ring is new, at the rate of this one.
+  const Clock::time_point now = Clock::now();
+  const Clock::duration passed = now - std::exchange(m_roundEnd, now);
+  const double quarter = static_cast<double>(m_options.journalCapacity) / 4;
+  const double events = static_cast<double>(std::max<std::uint64_t>(m_next - begin, 1));
+  const std::chrono::duration<double, Clock::period> pause = passed * (quarter / events);
+  m_pause = pause > kMostPause
+                ? Clock::duration(kMostPause)
+                : std::max<Clock::duration>(std::chrono::duration_cast<Clock::duration>(pause), kLeastPause);
+}
+
+void RecordingRun::take(const JournalEvent& event) {
+  if (event.kind == JournalKind::kStatisticsMade) m_statistics.Forget(event.entityType, event.callId);
+  m_lines.Append(m_new, event);
+  m_next = event.number + 1;
+  addNew();
+  m_lastNs = std::max(m_lastNs, event.timeNs - m_startNs);
+  if (m_pending.size() >= kChunk) write();
+}
+
+void RecordingRun::takeStatistics() {
+  m_statisticsDue = Clock::now() + m_options.statisticsInterval;
+  m_statistics.Append(m_new, sinceStart());
+  addNew();
+}
+
+void RecordingRun::addNew() {
+  if (m_new.empty()) return;
+  if (!m_isPartNew && !m_output.HasRoom(m_pending.size() + m_new.size() + kEndRoom)) beginNextPart();
+  m_pending += m_new;
+  m_new.clear();
+  m_isPartNew = false;
+}
+
+void RecordingRun::write() {
+  m_output.Write(m_pending);
+  m_pending.clear();
+}
+
+void RecordingRun::beginPart(const Picture& picture) {
+  LineText line(m_pending, "recording", m_lastNs);
+  line.Number("version", kVersion).String("wall", m_wall);
+  if (m_output.IsRotated()) line.Number("part", m_output.Part());
+  line.End();
+  picture.Append(m_pending, m_lastNs, m_lines, m_statistics);
+  write();
+  m_isPartNew = true;
+}
+
+void RecordingRun::beginNextPart() {
+  if (!m_output.IsRotated()) {
+    write();
+    throw RecordingFault("it has reached its largest size");
+  }
+  writeEnd("goes on in the next file", m_lastNs);
+  m_output.Rotate();
+  beginPart(Picture());
+}
+
+void RecordingRun::writeEnd(const char* reason, std::int64_t timeNs) {
+  LineText line(m_pending, "recording", timeNs);
+  line.String("event", "ended");
+  if (reason != nullptr) line.String("reason", reason);
+  line.End();
+  write();
+}
+
+void RecordingRun::endBy(const char* reason) noexcept {
+  m_journal.reset();
+  {
+    const Lock lock(m_mutex);
+    m_isOver = true;
+    m_answered.notify_all();
+  }
+  if (reason == nullptr || get_external_trace_mask() < 0) return;
+  char buffer[1024];
+  CCmTextFormator text(buffer, sizeof buffer);
+  text << "kalStore::Recording, ended, file=" << m_output.File() << ", reason=" << reason;
+  util_adapter_trace(0, GetCurrentModuleName(nullptr), text, text.tell());
+}
+
+}  // namespace kalStore::internal

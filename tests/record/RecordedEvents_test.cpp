@@ -1,0 +1,279 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+#include <thread>
+
+#include "RecordingTest.h"
+#include "support/Gate.h"
+#include "tessel/tessel.h"
+
+namespace kalStore {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::MatchesRegex;
+
+constexpr std::uint32_t kCall = 7;
+constexpr KalConfigGroup kVideo = KAL_CONFIG_GROUP_VIDEO;
+
+class RecordedEvents : public RecordingTest {
+ protected:
+  // The lines between the first picture and the end: "type call group/name old new ...", without what differs from run
+  // to run.
+  std::vector<std::string> Events() const {
+    std::vector<std::string> events;
+    for (const RecordedLine& line : Lines()) {
+      if (line.Has("picture") || line.Get("type") == "recording") continue;
+      std::string text = line.Get("type");
+      for (const char* const member :
+           {"event", "entity", "call", "group", "name", "old", "new", "transient", "result", "told", "count",
+            "references", "id", "way", "dropped", "threw", "cut"}) {
+        if (line.Has(member)) text += std::string(" ") + member + "=" + line.Get(member);
+      }
+      events.push_back(text);
+    }
+    return events;
+  }
+};
+
+TEST_F(RecordedEvents, AreWhatTheCallDid) {
+  {
+    const Recording recording(File());
+    IKalConfig* store = nullptr;
+    ASSERT_EQ(CreateKalConfig(kCall, &store), kResultOk);
+    const auto id = store->SubscribeConfig(
+        kVideo, "MaxFps", [](const KalConfigEvent&) { throw std::runtime_error("no camera"); }, nullptr,
+        false);
+    EXPECT_THROW(store->SetKalConfig(kVideo, "MaxFps", 15, false, false), std::runtime_error);
+    store->SetKalConfig(kVideo, "MaxFps", 15, false, false);
+    store->SetKalConfig(kVideo, "Quiet", 1, false, false);
+    EXPECT_THROW(store->SetKalConfig(kVideo, "MaxFps", 30, false, true), std::runtime_error);
+    store->UnsubscribeConfig(id);
+    store->RemoveKalConfig(kVideo, "MaxFps");
+    store->SetKalConfig(kVideo, "MaxWidth", 640, false, false);
+    store->RemoveKalConfig(kVideo, "MaxWidth");
+    store->RemoveKalConfigByGroup(kVideo);
+    store->BindConfig(KAL_CONFIG_GROUP_METRICS, "Load",
+                      [](const KalConfigEvent&) { return ConfigData(0.5); });
+    ConfigData load;
+    store->GetDynamicConfig(KAL_CONFIG_GROUP_METRICS, "Load", load, {});
+    store->ApplyKalConfigs("{\"Audio\":[{\"key\":\"Codec\",\"value\":\"opus\"}]}");
+    store->ApplyKalConfigs("no document");
+    {
+      const StatsRef<VideoStats> statistics(kCall);
+    }
+    ReleaseKalConfig(store);
+    CleanUpKalConfig(kCall);
+  }
+  EXPECT_THAT(
+      Events(),
+      ElementsAre(
+          "call event=made call=7 references=2", "subscribe call=7 group=Video name=MaxFps id=1",
+          "set call=7 group=Video name=MaxFps new=15 result=told told=1",
+          "deliver call=7 group=Video name=MaxFps new=15 id=1 way=direct threw=no camera",
+          "set call=7 group=Video name=MaxFps old=15 new=15 result=unchanged told=0",
+          "set call=7 group=Video name=Quiet new=1 result=nobody told=0",
+          "set call=7 group=Video name=MaxFps old=15 new=30 transient=true result=told told=1",
+          "deliver call=7 group=Video name=MaxFps old=15 new=30 id=1 way=direct threw=no camera",
+          "unsubscribe call=7 group=Video name=MaxFps id=1", "remove call=7 group=Video name=MaxFps count=0",
+          "set call=7 group=Video name=MaxWidth new=640 result=nobody told=0",
+          "remove call=7 group=Video name=MaxWidth old=640 count=1", "remove call=7 group=Video count=1",
+          "bind event=bound call=7 group=Metrics name=Load id=2",
+          "bind event=asked call=7 group=Metrics name=Load new=0.5",
+          "set call=7 group=Audio name=Codec new=opus result=nobody told=0", "apply call=7 count=1",
+          "apply call=7 result=refused count=0", "statistics event=made entity=video call=7 references=1",
+          "statistics event=released entity=video call=7 references=0",
+          "statistics event=ended entity=video call=7 references=0",
+          "call event=cleaned up call=7 references=0", "call event=ended call=7 references=0",
+          "unsubscribe call=7 group=Metrics name=Load id=2"));
+}
+
+TEST_F(RecordedEvents, HaveTheNumbersTimesAndThreadsOfTheJournal) {
+  std::vector<JournalEvent> events;
+  {
+    const Recording recording(File());
+    JournalReader reader;
+    CallStore store(kCall, CallStore::kEndsCall);
+    store->SubscribeConfig(kVideo, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+    std::thread([&] { store->SetKalConfig(kVideo, "MaxFps", 15, false, false); }).join();
+    for (JournalEvent event; reader.Next(event);) events.push_back(event);
+  }
+  ASSERT_EQ(events.size(), 4u);
+  const auto lines = Lines();
+  double last = 0;
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    const RecordedLine& line = lines.at(i + 1);
+    EXPECT_EQ(line.Get("number"), std::to_string(events[i].number));
+    EXPECT_EQ(line.Number("thread"), static_cast<double>(events[i].threadId));
+    if (i > 0) {
+      constexpr double kSecond = 1e9, kError = 1e-6;
+      EXPECT_NEAR(line.Number("t") - lines[1].Number("t"),
+                  static_cast<double>(events[i].timeNs - events[0].timeNs) / kSecond, kError);
+    }
+    EXPECT_GE(line.Number("t"), last);
+    if (line.Get("type") != "deliver") last = line.Number("t");
+  }
+  EXPECT_EQ(lines.at(4).Get("cause"), std::to_string(events[2].number));
+}
+
+TEST_F(RecordedEvents, SayWhoDidThem) {
+  {
+    const Recording recording(File());
+    CallStore store(kCall, CallStore::kEndsCall);
+    const JournalOrigin origin("bandwidth controller");
+    store->SetKalConfig(kVideo, "MaxFps", 15, false, false);
+    const JournalDocument document("lab.json");
+    store->ApplyKalConfigs("{\n \"Video\":[{\"key\":\"MaxFps\",\"value\":\"20\"}]}");
+  }
+  const auto sets = OfType("set");
+  ASSERT_EQ(sets.size(), 2u);
+  EXPECT_EQ(sets[0].Origin("label"), "bandwidth controller");
+  EXPECT_NE(sets[0].Origin("module"), "");
+  EXPECT_EQ(sets[0].Origin("document"), "");
+  EXPECT_EQ(sets[1].Origin("document"), "lab.json");
+  EXPECT_EQ(sets[1].Origin("line"), "2");
+  EXPECT_EQ(sets[1].Origin("column"), "18");
+}
+
+TEST_F(RecordedEvents, SayWhatOfThemIsCut) {
+  const std::string name(kJournalLongestValue + 1, 'n'), value(kJournalLongestValue + 1, 'v');
+  const std::string label(kJournalLongestLabel + 1, 'l');
+  {
+    const Recording recording(File());
+    CallStore store(kCall, CallStore::kEndsCall);
+    const JournalOrigin origin(label.c_str());
+    store->SetKalConfig(kVideo, name.c_str(), ConfigData(value), false, false);
+  }
+  const auto sets = OfType("set");
+  ASSERT_EQ(sets.size(), 1u);
+  EXPECT_EQ(sets[0].Get("cut"), R"(["name","new","label"])");
+  EXPECT_EQ(sets[0].Get("new"), value.substr(1));
+}
+
+TEST_F(RecordedEvents, OfAGroupThatIsNoneHaveNoGroup) {
+  {
+    const Recording recording(File());
+    CallStore store(kCall, CallStore::kEndsCall);
+    store->SetKalConfig(static_cast<KalConfigGroup>(13), "MaxFps", 15, false, false);
+    store->SetKalConfig(kVideo, "", 15, false, false);
+  }
+  EXPECT_THAT(Events(), ElementsAre("call event=made call=7 references=2",
+                                    "set call=7 name=MaxFps new=15 result=refused told=0",
+                                    "set call=7 group=Video name= new=15 result=refused told=0",
+                                    "call event=cleaned up call=7 references=1",
+                                    "call event=ended call=7 references=0"));
+}
+
+TEST_F(RecordedEvents, OfBytesThatAreNoTextReadBackToThem) {
+  const std::string name = "a\"\\\xFF\n\xC3\xA9\x01", value("\0\x80z", 3);
+  {
+    const Recording recording(File());
+    CallStore store(kCall, CallStore::kEndsCall);
+    store->SetKalConfig(kVideo, name.c_str(), ConfigData(value), false, false);
+  }
+  const auto sets = OfType("set");
+  ASSERT_EQ(sets.size(), 1u);
+  EXPECT_EQ(sets[0].Get("name"), name);
+  EXPECT_EQ(sets[0].Get("new"), value);
+}
+
+TEST_F(RecordedEvents, BeginWithTheVersionAndTheTimeOfDayAndEndWithTheEnd) {
+  {
+    const Recording recording(File());
+  }
+  const auto lines = Lines();
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].Get("type"), "recording");
+  EXPECT_EQ(lines[0].Get("t"), "0");
+  EXPECT_EQ(lines[0].Get("version"), "1");
+  EXPECT_THAT(lines[0].Get("wall"),
+              MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6}Z"));
+  EXPECT_FALSE(lines[0].Has("part"));
+  EXPECT_EQ(lines[1].Get("event"), "ended");
+  EXPECT_FALSE(lines[1].Has("reason"));
+}
+
+TEST_F(RecordedEvents, AreInTheFileAfterAFlush) {
+  Recording recording(File());
+  CallStore store(kCall, CallStore::kEndsCall);
+  for (int fps = 1; fps <= 100; ++fps) {
+    store->SetKalConfig(kVideo, "MaxFps", fps, false, false);
+    if (fps % 10 != 0) continue;
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    const auto sets = OfType("set");
+    ASSERT_EQ(sets.size(), static_cast<std::size_t>(fps));
+    EXPECT_EQ(sets.back().Get("new"), std::to_string(fps));
+  }
+}
+
+// The recording is held up while the journal's ring is overwritten.
+TEST_F(RecordedEvents, ThatWereOverwrittenAreCountedAsLost) {
+  Gate asked, goesOn;
+  RecordingOptions options;
+  options.journalCapacity = 16;
+  options.filter = [&](std::uint32_t, KalConfigGroup, std::string_view name) {
+    if (name == "Hold") {
+      asked.Open();
+      goesOn.Wait();
+    }
+    return RecordingShows::kAll;
+  };
+  constexpr int kSets = 500;
+  const std::uint64_t first = NextJournalNumber();
+  std::uint64_t end = 0;
+  {
+    const Recording recording(File(), options);
+    CallStore store(kCall, CallStore::kEndsCall);
+    store->SetKalConfig(kVideo, "Hold", 1, false, false);
+    asked.Wait();
+    for (int i = 1; i <= kSets; ++i) store->SetKalConfig(kVideo, "MaxFps", i, false, false);
+    end = NextJournalNumber();
+    goesOn.Open();
+  }
+  double lost = 0, events = 0;
+  std::uint64_t number = first;
+  for (const RecordedLine& line : Lines()) {
+    if (line.Get("type") == "lost") {
+      lost += line.Number("count");
+      number += static_cast<std::uint64_t>(line.Number("count"));
+    } else if (line.Has("number")) {
+      EXPECT_EQ(line.Get("number"), std::to_string(number++));
+      ++events;
+    }
+  }
+  EXPECT_GE(lost, kSets - 16);
+  EXPECT_GE(lost + events, static_cast<double>(end - first));
+  EXPECT_EQ(OfType("set").back().Get("new"), std::to_string(kSets));
+}
+
+TEST_F(RecordedEvents, OfManyThreadsAreAllThere) {
+  constexpr int kThreads = 4, kSets = 500;
+  {
+    Recording recording(File());
+    CallStore store(kCall, CallStore::kEndsCall);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+      threads.emplace_back([&store, &recording, t] {
+        const std::string name = "Setting" + std::to_string(t);
+        for (int i = 1; i <= kSets; ++i) {
+          store->SetKalConfig(kVideo, name.c_str(), i, false, false);
+          if (i % 100 == 0) {
+            EXPECT_EQ(recording.Flush(), kResultOk);
+          }
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+  }
+  std::map<std::string, int> last;
+  for (const RecordedLine& line : OfType("set")) {
+    EXPECT_EQ(line.Get("new"), std::to_string(++last[line.Get("name")]));
+  }
+  EXPECT_EQ(last.size(), static_cast<std::size_t>(kThreads));
+  for (const auto& [name, count] : last) EXPECT_EQ(count, kSets) << name;
+  EXPECT_TRUE(OfType("lost").empty());
+}
+
+}  // namespace
+}  // namespace kalStore

@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <memory>
+#include <optional>
+#include <thread>
+
+#include "RecordingTest.h"
+#include "support/Gate.h"
+#include "support/TraceLog.h"
+#include "tessel/tessel.h"
+
+namespace kalStore {
+namespace {
+
+constexpr std::uint32_t kEndingCall = 7;
+constexpr KalConfigGroup kEndingGroup = KAL_CONFIG_GROUP_VIDEO;
+
+using RecordingEnd = RecordingTest;
+
+void SetFps(IKalConfig& store, int fps) {
+  store.SetKalConfig(kEndingGroup, "MaxFps", fps, false, false);
+}
+
+TEST_F(RecordingEnd, TurnsTheJournalOffThatItTurnedOn) {
+  {
+    const Recording recording(File());
+    EXPECT_TRUE(IsJournalOn());
+    EXPECT_TRUE(recording.IsOn());
+  }
+  EXPECT_FALSE(IsJournalOn());
+}
+
+TEST_F(RecordingEnd, LeavesAJournalOnThatWasOn) {
+  ASSERT_EQ(StartJournal(1024), kResultOk);
+  {
+    const CallStore before(8, CallStore::kEndsCall);
+    const Recording recording(File());
+    CallStore store(kEndingCall, CallStore::kEndsCall);
+    SetFps(*store, 15);
+  }
+  EXPECT_TRUE(IsJournalOn());
+  EXPECT_EQ(OfType("set").size(), 1u);
+  EXPECT_EQ(OfType("call").size(), OfType("call").size());
+  EXPECT_EQ(StopJournal(), kResultOk);
+}
+
+TEST_F(RecordingEnd, OfOneOfTwoLeavesTheOtherOneOn) {
+  std::optional<Recording> first(std::in_place, File("first"));
+  CallStore store(kEndingCall, CallStore::kEndsCall);
+  SetFps(*store, 1);
+  {
+    const Recording second(File("second"));
+    SetFps(*store, 2);
+    first.reset();
+    EXPECT_TRUE(IsJournalOn());
+    SetFps(*store, 3);
+  }
+  EXPECT_FALSE(IsJournalOn());
+  const auto sets = [](const std::vector<RecordedLine>& lines) {
+    std::string values;
+    for (const RecordedLine& line : OfType(lines, "set")) {
+      if (!line.Has("picture")) values += line.Get("new");
+    }
+    return values;
+  };
+  EXPECT_EQ(sets(Lines(File("first"))), "12");
+  EXPECT_EQ(sets(Lines(File("second"))), "23");
+}
+
+TEST_F(RecordingEnd, ComesWhenSomebodyStopsTheJournal) {
+  const TraceLog trace(0);
+  {
+    Recording recording(File());
+    CallStore store(kEndingCall, CallStore::kEndsCall);
+    SetFps(*store, 15);
+    StopJournal();
+    while (recording.Flush() == kResultOk) {
+    }
+    EXPECT_FALSE(recording.IsOn());
+  }
+  EXPECT_EQ(OfType("set").size(), 1u);
+  EXPECT_EQ(Lines().back().Get("reason"), "the journal was stopped");
+  EXPECT_EQ(trace.Count("kalStore::Recording, ended, file=" + File() + ", reason=the journal was stopped"),
+            1u);
+}
+
+TEST_F(RecordingEnd, ReplacesAnEarlierRecording) {
+  {
+    const Recording recording(File());
+    CallStore store(kEndingCall, CallStore::kEndsCall);
+    for (int i = 0; i < 100; ++i) SetFps(*store, i);
+  }
+  const std::size_t size = Text(File()).size();
+  {
+    const Recording recording(File());
+  }
+  EXPECT_LT(Text(File()).size(), size);
+  EXPECT_EQ(Lines().size(), 2u);
+}
+
+TEST_F(RecordingEnd, MayComeInACallback) {
+  const TraceLog trace(0);
+  auto recording = std::make_unique<Recording>(File());
+  CallStore store(kEndingCall, CallStore::kEndsCall);
+  store->SubscribeConfig(
+      kEndingGroup, "MaxFps", [&](const KalConfigEvent&) { recording.reset(); }, nullptr, false);
+  SetFps(*store, 15);
+  SetFps(*store, 30);
+  EXPECT_EQ(recording, nullptr);
+  EXPECT_EQ(OfType("set").size(), 1u);
+  EXPECT_EQ(Lines().back().Get("event"), "ended");
+  EXPECT_TRUE(trace.Lines().empty());
+}
+
+TEST_F(RecordingEnd, MayComeInItsFilter) {
+  Gate ended;
+  std::unique_ptr<Recording> recording;
+  Gate made;
+  recording = std::make_unique<Recording>(File(), RecordingOptions{.filter = [&](auto, auto, auto) {
+                                            made.Wait();
+                                            EXPECT_EQ(recording->Flush(), kResultNotFound);
+                                            recording.reset();
+                                            ended.Open();
+                                            return RecordingShows::kAll;
+                                          }});
+  CallStore store(kEndingCall, CallStore::kEndsCall);
+  SetFps(*store, 15);
+  made.Open();
+  ended.Wait();
+  // Its thread goes on to the end of the file; the journal is on until then.
+  while (IsJournalOn()) std::this_thread::yield();
+  EXPECT_EQ(OfType("set").size(), 1u);
+  EXPECT_EQ(Lines().back().Get("event"), "ended");
+}
+
+TEST_F(RecordingEnd, MayComeWhileComponentsSet) {
+  CallStore store(kEndingCall, CallStore::kEndsCall);
+  std::atomic<bool> isOver{false};
+  std::vector<std::thread> components;
+  for (int t = 0; t < 3; ++t) {
+    components.emplace_back([&] {
+      for (int i = 0; !isOver; ++i) {
+        SetFps(*store, i);
+        const StatsRef<AudioStats> statistics(kEndingCall);
+        statistics->updateTxBitRate(static_cast<std::uint32_t>(i));
+      }
+    });
+  }
+  for (int i = 0; i < 20; ++i) {
+    Recording recording(File(), {.largestFile = 20000, .files = 3});
+    EXPECT_EQ(recording.Flush(), kResultOk);
+  }
+  isOver = true;
+  for (std::thread& component : components) component.join();
+  EXPECT_EQ(Lines().back().Get("event"), "ended");
+}
+
+// A flush that other threads wait in is answered by the end.
+TEST_F(RecordingEnd, AnswersThoseWhoWaitForAFlush) {
+  Gate asked, goesOn;
+  Recording recording(File(), {.filter = [&](auto, auto, auto) {
+                        asked.Open();
+                        goesOn.Wait();
+                        return RecordingShows::kAll;
+                      }});
+  CallStore store(kEndingCall, CallStore::kEndsCall);
+  SetFps(*store, 15);
+  asked.Wait();
+  std::vector<std::thread> waiting;
+  std::atomic<int> fine{0};
+  for (int t = 0; t < 3; ++t) {
+    waiting.emplace_back([&] { fine += recording.Flush() == kResultOk ? 1 : 0; });
+  }
+  goesOn.Open();
+  for (std::thread& thread : waiting) thread.join();
+  EXPECT_EQ(fine, 3);
+}
+
+TEST_F(RecordingEnd, ByAKillLeavesAFileOfWholeLines) {
+  const ::pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    const Recording recording(File());
+    CallStore store(kEndingCall);
+    for (int i = 1;; ++i) {
+      SetFps(*store, i);
+      if (i % 10 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+  // Nobody flushes: what is there comes by itself.
+  while (Text(File()).find("\"new\":\"100\"") == std::string::npos) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  ASSERT_EQ(::kill(child, SIGKILL), 0);
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status));
+  const auto sets = OfType("set");
+  for (std::size_t i = 0; i < sets.size(); ++i) EXPECT_EQ(sets[i].Get("new"), std::to_string(i + 1));
+  EXPECT_FALSE(Lines().back().Has("event"));
+}
+
+}  // namespace
+}  // namespace kalStore

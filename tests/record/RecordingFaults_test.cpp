@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "RecordingTest.h"
+#include "support/TraceLog.h"
+#include "tessel/tessel.h"
+
+namespace kalStore {
+namespace {
+
+class RecordingFaults : public RecordingTest {
+ protected:
+  // Sets until the recording has ended, and reports whether the store noticed.
+  static void SetUntilItEnds(Recording& recording) {
+    CallStore store(7, CallStore::kEndsCall);
+    for (int i = 0; recording.Flush() == kResultOk; ++i) {
+      EXPECT_EQ(store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", i, false, false), kResultNobody);
+    }
+    EXPECT_FALSE(recording.IsOn());
+    EXPECT_FALSE(IsJournalOn());
+    EXPECT_EQ(store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", -1, false, false), kResultNobody);
+  }
+  // The recording of a file ends so.
+  void ExpectEnd(const std::string& file, const std::string& reason) {
+    const TraceLog trace(2);
+    {
+      Recording recording(file);
+      SetUntilItEnds(recording);
+    }
+    EXPECT_EQ(trace.Matching("kalStore::Recording"),
+              std::vector{"kalStore::Recording, ended, file=" + file + ", reason=" + reason});
+    EXPECT_EQ(trace.CountLevel(0), 1u);
+  }
+};
+
+TEST_F(RecordingFaults, AFullDiskEndsIt) {
+  ExpectEnd("/dev/full", "No space left on device");
+}
+
+TEST_F(RecordingFaults, AFolderThatIsNotThereEndsIt) {
+  ExpectEnd(File("none") + "/call.tessel", "No such file or directory");
+}
+
+TEST_F(RecordingFaults, AFolderInItsPlaceEndsIt) {
+  std::filesystem::create_directory(File());
+  ExpectEnd(File(), "Is a directory");
+}
+
+TEST_F(RecordingFaults, APipeIsRefusedAndNotWaitedFor) {
+  ASSERT_EQ(::mkfifo(File().c_str(), S_IRUSR | S_IWUSR), 0);
+  ExpectEnd(File(), "No such device or address");
+}
+
+TEST_F(RecordingFaults, ARemovedFolderEndsIt) {
+  const std::string folder = File("folder");
+  std::filesystem::create_directory(folder);
+  const TraceLog trace(0);
+  {
+    Recording recording(folder + "/call.tessel");
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    std::filesystem::remove_all(folder);
+    SetUntilItEnds(recording);
+  }
+  EXPECT_EQ(trace.Count("reason=the file was removed"), 1u);
+  EXPECT_EQ(trace.Lines().size(), 1u);
+  EXPECT_FALSE(std::filesystem::exists(folder));
+}
+
+TEST_F(RecordingFaults, ARemovedFolderEndsARotatedSet) {
+  const std::string folder = File("folder");
+  std::filesystem::create_directory(folder);
+  const TraceLog trace(0);
+  {
+    Recording recording(folder + "/call.tessel", {.largestFile = 2000, .files = 3});
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    std::filesystem::remove_all(folder);
+    SetUntilItEnds(recording);
+  }
+  EXPECT_EQ(trace.Lines().size(), 1u);
+}
+
+// The signal that comes with it would end the process.
+TEST_F(RecordingFaults, TheProcessesLimitOfFilesEndsItWithWholeLines) {
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  rlimit small = before;
+  small.rlim_cur = 5000;
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+  {
+    Recording recording(File());
+    SetUntilItEnds(recording);
+  }
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto sets = OfType("set");
+  EXPECT_GT(sets.size(), 10u);
+  EXPECT_LE(Text(File()).size(), 5000u);
+}
+
+TEST_F(RecordingFaults, AFileOfAnotherRecordingIsLeftAlone) {
+  const TraceLog trace(0);
+  Recording first(File());
+  ASSERT_EQ(first.Flush(), kResultOk);
+  {
+    Recording second(File());
+    EXPECT_EQ(second.Flush(), kResultNotFound);
+  }
+  EXPECT_EQ(trace.Count("reason=another recording writes it"), 1u);
+  EXPECT_EQ(first.Flush(), kResultOk);
+  EXPECT_TRUE(IsJournalOn());
+  EXPECT_EQ(Lines().size(), 1u);
+}
+
+TEST_F(RecordingFaults, AreNotTracedWhenNothingIs) {
+  const TraceLog trace(-1);
+  {
+    const Recording recording("/dev/full");
+  }
+  EXPECT_TRUE(trace.Lines().empty());
+}
+
+// What a sink does with a recording on its own thread, and on others.
+struct CallingSink {
+  static void Receive(void* context, int, const char*, const char*, unsigned int) {
+    auto& self = *static_cast<CallingSink*>(context);
+    if (self.isInside.exchange(true)) return;
+    EXPECT_FALSE(self.ended->IsOn());
+    EXPECT_EQ(self.ended->Flush(), kResultNotFound);
+    EXPECT_EQ(self.other->Flush(), kResultOk);
+    const CallStore store(9, CallStore::kEndsCall);
+    store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 1, false, false);
+    self.ended.reset();
+    self.isDone = true;
+  }
+
+  std::unique_ptr<Recording> ended, other;
+  std::atomic<bool> isInside{false}, isDone{false};
+};
+
+TEST_F(RecordingFaults, MayBeTracedToASinkThatCallsIn) {
+  CallingSink sink;
+  sink.other = std::make_unique<Recording>(File());
+  sink.ended = std::make_unique<Recording>(File("removed"));
+  ASSERT_EQ(sink.ended->Flush(), kResultOk);
+  set_util_trace_sink(&CallingSink::Receive, &sink);
+  std::filesystem::remove(File("removed"));
+  while (!sink.isDone) std::this_thread::yield();
+  set_util_trace_sink(nullptr, nullptr);
+  EXPECT_EQ(sink.ended, nullptr);
+  EXPECT_TRUE(IsJournalOn());
+  sink.other.reset();
+  EXPECT_EQ(OfType("set").size(), 1u);
+}
+
+}  // namespace
+}  // namespace kalStore

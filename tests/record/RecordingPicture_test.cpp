@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "RecordingTest.h"
+#include "tessel/tessel.h"
+
+namespace kalStore {
+namespace {
+
+constexpr std::uint32_t kSeen = 7;
+
+class RecordingPicture : public RecordingTest {
+ protected:
+  std::string Picture() const {
+    std::string picture;
+    for (const RecordedLine& line : Lines()) {
+      if (!line.Has("picture")) continue;
+      EXPECT_EQ(line.Get("t"), "0");
+      EXPECT_FALSE(line.Has("event") || line.Has("result") || line.Has("number"));
+      picture += line.Get("type");
+      for (const char* const member :
+           {"call", "references", "group", "name", "new", "id", "cut", "hidden", "entity", "members"}) {
+        if (line.Has(member)) picture += std::string(" ") + member + "=" + line.Get(member);
+      }
+      picture += "\n";
+    }
+    return picture;
+  }
+
+  CallStore m_store{kSeen, CallStore::kEndsCall};
+};
+
+TEST_F(RecordingPicture, HasWhatWasThere) {
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30, false, false);
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_AUDIO, "Codec", "opus", false, false);
+  m_store->SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+  m_store->BindConfig(KAL_CONFIG_GROUP_METRICS, "Load", [](const KalConfigEvent&) { return ConfigData(1); });
+  const CallStore other(8, CallStore::kEndsCall);
+  const StatsRef<AudioStats> statistics(kSeen);
+  statistics->updateRxBitRate(3, 24000);
+  {
+    const Recording recording(File());
+    m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 15, false, false);
+  }
+  EXPECT_EQ(Picture(),
+            "call call=7 references=2\n"
+            "set call=7 group=Audio name=Codec new=opus\n"
+            "set call=7 group=Video name=MaxFps new=30\n"
+            "bind call=7 group=Metrics name=Load id=2\n"
+            "subscribe call=7 group=Video name=MaxFps id=1\n"
+            "call call=8 references=2\n"
+            "statistics call=7 references=1 entity=audio members={\"received3.bitrate\":24000,"
+            "\"sent.noiseLevel[0]\":-100,\"sent.noiseLevel[1]\":-100,\"sent.noiseLevel[2]\":-100,"
+            "\"sent.speechLevel[0]\":-100,\"sent.speechLevel[1]\":-100,\"sent.speechLevel[2]\":-100,"
+            "\"sent.stat112\":20}\n");
+}
+
+TEST_F(RecordingPicture, HasValuesWholeThatTheJournalCuts) {
+  const std::string value(5000, 'v'), name(500, 'n');
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, name.c_str(), ConfigData(value), false, false);
+  {
+    const Recording recording(File());
+  }
+  const auto sets = OfType("set");
+  ASSERT_EQ(sets.size(), 1u);
+  EXPECT_EQ(sets[0].Get("new"), value);
+  EXPECT_EQ(sets[0].Get("name"), name);
+  EXPECT_FALSE(sets[0].Has("cut"));
+}
+
+TEST_F(RecordingPicture, CutsWhatIsTooLongForALine) {
+  const std::string value((std::size_t{2} << 20) + 1, '\x01'), name(std::size_t{1} << 20, '\x02');
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, name.c_str(), ConfigData(value), false, false);
+  std::string accents = "a";
+  while (accents.size() < 200000) accents += "\u00E9";
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "Accents", ConfigData(accents), false, false);
+  {
+    const Recording recording(File());
+  }
+  std::ifstream stream(File());
+  for (std::string line; std::getline(stream, line);) EXPECT_LE(line.size(), std::size_t{1} << 20);
+  const auto sets = OfType("set");
+  ASSERT_EQ(sets.size(), 2u);
+  EXPECT_EQ(sets[0].Get("cut"), R"(["name","new"])");
+  EXPECT_EQ(sets[0].Get("new"), value.substr(0, sets[0].Get("new").size()));
+  EXPECT_EQ(sets[1].Get("cut"), R"(["new"])");
+  EXPECT_EQ(sets[1].Get("new").size() % 2, 1u);  // Before a character.
+}
+
+TEST_F(RecordingPicture, SaysWhoSetAValueLast) {
+  ASSERT_EQ(StartJournal(64), kResultOk);
+  {
+    const JournalOrigin origin("bandwidth controller");
+    m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30, false, false);
+  }
+  {
+    const Recording recording(File());
+  }
+  EXPECT_EQ(OfType("set").front().Origin("label"), "bandwidth controller");
+  StopJournal();
+}
+
+TEST_F(RecordingPicture, IsFiltered) {
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_COMMON, "Password", "secret", false, false);
+  m_store->SubscribeConfig(KAL_CONFIG_GROUP_COMMON, "Token", [](const KalConfigEvent&) {}, nullptr, false);
+  {
+    const Recording recording(File(), {.filter = [](auto, auto, std::string_view name) {
+                                return name == "Token" ? RecordingShows::kNothing : RecordingShows::kName;
+                              }});
+  }
+  EXPECT_EQ(Picture(),
+            "call call=7 references=2\nset call=7 group=Common name=Password hidden=[\"new\"]\n"
+            "subscribe call=7 group=Common id=1 hidden=[\"name\"]\n");
+}
+
+}  // namespace
+}  // namespace kalStore

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <filesystem>
+
+#include "RecordingTest.h"
+#include "support/TraceLog.h"
+#include "tessel/tessel.h"
+
+namespace kalStore {
+namespace {
+
+constexpr std::uint64_t kLargest = 4000;
+
+class RecordingRotation : public RecordingTest {
+ protected:
+  static void SetOften(Recording& recording, int count) {
+    CallStore store(7, CallStore::kEndsCall);
+    for (int i = 1; i <= count; ++i) {
+      store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", i, false, false);
+      if (i % 7 == 0) recording.Flush();
+    }
+  }
+  std::string Part(std::size_t part) const { return File() + "." + std::to_string(part); }
+};
+
+TEST_F(RecordingRotation, EndsARecordingOfOneFile) {
+  const TraceLog trace(0);
+  {
+    Recording recording(File(), {.largestFile = kLargest});
+    SetOften(recording, 200);
+    EXPECT_FALSE(recording.IsOn());
+    EXPECT_FALSE(IsJournalOn());
+  }
+  EXPECT_LE(Text(File()).size(), kLargest);
+  EXPECT_GT(Text(File()).size(), kLargest - 600);
+  EXPECT_EQ(Lines().back().Get("reason"), "it has reached its largest size");
+  EXPECT_EQ(
+      trace.Count("kalStore::Recording, ended, file=" + File() + ", reason=it has reached its largest size"),
+      1u);
+  EXPECT_EQ(trace.Lines().size(), 1u);
+}
+
+TEST_F(RecordingRotation, HasTheLastFilesOfThatSizeWithNothingMissing) {
+  const TraceLog trace(0);
+  constexpr int kSets = 300;
+  {
+    Recording recording(File(), {.largestFile = kLargest, .files = 3});
+    SetOften(recording, kSets);
+    EXPECT_TRUE(recording.IsOn());
+  }
+  EXPECT_TRUE(trace.Lines().empty());
+  const auto last = Lines();
+  const std::string part = last.front().Get("part");
+  const auto number = static_cast<std::size_t>(std::stoul(part));
+  ASSERT_GT(number, 3u);
+  EXPECT_TRUE(std::filesystem::exists(Part(number - 1)));
+  EXPECT_TRUE(std::filesystem::exists(Part(number - 2)));
+  EXPECT_FALSE(std::filesystem::exists(Part(number - 3)));
+  EXPECT_FALSE(std::filesystem::exists(Part(number)));
+
+  std::uint64_t next = 0;
+  double time = 0;
+  std::string value;
+  for (const std::string& file : {Part(number - 2), Part(number - 1), File()}) {
+    EXPECT_LE(Text(file).size(), kLargest);
+    const auto lines = Lines(file);
+    EXPECT_EQ(lines.front().Get("type"), "recording");
+    EXPECT_EQ(lines.front().Get("wall"), last.front().Get("wall"));
+    EXPECT_EQ(lines.back().Get("reason"), file == File() ? "" : "goes on in the next file");
+    for (const RecordedLine& line : lines) {
+      EXPECT_GE(line.Number("t"), time);
+      time = line.Number("t");
+      if (line.Get("type") == "set") value = line.Get("new");
+      if (!line.Has("number")) continue;
+      if (next != 0) {
+        EXPECT_EQ(line.Get("number"), std::to_string(next));
+      }
+      next = std::stoull(line.Get("number")) + 1;
+    }
+  }
+  EXPECT_EQ(value, std::to_string(kSets));
+}
+
+TEST_F(RecordingRotation, BeginsEachFileWithAPicture) {
+  {
+    CallStore store(8, CallStore::kEndsCall);
+    store->SetKalConfig(KAL_CONFIG_GROUP_AUDIO, "Codec", "opus", false, false);
+    const StatsRef<VideoStats> statistics(8);
+    statistics->UpdateVideoCapturedFrameCnt(250);
+    Recording recording(File(), {.largestFile = kLargest, .files = 2});
+    SetOften(recording, 100);
+  }
+  for (const std::string& file : {File(), Part(std::stoul(Lines().front().Get("part")) - 1)}) {
+    std::string picture;
+    for (const RecordedLine& line : Lines(file)) {
+      if (!line.Has("picture")) continue;
+      picture += line.Get("type") + line.Get("call") + line.Get("name") + line.Get("new") +
+                 line.Get("members") + " ";
+    }
+    EXPECT_NE(picture.find("call8 set8Codecopus "), std::string::npos) << picture;
+    EXPECT_NE(picture.find(R"(statistics8{"call.capturedFrames":250,"call.noiseLevel":-1} )"),
+              std::string::npos)
+        << picture;
+  }
+}
+
+TEST_F(RecordingRotation, DoesNotEndInFilesOfAPictureAlone) {
+  CallStore store(8, CallStore::kEndsCall);
+  const std::string large(2 * kLargest, 'x');
+  store->SetKalConfig(KAL_CONFIG_GROUP_AUDIO, "Large", ConfigData(large), false, false);
+  {
+    Recording recording(File(), {.largestFile = kLargest, .files = 100000});
+    SetOften(recording, 5);
+  }
+  EXPECT_GT(std::stoul(Lines().front().Get("part")), 5u);
+  EXPECT_LT(std::stoul(Lines().front().Get("part")), 20u);
+}
+
+}  // namespace
+}  // namespace kalStore

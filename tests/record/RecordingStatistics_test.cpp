@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+#include <thread>
+
+#include "RecordingTest.h"
+#include "tessel/tessel.h"
+
+namespace kalStore {
+namespace {
+
+using std::chrono::hours;
+using std::chrono::milliseconds;
+using ::testing::ElementsAre;
+using ::testing::StartsWith;
+
+class RecordingStatistics : public RecordingTest {
+ protected:
+  // The members of each line, one after the other.
+  std::vector<std::string> Members() const {
+    std::vector<std::string> members;
+    for (const RecordedLine& line : OfType("statistics")) {
+      if (line.Has("members")) members.push_back(line.Get("entity") + " " + line.Get("members"));
+    }
+    return members;
+  }
+};
+
+TEST_F(RecordingStatistics, HasTheMembersThatChanged) {
+  {
+    const StatsRef<VideoStats> video(7);
+    const StatsRef<ContentAudioStats> audio(8);
+    Recording recording(File(), {.statisticsInterval = hours(1)});
+    video->UpdateVideoCapturedFrameCnt(250);
+    EXPECT_EQ(recording.Flush(), kResultOk);
+    video->UpdateVideoCapturedFrameCnt(500);
+    audio->updateTxBitRate(32000);
+    audio->updateRxBitRate(19, 24000);
+    kal::_tagSyncStatistics sync{};
+    sync.value[29] = 5;
+    audio->updateAVSyncStatistics(2, sync);
+    EXPECT_EQ(recording.Flush(), kResultOk);
+    EXPECT_EQ(recording.Flush(), kResultOk);
+    video->UpdateVideoCapturedFrameCnt(0);
+  }
+  EXPECT_THAT(
+      Members(),
+      ElementsAre(R"(video {"call.noiseLevel":-1})", StartsWith("content audio {\"sent.noiseLevel[0]\":-100"),
+                  R"(video {"call.capturedFrames":250})", R"(video {"call.capturedFrames":500})",
+                  R"(content audio {"avSync2.value[29]":5,"received19.bitrate":24000,"sent.bitrate":32000})",
+                  R"(video {"call.capturedFrames":0})"));
+}
+
+// Nobody asks for them: they come by themselves.
+TEST_F(RecordingStatistics, ComeAfterTheirInterval) {
+  const StatsRef<VideoStats> video(7);
+  const Recording recording(File(), {.statisticsInterval = milliseconds(1)});
+  for (unsigned int frames = 1; Members().size() < 4; ++frames) {
+    video->UpdateVideoCapturedFrameCnt(frames);
+    std::this_thread::sleep_for(milliseconds(1));
+  }
+}
+
+TEST_F(RecordingStatistics, LeavesAReportersIntervalAlone) {
+  Recording recording(File(), {.statisticsInterval = hours(1)});
+  const StatsRef<VideoStats> video(7);
+  const StatsRef<AudioStats> audio(7);
+  video->UpdateNoiseLevel(3);
+  audio->updateSpeechLevel(-30, -35, -28);
+  recording.Flush();
+  recording.Flush();
+  st_KalVideoTxBlock videoBlock{};
+  video->GetTxMediaInfo(&videoBlock, true);
+  EXPECT_EQ(videoBlock.noiseLevel, 3);
+  st_KalAudioBlock audioBlock{};
+  audio->GetTxMediaInfo(&audioBlock, true);
+  EXPECT_EQ(audioBlock.speechLevel[2], -28);
+}
+
+TEST_F(RecordingStatistics, TakesNoReferenceAndWritesNoEvent) {
+  {
+    Recording recording(File(), {.statisticsInterval = milliseconds(1)});
+    {
+      const StatsRef<VideoStats> video(7);
+      video->UpdateVideoCapturedFrameCnt(250);
+      recording.Flush();
+      recording.Flush();
+    }
+    EXPECT_FALSE(kalTesselInstant.isTesselEntityExisted(KAL_TESSEL_VIDEO, 7));
+  }
+  std::string events;
+  for (const RecordedLine& line : OfType("statistics"))
+    events += line.Get("event") + line.Get("references") + " ";
+  EXPECT_EQ(events, "made1  released0 ended0 ");
+}
+
+TEST_F(RecordingStatistics, BeginsAnewWithAnObjectThatIsMadeAnew) {
+  {
+    Recording recording(File(), {.statisticsInterval = hours(1)});
+    for (int i = 0; i < 2; ++i) {
+      const StatsRef<VideoStats> video(7);
+      video->UpdateVideoCapturedFrameCnt(250);
+      recording.Flush();
+    }
+  }
+  ASSERT_EQ(Members().size(), 2u);
+  EXPECT_EQ(Members()[0], Members()[1]);
+}
+
+TEST_F(RecordingStatistics, WritesWhatIsNoNumberInJsonAsAString) {
+  {
+    const StatsRef<AudioStats> audio(7);
+    const Recording recording(File(), {.statisticsInterval = hours(1)});
+    audio->updateAECLevel(std::numeric_limits<float>::infinity(), std::nanf(""), -2.5F);
+  }
+  EXPECT_EQ(Members().back(),
+            R"(audio {"sent.aecLevel[0]":"inf","sent.aecLevel[1]":"nan","sent.aecLevel[2]":-2.500000})");
+}
+
+TEST_F(RecordingStatistics, LooksAtNothingWithoutAnInterval) {
+  const StatsRef<VideoStats> video(7);
+  {
+    Recording recording(File(), {.statisticsInterval = milliseconds(0)});
+    video->UpdateVideoCapturedFrameCnt(250);
+    recording.Flush();
+  }
+  for (const RecordedLine& line : OfType("statistics")) EXPECT_TRUE(line.Has("picture"));
+}
+
+}  // namespace
+}  // namespace kalStore

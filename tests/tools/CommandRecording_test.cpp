@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Program.h"
+#include "recording/RecordedSettings.h"
+#include "tessel/CallStore.h"
+#include "tessel/record.h"
+#include "tessel/tessel.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+const std::string kLab = R"({"Video":[{"key":"MaxFps","value":"15"},{"key":"Codec","value":"AV1"}]})";
+
+std::size_t CountOf(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+}  // namespace
+
+TEST(CommandRecording, OfApplyHasWhatItDid) {
+  Program program;
+  program.File("lab.json", kLab);
+  const Finished run = program.Run(
+      {"apply", "lab.json", "--set", "Video/MaxFps=7", "--quiet", "--dump", "all", "--record", "a.tessel"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  const std::string log = program.Run({"log", "a.tessel", "--type", "set"}).out;
+  EXPECT_THAT(log, HasSubstr("Video/Codec: \"AV1\", nobody notified; by lab.json:1:"));
+  EXPECT_THAT(log, HasSubstr("Video/MaxFps: \"15\" -> \"7\", nobody notified; by \"--set\""));
+  // Its store ends with the command; before that, it is what the command shows.
+  const std::string last = program.Run({"log", "a.tessel", "--type", "set", "--json"}).out;
+  const std::size_t at = last.rfind("\"t\":") + 4;
+  const std::string time = last.substr(at, last.find(',', at) - at);
+  EXPECT_EQ(program.Run({"dump", "a.tessel", "--at", time}).out, run.out);
+}
+
+TEST(CommandRecording, OfSimulateHasAllDeliveries) {
+  Program program;
+  program.File("lab.json", kLab);
+  const Finished run = program.Run({"simulate", "--seconds", "0.3", "--components", "3", "--settings",
+                                    "lab.json", "--json", "--record", "a.tessel"});
+  EXPECT_EQ(run.status, 0);
+  const Finished log = program.Run({"log", "a.tessel"});
+  EXPECT_EQ(log.status, 0);
+  EXPECT_EQ(log.err, "");
+  EXPECT_EQ(CountOf(log.out, "  lost  "), 0u);
+  const std::string deliveries = std::to_string(CountOf(log.out, "  deliver  "));
+  EXPECT_THAT(run.out, HasSubstr("\"deliveries\":{\"expected\":" + deliveries + ",\"lost\":0,"));
+  EXPECT_NE(log.out.find("; by \"bandwidth controller\", tessel"), std::string::npos);
+  EXPECT_NE(log.out.find("; by lab.json:1:"), std::string::npos);
+}
+
+TEST(CommandRecording, NeedsAFileOfItsOwn) {
+  Program program;
+  program.File("lab.json", kLab);
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      {{"apply", "lab.json", "--record", "-"}, "tessel: --record -: a recording needs a file of its own\n"},
+      {{"apply", "lab.json", "--record", "./lab.json"},
+       "tessel: --record \"./lab.json\": is a document that is read\n"},
+      {{"simulate", "--settings", "lab.json", "--record", "lab.json"},
+       "tessel: --record \"lab.json\": is a document that is read\n"},
+      {{"simulate", "--record", "missing/a.tessel"},
+       "missing/a.tessel: cannot be written: No such file or directory\n"},
+  };
+  for (const auto& [arguments, message] : rows) {
+    const Finished run = program.Run(arguments);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, message);
+    EXPECT_EQ(run.out, "");
+  }
+  EXPECT_EQ(program.Contents("lab.json"), kLab);
+}
+
+TEST(CommandRecording, ThatIsNotWholeIsReportedAndTheCommandGoesOn) {
+  Program program;
+  program.File("lab.json", kLab);
+  const Finished run =
+      program.Run({"apply", "lab.json", "--quiet", "--dump", "Video", "--record", "/dev/full"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.err,
+              HasSubstr("kalStore::Recording, ended, file=/dev/full, reason=No space left on device"));
+  EXPECT_THAT(run.out, HasSubstr("AV1"));
+}
+
+// Whatever is set and removed, before and after the recording began: its settings at the end are the store's.
+TEST(CommandRecording, GivesTheSettingsThatTheStoreHad) {
+  using namespace kalStore;
+  std::string name = (std::filesystem::temp_directory_path() / "recording-XXXXXX").string();
+  const std::string folder = ::mkdtemp(name.data()), file = folder + "/a.tessel";
+  for (unsigned int seed = 1; seed <= 20; ++seed) {
+    std::mt19937 random(seed);
+    const auto choose = [&](unsigned int count) { return random() % count; };
+    CallStore store(7, CallStore::kEndsCall);
+    const auto change = [&] {
+      const auto group = static_cast<KalConfigGroup>(choose(3));
+      const std::string key = "Key" + std::to_string(choose(4));
+      switch (choose(10)) {
+        case 0:
+          return store->RemoveKalConfigByGroup(group);
+        case 1:
+        case 2:
+          return store->RemoveKalConfig(group, key.c_str());
+        case 3:
+          return store->SetKalConfig(group, key.c_str(), 1, false, true);
+        case 4:
+          return store->ApplyKalConfigs(
+              (R"({"Common":[{"key":")" + key + R"(","value":"\u00ff\n"}]})").c_str());
+        default:
+          return store->SetKalConfig(group, key.c_str(), static_cast<int>(choose(3)), choose(2) == 0, false);
+      }
+    };
+    for (int i = 0; i < 20; ++i) change();
+    std::string document;
+    {
+      kalStore::Recording recording(file, {.largestFile = 3000, .files = 2});
+      for (int i = 0; i < 100; ++i) change();
+      ASSERT_EQ(recording.Flush(), kResultOk);
+      document = store->DumpKalConfigs(kAllConfigGroups);
+    }
+    const SettingsAtMoment settings = ReadSettingsAt({file, std::nullopt}, 7);
+    EXPECT_EQ(settings.document, document) << "seed " << seed;
+    EXPECT_EQ(settings.exitStatus, 0);
+  }
+  std::filesystem::remove_all(folder);
+}
