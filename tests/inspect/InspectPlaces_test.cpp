@@ -93,8 +93,10 @@ TEST_F(InspectPlaces, WorksInATraceSinkAlsoWhereARegistryIsLocked) {
 
 TEST_F(InspectPlaces, WorksWhileCapturesEndWithTheStore) {
   struct LooksAtItsEnd {
-    std::size_t& found;
+    explicit LooksAtItsEnd(std::size_t& count) : found(count) {}
     ~LooksAtItsEnd() { found = LookAtAll(); }
+
+    std::size_t& found;
   };
   std::size_t found = 0;
   {

@@ -43,11 +43,13 @@ void RunBeside(Look look, Step step) {
 
 // Notes on which thread it ends.
 struct EndNotesItsThread {
-  std::atomic<int>& elsewhere;
-  const std::thread::id home = std::this_thread::get_id();
+  explicit EndNotesItsThread(std::atomic<int>& counter) : elsewhere(counter) {}
   ~EndNotesItsThread() {
     if (std::this_thread::get_id() != home) elsewhere.fetch_add(1);
   }
+
+  std::atomic<int>& elsewhere;
+  const std::thread::id home = std::this_thread::get_id();
 };
 
 TEST(InspectThreads, EachGroupIsCopiedAtOneMoment) {
