@@ -85,7 +85,7 @@ bool IsSet(JournalKind kind) {
   return kind == JournalKind::kSet || kind == JournalKind::kTransientSet;
 }
 
-bool IsOfStatistics(JournalKind kind) {
+bool IsAboutAnEntity(JournalKind kind) {
   return kind >= JournalKind::kStatisticsMade;
 }
 
@@ -218,7 +218,7 @@ void EventLines::Append(std::string& out, const JournalEvent& event) {
   line.Number("number", event.number);
   if (event.cause != 0) line.Number("cause", event.cause);
   line.Number("call", event.callId);
-  if (IsOfStatistics(event.kind)) line.String("entity", EntityName(event.entityType));
+  if (IsAboutAnEntity(event.kind)) line.String("entity", EntityName(event.entityType));
   if (const char* const what = EventOf(event.kind)) line.String("event", what);
   SettingText(line, event, shows).Write();
   if (event.kind == JournalKind::kTransientSet) line.True("transient");

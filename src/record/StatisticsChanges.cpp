@@ -75,7 +75,7 @@ Places AudioPlaces() {
   return places;
 }
 
-bool IsVideo(KalTesselEntityType type) {
+bool HoldsVideo(KalTesselEntityType type) {
   return type == KAL_TESSEL_VIDEO || type == KAL_TESSEL_CONTENT_VIDEO;
 }
 
@@ -83,7 +83,7 @@ bool IsVideo(KalTesselEntityType type) {
 const Places& PlacesOf(KalTesselEntityType type) {
   static const Places& video = *new Places(VideoPlaces());
   static const Places& audio = *new Places(AudioPlaces());
-  return IsVideo(type) ? video : audio;
+  return HoldsVideo(type) ? video : audio;
 }
 
 // "" when the object has ended.
@@ -92,8 +92,8 @@ std::string BytesOf(const InspectedStatistics& object) {
     if (inspect(object.type, object.callId, blocks) != kResultOk) return std::string();
     return std::string(reinterpret_cast<const char*>(&blocks), sizeof blocks);
   };
-  return IsVideo(object.type) ? copy(st_KalVideoTxBlock{}, &InspectVideo)
-                              : copy(InspectedAudio{}, &InspectAudio);
+  return HoldsVideo(object.type) ? copy(st_KalVideoTxBlock{}, &InspectVideo)
+                                 : copy(InspectedAudio{}, &InspectAudio);
 }
 
 // A number that JSON does not have is a string.
