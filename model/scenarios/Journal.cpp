@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "journal/ClockAnchor.h"
 #include "journal/JournalClock.h"
 #include "journal/JournalRing.h"
 #include "scenarios/Registry.h"
@@ -12,6 +13,7 @@
 
 using namespace kalStore;
 using internal::JournalRing;
+using internal::TimeAt;
 using model::Check;
 
 namespace {
@@ -133,4 +135,22 @@ MODEL_SCENARIO(JournalClockIsRenewedBesideAReader) {
   std::thread other(check);
   check();
   other.join();
+}
+
+// A reader has the time of the old anchor or that of the new one; what is made of both is another.
+MODEL_SCENARIO(ClockAnchorIsReadBesideARenewal) {
+  constexpr std::int64_t kStretchNs = 20'000'000;
+  constexpr std::int64_t kLateNs = 10'000;  // The rate changes a little.
+  constexpr std::uint64_t kTicks = 3 * kStretchNs;
+  internal::ClockAnchor anchor;
+  internal::ClockRate rate;
+  rate.Renew(anchor, {kStretchNs, kStretchNs});
+  rate.Renew(anchor, {2 * kStretchNs, 2 * kStretchNs});
+  const auto before = TimeAt(anchor, kTicks);
+  std::thread writer([&] { rate.Renew(anchor, {kTicks, 3 * kStretchNs + kLateNs}); });
+  const auto time = TimeAt(anchor, kTicks);
+  writer.join();
+  const auto after = TimeAt(anchor, kTicks);
+  Check(before && after && *before != *after, "both anchors have a time");
+  Check(!time || time == before || time == after, "the time of one anchor");
 }
