@@ -88,7 +88,10 @@ class TESSEL_API KalConfig : public IKalConfig {
                           ConfigValue&& newValue, KalConfigGroup group, bool bForceNotify);
   std::int32_t invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
                            ConfigValue&& defaultValue, KalConfigGroup group);
-  // The same with events in the journal. `set` has what SetKalConfig() knows.
+  // The same with events in the journal, and a set. `set` has what SetKalConfig() knows.
+  [[gnu::visibility("hidden")]] std::int32_t setInJournal(const void* caller, KalConfigGroup group,
+                                                          const char* name, ConfigData&& value,
+                                                          bool bForceNotify, bool bTransient);
   [[gnu::visibility("hidden")]] std::int32_t fireInJournal(ObserverMgr& observers,
                                                            internal::JournalEntry& set, const char* name,
                                                            ConfigValue&& oldValue, ConfigValue&& newValue,

@@ -86,8 +86,9 @@ class JournalRing {
  private:
   static constexpr std::uint64_t kWhole = 1;  // The lowest bit of a state; the number is above it.
 
-  // Of which a short record changes the first two cache lines. No place shares a line with another, nor a pair
-  // of lines, which processors fetch at once. Debuggers read places in cores: m_places has m_mask + 1 of them.
+  // Of which a short record changes the first two cache lines. No place shares a line with another, nor a
+  // pair of lines, which processors fetch at once. Debuggers read places in cores: m_places has m_mask + 1 of
+  // them.
   struct alignas(128) Place {
     std::atomic<std::uint64_t> state{kWhole};  // Of number 0, which is none.
     PlaceWords words{};

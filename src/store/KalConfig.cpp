@@ -22,6 +22,41 @@ LiveRegistrations* Followers(const std::atomic<LiveRegistrations*>& live) {
   return live.load(std::memory_order_acquire);
 }
 
+// Stores the value, or takes the stored one away for a transient one, and returns the one before. Part of its
+// two callers, so that the set without the journal pays for no further call. `last` is the last step under
+// the lock: nothing fails after it.
+template <class Values, class Last>
+[[gnu::always_inline]] inline ConfigData Exchange(Values& map, const std::atomic<LiveRegistrations*>& live,
+                                                  KalConfigGroup group, const char* name,
+                                                  const ConfigData& value, bool bTransient, Last last) {
+  ConfigData previous;
+  typename Values::Locked values(map);
+  const std::string_view key(name);
+  const auto position = values->lower_bound(key);
+  const bool isPresent = position != values->end() && position->first == key;
+  if (bTransient) {
+    if (isPresent) {
+      previous = std::move(position->second);
+      values->erase(position);
+    }
+  } else if (isPresent) {
+    previous = std::move(position->second);
+    try {
+      position->second = value;
+    } catch (...) {
+      position->second = std::move(previous);
+      throw;
+    }
+  } else {
+    values->emplace_hint(position, name, value);
+  }
+  if (LiveRegistrations* const followers = Followers(live)) [[unlikely]] {
+    followers->Write(group, name, bTransient ? nullptr : &value);
+  }
+  last();
+  return previous;
+}
+
 // The event of a set whose outcome is still open.
 JournalEntry EntryOfSet(const void* caller, std::uint32_t callId, KalConfigGroup group, const char* name,
                         bool bTransient) {
@@ -67,42 +102,21 @@ std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, Con
     return kResultBadArgument;
   }
 
-  ConfigData previous;
-  std::uint64_t number = 0;  // Of the event; 0: the journal is off.
-  {
-    ConfigMap::Locked values(configsOf(group));
-    const std::string_view key(name);
-    const auto position = values->lower_bound(key);
-    const bool isPresent = position != values->end() && position->first == key;
-    if (bTransient) {
-      if (isPresent) {
-        previous = std::move(position->second);
-        values->erase(position);
-      }
-    } else if (isPresent) {
-      previous = std::move(position->second);
-      try {
-        position->second = value;
-      } catch (...) {
-        position->second = std::move(previous);
-        throw;
-      }
-    } else {
-      values->emplace_hint(position, name, value);
-    }
-    if (LiveRegistrations* const live = Followers(m_live)) [[unlikely]] {
-      live->Write(group, name, bTransient ? nullptr : &value);
-    }
-    // The last step under the lock, since nothing fails from here on until there is an entry.
-    if (JournalIsOn()) [[unlikely]]
-      number = DrawJournalNumber();
-  }
-  if (number != 0) [[unlikely]] {
-    JournalEntry set = EntryOfSet(caller, m_callId, group, name, bTransient);
-    set.number = number;
-    return fireInJournal(observersOf(group), set, name, std::move(previous), std::move(value), bForceNotify);
-  }
+  if (JournalIsOn()) [[unlikely]]
+    return setInJournal(caller, group, name, std::move(value), bForceNotify, bTransient);
+  ConfigData previous = Exchange(configsOf(group), m_live, group, name, value, bTransient, [] {});
   return fireEvents(observersOf(group), name, std::move(previous), std::move(value), group, bForceNotify);
+}
+
+[[gnu::noinline]] std::int32_t KalConfig::setInJournal(const void* caller, KalConfigGroup group,
+                                                       const char* name, ConfigData&& value,
+                                                       bool bForceNotify, bool bTransient) {
+  std::uint64_t number = 0;
+  ConfigData previous = Exchange(configsOf(group), m_live, group, name, value, bTransient,
+                                 [&] { number = DrawJournalNumber(); });
+  JournalEntry set = EntryOfSet(caller, m_callId, group, name, bTransient);
+  set.number = number;
+  return fireInJournal(observersOf(group), set, name, std::move(previous), std::move(value), bForceNotify);
 }
 
 std::int32_t KalConfig::GetKalConfig(KalConfigGroup group, const char* name, ConfigData& value) {
