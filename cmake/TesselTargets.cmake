@@ -62,6 +62,11 @@ function(tessel_configure_library target)
   # All symbols are bound at load: a call needs no stub that could bind it later. Within a source file the compiler
   # may inline what is exported, too.
   target_compile_options(${target} PRIVATE -fno-plt -fno-semantic-interposition)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Distributions build with -O2, which inlines less and takes a fifth more instructions; with this, as -O3 does.
+    target_compile_options(${target} PRIVATE -fipa-cp-clone --param=early-inlining-insns=14
+      --param=inline-min-speedup=15 --param=max-inline-insns-auto=30 --param=max-inline-insns-single=200)
+  endif()
 endfunction()
 
 # A shipped library NAME, made of the object library NAME_objects, which has the sources. Tests of private parts link
