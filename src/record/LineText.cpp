@@ -86,36 +86,36 @@ void AppendJsonString(std::string& out, std::string_view text) {
   out += '"';
 }
 
-LineText::LineText(std::string& out, const char* type, std::int64_t timeNs) : m_out(out) {
+LineText::LineText(std::string& out, std::string_view type, std::int64_t timeNs) : m_out(out) {
   m_out += "{\"type\":\"";
   m_out += type;
   m_out += "\",\"t\":";
   AppendDecimal(m_out, timeNs, 9);
 }
 
-LineText& LineText::Number(const char* member, std::uint64_t number) {
+LineText& LineText::Number(std::string_view member, std::uint64_t number) {
   name(member);
   AppendNumber(m_out, number);
   return *this;
 }
 
-LineText& LineText::String(const char* member, std::string_view text) {
+LineText& LineText::String(std::string_view member, std::string_view text) {
   name(member);
   AppendJsonString(m_out, text);
   return *this;
 }
 
-LineText& LineText::Microseconds(const char* member, std::int64_t ns) {
+LineText& LineText::Microseconds(std::string_view member, std::int64_t ns) {
   name(member);
   AppendDecimal(m_out, ns, 3);
   return *this;
 }
 
-LineText& LineText::True(const char* member) {
+LineText& LineText::True(std::string_view member) {
   return Raw(member, "true");
 }
 
-LineText& LineText::Strings(const char* member, std::span<const char* const> texts) {
+LineText& LineText::Strings(std::string_view member, std::span<const char* const> texts) {
   name(member);
   const char* separator = "[";
   for (const char* const text : texts) {
@@ -127,7 +127,7 @@ LineText& LineText::Strings(const char* member, std::span<const char* const> tex
   return *this;
 }
 
-LineText& LineText::Raw(const char* member, std::string_view json) {
+LineText& LineText::Raw(std::string_view member, std::string_view json) {
   name(member);
   m_out += json;
   return *this;
@@ -137,7 +137,7 @@ void LineText::End() {
   m_out += "}\n";
 }
 
-void LineText::name(const char* member) {
+void LineText::name(std::string_view member) {
   m_out += ",\"";
   m_out += member;
   m_out += "\":";

@@ -18,22 +18,22 @@ void AppendJsonString(std::string& out, std::string_view text);
 class LineText {
  public:
   /// @param timeNs  from the recording's start; a time before is its start
-  LineText(std::string& out, const char* type, std::int64_t timeNs);
+  LineText(std::string& out, std::string_view type, std::int64_t timeNs);
   LineText(const LineText&) = delete;
   LineText& operator=(const LineText&) = delete;
 
-  LineText& Number(const char* name, std::uint64_t number);
-  LineText& String(const char* name, std::string_view text);
-  LineText& Microseconds(const char* name, std::int64_t ns);
-  LineText& True(const char* name);
-  LineText& Strings(const char* name, std::span<const char* const> texts);
+  LineText& Number(std::string_view name, std::uint64_t number);
+  LineText& String(std::string_view name, std::string_view text);
+  LineText& Microseconds(std::string_view name, std::int64_t ns);
+  LineText& True(std::string_view name);
+  LineText& Strings(std::string_view name, std::span<const char* const> texts);
   /// A JSON value.
-  LineText& Raw(const char* name, std::string_view json);
+  LineText& Raw(std::string_view name, std::string_view json);
   /// Nothing is added after this.
   void End();
 
  private:
-  void name(const char* name);
+  void name(std::string_view name);
 
   std::string& m_out;
 };

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -28,6 +29,8 @@ constexpr unsigned int kVersion = 1;
 // Between rounds, when little happens: what a crash may cost.
 constexpr auto kMostPause = 100ms;
 constexpr auto kLeastPause = 1ms;
+// A time that the clock can have.
+constexpr auto kLongestInterval = std::chrono::hours(24 * 365);
 // A round that somebody waits for waits itself for an event that its writer has not finished, so many times.
 constexpr int kMostWaits = 1000;
 // How much is written at a time at least, where there is more.
@@ -47,6 +50,13 @@ std::string WallTime() {
   const std::size_t size = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
   std::snprintf(text + size, sizeof text - size, ".%06dZ", static_cast<int>(microseconds));
   return text;
+}
+
+// The process may change its folder, before the file is opened or when the next one takes its place.
+std::string AbsolutePath(std::string file) {
+  std::error_code fault;
+  const std::filesystem::path path = std::filesystem::absolute(file, fault);
+  return fault ? file : path.string();
 }
 
 // Threads that are started meanwhile have no signal delivered: the handlers are the engine's, and the one of a file
@@ -78,8 +88,10 @@ RecordingRun::RecordingRun(std::string file, RecordingOptions options)
       m_reader(m_next),
       m_firstPicture(std::in_place),
       m_lines(m_startNs, m_options.filter),
-      m_output(std::move(file), m_options.largestFile, m_options.files),
-      m_statisticsDue(m_start + m_options.statisticsInterval) {}
+      m_output(AbsolutePath(std::move(file)), m_options.largestFile, m_options.files),
+      m_statisticsInterval(
+          std::min<std::chrono::milliseconds>(m_options.statisticsInterval, kLongestInterval)),
+      m_statisticsDue(m_start + m_statisticsInterval) {}
 
 void RecordingRun::Start(const std::shared_ptr<RecordingRun>& run) {
   const SignalsBlocked blocked;
@@ -172,7 +184,7 @@ void RecordingRun::round(bool isAsked) {
   m_lines.ForgetCode();
   const bool isJournalOn = IsJournalOn();
   takeEvents(isAsked);
-  if (m_options.statisticsInterval > 0ms && (isAsked || Clock::now() >= m_statisticsDue)) takeStatistics();
+  if (m_statisticsInterval > 0ms && (isAsked || Clock::now() >= m_statisticsDue)) takeStatistics();
   write();
   m_output.CheckIsThere();
   if (!isJournalOn) throw RecordingFault("the journal was stopped");
@@ -208,7 +220,7 @@ void RecordingRun::take(const JournalEvent& event) {
 }
 
 void RecordingRun::takeStatistics() {
-  m_statisticsDue = Clock::now() + m_options.statisticsInterval;
+  m_statisticsDue = Clock::now() + m_statisticsInterval;
   m_statistics.Append(m_new, sinceStart());
   addNew();
 }

@@ -90,6 +90,7 @@ class RecordingRun {
   bool m_isPartNew = true;    // Whether the file has its picture alone.
   Clock::duration m_pause{};  // Until the next round that nobody asks for.
   Clock::time_point m_roundEnd = m_start;
+  const std::chrono::milliseconds m_statisticsInterval;
   Clock::time_point m_statisticsDue;
 
   // The handle's alone.

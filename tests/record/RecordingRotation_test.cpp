@@ -103,6 +103,18 @@ TEST_F(RecordingRotation, BeginsEachFileWithAPicture) {
   }
 }
 
+TEST_F(RecordingRotation, GoesOnInItsFolderWhenTheProcessLeavesIt) {
+  const std::filesystem::path folder = std::filesystem::current_path();
+  std::filesystem::current_path(std::filesystem::path(File()).parent_path());
+  {
+    Recording recording("call.tessel", {.largestFile = kLargest, .files = 2});
+    std::filesystem::current_path(folder);
+    SetOften(recording, 100);
+    EXPECT_TRUE(recording.IsOn());
+  }
+  EXPECT_TRUE(std::filesystem::exists(Part(std::stoul(Lines().front().Get("part")) - 1)));
+}
+
 TEST_F(RecordingRotation, DoesNotEndInFilesOfAPictureAlone) {
   CallStore store(8, CallStore::kEndsCall);
   const std::string large(2 * kLargest, 'x');

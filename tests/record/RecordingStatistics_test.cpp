@@ -119,6 +119,16 @@ TEST_F(RecordingStatistics, WritesWhatIsNoNumberInJsonAsAString) {
             R"(audio {"sent.aecLevel[0]":"inf","sent.aecLevel[1]":"nan","sent.aecLevel[2]":-2.500000})");
 }
 
+TEST_F(RecordingStatistics, MayNeverComeByThemselves) {
+  const StatsRef<VideoStats> video(7);
+  {
+    Recording recording(File(), {.statisticsInterval = milliseconds::max()});
+    EXPECT_EQ(recording.Flush(), kResultOk);
+    video->UpdateVideoCapturedFrameCnt(250);
+  }
+  EXPECT_EQ(Members().back(), R"(video {"call.capturedFrames":250})");
+}
+
 TEST_F(RecordingStatistics, LooksAtNothingWithoutAnInterval) {
   const StatsRef<VideoStats> video(7);
   {
