@@ -1,3 +1,4 @@
+#include <thread>
 // SPDX-License-Identifier: Apache-2.0
 #include "StoreFixture.h"
 
