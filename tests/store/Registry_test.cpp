@@ -1,6 +1,7 @@
-#include <thread>
 // SPDX-License-Identifier: Apache-2.0
 #include "tessel/KalConfigRegistry.h"
+
+#include <thread>
 
 #include "StoreFixture.h"
 

@@ -1,5 +1,6 @@
-#include <thread>
 // SPDX-License-Identifier: Apache-2.0
+#include <thread>
+
 #include "StoreFixture.h"
 
 namespace kalStore {
