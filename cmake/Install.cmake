@@ -81,7 +81,8 @@ list(JOIN tessel_pc_private " " tessel_pc_private)
 configure_file(cmake/tessel.pc.in ${PROJECT_BINARY_DIR}/tessel.pc.configured @ONLY)
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/tessel.pc INPUT ${PROJECT_BINARY_DIR}/tessel.pc.configured)
 configure_file(cmake/tessel-record.pc.in ${PROJECT_BINARY_DIR}/tessel-record.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tessel.pc ${PROJECT_BINARY_DIR}/tessel-record.pc DESTINATION ${tessel_pkgconfig_dir})
+install(FILES ${PROJECT_BINARY_DIR}/tessel.pc ${PROJECT_BINARY_DIR}/tessel-record.pc
+  DESTINATION ${tessel_pkgconfig_dir})
 
 # The printers of gdb. It looks for what belongs to a library below the library's full path, known when it is installed.
 install(FILES gdb/tessel-gdb.py DESTINATION ${CMAKE_INSTALL_DATADIR}/tessel/gdb)

@@ -29,7 +29,7 @@ struct DeclareOptions {
   bool markdown = false;
 };
 
-void RefuseUnusableOutput(const DeclareOptions& options) {
+void RefuseOutput(const DeclareOptions& options) {
   if (options.output == kStandardInput) throw UsageError("--output -: standard output needs no option");
   for (const std::string& file : options.files) {
     std::error_code isNoFile;
@@ -51,7 +51,7 @@ int Declare(const DeclareOptions& options) {
     throw UsageError(
         "one of --header, --json-schema and --markdown is missing (tessel declare --help tells more)");
   }
-  if (!options.output.empty()) RefuseUnusableOutput(options);
+  if (!options.output.empty()) RefuseOutput(options);
   const std::string text = TextOfDeclared(options);
   if (options.output.empty()) {
     std::cout << text;

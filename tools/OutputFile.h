@@ -23,7 +23,8 @@ class OutputFile {
   const std::string m_file;
 };
 
-/// Throws UsageError when a file that an option names for output is standard input, or a document that is read.
+/// Throws UsageError when a file that an option names for output is standard input, or a document that is
+/// read.
 /// @param what  what the file becomes: "a report"
 void RefuseUnusableOutput(const std::string& option, const std::string& what, const std::string& file,
                           const std::vector<std::string>& documents);

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <system_error>
 
-#include <locale.h>
+#include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale() is no part of <clocale>.
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 namespace kalStore::internal {
 
-/// Holds the journal on. The first of the process turns it on, unless it is on already; then the last one turns it off
-/// again.
+/// Holds the journal on. The first of the process turns it on, unless it is on already; then the last one
+/// turns it off again.
 class JournalUse {
  public:
   /// @param capacity  see StartJournal(); the nearest that is possible

@@ -57,7 +57,8 @@ std::size_t CharacterSize(std::string_view text) {
   if (first < 0x80) return 1;
   if (first < 0xC2 || first > 0xF4) return 0;
   if (first < 0xE0) return isTail(1) ? 2 : 0;
-  // These second bytes would begin a form that is too long, a surrogate, or what is beyond the last character.
+  // These second bytes would begin a form that is too long, a surrogate, or what is beyond the last
+  // character.
   const unsigned int least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
   const unsigned int most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
   if (second < least || second > most || !isTail(2)) return 0;

@@ -28,8 +28,8 @@ RecordingOutput::~RecordingOutput() {
   close();
 }
 
-// It is emptied only once it is known to be nobody else's. A pipe is refused: its reader could hold up the recording,
-// and end the process by leaving.
+// It is emptied only once it is known to be nobody else's. A pipe is refused: its reader could hold up the
+// recording, and end the process by leaving.
 void RecordingOutput::Open() {
   constexpr mode_t kOwner = S_IRUSR | S_IWUSR;
   m_descriptor = ::open(m_file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwner);

@@ -15,8 +15,9 @@ class RecordingFault : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// The file that a recording is written to, or its set of files: when one is full, it gets the number of its part
-/// behind its name, and the next one takes its place. The operations throw RecordingFault when the system refuses.
+/// The file that a recording is written to, or its set of files: when one is full, it gets the number of its
+/// part behind its name, and the next one takes its place. The operations throw RecordingFault when the
+/// system refuses.
 class RecordingOutput {
  public:
   /// @param largest  of a file, in bytes; 0: no limit

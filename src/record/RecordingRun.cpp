@@ -59,8 +59,8 @@ std::string AbsolutePath(std::string file) {
   return fault ? file : path.string();
 }
 
-// Threads that are started meanwhile have no signal delivered: the handlers are the engine's, and the one of a file
-// that has reached the process's limit would end it.
+// Threads that are started meanwhile have no signal delivered: the handlers are the engine's, and the one of
+// a file that has reached the process's limit would end it.
 class SignalsBlocked {
  public:
   SignalsBlocked() {
@@ -78,8 +78,8 @@ class SignalsBlocked {
 
 }  // namespace
 
-// The journal comes first, then the number, then the picture: what changes after the picture has that number or a later
-// one. What changes between the two is in both, and following the lines gives the same end.
+// The journal comes first, then the number, then the picture: what changes after the picture has that number
+// or a later one. What changes between the two is in both, and following the lines gives the same end.
 RecordingRun::RecordingRun(std::string file, RecordingOptions options)
     : m_options(std::move(options)),
       m_wall(WallTime()),

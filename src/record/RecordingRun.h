@@ -22,8 +22,8 @@
 
 namespace kalStore::internal {
 
-/// A recording, and the thread that writes it. The thread works in rounds: it copies what is new in the journal, adds
-/// what changed in the statistics when that is due, and writes all of it to the file.
+/// A recording, and the thread that writes it. The thread works in rounds: it copies what is new in the
+/// journal, adds what changed in the statistics when that is due, and writes all of it to the file.
 ///
 /// Shared by its handle and its thread: the handle may end on that thread, in a filter or a trace sink.
 /// Nothing is called, and nothing is written, with the lock held.
@@ -95,8 +95,8 @@ class RecordingRun {
 
   // The handle's alone.
   std::thread m_thread;
-  // Written by the thread when it begins, read by whoever asks whether it is that one: only to that one does it
-  // matter.
+  // Written by the thread when it begins, read by whoever asks whether it is that one: only to that one does
+  // it matter.
   std::atomic<std::thread::id> m_writer;
 
   detail::Mutex<std::mutex> m_mutex;

@@ -20,8 +20,8 @@ struct StatisticsCopy {
 /// Copies all statistics objects.
 std::vector<StatisticsCopy> CopyStatistics();
 
-/// The members of the statistics objects that changed since they were looked at last. The first time, those that are
-/// not 0 and not "".
+/// The members of the statistics objects that changed since they were looked at last. The first time, those
+/// that are not 0 and not "".
 class StatisticsChanges {
  public:
   /// Appends a line for each object of which a member changed.

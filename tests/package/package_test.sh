@@ -46,7 +46,8 @@ build_example() {
 flags_of_package() {
   local folder
   folder=$(dirname "$(find "$prefix" -name tessel.pc)")
-  mapfile -t flags < <(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs "$@" "${package:-tessel}" | xargs printf '%s\n')
+  mapfile -t flags < <(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs "$@" "${package:-tessel}" |
+    xargs printf '%s\n')
   flags+=("-DPACKAGE_VERSION=\"$(PKG_CONFIG_PATH=$folder pkg-config --modversion tessel)\"")
 }
 
@@ -193,7 +194,7 @@ case "$way" in
     lintian --allow-root --fail-on error "$build"/packages/*.deb
     for package in "$build"/packages/*.deb; do dpkg-deb -x "$package" "$work/root"; done
     prefix=$work/root/usr
-    for file in "$prefix"/bin/tessel "$prefix"/lib/*/libtessel.so.1 "$prefix"/lib/*/libtessel_record.so.1 "$prefix"/lib/*/tessel/libutil.so; do
+    for file in "$prefix"/bin/tessel "$prefix"/lib/*/libtessel{,_record}.so.1 "$prefix"/lib/*/tessel/libutil.so; do
       id=$(readelf -nW "$file" | sed -n 's/.*Build ID: //p')
       symbols=$prefix/lib/debug/.build-id/${id::2}/${id:2}.debug
       readelf -SW "$symbols" 2>/dev/null | grep -F .debug_info >/dev/null || fail "no debug symbols of $file"

@@ -19,8 +19,8 @@ constexpr KalConfigGroup kVideo = KAL_CONFIG_GROUP_VIDEO;
 
 class RecordedEvents : public RecordingTest {
  protected:
-  // The lines between the first picture and the end: "type call group/name old new ...", without what differs from run
-  // to run.
+  // The lines between the first picture and the end: "type call group/name old new ...", without what differs
+  // from run to run.
   std::vector<std::string> Events() const {
     std::vector<std::string> events;
     for (const RecordedLine& line : Lines()) {

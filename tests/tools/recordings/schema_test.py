@@ -43,7 +43,8 @@ BAD = [
     changed(DELIVERY, id=None), {"type": "lost", "t": 1}, {"type": "call", "t": 1, "call": 1},
     {"type": "call", "t": 1, "call": 1, "event": "asked"}, {"type": "remove", "t": 1, "call": 1, "group": "Audio"},
     {"type": "bind", "t": 1, "call": 1, "group": "Audio", "name": "A", "id": 1},
-    {"type": "bind", "t": 1, "call": 1, "group": "Audio", "name": "A", "event": "bound"}, {"type": "apply", "t": 1, "call": 1},
+    {"type": "bind", "t": 1, "call": 1, "group": "Audio", "name": "A", "event": "bound"},
+    {"type": "apply", "t": 1, "call": 1},
     {"type": "statistics", "t": 1, "call": 1, "entity": "text", "event": "made"},
     {"type": "statistics", "t": 1, "call": 1, "entity": "audio"},
     {"type": "statistics", "t": 1, "call": 1, "entity": "audio", "members": {"a": [1]}},
@@ -69,7 +70,8 @@ def simulated():
     """The lines of a recording that the library writes."""
     with tempfile.TemporaryDirectory() as folder:
         file = Path(folder) / "call.tessel"
-        subprocess.run([PROGRAM, "simulate", "--seconds", "0.2", "--record", file], stdout=subprocess.DEVNULL, check=True)
+        subprocess.run([PROGRAM, "simulate", "--seconds", "0.2", "--record", file],
+                       stdout=subprocess.DEVNULL, check=True)
         lines = [json.loads(line) for line in file.read_text(encoding="utf-8").splitlines()]
         check(len(lines) > 100, "next to nothing is recorded")
         return lines
