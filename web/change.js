@@ -7,11 +7,6 @@ export function isChange(change) {
   return change.type === "set" || change.type === "remove" || change.type === "apply";
 }
 
-/** Whether it leaves something in the store. */
-export function isStored(change) {
-  return change.result !== "refused" && !change.transient;
-}
-
 /** Whether plots have a mark for it. */
 export function isMarked(change) {
   return isChange(change) && !change.picture && change.result !== "unchanged";
@@ -26,8 +21,8 @@ export function kindOf(change) {
 
 export function pathOf(change) {
   if (change.type === "apply") return change.origin?.document ?? "a document";
-  if (change.hidden?.includes("name")) return `${change.group}/(hidden)`;
-  return `${change.group}/${change.name ?? "*"}${change.cut?.includes("name") ? "…" : ""}`;
+  if (change.hidden?.includes("name")) return `${change.group ?? "?"}/(hidden)`;
+  return `${change.group ?? "?"}/${change.name ?? "*"}${change.cut?.includes("name") ? "…" : ""}`;
 }
 
 function valueOf(change, member) {

@@ -17,12 +17,12 @@ const NUMBERS = [
 ];
 const REQUIRED = {
   call: ["call"],
-  set: ["call", "group"],
+  set: ["call"],
   remove: ["call", "group", "count"],
   apply: ["call", "count"],
   subscribe: ["call", "group", "id"],
   unsubscribe: ["call", "id"],
-  bind: ["call", "group", "id"],
+  bind: ["call", "group"],
   deliver: ["call", "id"],
   statistics: ["call", "entity"],
   lost: ["count"],
@@ -51,5 +51,7 @@ export function faultOf(event) {
   for (const name of ["cut", "hidden"]) {
     if (event[name] !== undefined && !Array.isArray(event[name])) return `${name}: expected an array`;
   }
+  if (event.type === "set" && event.group === undefined && event.result !== "refused") return "group: missing";
+  if (event.type === "bind" && event.id === undefined && event.event !== "asked") return "id: missing";
   return "";
 }

@@ -13,6 +13,7 @@ export class Recording {
   heard = new Map();
   statistics = new Map(); // Per "call/entity" {call, entity, members: Map of Series}.
   subscribers = new Map(); // Per "call/id".
+  bindings = new Map(); // Per "call/group/name", the one that answers now.
   faults = []; // {line, reason}
   findings = { lost: new Found(), dropped: new Found(), late: new Found(), threw: new Found(), refused: new Found() };
   wall = "";
@@ -109,6 +110,7 @@ const TAKE = {
   apply(recording, event) {
     recording.insertChange(event);
     if (event.result === "refused") recording.findings.refused.add(event);
+    if (event.threw !== undefined) recording.findings.threw.add(event);
   },
   subscribe(recording, event) {
     const subscriber = recording.subscriberOf(event, "subscription");
@@ -118,37 +120,59 @@ const TAKE = {
     recording.subscriberOf(event, "subscription").endedAt = event.t;
   },
   bind(recording, event) {
+    if (event.event === "asked") {
+      const asked = recording.bindings.get(nameOf(event));
+      if (asked) takeDelivery(recording, event, asked);
+      return;
+    }
     const subscriber = recording.subscriberOf(event, "binding");
     Object.assign(subscriber, { group: event.group, name: event.name });
-    if (event.event === "asked") takeDelivery(recording, event, subscriber);
+    recording.bindings.set(nameOf(event), subscriber);
   },
   deliver(recording, event) {
     takeDelivery(recording, event, recording.subscriberOf(event, "subscription"));
     if (event.cause !== undefined) addHeard(recording.heard, event);
   },
   statistics(recording, event) {
-    const key = `${event.call}/${event.entity}`;
-    if (event.event === "ended") recording.endStatistics(event.call, event.entity, event.t);
-    if (event.members === undefined) return;
+    const { call, entity, t, members } = event;
+    const key = `${call}/${entity}`;
     let object = recording.statistics.get(key);
+    if (event.event === "ended") {
+      recording.endStatistics(call, entity, t);
+      if (object) object.from = undefined;
+    }
+    if (members === undefined) return;
     if (!object) {
-      object = { call: event.call, entity: event.entity, members: new Map() };
+      object = { call, entity, members: new Map(), from: undefined };
       recording.statistics.set(key, object);
     }
-    for (const name of Object.keys(event.members)) {
-      let series = object.members.get(name);
-      if (!series) {
-        series = new Series();
-        object.members.set(name, series);
-      }
-      const value = event.members[name];
-      if (typeof value === "number" || typeof value === "string") series.push(event.t, value);
+    // A first line, and a picture, has all members that are not 0 and not "".
+    const isWhole = object.from === undefined || event.picture === true;
+    object.from ??= t;
+    for (const [name, series] of object.members) {
+      if (isWhole && !Object.hasOwn(members, name)) series.push(t, series.texts ? "" : 0);
     }
+    for (const name of Object.keys(members)) takeMember(object, name, members[name], t, isWhole);
   },
   lost(recording, event) {
     recording.findings.lost.add(event, event.count);
   },
 };
+
+function nameOf({ call, group, name }) {
+  return `${call}/${group}/${name}`;
+}
+
+function takeMember(object, name, value, time, isWhole) {
+  if (typeof value !== "number" && typeof value !== "string") return;
+  let series = object.members.get(name);
+  if (!series) {
+    series = new Series();
+    object.members.set(name, series);
+    if (!isWhole) series.push(object.from, typeof value === "number" ? 0 : "");
+  }
+  series.push(time, value);
+}
 
 function takeDelivery(recording, event, subscriber) {
   const { findings } = recording;

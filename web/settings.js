@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 import { stringifyWithBytes } from "./bytes.js";
-import { isStored } from "./change.js";
 
 /**
  * The settings of a call at a time, as {settings: Map, gaps}: per "group/name" the change that set it last. A gap says
@@ -14,7 +13,7 @@ export function settingsAt(recording, call, time) {
     if (change.type === "begin" || (change.type === "end" && change.call === call)) {
       settings = new Map();
       hasUnknownNames = false;
-    } else if (change.call === call && isStored(change)) {
+    } else if (change.call === call && change.result !== "refused") {
       hasUnknownNames = take(settings, change) || hasUnknownNames;
     }
   }
@@ -47,12 +46,12 @@ function take(settings, change) {
   const key = `${change.group}/${change.name}`;
   if (change.name === undefined) {
     for (const [other, set] of settings) if (set.group === change.group) settings.delete(other);
-  } else if (change.type === "set" && (change.new !== undefined || hides("new"))) {
+  } else if (change.type === "set" && !change.transient && (change.new !== undefined || hides("new"))) {
     const before = settings.get(key);
     // A set that changes nothing may have less of the value than is known already.
     if (change.result !== "unchanged" || !before || !isWhole(before)) settings.set(key, change);
   } else {
-    settings.delete(key);
+    settings.delete(key); // A transient set leaves no value.
   }
   return false;
 }

@@ -184,6 +184,48 @@ test("The settings at a time are those that were set until then", () => {
   assert.doesNotMatch(at(2.4), /Video/);
 });
 
+test("What a set takes away by being transient is gone", () => {
+  const recording = read(BEGIN, set({}), set({ transient: true, new: "2" }));
+  assert.equal(documentOf(settingsAt(recording, 1, 1).settings), "{}");
+});
+
+test("A refused set may have no group, and an answer of a binding no id", () => {
+  const bind = { type: "bind", t: 1, call: 1, group: "Audio", name: "A" };
+  const recording = read(
+    BEGIN,
+    set({ group: undefined, result: "refused" }),
+    `${JSON.stringify({ ...bind, id: 4, event: "bound" })}\n`,
+    `${JSON.stringify({ ...bind, event: "asked", run_us: 5 })}\n`,
+    `${JSON.stringify({ ...bind, name: "B", event: "asked", run_us: 5 })}\n`,
+  );
+  assert.deepEqual(recording.faults, []);
+  assert.deepEqual(
+    [...recording.subscribers.values()].map(({ id, count }) => [id, count]),
+    [[4, 1]],
+  );
+  assert.equal(findingsOf(recording)[0].places[0].text, "1 s, call 1");
+  assert.equal(read(BEGIN, set({ group: undefined })).faults.length, 1);
+  assert.equal(read(BEGIN, `${JSON.stringify({ ...bind, event: "bound" })}\n`).faults.length, 1);
+});
+
+test("A member that an object's first line lacks was 0 until it changed, and is 0 again in a new object", () => {
+  const line = (t, members, more) =>
+    `${JSON.stringify({ type: "statistics", t, call: 1, entity: "audio", members, ...more })}\n`;
+  const recording = read(
+    BEGIN,
+    line(1, { a: 5 }),
+    line(2, { b: 7, c: "x" }),
+    line(3, undefined, { event: "ended" }),
+    line(4, { a: 6 }),
+    line(5, { b: 1 }, { picture: true }),
+  );
+  const at = (name) => [0, 1, 2, 3, 4, 5].map((time) => recording.seriesOf(1, `audio/${name}`).at(time));
+  assert.deepEqual(at("a"), [NaN, 5, 5, NaN, 6, 0]);
+  assert.deepEqual(at("b"), [NaN, 0, 7, NaN, 0, 1]);
+  assert.ok(recording.seriesOf(1, "audio/b").hasChanged);
+  assert.deepEqual(recording.seriesOf(1, "audio/c").texts, ["", "x"]);
+});
+
 test("Refused and transient sets leave no setting; what a call's end takes is gone", () => {
   const recording = read(
     BEGIN,
