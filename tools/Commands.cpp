@@ -11,6 +11,7 @@
 #include "ExitStatus.h"
 #include "ExportCommand.h"
 #include "LintCommand.h"
+#include "LiveCommand.h"
 #include "LogCommand.h"
 #include "ReportCommand.h"
 #include "SimulateCommand.h"
@@ -42,6 +43,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
   AddDumpCommand(app, exitStatus);
   AddExportCommand(app, exitStatus);
   AddLintCommand(app, exitStatus);
+  AddLiveCommand(app, exitStatus);
   AddLogCommand(app, exitStatus);
   AddReportCommand(app, exitStatus);
   AddSimulateCommand(app, exitStatus);
@@ -60,6 +62,7 @@ void AddCommands(CLI::App& app, int& exitStatus) {
       "  tessel dump call.tessel --at 12.5 --call 7\n"
       "  tessel export call.tessel --perfetto call.json\n"
       "  tessel lint lab.json\n"
+      "  tessel live call.tessel\n"
       "  tessel log call.tessel --group Video\n"
       "  tessel report call.tessel -o call.html\n"
       "  tessel simulate --settings base.json --report report.html\n"

@@ -39,11 +39,7 @@ void RefuseRecordingAsPage(const ReportOptions& options) {
 int WriteReport(const ReportOptions& options) {
   RefuseRepeatedInput(options.files);
   RefuseRecordingAsPage(options);
-  if (PageBegin().empty()) {
-    throw CommandError(
-        "tessel: this program was built without dygraphs, which draws the page: install "
-        "libjs-dygraphs and build it again");
-  }
+  RequirePage();
   std::vector<RecordingFile> files(options.files.begin(), options.files.end());
   const OutputFile output(options.page);
   std::string page(PageBegin());

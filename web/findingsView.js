@@ -7,6 +7,7 @@ const MAX_PLACES = 50;
 /** What is wrong, at the top of the page: each place is a button that moves the cursor there. */
 export class FindingsView {
   #app;
+  #shown = "";
 
   constructor(app) {
     this.#app = app;
@@ -15,8 +16,11 @@ export class FindingsView {
   update(changed) {
     if (!changed.has("data")) return;
     const findings = this.#app.recordings.flatMap(findingsOf);
-    byId("findings-list").replaceChildren(...findings.map((finding) => this.#item(finding)));
+    const texts = findings.map(({ text }) => text).join("\n");
     byId("no-findings").hidden = findings.length > 0;
+    if (texts === this.#shown && changed.has("growth")) return; // What is open stays open.
+    this.#shown = texts;
+    byId("findings-list").replaceChildren(...findings.map((finding) => this.#item(finding)));
   }
 
   #item({ recording, text, places }) {

@@ -4,6 +4,7 @@ import { App } from "./app.js";
 import { ChangesView } from "./changesView.js";
 import { byId } from "./dom.js";
 import { FindingsView } from "./findingsView.js";
+import { follow, isLive } from "./live.js";
 import { Overview } from "./overview.js";
 import { CallPicker, PlotPicker } from "./pickers.js";
 import { PlotsView } from "./plotsView.js";
@@ -34,7 +35,7 @@ const showProgress = (share) => {
   byId("status").textContent = `Reading, ${Math.round(100 * share)} %`;
 };
 
-function showAll() {
+function showAll(...changed) {
   const names = app.recordings.map(({ name, wall }) => (wall ? `${name}, began ${wall}` : name));
   byId("names").replaceChildren(
     ...names.flatMap((name, index) => (index > 0 ? [document.createElement("br"), name] : [name])),
@@ -44,7 +45,7 @@ function showAll() {
       ? "Drop a recording here, or open one."
       : `${app.recordings.reduce((sum, { count }) => sum + count, 0)} events`;
   byId("content").hidden = app.recordings.length === 0;
-  app.invalidate("data", "cursor");
+  app.invalidate("data", "cursor", ...changed);
   app.update();
   document.documentElement.dataset.state = "ready";
 }
@@ -65,5 +66,9 @@ addEventListener("afterprint", () => drawForPaper(false));
 matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => app.invalidate("style"));
 
 acceptFiles(takeFiles);
-await readEmbedded(app, showProgress);
-showAll();
+if (isLive()) {
+  follow(app, () => showAll("growth"));
+} else {
+  await readEmbedded(app, showProgress);
+  showAll();
+}

@@ -41,7 +41,8 @@ export class Overview {
     if (!isAnew && !changed.has("range")) return;
     this.#isDrawing = true;
     const dateWindow = [range.from, range.to];
-    if (isAnew || !this.#graph) this.#make(dateWindow);
+    if (!this.#graph || (isAnew && !changed.has("growth"))) this.#make(dateWindow);
+    else if (isAnew) this.#graph.updateOptions({ file: this.#bins(), dateWindow });
     else this.#graph.updateOptions({ dateWindow });
     this.#isDrawing = false;
   }

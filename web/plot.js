@@ -80,13 +80,15 @@ export class Plot {
 
   /** Draws the lines; what is not drawn yet, or anew when colours or lines may be others. */
   draw(isAnew) {
+    const before = this.#lines.map(({ label }) => label).join("\n");
     this.#lines = this.#findLines();
+    const hasOthers = this.#lines.map(({ label }) => label).join("\n") !== before;
     if (this.#lines.length === 0) {
       this.destroy();
       this.#values.replaceChildren(element("li", {}, "not recorded for these calls"));
       return;
     }
-    if (isAnew) this.destroy();
+    if (isAnew || hasOthers) this.destroy();
     this.#isDrawing = true;
     if (this.#graph) this.#graph.updateOptions({ file: this.#rows(), dateWindow: this.#window() });
     else this.#graph = new Dygraph(this.#chart, this.#rows(), this.#options());

@@ -62,7 +62,7 @@ complete_bash() {
     expect "$command" tessel "$command"
     for option in $(options "$command"); do expect "$option" tessel "$command" "$option"; done
   done
-  expect 'lint' tessel li
+  expect 'lint' tessel lin
   expect '--help|--version' tessel --
   expect '--format' tessel lint --fo
   expect 'github|json|text' tessel lint --format ''

@@ -7,3 +7,6 @@
 /// recordings, and what comes after. Empty when dygraphs was missing then.
 std::string_view PageBegin();
 std::string_view PageEnd();
+
+/// Throws CommandError, which says what is missing, when there is no page.
+void RequirePage();

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <fstream>
+#include <string>
+
+#include "Program.h"
+#include "report/AppendedLines.h"
+
+namespace {
+
+void Append(const std::string& file, const std::string& text) {
+  std::ofstream(file, std::ios::binary | std::ios::app) << text;
+}
+
+}  // namespace
+
+TEST(AppendedLines, GivesWholeLinesOnce) {
+  Program program;
+  program.File("a", "one\ntwo\nth");
+  AppendedLines lines(program.Path("a"));
+  ASSERT_TRUE(lines.IsOpen());
+  EXPECT_EQ(lines.Next(), "data: one\ndata: two\n\n");
+  EXPECT_EQ(lines.Next(), "");
+  Append(program.Path("a"), "ree");
+  EXPECT_EQ(lines.Next(), "");
+  Append(program.Path("a"), "\nfour\n");
+  EXPECT_EQ(lines.Next(), "data: three\ndata: four\n\n");
+  EXPECT_EQ(lines.Next(), "");
+}
+
+TEST(AppendedLines, GivesNothingThatWouldBeAnotherFieldOfTheEvent) {
+  Program program;
+  program.File("a", "one\revent: x\r\n\nid: 5\n");
+  EXPECT_EQ(AppendedLines(program.Path("a")).Next(), "data: one event: x \ndata: \ndata: id: 5\n\n");
+}
+
+TEST(AppendedLines, GivesALineThatIsTooLongInPieces) {
+  Program program;
+  program.File("a", std::string(3'000'000, 'x') + "\nlast\n");
+  AppendedLines lines(program.Path("a"));
+  std::string all;
+  std::size_t longest = 0;
+  for (int i = 0; i < 100; ++i) {
+    const std::string event = lines.Next();
+    longest = std::max(longest, event.size());
+    all += event;
+  }
+  EXPECT_LT(longest, 1'200'000U);
+  EXPECT_TRUE(all.ends_with("data: last\n\n"));
+}
+
+TEST(AppendedLines, IsNotOpenWithoutAFile) {
+  Program program;
+  EXPECT_FALSE(AppendedLines(program.Path("none")).IsOpen());
+}
+
+TEST(LiveCommand, RefusesStandardInputAndWhatCannotBeOpened) {
+  Program program;
+  const Finished input = program.Run({"live", "-"});
+  EXPECT_EQ(input.err, "tessel: FILE: it is read for each browser, which standard input cannot be\n");
+  EXPECT_EQ(input.status, 2);
+  const Finished missing = program.Run({"live", "none.tessel"});
+  EXPECT_NE(missing.err, "");
+  EXPECT_EQ(missing.out, "");
+  EXPECT_EQ(missing.status, 2);
+}

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// A recording that grows, from the program that serves the page.
+import { byId } from "./dom.js";
+import { Reader } from "./reader.js";
+import { Recording } from "./recording.js";
+
+const PAUSE_MS = 200; // Between two drawings.
+
+export const isLive = () => location.protocol === "http:";
+
+/** Reads the recording and what is appended to it; `show` draws what is new. A connection begins at its beginning. */
+export function follow(app, show) {
+  const { name } = document.querySelector("script[data-recording]").dataset;
+  const source = new EventSource(`events${location.search}`);
+  let recording;
+  let reader;
+  let timer;
+  source.addEventListener("open", () => {
+    recording = new Recording(name);
+    reader = new Reader(recording);
+  });
+  source.addEventListener("message", ({ data }) => {
+    reader.feed(`${data}\n`);
+    if (recording.ended !== undefined) source.close();
+    timer ??= setTimeout(() => {
+      timer = undefined;
+      app.recordings[0] = recording;
+      show();
+    }, PAUSE_MS);
+  });
+  source.addEventListener("error", () => {
+    byId("status").textContent = "The program that serves this page has ended.";
+  });
+}
