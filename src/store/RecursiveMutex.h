@@ -5,8 +5,8 @@
 
 namespace kalStore::internal {
 
-/// A std::recursive_mutex that works before any constructor runs and after every destructor has, whichever
-/// standard library is used: it is initialised at compile time, and has nothing to destroy.
+/// A mutex that its owner may lock again. Works before any constructor runs and after every destructor has,
+/// whichever standard library is used: it is initialised at compile time, and has nothing to destroy.
 class RecursiveMutex {
  public:
   // It fails only when one thread locks it some four thousand million times.
