@@ -139,7 +139,7 @@ class World {
     IKalConfig* pointer = nullptr;  // Null until it was handed out here.
     std::unique_ptr<fuzz::StoreModel> model;
     int counts = 1;
-    int held = 0;  // References that are given back here.
+    int held = 0;  // References that are released here.
     bool isCleanedUp = false;
   };
   struct Facade {

@@ -29,7 +29,8 @@ std::vector<ToggleInfo> MakeCatalogue() {
   return toggles;
 }
 
-// How many letters of the pattern must be changed, inserted or removed to find it in the string.
+// How many letters of the pattern must be changed, inserted or removed to find it in the string. Other
+// suggestions compare a whole name with whole names.
 std::size_t DistanceToPart(std::string_view pattern, std::string_view text) {
   std::vector<std::size_t> column(pattern.size() + 1);
   for (std::size_t i = 0; i <= pattern.size(); ++i) column[i] = i;

@@ -45,7 +45,7 @@ class SoakCalls {
   void EndAll();
 
   /// Subscriptions, bindings and statistics objects that were left in calls which ended, and calls whose
-  /// store could not be given back. All zero when all is well.
+  /// store could not be released. All zero when all is well.
   std::uint64_t Leftovers() const { return m_leftovers; }
   std::uint32_t Begun() const { return m_begun; }
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks that every source file names the licence: its first line, or the one after a shebang, is the SPDX identifier.
+"""Checks that every source file names the licence: its first line, or the one after a shebang or the type of a page, is
+the SPDX identifier.
 
 Each file that lacks the line is printed as FILE:LINE. Data has no such line: documents, JSON, the inputs of the fuzz
 targets, and the kept files that tests compare.
@@ -13,8 +14,9 @@ IDENTIFIER = "SPDX-License-Identifier: Apache-2.0"
 
 # How a file of the name or suffix writes the line.
 SLASHES, HASH, STARS = f"// {IDENTIFIER}", f"# {IDENTIFIER}", f"/* {IDENTIFIER} */"
-LINES = {".cpp": SLASHES, ".h": SLASHES, ".def": SLASHES, ".js": SLASHES, ".css": STARS,
-         ".cmake": HASH, ".in": HASH, ".map": HASH, ".py": HASH, ".sh": HASH, "CMakeLists.txt": HASH}
+LINES = {".cpp": SLASHES, ".h": SLASHES, ".def": SLASHES, ".js": SLASHES, ".mjs": SLASHES, ".css": STARS,
+         ".html": f"<!-- {IDENTIFIER} -->", ".cmake": HASH, ".in": HASH, ".map": HASH, ".py": HASH, ".sh": HASH,
+         "CMakeLists.txt": HASH}
 
 
 def line_of(path, first):
@@ -37,7 +39,7 @@ def check(tree):
     faults = []
     for path in sources(tree):
         lines = path.read_bytes()[:200].decode("utf-8", "replace").splitlines() or [""]
-        number = 1 if lines[0].startswith("#!") else 0
+        number = 1 if lines[0].startswith(("#!", "<!DOCTYPE")) else 0
         line = line_of(path, lines[0])
         if line and lines[number : number + 1] != [line]:
             faults.append(f'{path.relative_to(tree).as_posix()}:{number + 1}: this line must be "{line}"')

@@ -27,17 +27,20 @@ class CheckLicence(unittest.TestCase):
     def test_the_first_line_names_the_licence(self):
         for file, line in (("src/a.cpp", b"// SPDX-License-Identifier: Apache-2.0\n"),
                            ("include/a.h", b"// SPDX-License-Identifier: Apache-2.0\n#pragma once\n"),
+                           ("tests/web/a.mjs", b"// SPDX-License-Identifier: Apache-2.0\n"),
+                           ("web/a.html", b"<!DOCTYPE html>\n<!-- SPDX-License-Identifier: Apache-2.0 -->\n"),
                            ("docs/site/a.css", b"/* SPDX-License-Identifier: Apache-2.0 */\n"),
                            ("CMakeLists.txt", b"# SPDX-License-Identifier: Apache-2.0\n"),
                            ("dev", b"#!/usr/bin/env bash\n# SPDX-License-Identifier: Apache-2.0\n")):
             self.assertEqual(self.faults(file, line), [], file)
 
     def test_a_file_without_the_line_is_named(self):
-        for file in ("src/a.cpp", "include/a.h", "include/a.def", "docs/a.js", "docs/a.css", "cmake/a.cmake",
-                     "cmake/a.pc.in", "src/a.map", "tests/a.py", "tests/a.sh", "src/CMakeLists.txt",
-                     "fuzz/corpus_of_code/a.cpp"):
+        for file in ("src/a.cpp", "include/a.h", "include/a.def", "docs/a.js", "tests/a.mjs", "docs/a.css",
+                     "web/a.html", "cmake/a.cmake", "cmake/a.pc.in", "src/a.map", "tests/a.py", "tests/a.sh",
+                     "src/CMakeLists.txt", "fuzz/corpus_of_code/a.cpp"):
             self.assertEqual(self.faults(file, b"text\n"), [f"{file}:1"])
             self.assertEqual(self.faults(file, b""), [f"{file}:1"])
+        self.assertEqual(self.faults("web/a.html", b"<!DOCTYPE html>\n<html>\n"), ["web/a.html:2"])
 
     def test_a_script_without_a_suffix_is_named(self):
         for file in ("dev", ".ci/run"):

@@ -20,7 +20,8 @@ COMMENT_OF_CPP = re.compile(r"(?:^|\s)//(?! says: )")
 
 
 def is_script(path, first):
-    return path.suffix in (".cmake", ".css", ".js", ".py", ".sh") or path.name == "CMakeLists.txt" or first == "#!"
+    suffixes = (".cmake", ".css", ".js", ".mjs", ".py", ".sh")
+    return path.suffix in suffixes or path.name == "CMakeLists.txt" or first == "#!"
 
 
 def check(tree):

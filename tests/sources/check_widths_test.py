@@ -35,7 +35,7 @@ class CheckWidths(unittest.TestCase):
 
     def test_a_line_of_a_script_has_120_columns(self):
         for file, first in (("tests/a.py", ""), ("cmake/a.cmake", ""), ("src/CMakeLists.txt", ""), ("tests/a.sh", ""),
-                            ("dev", "#!/bin/sh"), (".ci/run", "#!/bin/sh")):
+                            ("tests/a.mjs", ""), ("dev", "#!/bin/sh"), (".ci/run", "#!/bin/sh")):
             self.assertEqual(self.faults(file, first, "x" * 120), [])
             self.assertEqual(self.faults(file, first, "x" * 121), [f"{file}:2"])
 

@@ -21,8 +21,10 @@ function read(...parts) {
 const textOf = (name) => readFileSync(new URL(name, import.meta.url), "utf8");
 const call = () => read(textOf("../tools/recordings/call.tessel"));
 const before = () => read(textOf("recordings/before.tessel"));
-const set = (members) =>
-  `${JSON.stringify({ type: "set", t: 1, call: 1, group: "Audio", name: "A", new: "1", result: "nobody", ...members })}\n`;
+const set = (members) => {
+  const event = { type: "set", t: 1, call: 1, group: "Audio", name: "A", new: "1", result: "nobody", ...members };
+  return `${JSON.stringify(event)}\n`;
+};
 
 test("A recording is the same in whatever pieces it arrives", () => {
   const text = textOf("../tools/recordings/call.tessel");

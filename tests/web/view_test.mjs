@@ -170,7 +170,8 @@ test("A change says what, who, and how many heard of it", () => {
   const change = recording.changes.find(({ old, name }) => old === "30" && name === "MaxFps");
   assert.equal(
     sentenceOf(change, recording.heard.get(change.number)),
-    "4.5 s, call 7, Video/MaxFps: “30” → “15”, notifies 1, heard by 1, waited up to 12 µs, ran up to 150 ms, by lab.json:3:18",
+    "4.5 s, call 7, Video/MaxFps: “30” → “15”, notifies 1, heard by 1, waited up to 12 µs, ran up to 150 ms, " +
+      "by lab.json:3:18",
   );
   assert.equal(originOf({ origin: { module: "/a/b.so", symbol: "S", label: "l" } }), "l, S in b.so");
   assert.equal(originOf({ origin: { module: 5, line: "x" } }), "");
