@@ -22,8 +22,6 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ("libutil/src", "src", "tools")
-PARTS = ("CMakeLists.txt", "abi", "bench", "cmake", "examples", "fuzz", "include", "libutil", "model", "src",
-         "tests", "tools")
 TARGET_PERCENT = 85
 MEMORY_LIMIT = 4 << 30
 JOBS = ["-j", os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count()))]
@@ -87,9 +85,10 @@ def mutants_of(path, code):
 
 def copy_tree(tree):
     """Brings the copy up to date; unchanged files keep their time stamps, so that little is rebuilt."""
-    for part in PARTS:
-        source = ROOT / part
-        files = [source] if source.is_file() else [f for f in source.rglob("*") if f.is_file()]
+    for part in ROOT.iterdir():
+        if part.name.startswith((".", "build")):
+            continue
+        files = [part] if part.is_file() else [f for f in part.rglob("*") if f.is_file()]
         for file in files:
             copy = tree / file.relative_to(ROOT)
             if not copy.exists() or copy.read_bytes() != file.read_bytes():
