@@ -19,7 +19,7 @@ class Completion;
 /// Arrivals go through one word, the inbox: a pointer to the latest arrival, each linked to the one before
 /// it, with two flags in the pointer's low bits, which alignment keeps at 0. One compare-and-exchange
 /// therefore decides whether an event is accepted, queues it, and finds out whether the loop must be woken.
-/// The bench rows Post<Tessel> and Post<Floor> show what that saves over a deque under a mutex.
+/// The bench rows Post<Tessel> and Post<Locked> show what that saves over a deque under a mutex.
 ///
 /// The word, and what each operation makes of it. "^": it does not change; "-": cannot occur.
 ///

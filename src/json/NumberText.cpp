@@ -22,7 +22,7 @@ void Append(std::string& out, Number number, Format... format) {
 }
 
 // The number with six decimals, rounded to the nearest and halves to even, in integers: the digits are those
-// of to_chars, in about a third of its time (WriteDecimals in bench/json_bench.cpp). False, and nothing is
+// of to_chars, in less than half of its time (WriteDecimals in bench/json_bench.cpp). False, and nothing is
 // written, when the number is too large.
 //
 // A double is significand / 2^shift, with a significand of up to 53 bits. Its millionths are
