@@ -16,7 +16,8 @@ commands() { "$program" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/
 options() { "$program" "$1" --help | sed -n '/^Options:/,/^$/s/^  [^ ]*\(--[a-z-]*\).*/\1/p'; }
 
 manual() {
-  local page command option text warnings
+  local page command option text warnings overview
+  overview=$(dirname "$0")/../../docs/tessel.md
   for page in "$files"/man1/*.1; do
     warnings=$(groff -man -ww -z -Tutf8 "$page" 2>&1)
     [ -z "$warnings" ] || fail "$page: $warnings"
@@ -28,6 +29,7 @@ manual() {
     done
     grep -q '^EXIT STATUS' <<<"$text" || fail "$command: no exit status"
     groff -man -Tascii -P-cbou "$files/man1/tessel.1" | grep -q "^ *$command" || fail "$command is not in tessel(1)"
+    grep -q "^| \`$command[ \`]" "$overview" || fail "$command is not in $overview"
   done
   ls "$files/man1" | grep -q 'tessel-lint.1' || fail "no pages"
 }
