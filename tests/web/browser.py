@@ -2,6 +2,7 @@
 """A headless Chromium that shows a page, and what a test asks of it."""
 
 import json
+import os
 import shutil
 import sys
 import time
@@ -39,7 +40,9 @@ class Browser:
         ):
             options.add_argument(argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-        self.driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
+        # It takes the name of a file only if the locale can write it.
+        service = Service(shutil.which("chromedriver"), env=os.environ | {"LC_ALL": "C.UTF-8"})
+        self.driver = webdriver.Chrome(service=service, options=options)
         self.driver.set_page_load_timeout(LONGEST_WAIT)
         self.driver.set_script_timeout(LONGEST_WAIT)
         self.resize(1280, 1000)
