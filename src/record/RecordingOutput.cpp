@@ -11,6 +11,8 @@
 #include <system_error>
 #include <utility>
 
+#include "record/RecordingFault.h"
+
 namespace kalStore::internal {
 
 namespace {
@@ -24,8 +26,9 @@ namespace {
 RecordingOutput::RecordingOutput(std::string file, std::uint64_t largest, std::size_t files)
     : m_file(std::move(file)), m_largest(largest), m_files(files) {}
 
+// Of a forked process: what is locked there is locked for the parent, who goes on.
 RecordingOutput::~RecordingOutput() {
-  close();
+  if (m_descriptor >= 0) ::close(m_descriptor);
 }
 
 // It is emptied only once it is known to be nobody else's. A pipe is refused: its reader could hold up the
@@ -37,7 +40,7 @@ void RecordingOutput::Open() {
   struct stat status{};
   if (::fstat(m_descriptor, &status) != 0) ThrowSystemFault();
   m_size = 0;
-  if (S_ISCHR(status.st_mode)) return;
+  if (S_ISCHR(status.st_mode) && !IsRotated()) return;  // Which is nothing to rename.
   if (!S_ISREG(status.st_mode)) throw RecordingFault("it is no regular file");
   // Where files cannot be locked, nobody is found.
   if (::flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
@@ -47,7 +50,7 @@ void RecordingOutput::Open() {
 
 void RecordingOutput::Rotate() {
   if (std::rename(m_file.c_str(), nameOf(m_part).c_str()) != 0) ThrowSystemFault();
-  close();
+  Close();
   ++m_part;
   // With this one they are as many as there may be.
   if (m_part > m_files && ::unlink(nameOf(m_part - m_files).c_str()) != 0 && errno != ENOENT)
@@ -76,14 +79,17 @@ void RecordingOutput::Write(std::string_view lines) {
   m_size += written;
 }
 
+// A process that was forked meanwhile may still have the file open: closing it here would not unlock it.
+void RecordingOutput::Close() {
+  if (m_descriptor < 0) return;
+  ::flock(m_descriptor, LOCK_UN);
+  ::close(std::exchange(m_descriptor, -1));
+}
+
 void RecordingOutput::CheckIsThere() const {
   struct stat status{};
   if (::fstat(m_descriptor, &status) != 0) ThrowSystemFault();
   if (status.st_nlink == 0) throw RecordingFault("the file was removed");
-}
-
-void RecordingOutput::close() {
-  if (m_descriptor >= 0) ::close(std::exchange(m_descriptor, -1));
 }
 
 std::string RecordingOutput::nameOf(std::uint64_t part) const {

@@ -3,17 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace kalStore::internal {
-
-/// Why a recording ends although nobody asked for it.
-class RecordingFault : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 /// The file that a recording is written to, or its set of files: when one is full, it gets the number of its
 /// part behind its name, and the next one takes its place. The operations throw RecordingFault when the
@@ -33,6 +26,8 @@ class RecordingOutput {
   void Rotate();
   /// Writes whole lines. Of lines that do not fit, those at the beginning may be there.
   void Write(std::string_view lines);
+  /// Closes the file, which another recording may write then.
+  void Close();
   /// Refuses a file that somebody has removed.
   void CheckIsThere() const;
 
@@ -43,7 +38,6 @@ class RecordingOutput {
   bool HasRoom(std::size_t bytes) const { return m_largest == 0 || m_size + bytes <= m_largest; }
 
  private:
-  void close();
   std::string nameOf(std::uint64_t part) const;
 
   const std::string m_file;

@@ -15,6 +15,7 @@
 
 #include "record/LineText.h"
 #include "record/Lock.h"
+#include "record/RecordingFault.h"
 #include "tessel/trace.h"
 #include "util/CCmTextFormator.h"
 #include "util/util_trace.h"
@@ -267,6 +268,7 @@ void RecordingRun::writeEnd(const char* reason, std::int64_t timeNs) {
 }
 
 void RecordingRun::endBy(const char* reason) noexcept {
+  m_output.Close();
   m_journal.reset();
   {
     const Lock lock(m_mutex);

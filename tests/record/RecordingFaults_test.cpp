@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <thread>
@@ -113,6 +116,46 @@ TEST_F(RecordingFaults, AFileOfAnotherRecordingIsLeftAlone) {
   EXPECT_EQ(first.Flush(), kResultOk);
   EXPECT_TRUE(IsJournalOn());
   EXPECT_EQ(Lines().size(), 1u);
+}
+
+TEST_F(RecordingFaults, LeaveTheFileToTheNextRecording) {
+  Recording ended(File());
+  ASSERT_EQ(ended.Flush(), kResultOk);
+  StopJournal();
+  while (ended.Flush() == kResultOk) {
+  }
+  Recording next(File());
+  EXPECT_EQ(next.Flush(), kResultOk);
+}
+
+TEST_F(RecordingFaults, AFileThatAForkedProcessStillHasIsFree) {
+  auto ended = std::make_unique<Recording>(File());
+  ASSERT_EQ(ended->Flush(), kResultOk);
+  const ::pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    for (;;) ::pause();
+  }
+  ended.reset();
+  {
+    Recording next(File());
+    EXPECT_EQ(next.Flush(), kResultOk);
+  }
+  ASSERT_EQ(::kill(child, SIGKILL), 0);
+  ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
+// It would be renamed. Here only its link would.
+TEST_F(RecordingFaults, ARotatedSetOfADeviceIsRefused) {
+  std::filesystem::create_symlink("/dev/null", File());
+  const TraceLog trace(0);
+  {
+    Recording recording(File(), {.largestFile = 2000, .files = 2});
+    EXPECT_EQ(recording.Flush(), kResultNotFound);
+  }
+  EXPECT_EQ(trace.Count("reason=it is no regular file"), 1u);
+  Recording single(File());
+  EXPECT_EQ(single.Flush(), kResultOk);
 }
 
 TEST_F(RecordingFaults, AreNotTracedWhenNothingIs) {
