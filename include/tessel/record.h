@@ -82,7 +82,7 @@ struct RecordingOptions {
 ///
 /// @threads Any operation, from any thread, also in callbacks. In the filter, and in a trace sink on the
 /// recording's thread, nothing waits.
-/// @lifetime After fork() it belongs to the parent alone.
+/// @lifetime After fork() it belongs to the parent alone: in the child it does nothing, also at its end.
 /// @par Example
 /// @code{.cpp}
 /// #include <tessel/record.h>
@@ -112,12 +112,18 @@ class TESSEL_API Recording {
   Recording(const Recording&) = delete;
   Recording& operator=(const Recording&) = delete;
   /// Ends the recording. Waits until everything that happened before is in the file.
+  ///
+  /// Where its thread waits for a lock in vain, for three seconds, the file is left to end soon after, with the
+  /// reason in its last line: the caller holds the lock. What a callback captured ends with its store under
+  /// the stores' lock, trace lines of statistics objects ("CKalTessel::") are written under theirs, and the
+  /// static objects of a shared object begin and end under the loader's.
   ~Recording();
 
   /// Waits until everything that happened before is in the file; the statistics as they are now, too. An
   /// event that another thread has begun to write, and does not finish, is waited for a second at least, and
   /// then left out.
-  /// @return kResultOk; kResultNotFound when the recording has ended, and on its own thread.
+  /// @return kResultOk; kResultNotFound when the recording has ended, on its own thread, and where the
+  /// destructor would give up, too.
   std::int32_t Flush();
   /// @return Whether the recording goes on.
   bool IsOn() const;

@@ -264,7 +264,7 @@ std::string EventLines::Origin(const JournalEvent& event) {
 const std::string& EventLines::codeOf(const void* caller) {
   const auto [place, isNew] = m_code.try_emplace(caller);
   if (isNew) {
-    const CodePlace code = FindCodePlace(caller);
+    const CodePlace code = m_loaderWait.Run([&] { return FindCodePlace(caller); });
     AppendStringMember(place->second, "module", code.module);
     AppendStringMember(place->second, "symbol", code.symbol);
   }

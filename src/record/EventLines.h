@@ -6,6 +6,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "record/LongWait.h"
 #include "tessel/journal.h"
 #include "tessel/record.h"
 
@@ -18,8 +19,10 @@ const char* EntityName(std::int32_t type);
 class EventLines {
  public:
   /// @param startNs  the recording's start, on std::chrono::steady_clock
-  /// @param filter  must outlive this
-  EventLines(std::int64_t startNs, const RecordingFilter& filter) : m_startNs(startNs), m_filter(filter) {}
+  /// @param filter  must outlive this; so must the next one
+  /// @param loaderWait  shows a wait for the lock of the loader, which names code
+  EventLines(std::int64_t startNs, const RecordingFilter& filter, LongWait& loaderWait)
+      : m_startNs(startNs), m_filter(filter), m_loaderWait(loaderWait) {}
 
   /// What the recording shows of a setting; nothing of it when the filter throws.
   RecordingShows Shows(std::uint32_t callId, KalConfigGroup group, std::string_view name) const;
@@ -39,6 +42,7 @@ class EventLines {
 
   const std::int64_t m_startNs;
   const RecordingFilter& m_filter;
+  LongWait& m_loaderWait;
   std::unordered_map<const void*, std::string> m_code;  // Members of an origin, by the caller.
 };
 

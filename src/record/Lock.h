@@ -17,9 +17,8 @@ class TESSEL_LOCKING(scoped_lockable) Lock {
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
 
-  /// Waits for a notification, or without one; the mutex is free meanwhile.
-  void Wait(std::condition_variable& notified) { notified.wait(m_lock); }
-  /// The same until a time. False when that has come.
+  /// Waits for a notification, or without one, until a time; the mutex is free meanwhile. False when that has
+  /// come.
   bool WaitUntil(std::condition_variable& notified, std::chrono::steady_clock::time_point end) {
     return notified.wait_until(m_lock, end) == std::cv_status::no_timeout;
   }

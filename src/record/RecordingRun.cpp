@@ -2,6 +2,7 @@
 #include "record/RecordingRun.h"
 
 #include <pthread.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
@@ -10,11 +11,11 @@
 #include <ctime>
 #include <exception>
 #include <filesystem>
+#include <limits>
 #include <system_error>
 #include <utility>
 
 #include "record/LineText.h"
-#include "record/Lock.h"
 #include "record/RecordingFault.h"
 #include "tessel/trace.h"
 #include "util/CCmTextFormator.h"
@@ -84,11 +85,13 @@ class SignalsBlocked {
 RecordingRun::RecordingRun(std::string file, RecordingOptions options)
     : m_options(std::move(options)),
       m_wall(WallTime()),
+      m_process(::getpid()),
       m_journal(std::in_place, m_options.journalCapacity),
       m_next(NextJournalNumber()),
+      m_end(m_next),
       m_reader(m_next),
       m_firstPicture(std::in_place),
-      m_lines(m_startNs, m_options.filter),
+      m_lines(m_startNs, m_options.filter, m_lockWait),
       m_output(AbsolutePath(std::move(file)), m_options.largestFile, m_options.files),
       m_statisticsInterval(
           std::min<std::chrono::milliseconds>(m_options.statisticsInterval, kLongestInterval)),
@@ -104,28 +107,45 @@ void RecordingRun::Start(const std::shared_ptr<RecordingRun>& run) {
 }
 
 void RecordingRun::End() {
+  if (!m_thread.joinable()) return;
+  if (isForked()) return m_thread.detach();
   {
-    const Lock lock(m_mutex);
+    Lock lock(m_mutex);
     m_isEnding = true;
     m_asked.notify_one();
+    if (isOwnThread()) return m_thread.detach();
+    while (!m_isOver) {
+      waitFor(lock, std::numeric_limits<std::uint64_t>::max());
+      if (m_isOver || !m_lockWait.GiveUp()) continue;
+      m_options.filter = nullptr;  // It is called no more: its code and captures may end now.
+      return m_thread.detach();
+    }
   }
-  if (isOwnThread()) {
-    m_thread.detach();
-  } else if (m_thread.joinable()) {
-    m_thread.join();
-  }
+  m_thread.join();
 }
 
 std::int32_t RecordingRun::Flush() {
-  if (isOwnThread()) return kResultNotFound;
+  if (isForked() || isOwnThread()) return kResultNotFound;
   Lock lock(m_mutex);
   const std::uint64_t flush = ++m_flushesAsked;
   m_asked.notify_one();
-  while (m_flushesDone < flush && !m_isOver) lock.Wait(m_answered);
+  waitFor(lock, flush);
   return m_flushesDone < flush ? kResultNotFound : kResultOk;
 }
 
+// Until the flush is done, or the recording over; or until the thread waits in vain.
+void RecordingRun::waitFor(Lock& lock, std::uint64_t flush) {
+  const Clock::time_point begin = Clock::now();
+  while (m_flushesDone < flush && !m_isOver && !m_lockWait.IsInVain(begin))
+    lock.WaitUntil(m_answered, Clock::now() + kMostPause);
+}
+
+bool RecordingRun::isForked() const {
+  return ::getpid() != m_process;
+}
+
 bool RecordingRun::IsOn() {
+  if (isForked()) return false;
   const Lock lock(m_mutex);
   return !m_isOver;
 }
@@ -153,14 +173,17 @@ void RecordingRun::record() {
   m_firstPicture.reset();
   for (;;) {
     const Request request = nextRequest();
-    round(request.isEnd || request.flush != 0);
+    const bool isJournalOn = IsJournalOn();
+    round(request.isEnd || request.flush != 0 || !isJournalOn);
+    if (!isJournalOn) {
+      addLost();
+      write();
+      throw RecordingFault("the journal was stopped");
+    }
     if (request.isEnd) break;
     answer(request.flush);
   }
-  if (const std::uint64_t lost = m_reader.Missed(); lost != 0) {
-    m_lines.AppendLost(m_new, sinceStart(), lost);
-    addNew();
-  }
+  addLost();
   writeEnd(nullptr, sinceStart());
   const Lock lock(m_mutex);
   m_flushesDone = m_flushesAsked;
@@ -183,21 +206,20 @@ void RecordingRun::answer(std::uint64_t flush) {
 
 void RecordingRun::round(bool isAsked) {
   m_lines.ForgetCode();
-  const bool isJournalOn = IsJournalOn();
   takeEvents(isAsked);
   if (m_statisticsInterval > 0ms && (isAsked || Clock::now() >= m_statisticsDue)) takeStatistics();
   write();
   m_output.CheckIsThere();
-  if (!isJournalOn) throw RecordingFault("the journal was stopped");
 }
 
 // Up to what there is now: writers may be as quick as this thread.
 void RecordingRun::takeEvents(bool isAsked) {
-  const std::uint64_t begin = m_next, end = NextJournalNumber();
+  const std::uint64_t begin = m_next;
+  m_end = NextJournalNumber();
   JournalEvent event;
   for (int waits = 0;; ++waits) {
-    while (m_next < end && m_reader.Next(event)) take(event);
-    if (m_next + m_reader.Missed() >= end || !isAsked || waits == kMostWaits) break;
+    while (m_next < m_end && m_reader.Next(event)) take(event);
+    if (m_next + m_reader.Missed() >= m_end || !isAsked || waits == kMostWaits) break;
     std::this_thread::sleep_for(kLeastPause);
   }
   // The next round comes before more than a quarter of the ring is new, at the rate of this one.
@@ -222,7 +244,14 @@ void RecordingRun::take(const JournalEvent& event) {
 
 void RecordingRun::takeStatistics() {
   m_statisticsDue = Clock::now() + m_statisticsInterval;
-  m_statistics.Append(m_new, sinceStart());
+  m_statistics.Append(m_new, sinceStart(), m_lockWait.Run(&CopyStatistics));
+  addNew();
+}
+
+// What was missed last, or is left out since its writer does not finish.
+void RecordingRun::addLost() {
+  if (m_next >= m_end) return;
+  m_lines.AppendLost(m_new, sinceStart(), m_end - m_next);
   addNew();
 }
 
@@ -254,9 +283,10 @@ void RecordingRun::beginNextPart() {
     write();
     throw RecordingFault("it has reached its largest size");
   }
+  const Picture picture = m_lockWait.Run([] { return Picture(); });
   writeEnd("goes on in the next file", m_lastNs);
   m_output.Rotate();
-  beginPart(Picture());
+  beginPart(picture);
 }
 
 void RecordingRun::writeEnd(const char* reason, std::int64_t timeNs) {

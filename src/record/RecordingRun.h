@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -13,6 +15,8 @@
 
 #include "record/EventLines.h"
 #include "record/JournalUse.h"
+#include "record/Lock.h"
+#include "record/LongWait.h"
 #include "record/Picture.h"
 #include "record/RecordingOutput.h"
 #include "record/StatisticsChanges.h"
@@ -36,7 +40,7 @@ class RecordingRun {
 
   /// Starts the thread. Where there is none to be had, the recording ends at once.
   static void Start(const std::shared_ptr<RecordingRun>& run);
-  /// Ends the recording, and waits until its file is whole; not on its own thread.
+  /// Ends the recording, and waits until its file is whole; not on its own thread, nor in vain.
   void End();
 
   std::int32_t Flush();
@@ -61,6 +65,7 @@ class RecordingRun {
   void takeEvents(bool isAsked);
   void take(const JournalEvent& event);
   void takeStatistics();
+  void addLost();
   void addNew();
   void write();
   void beginPart(const Picture& picture);
@@ -68,19 +73,25 @@ class RecordingRun {
   void writeEnd(const char* reason, std::int64_t timeNs);
 
   void endBy(const char* reason) noexcept;
+  // Whether this is another process, which has no such thread.
+  bool isForked() const;
+  void waitFor(Lock& lock, std::uint64_t flush) TESSEL_LOCKING(requires_capability(m_mutex));
   bool isOwnThread() const { return m_writer.load() == std::this_thread::get_id(); }
   std::int64_t sinceStart() const { return Nanoseconds(Clock::now() - m_start).count(); }
 
-  const RecordingOptions m_options;
+  RecordingOptions m_options;
   const Clock::time_point m_start = Clock::now();
   const std::int64_t m_startNs = Nanoseconds(m_start.time_since_epoch()).count();
   const std::string m_wall;  // The time of day then.
+  const ::pid_t m_process;
 
   // The thread's alone, once it runs.
   std::optional<JournalUse> m_journal;
   std::uint64_t m_next;  // The number that is read next, unless it is missed.
+  std::uint64_t m_end;   // Where the last round's events end.
   JournalReader m_reader;
   std::optional<Picture> m_firstPicture;
+  LongWait m_lockWait;
   EventLines m_lines;
   StatisticsChanges m_statistics;
   RecordingOutput m_output;

@@ -137,8 +137,9 @@ std::vector<StatisticsCopy> CopyStatistics() {
   return copies;
 }
 
-void StatisticsChanges::Append(std::string& out, std::int64_t timeNs) {
-  append(out, timeNs, CopyStatistics(), Lines::kChanges);
+void StatisticsChanges::Append(std::string& out, std::int64_t timeNs,
+                               const std::vector<StatisticsCopy>& copies) {
+  append(out, timeNs, copies, Lines::kChanges);
 }
 
 void StatisticsChanges::AppendPicture(std::string& out, std::int64_t timeNs,

@@ -25,7 +25,7 @@ std::vector<StatisticsCopy> CopyStatistics();
 class StatisticsChanges {
  public:
   /// Appends a line for each object of which a member changed.
-  void Append(std::string& out, std::int64_t timeNs);
+  void Append(std::string& out, std::int64_t timeNs, const std::vector<StatisticsCopy>& copies);
   /// Appends a line of a picture for each object, as if none had been looked at.
   void AppendPicture(std::string& out, std::int64_t timeNs, const std::vector<StatisticsCopy>& copies);
   /// An object was made: it begins like one that was not looked at.

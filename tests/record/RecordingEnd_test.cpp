@@ -180,6 +180,115 @@ TEST_F(RecordingEnd, AnswersThoseWhoWaitForAFlush) {
   EXPECT_EQ(fine, 3);
 }
 
+// Holds up the thread that sets "Held", between the change and its event.
+struct HoldingSink {
+  static void Receive(void* context, int, const char*, const char* text, unsigned int) {
+    auto& self = *static_cast<HoldingSink*>(context);
+    if (std::string(text).find("fireEvents, Held") == std::string::npos) return;
+    self.isHeld.Open();
+    self.goesOn.Wait();
+  }
+
+  Gate isHeld, goesOn;
+};
+
+TEST_F(RecordingEnd, CountsWhatItDoesNotWaitFor) {
+  const TraceLog trace(2);  // Restores the mask and the sink.
+  HoldingSink sink;
+  set_util_trace_sink(&HoldingSink::Receive, &sink);
+  CallStore store(kEndingCall, CallStore::kEndsCall);
+  std::thread held;
+  {
+    const Recording recording(File());
+    held = std::thread([&] { store->SetKalConfig(kEndingGroup, "Held", 1, false, false); });
+    sink.isHeld.Wait();
+    SetFps(*store, 15);
+  }
+  sink.goesOn.Open();
+  held.join();
+  EXPECT_TRUE(OfType("set").empty());
+  const auto lost = OfType("lost");
+  ASSERT_EQ(lost.size(), 1u);
+  EXPECT_EQ(lost[0].Get("count"), "2");
+  EXPECT_EQ(Lines().back().Get("event"), "ended");
+}
+
+// What a callback captured. It ends with its store, under the lock that the next picture needs.
+struct OwnerOfARecording {
+  explicit OwnerOfARecording(const std::string& file)
+      : recording(std::make_unique<Recording>(file, RecordingOptions{.largestFile = 1, .files = 2})) {}
+  ~OwnerOfARecording() {
+    SetFps(*other, 15);
+    SetFps(*other, 30);
+    recording.reset();
+  }
+
+  CallStore other{kEndingCall + 1, CallStore::kEndsCall};
+  std::unique_ptr<Recording> recording;
+};
+
+TEST_F(RecordingEnd, WithAStoreThatOwnsItIsNotWaitedForInVain) {
+  const TraceLog trace(0);
+  {
+    const CallStore store(kEndingCall, CallStore::kEndsCall);
+    store->SubscribeConfig(
+        kEndingGroup, "MaxFps",
+        [owner = std::make_shared<OwnerOfARecording>(File())](const KalConfigEvent&) {}, nullptr, false);
+  }
+  while (trace.Lines().empty()) std::this_thread::yield();
+  EXPECT_EQ(trace.Count("reason=its end could not wait for a lock"), 1u);
+  EXPECT_FALSE(IsJournalOn());
+  EXPECT_EQ(Lines().back().Get("reason"), "its end could not wait for a lock");
+}
+
+// Flushes where the lock of the statistics is held, which the flush needs.
+struct FlushingSink {
+  static void Receive(void* context, int, const char*, const char* text, unsigned int) {
+    auto& self = *static_cast<FlushingSink*>(context);
+    if (std::string(text).find("CKalTessel::createOrGetTesselEntity") == std::string::npos) return;
+    self.result = self.recording->Flush();
+  }
+
+  Recording* recording;
+  std::int32_t result = kResultOk;
+};
+
+TEST_F(RecordingEnd, DoesNotComeByAFlushInVain) {
+  const TraceLog trace(2);  // Restores the mask and the sink.
+  Recording recording(File());
+  FlushingSink sink{&recording};
+  set_util_trace_sink(&FlushingSink::Receive, &sink);
+  {
+    const StatsRef<VideoStats> statistics(kEndingCall);
+  }
+  set_util_trace_sink(nullptr, nullptr);
+  EXPECT_EQ(sink.result, kResultNotFound);
+  EXPECT_EQ(recording.Flush(), kResultOk);
+  EXPECT_TRUE(recording.IsOn());
+  EXPECT_EQ(OfType("statistics").front().Get("event"), "made");
+  EXPECT_EQ(OfType("statistics").back().Get("event"), "ended");
+}
+
+TEST_F(RecordingEnd, InAForkedProcessIsNotTheParents) {
+  auto recording = std::make_unique<Recording>(File());
+  ASSERT_EQ(recording->Flush(), kResultOk);
+  const ::pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    const bool isRefused = !recording->IsOn() && recording->Flush() == kResultNotFound;
+    recording.reset();
+    ::_exit(isRefused ? 0 : 1);
+  }
+  int status = 1;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(recording->Flush(), kResultOk);
+  {
+    const Recording other(File());
+  }
+  EXPECT_EQ(Lines().size(), 1u);
+}
+
 TEST_F(RecordingEnd, ByAKillLeavesAFileOfWholeLines) {
   const ::pid_t child = ::fork();
   ASSERT_GE(child, 0);
