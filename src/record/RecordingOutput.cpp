@@ -26,7 +26,7 @@ namespace {
 RecordingOutput::RecordingOutput(std::string file, std::uint64_t largest, std::size_t files)
     : m_file(std::move(file)), m_largest(largest), m_files(files) {}
 
-// Of a forked process: what is locked there is locked for the parent, who goes on.
+// Still open in a forked process alone: unlocking it there would unlock it for the parent.
 RecordingOutput::~RecordingOutput() {
   if (m_descriptor >= 0) ::close(m_descriptor);
 }
