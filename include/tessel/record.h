@@ -113,10 +113,10 @@ class TESSEL_API Recording {
   Recording& operator=(const Recording&) = delete;
   /// Ends the recording. Waits until everything that happened before is in the file.
   ///
-  /// Where its thread waits for a lock in vain, for three seconds, the file is left to end soon after, with the
-  /// reason in its last line: the caller holds the lock. What a callback captured ends with its store under
-  /// the stores' lock, trace lines of statistics objects ("CKalTessel::") are written under theirs, and the
-  /// static objects of a shared object begin and end under the loader's.
+  /// Where its thread waits for a lock in vain, for three seconds, the file is left to end soon after, with
+  /// the reason in its last line: the caller holds the lock. What a callback captured ends with its store
+  /// under the stores' lock, trace lines of statistics objects ("CKalTessel::") are written under theirs, and
+  /// the static objects of a shared object begin and end under the loader's.
   ~Recording();
 
   /// Waits until everything that happened before is in the file; the statistics as they are now, too. An

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <future>
 #include <string>
@@ -268,6 +270,28 @@ TEST(LogCommand, FollowsARecordingUntilItEnds) {
   append("video, ended\n", end, text.size());
   const Finished finished = run.get();
   EXPECT_EQ(finished.out, Log({"--type", "statistics", "--type", "lost"}).out);
+  EXPECT_EQ(finished.err, "");
+  EXPECT_EQ(finished.status, 0);
+}
+
+// The file is full, then it makes place for the next one.
+TEST(LogCommand, FollowsARotatedSetUntilTheRecordingEnds) {
+  const std::string whole = Recording("call");
+  const std::string full =
+      whole.substr(0, whole.rfind("{\"type\"")) +
+      R"({"type":"recording","t":9,"event":"ended","reason":"goes on in the next file"})" + "\n";
+  Program program;
+  program.File("a.tessel", full).File("next", whole);
+  std::future<Finished> run = std::async(std::launch::async, [&] {
+    return program.Run({"log", "a.tessel", "--follow", "--type", "lost", "--type", "recording"});
+  });
+  while (program.Contents(".out").find("goes on in the next file\n") == std::string::npos)
+    std::this_thread::yield();
+  std::filesystem::rename(program.Path("a.tessel"), program.Path("a.tessel.1"));
+  std::filesystem::rename(program.Path("next"), program.Path("a.tessel"));
+  const Finished finished = run.get();
+  const std::string second = Log({"--type", "lost", "--type", "recording"}).out;
+  EXPECT_EQ(finished.out.substr(finished.out.size() - std::min(second.size(), finished.out.size())), second);
   EXPECT_EQ(finished.err, "");
   EXPECT_EQ(finished.status, 0);
 }

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <iostream>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -55,19 +56,35 @@ bool RecordingFile::Read(const OnEvent& onEvent, End end, Faults faults) {
     std::cout << std::flush;  // The lines of both in their order, where they lead to one terminal.
     std::cerr << FileTitle(m_name) << ':' << line << ": " << Printable(reason) << '\n';
   };
-  RecordingReader reader({onEvent, report});
+  std::optional<RecordingReader> reader(std::in_place, RecordingReader::Sink{onEvent, report});
   std::array<char, 65536> chunk;
-  const int descriptor = ::fileno(m_stream.get());  // A stream would wait until its buffer is full.
   for (;;) {
+    const int descriptor = ::fileno(m_stream.get());  // A stream would wait until its buffer is full.
     const ssize_t count = ::read(descriptor, chunk.data(), chunk.size());
     if (count < 0) {
       if (errno == EINTR) continue;
       throw UnreadableRecording(m_name);
     }
-    if (!reader.Feed({chunk.data(), static_cast<std::size_t>(count)})) return false;
+    if (!reader->Feed({chunk.data(), static_cast<std::size_t>(count)})) return false;
     if (count > 0) continue;
-    if (end == End::kOfFile || reader.HasEnded() || !CanGrow(descriptor) || !WaitForMore()) break;
+    if (end == End::kOfFile || reader->HasEnded() || !CanGrow(descriptor)) break;
+    if (reader->GoesOn() && openNext()) {
+      reader.emplace(RecordingReader::Sink{onEvent, report});
+    } else if (!WaitForMore()) {
+      break;
+    }
   }
-  reader.Finish();
+  reader->Finish();
   return isFine;
+}
+
+// False while the name is the full file's still, or nobody's.
+bool RecordingFile::openNext() {
+  Stream next(std::fopen(m_name.c_str(), "rbe"));
+  struct stat full{}, other{};
+  if (next == nullptr || ::fstat(::fileno(m_stream.get()), &full) != 0 ||
+      ::fstat(::fileno(next.get()), &other) != 0 || full.st_ino == other.st_ino)
+    return false;
+  m_stream = std::move(next);
+  return true;
 }

@@ -15,7 +15,9 @@ class RecordingFile {
 
   enum class End {
     kOfFile,
-    kOfRecording,  ///< What is appended is read, until the recording ends or nobody reads standard output.
+    /// What is appended is read, and where the file is one of a set, the next ones of its name: until the
+    /// recording ends or nobody reads standard output.
+    kOfRecording,
   };
 
   /// Whether faults are written to standard error.
@@ -36,6 +38,10 @@ class RecordingFile {
     }
   };
 
+  using Stream = std::unique_ptr<std::FILE, Close>;
+
+  bool openNext();
+
   std::string m_name;
-  std::unique_ptr<std::FILE, Close> m_stream;
+  Stream m_stream;
 };
