@@ -14,24 +14,31 @@ namespace {
 // Makes one of counting and switching: the last one does not turn off what the next first one has found on.
 constinit detail::Mutex<std::mutex> g_useMutex;
 constinit std::size_t g_uses TESSEL_LOCKING(guarded_by(g_useMutex)) = 0;
-constinit bool g_isOurs TESSEL_LOCKING(guarded_by(g_useMutex)) = false;
+// The next number when a use turned the journal on; 0: it was on.
+constinit std::uint64_t g_ourStart TESSEL_LOCKING(guarded_by(g_useMutex)) = 0;
 
 void BeginUse(std::size_t capacity) {
   const Lock lock(g_useMutex);
   // Also when there are others: who stopped the journal meanwhile did not mean this one.
   if (StartJournal(std::clamp<std::size_t>(capacity, 1, kJournalLargestCapacity)) == kResultOk)
-    g_isOurs = true;
+    g_ourStart = NextJournalNumber();
   ++g_uses;
 }
 
 void EndUse() {
   const Lock lock(g_useMutex);
-  if (--g_uses != 0 || !g_isOurs) return;
-  g_isOurs = false;
-  StopJournal();
+  if (--g_uses != 0 || g_ourStart == 0) return;
+  if (!HasJournalStartedSince(g_ourStart)) StopJournal();
+  g_ourStart = 0;
 }
 
 }  // namespace
+
+bool HasJournalStartedSince(std::uint64_t number) {
+  JournalReader reader;  // Begins with the last start.
+  JournalEvent first;
+  return reader.Next(first) && first.number - first.missed > number;
+}
 
 JournalUse::JournalUse(std::size_t capacity) {
   BeginUse(capacity);

@@ -87,7 +87,8 @@ RecordingRun::RecordingRun(std::string file, RecordingOptions options)
       m_wall(WallTime()),
       m_process(::getpid()),
       m_journal(std::in_place, m_options.journalCapacity),
-      m_next(NextJournalNumber()),
+      m_begin(NextJournalNumber()),
+      m_next(m_begin),
       m_end(m_next),
       m_reader(m_next),
       m_firstPicture(std::in_place),
@@ -173,9 +174,9 @@ void RecordingRun::record() {
   m_firstPicture.reset();
   for (;;) {
     const Request request = nextRequest();
-    const bool isJournalOn = IsJournalOn();
-    round(request.isEnd || request.flush != 0 || !isJournalOn);
-    if (!isJournalOn) {
+    const bool wasStopped = !IsJournalOn() || HasJournalStartedSince(m_begin);
+    round(request.isEnd || request.flush != 0 || wasStopped);
+    if (wasStopped) {
       addLost();
       write();
       throw RecordingFault("the journal was stopped");

@@ -87,8 +87,9 @@ class RecordingRun {
 
   // The thread's alone, once it runs.
   std::optional<JournalUse> m_journal;
-  std::uint64_t m_next;  // The number that is read next, unless it is missed.
-  std::uint64_t m_end;   // Where the last round's events end.
+  const std::uint64_t m_begin;  // The first number.
+  std::uint64_t m_next;         // The number that is read next, unless it is missed.
+  std::uint64_t m_end;          // Where the last round's events end.
   JournalReader m_reader;
   std::optional<Picture> m_firstPicture;
   LongWait m_lockWait;

@@ -88,6 +88,32 @@ TEST_F(RecordingEnd, ComesWhenSomebodyStopsTheJournal) {
             1u);
 }
 
+// What happens meanwhile is in no event, and cannot be counted.
+TEST_F(RecordingEnd, ComesWhenSomebodyStopsTheJournalAndStartsItAgain) {
+  const TraceLog trace(0);
+  CallStore store(kEndingCall, CallStore::kEndsCall);
+  {
+    Gate asked, goesOn;
+    Recording recording(File(), {.filter = [&](auto, auto, auto) {
+                          asked.Open();
+                          goesOn.Wait();
+                          return RecordingShows::kAll;
+                        }});
+    SetFps(*store, 15);
+    asked.Wait();  // Its thread does not look at the journal meanwhile.
+    ASSERT_EQ(StopJournal(), kResultOk);
+    SetFps(*store, 30);
+    ASSERT_EQ(StartJournal(64), kResultOk);
+    SetFps(*store, 60);
+    goesOn.Open();
+    EXPECT_EQ(recording.Flush(), kResultNotFound);
+    EXPECT_TRUE(IsJournalOn()) << "it is somebody else's";
+  }
+  EXPECT_TRUE(IsJournalOn());
+  EXPECT_EQ(trace.Count("reason=the journal was stopped"), 1u);
+  EXPECT_EQ(StopJournal(), kResultOk);
+}
+
 TEST_F(RecordingEnd, ReplacesAnEarlierRecording) {
   {
     const Recording recording(File());
