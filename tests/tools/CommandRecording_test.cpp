@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Program.h"
@@ -93,18 +94,18 @@ TEST(CommandRecording, ThatIsNotWholeIsReportedAndTheCommandGoesOn) {
   EXPECT_THAT(run.out, HasSubstr("AV1"));
 }
 
-// Whatever is set and removed, before and after the recording began: its settings at the end are the store's.
+// Whatever is set and removed, before and after the recording began, also by two threads at once: its settings at the end are the store's.
 TEST(CommandRecording, GivesTheSettingsThatTheStoreHad) {
   using namespace kalStore;
   std::string name = (std::filesystem::temp_directory_path() / "recording-XXXXXX").string();
   const std::string folder = ::mkdtemp(name.data()), file = folder + "/a.tessel";
+  const std::string kKeys[] = {"Key", "\xff\"", "\xc3\xa9\n", "\xed\xa0\x80@*"};
   for (unsigned int seed = 1; seed <= 20; ++seed) {
-    std::mt19937 random(seed);
-    const auto choose = [&](unsigned int count) { return random() % count; };
     CallStore store(7, CallStore::kEndsCall);
-    const auto change = [&] {
+    const auto change = [&](std::mt19937& random) {
+      const auto choose = [&](unsigned int count) { return random() % count; };
       const auto group = static_cast<KalConfigGroup>(choose(3));
-      const std::string key = "Key" + std::to_string(choose(4));
+      const std::string key = kKeys[choose(4)];
       switch (choose(10)) {
         case 0:
           return store->RemoveKalConfigByGroup(group);
@@ -115,16 +116,22 @@ TEST(CommandRecording, GivesTheSettingsThatTheStoreHad) {
           return store->SetKalConfig(group, key.c_str(), 1, false, true);
         case 4:
           return store->ApplyKalConfigs(
-              (R"({"Common":[{"key":")" + key + R"(","value":"\u00ff\n"}]})").c_str());
+              R"({"Common":[{"key":"Key","value":"\u00ff\n"},{"key":"\u00ff\"","value":"\u0000"}]})");
         default:
           return store->SetKalConfig(group, key.c_str(), static_cast<int>(choose(3)), choose(2) == 0, false);
       }
     };
-    for (int i = 0; i < 20; ++i) change();
+    const auto changeOften = [&](unsigned int ownSeed, int count) {
+      std::mt19937 random(ownSeed);
+      for (int i = 0; i < count; ++i) change(random);
+    };
+    changeOften(seed, 20);
     std::string document;
     {
       kalStore::Recording recording(file, {.largestFile = 3000, .files = 2});
-      for (int i = 0; i < 100; ++i) change();
+      std::thread other(changeOften, 100 + seed, 100);
+      changeOften(200 + seed, 100);
+      other.join();
       ASSERT_EQ(recording.Flush(), kResultOk);
       document = store->DumpKalConfigs(kAllConfigGroups);
     }
