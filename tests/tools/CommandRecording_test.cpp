@@ -94,7 +94,8 @@ TEST(CommandRecording, ThatIsNotWholeIsReportedAndTheCommandGoesOn) {
   EXPECT_THAT(run.out, HasSubstr("AV1"));
 }
 
-// Whatever is set and removed, before and after the recording began, also by two threads at once: its settings at the end are the store's.
+// Whatever is set and removed, before and after the recording began, also by two threads at once: its
+// settings at the end are the store's.
 TEST(CommandRecording, GivesTheSettingsThatTheStoreHad) {
   using namespace kalStore;
   std::string name = (std::filesystem::temp_directory_path() / "recording-XXXXXX").string();
@@ -140,4 +141,26 @@ TEST(CommandRecording, GivesTheSettingsThatTheStoreHad) {
     EXPECT_EQ(settings.exitStatus, 0);
   }
   std::filesystem::remove_all(folder);
+}
+
+// What a callback captured may set in a store that is ending.
+TEST(CommandRecording, HasNoCallBecauseOfASetAfterItsEnd) {
+  RecordedSettings settings;
+  const auto take = [&](const std::string& line) {
+    RecordingEvent event;
+    ASSERT_EQ(ReadRecordingLine(line, event), "");
+    settings.Take(event);
+  };
+  const std::string set =
+      R"({"type":"set","t":1,"call":7,"group":"Video","name":"MaxFps","new":"15","result":"nobody"})";
+  take(R"({"type":"call","t":0,"call":7,"event":"made","references":2})");
+  take(set);
+  EXPECT_EQ(settings.Calls().size(), 1u);
+  take(R"({"type":"call","t":1,"call":7,"event":"ended","references":0})");
+  take(set);
+  EXPECT_TRUE(settings.Calls().empty());
+  // The line of the next store may be among those that were lost.
+  take(R"({"type":"lost","t":1,"count":1})");
+  take(set);
+  EXPECT_EQ(settings.Calls().size(), 1u);
 }

@@ -79,14 +79,18 @@ std::vector<std::string> RecordedSettings::Call::Gaps() const {
 
 void RecordedSettings::Take(const RecordingEvent& event) {
   if (event.IsBegin()) {  // Its picture has all that is there.
-    m_calls.clear();
-    m_lost = 0;
+    *this = {};
   } else if (event.type == "lost") {
     m_lost += *event.count;
+    m_ended.clear();
   } else if (event.type == "call" && event.event == "ended") {
     m_calls.erase(*event.call);
-  } else if (event.type == "call" || event.type == "set") {
-    m_calls[*event.call].Take(event);
+    m_ended.insert(*event.call);
+  } else if (event.type == "call") {
+    m_calls[*event.call];
+    m_ended.erase(*event.call);
+  } else if (event.type == "set") {
+    if (!m_ended.contains(*event.call)) m_calls[*event.call].Take(event);
   } else if (event.type == "remove") {
     const auto found = m_calls.find(*event.call);
     if (found != m_calls.end()) found->second.Take(event);

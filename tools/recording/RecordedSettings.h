@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -42,6 +43,7 @@ class RecordedSettings {
 
  private:
   std::map<std::uint64_t, Call> m_calls;
+  std::set<std::uint64_t> m_ended;  // Calls in whose stores something may still be set, to no effect.
   std::uint64_t m_lost = 0;
 };
 
