@@ -257,13 +257,15 @@ def code_place(address):
             block = block.superblock
         if block is not None:
             place = gdb.find_pc_line(address - 1)
-            return f"{block.function.name} ({os.path.basename(place.symtab.filename)}:{place.line})"
+            file = os.path.basename(reading.host_string(lambda: place.symtab.filename))
+            return f"{block.function.name} ({file}:{place.line})"
     except (RuntimeError, AttributeError):
         pass
-    known = re.match(r"(.*?)( \+ \d+)? in section", gdb.execute(f"info symbol {address - 1}", to_string=True))
+    symbol = reading.host_string(lambda: gdb.execute(f"info symbol {address - 1}", to_string=True))
+    known = re.match(r"(.*?)( \+ \d+)? in section", symbol)
     if known:
         return known[1]
-    return os.path.basename(gdb.solib_name(address) or "") or f"{address:#x}"
+    return os.path.basename(reading.host_string(lambda: gdb.solib_name(address)) or "") or f"{address:#x}"
 
 
 def register():

@@ -12,6 +12,14 @@ class Unreadable(Exception):
     """Why a value cannot be shown; shown in its place."""
 
 
+def host_string(ask):
+    """A string that gdb is asked for; bytes that are none of the locale's characters become escapes."""
+    try:
+        return ask()
+    except UnicodeDecodeError as error:
+        return error.object.decode("ascii", "backslashreplace")
+
+
 def require(condition):
     if not condition:
         raise Unreadable("uninitialised, destroyed or damaged")

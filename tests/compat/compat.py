@@ -63,7 +63,7 @@ def check(headers, compiler, libraries, work, today=TODAY):
     work.mkdir(parents=True)
     sources = write_examples(headers, work)
     folders = [libraries.resolve(), libraries.resolve() / "tessel"]
-    link = [*(f"-L{folder}" for folder in folders), "-ltessel", "-l:libutil.so", "-pthread"]
+    link = [*(f"-L{folder}" for folder in folders), "-ltessel_record", "-ltessel", "-l:libutil.so", "-pthread"]
     found = os.environ | {"LD_LIBRARY_PATH": ":".join(map(str, folders))}
     for name, include, compiles, runs in (
             ("built_then", [headers], "the kept headers do not compile, or today's libraries lack what they declare",
