@@ -9,11 +9,12 @@ void AddRecordOption(CLI::App& command, std::string& file) {
   SetFile(*command.add_option("--record", file, "Record what happens, for tessel log and its siblings"));
 }
 
-CommandRecording::CommandRecording(const std::string& file, const std::vector<std::string>& inputs) {
+CommandRecording::CommandRecording(const std::string& file, const std::vector<std::string>& inputs,
+                                   const kalStore::RecordingOptions& options) {
   if (file.empty()) return;
   RefuseUnusableOutput("--record", "a recording", file, inputs);
   const OutputFile writable(file);
-  m_recording.emplace(file);
+  m_recording.emplace(file, options);
 }
 
 int CommandRecording::End(int status) {

@@ -16,7 +16,8 @@ void AddRecordOption(CLI::App& command, std::string& file);
 class CommandRecording {
  public:
   /// Begins it. Throws CommandError when the file cannot be written, or is one of the command's inputs.
-  CommandRecording(const std::string& file, const std::vector<std::string>& inputs);
+  CommandRecording(const std::string& file, const std::vector<std::string>& inputs,
+                   const kalStore::RecordingOptions& options = {});
 
   /// Ends it. The trace has said when it is not whole.
   /// @param status  the command's exit status

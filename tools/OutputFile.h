@@ -25,6 +25,6 @@ class OutputFile {
 
 /// Throws UsageError when a file that an option names for output is standard input, or a document that is
 /// read.
-/// @param what  what the file becomes: "a report"
+/// @param what  what the file becomes: "a recording"
 void RefuseUnusableOutput(const std::string& option, const std::string& what, const std::string& file,
                           const std::vector<std::string>& documents);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ReportCommand.h"
 
-#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -14,10 +13,9 @@
 #include "OutputFile.h"
 #include "Printable.h"
 #include "TextFile.h"
-#include "recording/EventText.h"
 #include "recording/RecordingFile.h"
-#include "report/EmbeddedRecording.h"
 #include "report/Page.h"
+#include "report/RecordingsPage.h"
 
 namespace {
 
@@ -41,18 +39,7 @@ int WriteReport(const ReportOptions& options) {
   RefuseRecordingAsPage(options);
   RequirePage();
   std::vector<RecordingFile> files(options.files.begin(), options.files.end());
-  const OutputFile output(options.page);
-  std::string page(PageBegin());
-  bool isFine = true;
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    EmbeddedRecording recording(page, i, std::string(BaseName(FileName(options.files[i]))));
-    const bool isWhole =
-        files[i].Read([&](const RecordingEvent&, const std::string& line) { recording.Add(line); });
-    isFine = isFine && isWhole;
-  }
-  page += PageEnd();
-  output.Write(page);
-  return isFine ? kExitFine : kExitNotUsable;
+  return WriteRecordingsPage(files, OutputFile(options.page)) ? kExitFine : kExitNotUsable;
 }
 
 }  // namespace

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SimulateCommand.h"
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "CommandError.h"
@@ -16,7 +20,10 @@
 #include "OutputFile.h"
 #include "Printable.h"
 #include "Progress.h"
-#include "simulate/Report.h"
+#include "TemporaryFile.h"
+#include "recording/RecordingFile.h"
+#include "report/Page.h"
+#include "report/RecordingsPage.h"
 #include "simulate/Simulation.h"
 #include "simulate/Summary.h"
 
@@ -65,28 +72,62 @@ class Interruption {
   struct sigaction m_terminate{};
 };
 
+// The plots of a short run need more than a value in each second.
+std::chrono::milliseconds StatisticsInterval(double plannedSeconds) {
+  constexpr double kValues = 300;
+  return std::chrono::milliseconds(
+      std::clamp(static_cast<long>(plannedSeconds * 1000 / kValues), 100L, 1000L));
+}
+
+// The report is made of the recording, which is read again.
+void RefuseRecordingForReport(const std::string& report, const std::string& recording) {
+  namespace fs = std::filesystem;
+  std::error_code isNoFile;
+  if (fs::path(report).lexically_normal() == fs::path(recording).lexically_normal() ||
+      fs::equivalent(report, recording, isNoFile)) {
+    throw UsageError("--report " + Quoted(report) + ": is the recording");
+  }
+  if (fs::exists(recording, isNoFile) && !fs::is_regular_file(recording, isNoFile)) {
+    throw UsageError("--record " + Quoted(recording) + ": is no regular file, which a report is made of");
+  }
+}
+
 int Simulate(SimulateOptions& options) {
   SimulationPlan& plan = options.plan;
   if (plan.calls * (simulate::Call::kOwnComponents + plan.listeners) > kMaxComponents) {
     throw UsageError("--calls and --components: more than " + std::to_string(kMaxComponents) +
                      " components in all");
   }
-  RefuseUnusableOutput("--report", "a report", options.report, options.settings);
+  const bool hasReport = !options.report.empty();
+  if (hasReport) {
+    RefuseUnusableOutput("--report", "a report", options.report, options.settings);
+    if (!options.recording.empty()) RefuseRecordingForReport(options.report, options.recording);
+    RequirePage();
+  }
   const Interruption interruption;
   plan.documents = LoadDocuments(options.settings);
   for (const SettingsDocument& document : plan.documents) document.PrintFindings(std::cerr);
-  std::optional<OutputFile> file;
-  if (!options.report.empty()) file.emplace(options.report);
+  std::optional<TemporaryFile> temporary;
+  if (hasReport && options.recording.empty()) {
+    options.recording = temporary.emplace("simulation.tessel").Path();
+  }
+  std::optional<OutputFile> page;
+  if (hasReport) page.emplace(options.report);
 
-  CommandRecording recording(options.recording, options.settings);
+  CommandRecording recording(options.recording, options.settings,
+                             {.statisticsInterval = StatisticsInterval(plan.seconds)});
   Simulation simulation(plan);
   {
     const Progress progress("simulating");
     simulation.Run(interrupted);
   }
-  if (file) file->Write(simulate::Report(simulation));
+  int status = recording.End(simulation.IsSound() ? kExitFine : kExitFindings);
+  if (page) {
+    RecordingFile recorded(options.recording);
+    if (!WriteRecordingsPage({&recorded, 1}, *page)) status = kExitNotUsable;
+  }
   (options.json ? simulate::PrintSummaryAsJson : simulate::PrintSummary)(std::cout, simulation);
-  return recording.End(simulation.IsSound() ? kExitFine : kExitFindings);
+  return status;
 }
 
 }  // namespace
@@ -110,7 +151,8 @@ void AddSimulateCommand(CLI::App& app, int& exitStatus) {
                             "A settings document; repeatable. The first is applied when the calls start, the "
                             "others arrive during the calls, evenly spread; - is standard input")
                ->allow_extra_args(false));
-  SetFile(*command->add_option("--report", options->report, "Write a report with plots, one HTML file"));
+  SetFile(*command->add_option("--report", options->report,
+                               "Write what was recorded as a page, as tessel report does"));
   AddRecordOption(*command, options->recording);
   command->add_flag("--json", options->json, "Print the summary as a JSON object, on one line");
   command->footer(
@@ -127,6 +169,8 @@ void AddSimulateCommand(CLI::App& app, int& exitStatus) {
       "Examples:\n"
       "  tessel simulate --settings base.json --settings low-bandwidth.json --report report.html\n"
       "      What do the two documents do to a call, and what does the library do?\n"
+      "  tessel simulate --record call.tessel && tessel report call.tessel -o report.html\n"
+      "      The same page; the recording is there for tessel log and its siblings, too.\n"
       "  tessel simulate --seconds 60 --calls 10 --components 20 --json\n"
       "      How long do deliveries take under load?");
   command->callback([options, &exitStatus] { exitStatus = Simulate(*options); });

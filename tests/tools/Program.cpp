@@ -102,6 +102,11 @@ Program::~Program() {
   std::filesystem::remove_all(m_folder, ignored);
 }
 
+Program& Program::Build(std::string executable) {
+  m_executable = std::move(executable);
+  return *this;
+}
+
 Program& Program::File(const std::string& name, const std::string& text) {
   std::ofstream(Path(name), std::ios::binary) << text;
   return *this;
@@ -194,7 +199,7 @@ Finished Program::Run(std::vector<std::string> arguments) {
     for (const int descriptor : m_closed) ::close(descriptor);
     const rlimit limit{m_memoryLimit, m_memoryLimit};
     if (m_memoryLimit != 0) ::setrlimit(RLIMIT_AS, &limit);
-    if (::chdir(m_folder.c_str()) == 0) ::execve(TESSEL_PROGRAM, argv.data(), environment.data());
+    if (::chdir(m_folder.c_str()) == 0) ::execve(m_executable.c_str(), argv.data(), environment.data());
     ::_exit(127);
   }
   out.Close();

@@ -29,6 +29,8 @@ class Program {
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 
+  /// Runs that build of the program.
+  Program& Build(std::string executable);
   /// Makes a file for the program to read.
   Program& File(const std::string& name, const std::string& text);
   /// What standard input holds; nothing by default.
@@ -57,6 +59,7 @@ class Program {
   std::string Path(const std::string& name) const { return m_folder + "/" + name; }
 
  private:
+  std::string m_executable = TESSEL_PROGRAM;
   std::string m_folder;
   std::string m_input;
   std::chrono::milliseconds m_delay{};

@@ -2,12 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <regex>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Program.h"
@@ -16,7 +12,6 @@
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 std::string Example(const std::string& name) {
   return TESSEL_EXAMPLE_SETTINGS "/" + name;
@@ -52,7 +47,7 @@ TEST(SimulateCommand, NotifiesEverySubscriberOnceOfEachChange) {
     deliveries += Number(setting, "deliveries");
     sets += Number(setting, "sets");
     if (Member(setting, "setting").ToString() == "Transmission/TargetBandwidth") {
-      EXPECT_EQ(Number(setting, "subscribers"), 4);  // The reporter and three listeners.
+      EXPECT_EQ(Number(setting, "subscribers"), 3);  // The listeners.
       EXPECT_GT(Number(setting, "sets"), 0);
     }
   }
@@ -135,7 +130,7 @@ TEST(SimulateCommand, WorksWithWhateverNumbersADocumentSets) {
                              .File("x.json", document + "}")
                              .File("later.json", document + "}")
                              .Run({"simulate", "--seconds", "0.2", "--calls", "1", "--settings", "x.json",
-                                   "--settings", "later.json", "--report", "report.html"});
+                                   "--settings", "later.json"});
     EXPECT_EQ(run.err, "") << value;
     EXPECT_EQ(run.status, 0) << value;
   }
@@ -155,14 +150,13 @@ TEST(SimulateCommand, PrintsASummaryForPeople) {
   EXPECT_THAT(run.out, testing::ContainsRegex("\nmemory +[0-9.]+ MiB  [0-9.]+ MiB at most\n$"));
 }
 
-TEST(SimulateCommand, EndsEarlyWhenInterruptedAndStillReports) {
-  Program program;
-  const Finished run = program.InterruptOnceItMakes("report.html")
-                           .Run({"simulate", "--seconds", "3600", "--report", "report.html"});
+TEST(SimulateCommand, EndsEarlyWhenInterruptedAndStillSumsUp) {
+  const Finished run = Program()
+                           .InterruptOnceItMakes("a.tessel")
+                           .Run({"simulate", "--seconds", "3600", "--record", "a.tessel"});
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.out, testing::StartsWith("2 calls, 14 components, "));
   EXPECT_THAT(run.out, HasSubstr(" 0 lost, 0 unexpected, 0 out of order\n"));
-  EXPECT_THAT(program.Contents("report.html"), testing::EndsWith("</body></html>\n"));
 }
 
 TEST(SimulateCommand, ReportsWhatImportSkips) {
@@ -197,6 +191,8 @@ TEST(SimulateCommand, RefusesAnUnusableCommandLineInOneLine) {
                                 {"simulate", "--calls", "1.5"},
                                 {"simulate", "--components", ""},
                                 {"simulate", "--settings", "no.json", "--report", "./no.json"},
+                                {"simulate", "--record", "a.tessel", "--report", "./a.tessel"},
+                                {"simulate", "--record", "/dev/null", "--report", "report.html"},
                                 {"simulate", "base.json"}}) {
     const Finished run = Program().File("no.json", "[]").Run(arguments);
     EXPECT_EQ(run.out, "");
@@ -205,141 +201,8 @@ TEST(SimulateCommand, RefusesAnUnusableCommandLineInOneLine) {
   }
 }
 
-TEST(SimulateCommand, RefusesAReportThatCannotBeWrittenBeforeItRuns) {
-  const Finished run = Program().Run({"simulate", "--seconds", "3600", "--report", "missing/report.html"});
-  EXPECT_EQ(run.err, "missing/report.html: cannot be written: No such file or directory\n");
-  EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.status, 2);
-}
-
-TEST(SimulateCommand, NeverReplacesADocumentByTheReport) {
-  Program program;
-  const Finished run =
-      program.File("a.json", "{}").Run({"simulate", "--settings", "a.json", "--report", "./a.json"});
-  EXPECT_EQ(run.err, "tessel: --report \"./a.json\": is a document that is read\n");
-  EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(program.Contents("a.json"), "{}");
-}
-
-TEST(SimulateCommand, FailsWhenTheReportsFileIsFull) {
-  const Finished run = Program().Run({"simulate", "--seconds", "0.05", "--report", "/dev/full"});
-  EXPECT_EQ(run.err, "/dev/full: cannot be written: No space left on device\n");
-  EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.status, 2);
-}
-
-TEST(SimulateCommand, FailsWhenStandardOutputIsFull) {
-  Program program;
-  const Finished run = program.To(Program::Output::kFullDevice)
-                           .Run({"simulate", "--seconds", "0.05", "--report", "report.html"});
-  EXPECT_EQ(run.status, 2);
-  EXPECT_THAT(program.Contents("report.html"), testing::EndsWith("</body></html>\n"));
-}
-
-TEST(SimulateCommand, LeavesAnEarlierReportAloneWhenItDoesNotRun) {
-  Program program;
-  program.File("report.html", "earlier")
-      .Run({"simulate", "--report", "report.html", "--settings", "missing"});
-  EXPECT_EQ(program.Contents("report.html"), "earlier");
-}
-
-TEST(SimulateCommand, ReplacesAnEarlierReport) {
-  Program program;
-  program.File("report.html", "earlier").Run({"simulate", "--seconds", "0.05", "--report", "report.html"});
-  EXPECT_THAT(program.Contents("report.html"), testing::StartsWith("<!DOCTYPE html>\n"));
-}
-
-// What the pattern finds in the report, in numbers: those of each place, in order.
-std::vector<std::vector<double>> Drawn(const std::string& report, const char* pattern) {
-  const std::regex expression(pattern);
-  std::vector<std::vector<double>> drawn;
-  for (std::sregex_iterator at(report.begin(), report.end(), expression), end; at != end; ++at) {
-    std::vector<double>& numbers = drawn.emplace_back();
-    for (std::size_t i = 1; i < at->size(); ++i) numbers.push_back(std::stod((*at)[i]));
-  }
-  return drawn;
-}
-
-TEST(SimulateCommand, DrawsTheTimeLineWithinItsLanes) {
-  Program program;
-  program.Run({"simulate", "--seconds", "0.3", "--settings", Example("base.json"), "--settings",
-               Example("lab.json"), "--report", "report.html"});
-  const std::string report = program.Contents("report.html");
-  double highest = 0;
-  for (const auto& bar : Drawn(report, "v-([0-9.]+)h[.]9v")) highest = std::max(highest, bar[0]);
-  EXPECT_EQ(highest, 24);
-  // Each document lasts until the next, the last one until the end.
-  const auto documents = Drawn(report, "left:([0-9.a-z+-]+)%;width:([0-9.a-z+-]+)%\" title");
-  ASSERT_EQ(documents.size(), 2U);
-  EXPECT_LT(documents[0][0], documents[1][0]);
-  EXPECT_NEAR(documents[0][0] + documents[0][1], documents[1][0], 0.02);
-  EXPECT_NEAR(documents[1][0] + documents[1][1], 100, 0.02);
-}
-
 TEST(SimulateCommand, NeedsNoComponentsForLoad) {
   EXPECT_EQ(Program().Run({"simulate", "--seconds", "0.05", "--components", "0"}).status, 0);
-}
-
-TEST(SimulateCommand, SaysInTheReportHowManyCallsItLeavesOut) {
-  for (const auto& [calls, isOneLeftOut] : {std::pair("4", false), std::pair("5", true)}) {
-    Program program;
-    program.Run({"simulate", "--seconds", "0.05", "--calls", calls, "--report", "report.html"});
-    const std::string report = program.Contents("report.html");
-    EXPECT_EQ(report.find("<p>The other 1 calls are in the figures above") != std::string::npos,
-              isOneLeftOut);
-    EXPECT_EQ(report.find("<p>The other ") != std::string::npos, isOneLeftOut);
-  }
-}
-
-TEST(SimulateCommand, ShowsStringsOfDocumentsInTheReportAsText) {
-  const std::string document =
-      "{\"Common\":[{\"key\":\"<script>alert(1)</script>\",\"value\":\"</table><img src=x> & 'it'\"},"
-      "{\"key\":\"bytes \xff\xc3(\",\"value\":\"\xed\xa0\x80\"}],"
-      "\"Feature\":[{\"key\":\"AudioJitterBufferFeatures\",\"value\":\"</code><b>\"}]}";
-  Program program;
-  const std::string name = "<i>&.json";
-  const Finished run =
-      program.File(name, document)
-          .Run({"simulate", "--seconds", "0.1", "--settings", name, "--report", "report.html"});
-  EXPECT_EQ(run.status, 0);
-  const std::string report = program.Contents("report.html");
-  EXPECT_THAT(report, HasSubstr("&lt;script&gt;alert(1)&lt;/script&gt;"));
-  EXPECT_THAT(report, HasSubstr("&lt;/table&gt;&lt;img src=x&gt; &amp; &#39;it&#39;"));
-  EXPECT_THAT(report, HasSubstr("bytes \\u00ff\\u00c3("));
-  EXPECT_THAT(report, HasSubstr("\\u00ed\\u00a0\\u0080"));
-  EXPECT_THAT(report, HasSubstr("&lt;/code&gt;&lt;b&gt;"));
-  EXPECT_THAT(report, HasSubstr("&lt;i&gt;&amp;.json"));
-  for (const char* markup : {"<script", "<img", "<i>&", "</code><b>"})
-    EXPECT_THAT(report, Not(HasSubstr(markup)));
-}
-
-TEST(SimulateCommand, CutsLongStringsInTheReportBetweenCharacters) {
-  std::string value(399, 'x');
-  for (int i = 0; i < 100; ++i) value += "\u00e9";
-  Program program;
-  program.File("x.json", R"({"Common":[{"key":"long","value":")" + value + R"("}]})")
-      .Run({"simulate", "--seconds", "0.05", "--settings", "x.json", "--report", "report.html"});
-  EXPECT_THAT(program.Contents("report.html"), HasSubstr(std::string(399, 'x') + "\u2026 (599 bytes)"));
-}
-
-TEST(SimulateCommand, SaysInTheReportWhatChangedASettingLast) {
-  Program program;
-  program.Run({"simulate", "--seconds", "0.6", "--calls", "1", "--settings", Example("base.json"),
-               "--settings", Example("lab.json"), "--report", "report.html"});
-  const std::string report = program.Contents("report.html");
-  const auto row = [&](const std::string& setting, const std::string& value, const std::string& by) {
-    return "<tr><th scope=\"row\">" + setting + "</th><td><code>" + value +
-           "</code></td><td class=\"call\">1</td><td>" + by + "</td>";
-  };
-  EXPECT_THAT(report, HasSubstr(row("SampleRate", "48000", Example("base.json"))));
-  EXPECT_THAT(report, HasSubstr(row("Profile", "lab", Example("lab.json"))));
-  EXPECT_THAT(report,
-              testing::ContainsRegex(
-                  ">TargetBandwidth</th><td><code>[0-9]+</code></td><td class=\"call\">1</td><td>bandwidth "
-                  "controller<"));
-  // Switched off by lab.json; and one that is on is not there.
-  EXPECT_THAT(report, HasSubstr("<th scope=\"row\">RtxDedup</th><td>off</td>"));
-  EXPECT_THAT(report, Not(HasSubstr("<th scope=\"row\">ConnectionTimeEnhancement</th><td>off</td>")));
 }
 
 }  // namespace

@@ -52,10 +52,10 @@ TEST(StandardStreams, ThatAreClosedAreNotReplacedByTheFilesOfTheRun) {
   Program program;
   program.File("a.json", R"({"Nowhere":[]})").Without(0).Without(1).Without(2);
   EXPECT_EQ(program.Run({"lint", "a.json", "-"}).status, 2) << "standard input is not a.json";
-  EXPECT_EQ(program.Run({"simulate", "--seconds", "0.05", "--settings", "a.json", "--report", "report.html"})
-                .status,
-            2);
-  EXPECT_TRUE(program.Contents("report.html").ends_with("</body></html>\n"))
+  EXPECT_EQ(
+      program.Run({"simulate", "--seconds", "0.05", "--settings", "a.json", "--record", "a.tessel"}).status,
+      2);
+  EXPECT_TRUE(program.Contents("a.tessel").ends_with("\"event\":\"ended\"}\n"))
       << "no summary is written into it";
   EXPECT_EQ(program.Contents("a.json"), R"({"Nowhere":[]})");
 }

@@ -26,6 +26,8 @@ class RecordingFile {
   /// Opens it. Throws CommandError when it cannot be opened.
   explicit RecordingFile(std::string name);
 
+  const std::string& Name() const { return m_name; }
+
   /// Reads it from its beginning. What is wrong with a line is written to standard error, FILE:LINE: reason.
   /// Throws CommandError when the system cannot read it.
   /// @return Whether all of it could be read. An end that is cut off is no fault.

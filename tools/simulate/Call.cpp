@@ -30,7 +30,7 @@ Call::Call(std::uint32_t callId, unsigned listeners, Recorder& recorder, std::un
       m_recorder(recorder),
       m_ledger(recorder) {
   if (document != nullptr) {
-    CallSettings application("application", m_ledger, m_recorder);
+    CallSettings application(m_ledger, m_recorder);
     application.Join(callId);
     application.Apply(*document);
   }
@@ -71,12 +71,6 @@ void Call::quiesce() {
   for (int round = 0; round < 2; ++round) {
     for (const auto& component : m_components) component->Drain();
   }
-}
-
-ConfigData Call::Value(const SettingKey& key) const {
-  ConfigData value;
-  m_store->GetKalConfig(key.first, key.second.c_str(), value);
-  return value;
 }
 
 }  // namespace simulate

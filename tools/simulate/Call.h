@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "SettingsDocument.h"
@@ -42,13 +41,8 @@ class Call {
   /// Waits until nothing runs any more, and has the statistics read a last time. No ticks after this.
   void Finish();
 
-  // Of a call that is finished.
-
-  std::uint32_t Id() const { return m_store.CallId(); }
+  /// Of a call that is finished.
   const Ledger& Books() const { return m_ledger; }
-  const std::vector<Sample>& Samples() const { return m_reporter->Samples(); }
-  /// The value in the store.
-  ConfigData Value(const SettingKey& key) const;
 
  private:
   template <class T, class... Arguments>

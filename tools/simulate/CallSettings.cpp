@@ -48,7 +48,7 @@ void CallSettings::Apply(const SettingsDocument& document) {
   }
   const kalStore::JournalDocument name(document.Name().c_str());
   m_facade.ApplyKalConfigs(document.Text().c_str());
-  for (const SettingKey* key : changed) m_ledger.Keep(*key, {document.Name(), true});
+  for (const SettingKey* key : changed) m_ledger.Keep(*key);
 }
 
 void CallSettings::subscribe(SettingKey key, Way way, std::function<void(const ConfigData&)> react) {
@@ -69,7 +69,7 @@ void CallSettings::set(const SettingKey& key, ConfigData value) {
   if (result == kalStore::kResultUnchanged) {
     m_ledger.Withdraw(key, set);
   } else {
-    m_ledger.Keep(key, m_owner);
+    m_ledger.Keep(key);
   }
 }
 

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -28,9 +27,9 @@ namespace simulate {
 /// A component has it as its last member, so that no callback uses a member that is gone.
 class CallSettings {
  public:
-  /// `owner` is what changes are put down to. Without a thread there are only direct subscriptions.
-  CallSettings(std::string owner, Ledger& ledger, Recorder& recorder, ACmThread* thread = nullptr)
-      : m_owner{std::move(owner)}, m_ledger(ledger), m_recorder(recorder), m_thread(thread) {}
+  /// Without a thread there are only direct subscriptions.
+  CallSettings(Ledger& ledger, Recorder& recorder, ACmThread* thread = nullptr)
+      : m_ledger(ledger), m_recorder(recorder), m_thread(thread) {}
   CallSettings(const CallSettings&) = delete;
   CallSettings& operator=(const CallSettings&) = delete;
 
@@ -78,7 +77,6 @@ class CallSettings {
   void subscribe(SettingKey key, Way way, std::function<void(const ConfigData&)> react);
   void set(const SettingKey& key, ConfigData value);
 
-  const Setter m_owner;
   Ledger& m_ledger;
   Recorder& m_recorder;
   ACmThread* const m_thread;

@@ -50,7 +50,7 @@ class Component {
   virtual CallSettings& settings() = 0;
 
   /// For the last member of each component.
-  CallSettings makeSettings() { return CallSettings(m_name, m_call.ledger, m_call.recorder, &m_thread); }
+  CallSettings makeSettings() { return CallSettings(m_call.ledger, m_call.recorder, &m_thread); }
 
   const CallContext m_call;
 

@@ -31,14 +31,6 @@ std::int64_t LatencyHistogram::Quantile(double share) const {
   return Greatest();
 }
 
-std::uint64_t LatencyHistogram::CountBetween(std::int64_t from, std::int64_t to) const {
-  std::uint64_t count = 0;
-  for (std::size_t bucket = bucketOf(from); bucket < bucketOf(to); ++bucket) {
-    count += m_counts[bucket].load(std::memory_order_relaxed);
-  }
-  return count;
-}
-
 // Below 2^(kStepBits + 1) every duration has a bucket of its own; from there on the leading bits choose.
 std::size_t LatencyHistogram::bucketOf(std::int64_t nanoseconds) {
   const auto value = static_cast<std::uint64_t>(nanoseconds);

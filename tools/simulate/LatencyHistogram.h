@@ -21,8 +21,6 @@ class LatencyHistogram {
   /// any.
   std::int64_t Quantile(double share) const;
   std::int64_t Greatest() const { return m_greatest.load(std::memory_order_relaxed); }
-  /// How many are in [from, to), where both are powers of two, or halfway (3 * 2^n) between two.
-  std::uint64_t CountBetween(std::int64_t from, std::int64_t to) const;
 
  private:
   static constexpr int kStepBits = 5;  // 32 buckets from one power of two to the next.

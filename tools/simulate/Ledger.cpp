@@ -15,7 +15,7 @@ std::uint64_t Ledger::Announce(const SettingKey& key, const ConfigData& value) {
   return m_lastSet;
 }
 
-void Ledger::Keep(const SettingKey& key, const Setter& setter) {
+void Ledger::Keep(const SettingKey& key) {
   const std::lock_guard lock(m_mutex);
   Setting& setting = m_settings[key];
   if (setting.subscribers.empty()) {
@@ -24,11 +24,6 @@ void Ledger::Keep(const SettingKey& key, const Setter& setter) {
     ++m_recorder.setsNotified;
     ++setting.notifiedChanges;
   }
-  setting.lastChange = m_recorder.Now();
-  setting.changedBy = setter.name;
-  if (setter.isDocument) return;
-  if (setting.changesByComponents == nullptr) setting.changesByComponents = std::make_unique<TimeBins>();
-  setting.changesByComponents->Add(m_recorder.Share(setting.lastChange));
 }
 
 void Ledger::Withdraw(const SettingKey& key, std::uint64_t set) {

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <deque>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -21,14 +20,7 @@ namespace simulate {
 /// A setting's place in the store of a call.
 using SettingKey = std::pair<kalStore::KalConfigGroup, std::string>;
 
-/// What changes a setting: a document, or a component of the engine.
-struct Setter {
-  std::string name;
-  bool isDocument = false;
-};
-
-/// The books of one call: who subscribes to each of its settings, which deliveries are due, and what
-/// changed each setting last.
+/// The books of one call: who subscribes to each of its settings, and which deliveries are due.
 ///
 /// Threads: Add() before anything is set; Settings() and Missing() after; the rest from any thread.
 class Ledger {
@@ -36,10 +28,6 @@ class Ledger {
   struct Setting {
     std::deque<Subscriber> subscribers;
     std::uint64_t notifiedChanges = 0;  ///< Changes that the subscribers are notified of.
-    RunTime lastChange = 0;
-    std::string changedBy;
-    /// Changes by components over the run; null for a setting that none of them changes.
-    std::unique_ptr<TimeBins> changesByComponents;
   };
 
   explicit Ledger(Recorder& recorder) : m_recorder(recorder) {}
@@ -50,7 +38,7 @@ class Ledger {
   /// A set is about to be made. Returns its number, for Keep() or Withdraw().
   std::uint64_t Announce(const SettingKey& key, const ConfigData& value);
   /// The set has changed the setting.
-  void Keep(const SettingKey& key, const Setter& setter);
+  void Keep(const SettingKey& key);
   /// The set has changed nothing.
   void Withdraw(const SettingKey& key, std::uint64_t set);
 

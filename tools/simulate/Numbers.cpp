@@ -14,15 +14,6 @@ std::string Fixed(double value, int decimals) {
   return {text.data(), result.ptr};
 }
 
-std::string Grouped(std::uint64_t value) {
-  std::string digits = std::to_string(value);
-  for (std::size_t place = digits.size(); place > 3;) {
-    place -= 3;
-    digits.insert(place, "\u202f");
-  }
-  return digits;
-}
-
 std::string Plural(std::uint64_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }

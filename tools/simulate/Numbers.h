@@ -8,8 +8,6 @@ namespace simulate {
 
 /// With so many decimals, the same in every locale.
 std::string Fixed(double value, int decimals);
-/// In groups of three digits, with spaces between that break no line.
-std::string Grouped(std::uint64_t value);
 /// "1 call", "2 calls".
 std::string Plural(std::uint64_t count, const std::string& what);
 /// A duration in the unit that suits it, for example "12.3 µs".

@@ -7,7 +7,6 @@
 
 #include "Way.h"
 #include "simulate/LatencyHistogram.h"
-#include "simulate/TimeBins.h"
 
 namespace simulate {
 
@@ -18,30 +17,19 @@ constexpr double Seconds(RunTime time) {
   return static_cast<double>(time) * 1e-9;
 }
 
-/// What all components of a run count, and the clock that they go by.
+/// What all components of a run count, and the clock that they go by: the run begins with it.
 ///
 /// Threads: all.
 class Recorder {
  public:
-  /// The run begins now, and is to take this long.
-  explicit Recorder(double plannedSeconds) : m_plannedSeconds(plannedSeconds) {}
-
   RunTime Now() const {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - m_start)
         .count();
   }
-  double PlannedSeconds() const { return m_plannedSeconds; }
-  /// The part of the planned run that is over.
-  double Share(RunTime time) const { return Seconds(time) / m_plannedSeconds; }
 
   /// A change that was set at `set` has just arrived.
-  void AddDelivery(Way way, RunTime set) {
-    const RunTime now = Now();
-    m_latencies[IndexOf(way)].Add(now - set);
-    m_deliveries[IndexOf(way)].Add(Share(now));
-  }
+  void AddDelivery(Way way, RunTime set) { m_latencies[IndexOf(way)].Add(Now() - set); }
   const LatencyHistogram& Latencies(Way way) const { return m_latencies[IndexOf(way)]; }
-  const TimeBins& Deliveries(Way way) const { return m_deliveries[IndexOf(way)]; }
 
   std::uint64_t SetCount() const { return setsNotified + setsWithoutSubscribers + setsUnchanged; }
   std::uint64_t DeliveryCount() const {
@@ -67,9 +55,7 @@ class Recorder {
 
  private:
   const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
-  const double m_plannedSeconds;
   PerWay<LatencyHistogram> m_latencies;
-  PerWay<TimeBins> m_deliveries;
 };
 
 }  // namespace simulate

@@ -19,7 +19,6 @@ constexpr double kLeastTicks = 100;
 
 void Simulation::Run(const std::atomic<bool>& isInterrupted) {
   const std::vector<SettingsDocument>& documents = m_plan.documents;
-  if (!documents.empty()) arrive(documents.front());
   const double cycle = std::min(kLongestCycle, m_plan.seconds / 2);
   for (unsigned call = 0; call < m_plan.calls; ++call) {
     m_calls.emplace_back(call + 1, m_plan.listeners, m_recorder, std::make_unique<Link>(cycle, 0.37 * call),
@@ -27,12 +26,10 @@ void Simulation::Run(const std::atomic<bool>& isInterrupted) {
   }
 
   for (auto tick = std::chrono::steady_clock::now(); !isInterrupted && !isOver();) {
-    const double share = m_recorder.Share(m_recorder.Now());
-    const std::size_t next = m_arrivals.size();
-    if (next < documents.size() &&
-        share * static_cast<double>(documents.size()) >= static_cast<double>(next)) {
-      arrive(documents[next]);
-      for (Call& call : m_calls) call.Receive(documents[next]);
+    if (m_nextDocument < documents.size() &&
+        share() * static_cast<double>(documents.size()) >= static_cast<double>(m_nextDocument)) {
+      for (Call& call : m_calls) call.Receive(documents[m_nextDocument]);
+      ++m_nextDocument;
     }
     for (Call& call : m_calls) call.Tick();
     std::this_thread::sleep_until(tick + kTick);
@@ -42,8 +39,13 @@ void Simulation::Run(const std::atomic<bool>& isInterrupted) {
   m_elapsedSeconds = Seconds(m_recorder.Now());
 }
 
+// The part of the planned run that is over.
+double Simulation::share() const {
+  return Seconds(m_recorder.Now()) / m_plan.seconds;
+}
+
 bool Simulation::isOver() const {
-  if (m_recorder.Share(m_recorder.Now()) < 1 || m_arrivals.size() < m_plan.documents.size()) return false;
+  if (share() < 1 || m_nextDocument < m_plan.documents.size()) return false;
   const double planned = m_plan.seconds / std::chrono::duration<double>(kTick).count();
   const double least = std::min(kLeastTicks, planned / 2);
   return std::ranges::all_of(m_calls, [least](const Call& call) { return call.Ticks() >= least; });
@@ -62,10 +64,6 @@ std::size_t Simulation::LostDeliveries() const {
 bool Simulation::IsSound() const {
   return LostDeliveries() == 0 && m_recorder.unexpectedDeliveries == 0 &&
          m_recorder.framesSent == m_recorder.framesReported;
-}
-
-void Simulation::arrive(const SettingsDocument& document) {
-  m_arrivals.push_back({m_recorder.Now(), document.Name()});
 }
 
 }  // namespace simulate

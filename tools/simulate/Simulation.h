@@ -2,9 +2,9 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <deque>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "SettingsDocument.h"
@@ -26,7 +26,7 @@ struct SimulationPlan {
 class Simulation {
  public:
   /// The plan must outlive it.
-  explicit Simulation(const SimulationPlan& plan) : m_plan(plan), m_recorder(plan.seconds) {}
+  explicit Simulation(const SimulationPlan& plan) : m_plan(plan) {}
 
   /// For as long as planned, or until `isInterrupted`. The first document is applied at the start; the others
   /// arrive during the run, evenly spread. A machine that is too busy takes longer, so that every document
@@ -35,17 +35,10 @@ class Simulation {
 
   // What came of it.
 
-  struct Arrival {
-    RunTime time;
-    std::string title;
-  };
-  const SimulationPlan& Plan() const { return m_plan; }
   double ElapsedSeconds() const { return m_elapsedSeconds; }
   std::size_t ComponentCount() const;
   const Recorder& Records() const { return m_recorder; }
   const std::deque<Call>& Calls() const { return m_calls; }
-  /// The documents that have arrived, in order.
-  const std::vector<Arrival>& Arrivals() const { return m_arrivals; }
   /// Deliveries that were expected and have not arrived.
   std::size_t LostDeliveries() const;
   /// Whether each subscriber was notified of every change once, and the statistics have every frame once.
@@ -53,12 +46,12 @@ class Simulation {
 
  private:
   bool isOver() const;
-  void arrive(const SettingsDocument& document);
+  double share() const;
 
   const SimulationPlan& m_plan;
   Recorder m_recorder;
   std::deque<Call> m_calls;
-  std::vector<Arrival> m_arrivals;
+  std::size_t m_nextDocument = 1;  // The first one is applied before the calls start.
   double m_elapsedSeconds = 0;
 };
 

@@ -4,13 +4,21 @@
 #include <algorithm>
 
 #include "simulate/Keys.h"
-#include "simulate/SyncRecord.h"
 
 namespace simulate {
 
 namespace {
 
 constexpr double kCompleteWeight = 0.2;
+
+// The words of a call's synchronisation record that it writes.
+enum SyncWord {
+  kSyncVideoBitrate,  // bit/s, received
+  kSyncVideoFps,      // Frames per second, received, in hundredths.
+  kSyncVideoPackets,  // Received since the start.
+  kSyncVideoLost,     // Lost since the start.
+  kSyncVideoDelayMs,  // What video waits so that lips and voice go together.
+};
 
 }  // namespace
 

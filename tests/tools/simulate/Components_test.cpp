@@ -28,7 +28,7 @@ struct SimulatedComponents : testing::Test {
   }
 
   const kalStore::CallStore store{kSimulatedCall, kalStore::CallStore::kEndsCall};
-  simulate::Recorder recorder{1.0};
+  simulate::Recorder recorder;
   simulate::Ledger ledger{recorder};
   simulate::Link link{10, 0};
   const simulate::CallContext call{kSimulatedCall, recorder, ledger, link};

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace {
 
 using simulate::Ledger;
@@ -18,7 +16,7 @@ const SettingKey kMaxFps(kalStore::KAL_CONFIG_GROUP_VIDEO, "MaxFps");
 struct LedgerTest : testing::Test {
   const Ledger::Setting& Setting(const SettingKey& key) { return ledger.Settings().at(key); }
 
-  Recorder recorder{1.0};
+  Recorder recorder;
   Ledger ledger{recorder};
 };
 
@@ -46,9 +44,9 @@ TEST_F(LedgerTest, NumbersSetsFromAboveTheInitialDelivery) {
 TEST_F(LedgerTest, CountsSetsWithAndWithoutSubscribersApart) {
   ledger.Add(kBitrate, Way::kDirect);
   ledger.Announce(kBitrate, 1);
-  ledger.Keep(kBitrate, {"jitter buffer"});
+  ledger.Keep(kBitrate);
   ledger.Announce(kMaxFps, 1);
-  ledger.Keep(kMaxFps, {"jitter buffer"});
+  ledger.Keep(kMaxFps);
   EXPECT_EQ(recorder.setsNotified, 1U);
   EXPECT_EQ(recorder.setsWithoutSubscribers, 1U);
   EXPECT_EQ(Setting(kBitrate).notifiedChanges, 1U);
@@ -62,7 +60,7 @@ TEST_F(LedgerTest, ExpectsNothingOfASetThatChangedNothing) {
   EXPECT_EQ(recorder.setsUnchanged, 1U);
   EXPECT_EQ(recorder.expectedDeliveries, 0U);
   EXPECT_EQ(ledger.Missing(), 0U);
-  EXPECT_EQ(Setting(kBitrate).changedBy, "");
+  EXPECT_EQ(Setting(kBitrate).notifiedChanges, 0U);
 }
 
 TEST_F(LedgerTest, WithdrawsThatSetAlone) {
@@ -70,30 +68,6 @@ TEST_F(LedgerTest, WithdrawsThatSetAlone) {
   ledger.Announce(kBitrate, 1);
   ledger.Withdraw(kBitrate, ledger.Announce(kBitrate, 1));
   EXPECT_EQ(ledger.Missing(), 1U);
-}
-
-TEST_F(LedgerTest, RemembersWhatChangedASettingLast) {
-  ledger.Keep(kBitrate, {"base.json", true});
-  EXPECT_EQ(Setting(kBitrate).changedBy, "base.json");
-  const simulate::RunTime first = Setting(kBitrate).lastChange;
-  ledger.Keep(kBitrate, {"bandwidth controller"});
-  EXPECT_EQ(Setting(kBitrate).changedBy, "bandwidth controller");
-  EXPECT_GE(Setting(kBitrate).lastChange, first);
-}
-
-TEST_F(LedgerTest, CountsChangesByComponentsOverTheRunAndNotThoseByDocuments) {
-  const auto count = [](const simulate::TimeBins& bins) {
-    std::uint32_t sum = 0;
-    for (std::size_t bin = 0; bin < simulate::TimeBins::kCount; ++bin) sum += bins.Count(bin);
-    return sum;
-  };
-  ledger.Keep(kBitrate, {"base.json", true});
-  EXPECT_EQ(Setting(kBitrate).changesByComponents, nullptr);
-  ledger.Keep(kBitrate, {"bandwidth controller"});
-  ledger.Keep(kBitrate, {"lab.json", true});
-  ledger.Keep(kBitrate, {"bandwidth controller"});
-  ASSERT_NE(Setting(kBitrate).changesByComponents, nullptr);
-  EXPECT_EQ(count(*Setting(kBitrate).changesByComponents), 2U);
 }
 
 }  // namespace

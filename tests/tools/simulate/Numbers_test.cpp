@@ -17,13 +17,6 @@ TEST(Numbers, ShowADurationInTheUnitThatSuitsIt) {
   for (const auto& row : rows) EXPECT_EQ(simulate::Duration(row.nanoseconds), row.shown);
 }
 
-TEST(Numbers, KeepThreeDigitsTogether) {
-  EXPECT_EQ(simulate::Grouped(0), "0");
-  EXPECT_EQ(simulate::Grouped(999), "999");
-  EXPECT_EQ(simulate::Grouped(1000), "1\u202f000");
-  EXPECT_EQ(simulate::Grouped(1234567), "1\u202f234\u202f567");
-}
-
 TEST(Numbers, ShowMemoryInMebibytes) {
   EXPECT_EQ(simulate::Mebibytes(0), "0.0 MiB");
   EXPECT_EQ(simulate::Mebibytes(1536), "1.5 MiB");

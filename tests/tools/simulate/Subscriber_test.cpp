@@ -9,7 +9,7 @@ using simulate::Recorder;
 using simulate::Subscriber;
 
 struct SubscriberTest : testing::Test {
-  Recorder recorder{1.0};
+  Recorder recorder;
   Subscriber subscriber{recorder, Way::kPosted};
 };
 
