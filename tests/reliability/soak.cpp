@@ -5,12 +5,9 @@
 //
 // Exit status 0 when all is well, 1 when something was left or went wrong, 2 for arguments that mean nothing.
 
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <string_view>
@@ -20,6 +17,7 @@
 #include "SoakComponent.h"
 #include "SoakTrace.h"
 #include "Watchdog.h"
+#include "simulate/Memory.h"
 #include "tessel/tessel.h"
 
 using namespace kalStore;
@@ -32,7 +30,7 @@ namespace {
 
 constexpr unsigned int kComponents = 4;
 constexpr unsigned int kDeliveryThreads = 3;
-constexpr long kMemoryTolerance = 4L << 20;
+constexpr std::uint64_t kMemoryToleranceKiB = 4096;
 constexpr seconds kTimeToEnd{60};
 constexpr std::uint32_t kLastingCall = 2;
 
@@ -48,14 +46,6 @@ struct Options {
   long seconds = 60;
   std::uint64_t seed = 1;
 };
-
-// Bytes of memory in use.
-long ResidentMemory() {
-  long total = 0;
-  long resident = 0;
-  std::ifstream("/proc/self/statm") >> total >> resident;
-  return resident * sysconf(_SC_PAGESIZE);
-}
 
 bool ParseOptions(int argc, char** argv, Options& options) {
   for (int i = 1; i < argc; i += 2) {
@@ -82,13 +72,13 @@ bool Report(const char* what, long long value, bool isGood) {
 }
 
 // What happens around the components: calls end and begin, threads stop in the middle, the trace changes.
-// Returns the memory in use after the first tenth.
-long Disturb(SoakShared& shared, const Options& options) {
+// Returns the memory in use after the first tenth, in KiB.
+std::uint64_t Disturb(SoakShared& shared, const Options& options) {
   std::mt19937_64 random(options.seed);
   const auto start = steady_clock::now();
   const auto end = start + seconds(options.seconds);
   const auto firstTenth = start + seconds(options.seconds) / 10;
-  long memory = 0;
+  std::uint64_t memory = 0;
   while (steady_clock::now() < end) {
     std::this_thread::sleep_for(milliseconds(random() % 4));
     SoakTrace::Change(static_cast<unsigned int>(random() % 12));
@@ -99,7 +89,7 @@ long Disturb(SoakShared& shared, const Options& options) {
       std::this_thread::sleep_for(milliseconds(random() % 4));
       thread.Start();
     }
-    if (memory == 0 && steady_clock::now() >= firstTenth) memory = ResidentMemory();
+    if (memory == 0 && steady_clock::now() >= firstTenth) memory = simulate::MemoryInUse().residentKiB;
   }
   return memory;
 }
@@ -117,8 +107,8 @@ bool Soak(const Options& options) {
   for (unsigned int i = 0; i < kComponents; ++i) {
     components.emplace_back([&shared, seed = options.seed + 1 + i] { SoakComponent(shared, seed).Run(); });
   }
-  const long memoryBefore = Disturb(shared, options);
-  const long memoryAfter = ResidentMemory();
+  const std::uint64_t memoryBefore = Disturb(shared, options);
+  const std::uint64_t memoryAfter = simulate::MemoryInUse().residentKiB;
   shared.isOver = true;
   for (std::thread& component : components) component.join();
   const double elapsed = duration<double>(steady_clock::now() - start).count();
@@ -147,9 +137,9 @@ bool Soak(const Options& options) {
   isGood &= Report("callbacks left", shared.callbacks, shared.callbacks == 0);
   isGood &= Report("stores of calls only read", staying, staying <= 1);
   isGood &= Report("stores left", GetKalConfigSizeForUT(), GetKalConfigSizeForUT() == 0);
-  Report("memory after a tenth, KiB", memoryBefore >> 10, true);
-  isGood &= Report("memory at the end, KiB", memoryAfter >> 10,
-                   kMemoryIsDistorted || memoryAfter <= memoryBefore + kMemoryTolerance);
+  Report("memory after a tenth, KiB", static_cast<long long>(memoryBefore), true);
+  isGood &= Report("memory at the end, KiB", static_cast<long long>(memoryAfter),
+                   kMemoryIsDistorted || memoryAfter <= memoryBefore + kMemoryToleranceKiB);
   return isGood;
 }
 
