@@ -5,7 +5,7 @@ namespace simulate {
 
 namespace {
 
-constexpr double kIntervalSeconds = 0.1;
+constexpr double kReportSeconds = 0.1;
 
 }  // namespace
 
@@ -14,7 +14,7 @@ Reporter::Reporter(const CallContext& call)
 
 void Reporter::work(RunTime, double elapsed) {
   m_sinceLast += elapsed;
-  if (m_sinceLast < kIntervalSeconds) return;
+  if (m_sinceLast < kReportSeconds) return;
   m_sinceLast = 0;
   read();
 }
