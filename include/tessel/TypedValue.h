@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cmath>
 #include <concepts>
+#include <limits>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -35,11 +36,10 @@ concept ConfigDuration = kIsConfigDuration<T>;
 template <std::floating_point T>
 std::optional<T> ReadReal(const ConfigData& value) noexcept {
   const double read = value.ToDouble(0);
-  const bool isNaN = std::isnan(read);
-  if (!isNaN && read != value.ToDouble(1)) return std::nullopt;
+  if (!std::isnan(read) && read != value.ToDouble(1)) return std::nullopt;
+  if (std::isfinite(read) && std::abs(read) > std::numeric_limits<T>::max()) return std::nullopt;
   const T number = static_cast<T>(read);
-  const bool isHeld = isNaN || (std::isinf(number) == std::isinf(read) && (number == 0) == (read == 0));
-  return isHeld ? std::optional(number) : std::nullopt;
+  return number == 0 && read != 0 ? std::nullopt : std::optional(number);
 }
 
 }  // namespace detail

@@ -19,14 +19,13 @@ void AppendDecimal(std::string& out, std::int64_t number, unsigned int decimals)
   std::uint64_t unit = 1;
   for (unsigned int i = 0; i < decimals; ++i) unit *= 10;
   AppendNumber(out, positive / unit);
-  std::uint64_t rest = positive % unit;
+  const std::uint64_t rest = positive % unit;
   if (rest == 0) return;
-  out += '.';
-  while (rest != 0) {
-    unit /= 10;
-    out += static_cast<char>('0' + rest / unit);
-    rest %= unit;
-  }
+  // A digit in front keeps the zeros that follow it, and gives its place to the point.
+  const std::size_t point = out.size();
+  AppendNumber(out, unit + rest);
+  out[point] = '.';
+  out.resize(out.find_last_not_of('0') + 1);
 }
 
 void AppendEscaped(std::string& out, char byte) {

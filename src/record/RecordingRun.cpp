@@ -208,7 +208,7 @@ void RecordingRun::answer(std::uint64_t flush) {
 void RecordingRun::round(bool isAsked) {
   m_lines.ForgetCode();
   takeEvents(isAsked);
-  if (m_statisticsInterval > 0ms && (isAsked || Clock::now() >= m_statisticsDue)) takeStatistics();
+  if (m_statisticsInterval.count() > 0 && (isAsked || Clock::now() >= m_statisticsDue)) takeStatistics();
   write();
   m_output.CheckIsThere();
 }
