@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where cpp-httplib was missing when the program was compiled.
 #include "report/LivePage.h"
+
 #include "CommandError.h"
 
 class LivePage::Server {};
