@@ -41,12 +41,12 @@ build_example() {
   "$work/$1/$1"
 }
 
-# flags_of_package [PKG_CONFIG_OPTION...]: sets `flags` to what builds a program against $prefix. pkg-config escapes
-# spaces; xargs reads that.
+# flags_of_package [PKG_CONFIG_OPTION...]: sets `flags` to what builds a program against $pc_package, tessel by default,
+# in $prefix. pkg-config escapes spaces; xargs reads that.
 flags_of_package() {
   local folder
   folder=$(dirname "$(find "$prefix" -name tessel.pc)")
-  mapfile -t flags < <(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs "$@" "${package:-tessel}" |
+  mapfile -t flags < <(PKG_CONFIG_PATH=$folder pkg-config --cflags --libs "$@" "${pc_package:-tessel}" |
     xargs printf '%s\n')
   flags+=("-DPACKAGE_VERSION=\"$(PKG_CONFIG_PATH=$folder pkg-config --modversion tessel)\"")
 }
@@ -85,7 +85,7 @@ case "$way" in
     mv "$prefix" "$work/moved"
     prefix=$work/moved
     build_by_pkg_config consumer
-    package=tessel-record flags_of_package
+    pc_package=tessel-record flags_of_package
     "$compiler" -std=c++20 "$consumer/recorder.cpp" "${flags[@]}" -o "$work/recorder"
     "$work/recorder" "$work/call.tessel"
     flags_of_package
