@@ -75,7 +75,7 @@ class Selection {
 };
 
 // The line itself: it has members that this program may not know. White space that a terminal does not show
-// as a space is no part of a recorded line; with it, the line is written anew.
+// as a space is no part of a recorded line; with it, the line is written again.
 void PrintLine(const std::string& line) {
   const bool isCompact = line.find_first_of("\t\v\f\r") == std::string::npos;
   std::cout << PrintableJson(isCompact ? line : json::Serialize(json::Deserialize(line))) << '\n';

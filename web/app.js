@@ -7,7 +7,7 @@ import { marksOf } from "./marks.js";
 const LEAST_RANGE = 1e-5; // Seconds.
 const ADDRESS_PAUSE_MS = 300; // A browser refuses more changes of an address than some per second.
 
-/** What is known and chosen. Views ask it, and are drawn anew when something changes. */
+/** What is known and chosen. Views ask it, and are drawn again when something changes. */
 export class App {
   recordings = [];
   state = readState(location.hash);

@@ -78,7 +78,7 @@ export class Plot {
     this.#graph = undefined;
   }
 
-  /** Draws the lines; what is not drawn yet, or anew when colours or lines may be others. */
+  /** Draws the lines; what is not drawn yet, or again when colours or lines may be others. */
   draw(isAnew) {
     const before = this.#lines.map(({ label }) => label).join("\n");
     this.#lines = this.#findLines();

@@ -9,7 +9,7 @@ export class PlotsView {
   #app;
   #plots = new Map();
   #visible = new Set();
-  #stale = new Map(); // Per plot, whether it must be drawn anew.
+  #stale = new Map(); // Per plot, whether it must be drawn again.
   #observer;
 
   constructor(app) {

@@ -23,7 +23,7 @@ KEPT = ROOT / "bench/instructions.txt"
 REPEATS = 200  # As in paths.cpp.
 COUNTED = re.compile(r"/(libtessel\.so|libutil\.so|libstdc\+\+\.so|tessel_paths)[^/]*$")
 HEAD = """# Instructions of one operation of each fast path, without those of the C library.
-# x86-64, GCC 12, the release build. './dev instructions' compares; 'UPDATE=1 ./dev instructions' counts anew.
+# x86-64, GCC 12, the release build. './dev instructions' compares; 'UPDATE=1 ./dev instructions' counts again.
 """
 
 

@@ -60,7 +60,7 @@ class Atomics {
 
   /// How many stores an object had.
   std::size_t StoresOf(Object object, Doer by) { return locate(object, by).stores.size(); }
-  /// What was stored without atomic operations: the objects begin anew.
+  /// What was stored without atomic operations: they begin again.
   void Forget(const void* memory, std::size_t size);
 
  private:

@@ -33,7 +33,7 @@ class EventLines {
 
   /// Who did it, a JSON object; "" when nothing is known.
   std::string Origin(const JournalEvent& event);
-  /// Names code anew from now on: a module may have left, and another one come to its place.
+  /// Names code again from now on: a module may have left, and another one come to its place.
   void ForgetCode() { m_code.clear(); }
 
  private:

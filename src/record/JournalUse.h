@@ -11,7 +11,7 @@ namespace kalStore::internal {
 bool HasJournalStartedSince(std::uint64_t number);
 
 /// Holds the journal on. The first of the process turns it on, unless it is on already; then the last one
-/// turns it off again, if nobody else has meanwhile, and started it anew.
+/// turns it off again, if nobody else has meanwhile, and started it again.
 class JournalUse {
  public:
   /// @param capacity  see StartJournal(); the nearest that is possible

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Compares what a library exports with the list kept in the tree: a symbol that goes breaks built consumers, one
-# that comes is a promise. usage: exports_test.sh LIBRARY LIST; with UPDATE=1 writes the list anew.
+# that comes is a promise. usage: exports_test.sh LIBRARY LIST; with UPDATE=1 writes the list again.
 set -euo pipefail
 library=$1 list=$2
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Compares the layout of what a library exports (sizes, offsets, slots, values) with the one kept in the tree.
-# usage: layout_test.sh LIBRARY LAYOUT; with UPDATE=1 writes the layout anew. The library needs debug information.
+# usage: layout_test.sh LIBRARY LAYOUT; with UPDATE=1 writes the layout again. The library needs debug information.
 set -euo pipefail
 library=$1 layout=$2
 source=$(cd "$(dirname "$0")/../.." && pwd)

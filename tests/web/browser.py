@@ -66,7 +66,7 @@ class Browser:
         self.command("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": scheme}])
 
     def open(self, url):
-        """Shows a page anew, and waits until it has read all of it."""
+        """Loads a page again, and waits until it has read all of it."""
         self.driver.get("about:blank")
         self.driver.get(url)
         self.until("document.documentElement.dataset.state === 'ready'")
