@@ -106,7 +106,7 @@ class TESSEL_API Recording {
   /// Begins the recording: turns the journal on, and copies what is there for the picture at the beginning of
   /// the file. Throws std::bad_alloc, with nothing changed. A file that cannot be written ends the recording
   /// soon; Flush() says so.
-  /// @param file  its path; a file that is there is replaced
+  /// @param file  its path; a file that is there is replaced, with the other files of its set
   /// @param options  may be left out
   [[nodiscard]] explicit Recording(std::string file, RecordingOptions options = {});
   Recording(const Recording&) = delete;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 
 #include "record/Lock.h"
 #include "tessel/journal.h"
@@ -25,10 +26,17 @@ void BeginUse(std::size_t capacity) {
   ++g_uses;
 }
 
+// Without the memory to find out, nobody else is known to have started it.
+bool IsOurs(std::uint64_t start) noexcept try {
+  return !HasJournalStartedSince(start);
+} catch (const std::bad_alloc&) {
+  return true;
+}
+
 void EndUse() {
   const Lock lock(g_useMutex);
   if (--g_uses != 0 || g_ourStart == 0) return;
-  if (!HasJournalStartedSince(g_ourStart)) StopJournal();
+  if (IsOurs(g_ourStart)) StopJournal();
   g_ourStart = 0;
 }
 

@@ -6,8 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -21,75 +23,134 @@ namespace {
   throw RecordingFault(std::generic_category().message(errno));
 }
 
+// Whether the file is that part of a set, as its first line says.
+bool IsPart(const std::string& file, std::string_view number) {
+  const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (descriptor < 0) return false;
+  struct stat status{};
+  std::array<char, 256> bytes;
+  const bool isRegular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+  const ssize_t size = isRegular ? ::read(descriptor, bytes.data(), bytes.size()) : 0;
+  ::close(descriptor);
+  if (size <= 0) return false;
+  const std::string_view begin(bytes.data(), static_cast<std::size_t>(size));
+  const std::string_view line = begin.substr(0, begin.find('\n'));
+  return line.starts_with(R"({"type":"recording",)") &&
+         line.ends_with(",\"part\":" + std::string(number) + "}");
+}
+
 }  // namespace
 
 RecordingOutput::RecordingOutput(std::string file, std::uint64_t largest, std::size_t files)
-    : m_file(std::move(file)), m_largest(largest), m_files(files) {}
+    : m_file(std::move(file)), m_next(m_file + ".next"), m_largest(largest), m_files(files) {}
 
 // Still open in a forked process alone: unlocking it there would unlock it for the parent.
 RecordingOutput::~RecordingOutput() {
-  if (m_descriptor >= 0) ::close(m_descriptor);
+  if (m_current.descriptor >= 0) ::close(m_current.descriptor);
+}
+
+void RecordingOutput::Open() {
+  m_current = open(m_file);
+  if (!m_current.isDevice) removeParts();
+}
+
+// The next file is whole before it takes its place, and all names are there before one is changed: whatever
+// fails, the recording's file has its name, and its end can be written to it. The oldest one goes first, since
+// the others are as many as there may be with the next one.
+void RecordingOutput::Rotate(std::string_view end, std::string_view begin) {
+  const std::string full = nameOf(m_part);
+  if (m_part >= m_files && ::unlink(nameOf(m_part + 1 - m_files).c_str()) != 0 && errno != ENOENT)
+    ThrowSystemFault();
+  Opened next = open(m_next);
+  try {
+    write(next, begin);
+    write(m_current, end);
+    if (std::rename(m_file.c_str(), full.c_str()) != 0) ThrowSystemFault();
+    if (std::rename(m_next.c_str(), m_file.c_str()) != 0) {
+      const int fault = errno;
+      std::rename(full.c_str(), m_file.c_str());
+      errno = fault;
+      ThrowSystemFault();
+    }
+  } catch (...) {
+    ::unlink(m_next.c_str());
+    close(next);
+    throw;
+  }
+  close(m_current);
+  m_current = next;
+  ++m_part;
+}
+
+void RecordingOutput::CheckIsThere() const {
+  struct stat status{};
+  if (::fstat(m_current.descriptor, &status) != 0) ThrowSystemFault();
+  if (status.st_nlink == 0) throw RecordingFault("the file was removed");
 }
 
 // It is emptied only once it is known to be nobody else's. A pipe is refused: its reader could hold up the
 // recording, and end the process by leaving.
-void RecordingOutput::Open() {
+RecordingOutput::Opened RecordingOutput::open(const std::string& file) const {
   constexpr mode_t kOwner = S_IRUSR | S_IWUSR;
-  m_descriptor = ::open(m_file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwner);
-  if (m_descriptor < 0) ThrowSystemFault();
-  struct stat status{};
-  if (::fstat(m_descriptor, &status) != 0) ThrowSystemFault();
-  m_size = 0;
-  if (S_ISCHR(status.st_mode) && !IsRotated()) return;  // Which is nothing to rename.
-  if (!S_ISREG(status.st_mode)) throw RecordingFault("it is no regular file");
-  // Where files cannot be locked, nobody is found.
-  if (::flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
-    throw RecordingFault("another recording writes it");
-  if (::ftruncate(m_descriptor, 0) != 0) ThrowSystemFault();
+  Opened opened;
+  opened.descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwner);
+  if (opened.descriptor < 0) ThrowSystemFault();
+  try {
+    struct stat status{};
+    if (::fstat(opened.descriptor, &status) != 0) ThrowSystemFault();
+    opened.isDevice = S_ISCHR(status.st_mode);
+    if (opened.isDevice && !IsRotated()) return opened;  // Of a set, it would be renamed.
+    if (!S_ISREG(status.st_mode)) throw RecordingFault("it is no regular file");
+    // Where files cannot be locked, nobody is found.
+    if (::flock(opened.descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+      throw RecordingFault("another recording writes it");
+    if (::ftruncate(opened.descriptor, 0) != 0) ThrowSystemFault();
+  } catch (...) {
+    ::close(opened.descriptor);
+    throw;
+  }
+  return opened;
 }
 
-void RecordingOutput::Rotate() {
-  if (std::rename(m_file.c_str(), nameOf(m_part).c_str()) != 0) ThrowSystemFault();
-  Close();
-  ++m_part;
-  // With this one they are as many as there may be.
-  if (m_part > m_files && ::unlink(nameOf(m_part - m_files).c_str()) != 0 && errno != ENOENT)
-    ThrowSystemFault();
-  Open();
-}
-
-void RecordingOutput::Write(std::string_view lines) {
+// What is there of lines that do not fit goes: it leaves room for the end. Where that fails, a reader takes the
+// last line for an end that is cut off.
+void RecordingOutput::write(Opened& opened, std::string_view lines) {
   std::size_t written = 0;
   while (written < lines.size()) {
-    const ssize_t count = ::write(m_descriptor, lines.data() + written, lines.size() - written);
+    const ssize_t count = ::write(opened.descriptor, lines.data() + written, lines.size() - written);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) {
       const int fault = errno;
-      // What is there of the last line goes. Where that fails, a reader takes it for an end that is cut off.
-      const std::size_t whole = lines.substr(0, written).rfind('\n') + 1;
-      if (::ftruncate(m_descriptor, static_cast<off_t>(m_size + whole)) == 0) {
-        m_size += whole;
-        ::lseek(m_descriptor, static_cast<off_t>(m_size), SEEK_SET);
-      }
+      if (::ftruncate(opened.descriptor, static_cast<off_t>(opened.size)) == 0)
+        ::lseek(opened.descriptor, static_cast<off_t>(opened.size), SEEK_SET);
       errno = fault;
       ThrowSystemFault();
     }
     written += static_cast<std::size_t>(count);
   }
-  m_size += written;
+  opened.size += written;
 }
 
 // A process that was forked meanwhile may still have the file open: closing it here would not unlock it.
-void RecordingOutput::Close() {
-  if (m_descriptor < 0) return;
-  ::flock(m_descriptor, LOCK_UN);
-  ::close(std::exchange(m_descriptor, -1));
+void RecordingOutput::close(Opened& opened) {
+  if (opened.descriptor < 0) return;
+  ::flock(opened.descriptor, LOCK_UN);
+  ::close(std::exchange(opened.descriptor, -1));
 }
 
-void RecordingOutput::CheckIsThere() const {
-  struct stat status{};
-  if (::fstat(m_descriptor, &status) != 0) ThrowSystemFault();
-  if (status.st_nlink == 0) throw RecordingFault("the file was removed");
+// Of an earlier set. They would stay for ever, or be taken for parts of this one. What cannot be removed stays.
+void RecordingOutput::removeParts() const {
+  const std::filesystem::path path(m_file);
+  const std::string prefix = path.filename().string() + ".";
+  std::error_code fault;
+  for (std::filesystem::directory_iterator entry(path.parent_path(), fault), end; !fault && entry != end;
+       entry.increment(fault)) {
+    const std::string name = entry->path().filename().string();
+    if (!name.starts_with(prefix) || name.find_first_not_of("0123456789", prefix.size()) != std::string::npos)
+      continue;
+    const std::string part = entry->path().string();
+    if (IsPart(part, std::string_view(name).substr(prefix.size()))) ::unlink(part.c_str());
+  }
 }
 
 std::string RecordingOutput::nameOf(std::uint64_t part) const {

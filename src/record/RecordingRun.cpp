@@ -37,7 +37,7 @@ constexpr auto kLongestInterval = std::chrono::hours(24 * 365);
 constexpr int kMostWaits = 1000;
 // How much is written at a time at least, where there is more.
 constexpr std::size_t kChunk = std::size_t{64} << 10;
-// Left in a file with a limit, for its last line.
+// Left in a file with a limit, for its last lines.
 constexpr std::size_t kEndRoom = 256;
 
 // "2026-11-22T08:42:05.123456Z"
@@ -89,6 +89,7 @@ RecordingRun::RecordingRun(std::string file, RecordingOptions options)
       m_journal(std::in_place, m_options.journalCapacity),
       m_begin(NextJournalNumber()),
       m_next(m_begin),
+      m_written(m_begin),
       m_end(m_next),
       m_reader(m_next),
       m_firstPicture(std::in_place),
@@ -96,7 +97,9 @@ RecordingRun::RecordingRun(std::string file, RecordingOptions options)
       m_output(AbsolutePath(std::move(file)), m_options.largestFile, m_options.files),
       m_statisticsInterval(
           std::min<std::chrono::milliseconds>(m_options.statisticsInterval, kLongestInterval)),
-      m_statisticsDue(m_start + m_statisticsInterval) {}
+      m_statisticsDue(m_start + m_statisticsInterval) {
+  m_pending.reserve(kChunk);  // The last lines need no memory, then.
+}
 
 void RecordingRun::Start(const std::shared_ptr<RecordingRun>& run) {
   const SignalsBlocked blocked;
@@ -158,34 +161,46 @@ void RecordingRun::run() noexcept {
     record();
     endBy(nullptr);
   } catch (const std::exception& fault) {
-    try {
-      m_pending.clear();
-      writeEnd(fault.what(), sinceStart());
-    } catch (const std::exception&) {
-      // The trace line says it.
-    }
+    endAtFault(fault.what());
     endBy(fault.what());
+  }
+}
+
+// Whole lines that could not be added or written before may have room now; what has none is counted.
+void RecordingRun::endAtFault(const char* reason) noexcept {
+  m_new.clear();
+  try {
+    write();
+  } catch (const std::exception&) {
+    m_pending.clear();
+  }
+  try {
+    m_end = NextJournalNumber();
+    appendLost(m_pending);
+    appendEnd(m_pending, reason, sinceStart());
+    write();
+  } catch (const std::exception&) {
+    // The trace line says it.
   }
 }
 
 void RecordingRun::record() {
   m_output.Open();
-  beginPart(*m_firstPicture);
+  appendBegin(m_pending, *m_firstPicture, m_output.Part());
+  write();
   m_firstPicture.reset();
   for (;;) {
     const Request request = nextRequest();
     const bool wasStopped = !IsJournalOn() || HasJournalStartedSince(m_begin);
     round(request.isEnd || request.flush != 0 || wasStopped);
-    if (wasStopped) {
-      addLost();
-      write();
-      throw RecordingFault("the journal was stopped");
-    }
+    if (wasStopped) throw RecordingFault("the journal was stopped");
     if (request.isEnd) break;
     answer(request.flush);
   }
-  addLost();
-  writeEnd(nullptr, sinceStart());
+  appendLost(m_new);
+  addNew();
+  appendEnd(m_pending, nullptr, sinceStart());
+  write();
   const Lock lock(m_mutex);
   m_flushesDone = m_flushesAsked;
 }
@@ -237,8 +252,8 @@ void RecordingRun::takeEvents(bool isAsked) {
 void RecordingRun::take(const JournalEvent& event) {
   if (event.kind == JournalKind::kStatisticsMade) m_statistics.Forget(event.entityType, event.callId);
   m_lines.Append(m_new, event);
-  m_next = event.number + 1;
   addNew();
+  m_next = event.number + 1;
   m_lastNs = std::max(m_lastNs, event.timeNs - m_startNs);
   if (m_pending.size() >= kChunk) write();
 }
@@ -246,13 +261,6 @@ void RecordingRun::take(const JournalEvent& event) {
 void RecordingRun::takeStatistics() {
   m_statisticsDue = Clock::now() + m_statisticsInterval;
   m_statistics.Append(m_new, sinceStart(), m_lockWait.Run(&CopyStatistics));
-  addNew();
-}
-
-// What was missed last, or is left out since its writer does not finish.
-void RecordingRun::addLost() {
-  if (m_next >= m_end) return;
-  m_lines.AppendLost(m_new, sinceStart(), m_end - m_next);
   addNew();
 }
 
@@ -267,35 +275,38 @@ void RecordingRun::addNew() {
 void RecordingRun::write() {
   m_output.Write(m_pending);
   m_pending.clear();
-}
-
-void RecordingRun::beginPart(const Picture& picture) {
-  LineText line(m_pending, "recording", m_lastNs);
-  line.Number("version", kVersion).String("wall", m_wall);
-  if (m_output.IsRotated()) line.Number("part", m_output.Part());
-  line.End();
-  picture.Append(m_pending, m_lastNs, m_lines, m_statistics);
-  write();
-  m_isPartNew = true;
+  m_written = m_next;
 }
 
 void RecordingRun::beginNextPart() {
-  if (!m_output.IsRotated()) {
-    write();
-    throw RecordingFault("it has reached its largest size");
-  }
-  const Picture picture = m_lockWait.Run([] { return Picture(); });
-  writeEnd("goes on in the next file", m_lastNs);
-  m_output.Rotate();
-  beginPart(picture);
+  if (!m_output.IsRotated()) throw RecordingFault("it has reached its largest size");
+  std::string begin;
+  appendBegin(begin, m_lockWait.Run([] { return Picture(); }), m_output.Part() + 1);
+  std::string end;
+  appendEnd(end, "goes on in the next file", m_lastNs);
+  write();
+  m_output.Rotate(end, begin);
+  m_isPartNew = true;
 }
 
-void RecordingRun::writeEnd(const char* reason, std::int64_t timeNs) {
-  LineText line(m_pending, "recording", timeNs);
-  line.String("event", "ended");
+void RecordingRun::appendBegin(std::string& out, const Picture& picture, std::uint64_t part) {
+  LineText line(out, "recording", m_lastNs);
+  line.Number("version", kVersion).String("wall", m_wall).Number("next", m_next);
+  if (m_output.IsRotated()) line.Number("part", part);
+  line.End();
+  picture.Append(out, m_lastNs, m_lines, m_statistics);
+}
+
+void RecordingRun::appendEnd(std::string& out, const char* reason, std::int64_t timeNs) const {
+  LineText line(out, "recording", timeNs);
+  line.String("event", "ended").Number("next", m_next);
   if (reason != nullptr) line.String("reason", reason);
   line.End();
-  write();
+}
+
+// What was missed last, or is left out since its writer does not finish; or could not be written.
+void RecordingRun::appendLost(std::string& out) const {
+  if (m_written < m_end) m_lines.AppendLost(out, sinceStart(), m_end - m_written);
 }
 
 void RecordingRun::endBy(const char* reason) noexcept {

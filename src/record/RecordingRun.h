@@ -65,13 +65,14 @@ class RecordingRun {
   void takeEvents(bool isAsked);
   void take(const JournalEvent& event);
   void takeStatistics();
-  void addLost();
   void addNew();
   void write();
-  void beginPart(const Picture& picture);
   void beginNextPart();
-  void writeEnd(const char* reason, std::int64_t timeNs);
+  void appendBegin(std::string& out, const Picture& picture, std::uint64_t part);
+  void appendEnd(std::string& out, const char* reason, std::int64_t timeNs) const;
+  void appendLost(std::string& out) const;
 
+  void endAtFault(const char* reason) noexcept;
   void endBy(const char* reason) noexcept;
   // Whether this is another process, which has no such thread.
   bool isForked() const;
@@ -89,6 +90,7 @@ class RecordingRun {
   std::optional<JournalUse> m_journal;
   const std::uint64_t m_begin;  // The first number.
   std::uint64_t m_next;         // The number that is read next, unless it is missed.
+  std::uint64_t m_written;      // What was read before it is in the file.
   std::uint64_t m_end;          // Where the last round's events end.
   JournalReader m_reader;
   std::optional<Picture> m_firstPicture;

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "RecordingTest.h"
+#include "support/Gate.h"
 #include "support/TraceLog.h"
 #include "tessel/tessel.h"
 
@@ -102,6 +103,34 @@ TEST_F(RecordingFaults, TheProcessesLimitOfFilesEndsItWithWholeLines) {
   const auto sets = OfType("set");
   EXPECT_GT(sets.size(), 10u);
   EXPECT_LE(Text(File()).size(), 5000u);
+}
+
+TEST_F(RecordingFaults, WhatCouldNotBeWrittenIsCounted) {
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  rlimit small = before;
+  small.rlim_cur = 2000;
+  const CallStore store(7, CallStore::kEndsCall);
+  {
+    Gate asked, goesOn;
+    Recording recording(File(), {.filter = [&](auto, auto, auto) {
+                          asked.Open();
+                          goesOn.Wait();
+                          return RecordingShows::kAll;
+                        }});
+    store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 0, false, false);
+    asked.Wait();
+    for (int i = 1; i <= 40; ++i) store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", i, false, false);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    goesOn.Open();
+    while (recording.IsOn()) std::this_thread::yield();
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  }
+  const auto lost = OfType("lost");
+  ASSERT_EQ(lost.size(), 1u);
+  EXPECT_EQ(lost[0].Get("count"), "40");
+  EXPECT_EQ(OfType("set").size(), 1u);
+  EXPECT_EQ(Lines().back().Get("reason"), "File too large");
 }
 
 TEST_F(RecordingFaults, AFileOfAnotherRecordingIsLeftAlone) {

@@ -115,6 +115,44 @@ TEST_F(RecordingRotation, GoesOnInItsFolderWhenTheProcessLeavesIt) {
   EXPECT_TRUE(std::filesystem::exists(Part(std::stoul(Lines().front().Get("part")) - 1)));
 }
 
+// Whatever name the next file cannot have.
+TEST_F(RecordingRotation, LeavesTheFullFileItsNameWhenThereIsNoNextOne) {
+  for (const char* const name : {"call.tessel.next", "call.tessel.1"}) {
+    const TraceLog trace(0);
+    std::filesystem::create_directory(File(name));
+    {
+      Recording recording(File(), {.largestFile = kLargest, .files = 3});
+      SetOften(recording, 100);
+      EXPECT_FALSE(recording.IsOn());
+    }
+    const auto lines = Lines();
+    EXPECT_EQ(lines.front().Get("part"), "1");
+    EXPECT_EQ(lines.back().Get("reason"), "Is a directory");
+    EXPECT_EQ(lines[lines.size() - 2].Get("type"), "lost");
+    EXPECT_EQ(trace.Lines().size(), 1u);
+    std::filesystem::remove(File(name));
+    EXPECT_FALSE(std::filesystem::exists(File("call.tessel.next")));
+  }
+}
+
+TEST_F(RecordingRotation, RemovesThePartsOfAnEarlierSetAndNothingElse) {
+  {
+    Recording recording(File(), {.largestFile = kLargest, .files = 4});
+    SetOften(recording, 300);
+  }
+  const std::size_t last = std::stoul(Lines().front().Get("part"));
+  ASSERT_TRUE(std::filesystem::exists(Part(last - 3)));
+  const std::vector<std::string> others = {"call.tessel.0", "call.tessel.2025", "call.tessel.1x",
+                                           "other.tessel.1"};
+  std::ofstream(File(others[0])) << "something else\n";
+  for (std::size_t i = 1; i < others.size(); ++i) std::filesystem::copy_file(Part(last - 1), File(others[i]));
+  {
+    const Recording recording(File());
+  }
+  for (std::size_t part = 1; part <= last; ++part) EXPECT_FALSE(std::filesystem::exists(Part(part))) << part;
+  for (const std::string& other : others) EXPECT_TRUE(std::filesystem::exists(File(other))) << other;
+}
+
 TEST_F(RecordingRotation, DoesNotEndInFilesOfAPictureAlone) {
   CallStore store(8, CallStore::kEndsCall);
   const std::string large(2 * kLargest, 'x');
