@@ -4,9 +4,12 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <iostream>
+#include <mutex>
 
 #include "Colour.h"
+#include "tessel/locking.h"
 
 namespace {
 
@@ -15,22 +18,25 @@ using std::chrono::seconds;
 
 const Clock::time_point kStart = Clock::now();
 
-}  // namespace
-
-Progress::Progress(const std::string& activity) {
-  if (!IsCapableTerminal(STDERR_FILENO)) return;
-  m_thread = std::jthread([this, activity](const std::stop_token& stop) { show(stop, activity); });
-}
-
 // Writes the line again every second, and removes it in the end.
-void Progress::show(const std::stop_token& stop, const std::string& activity) {
-  std::unique_lock lock(m_mutex);
+void Show(const std::stop_token& stop, const std::string& activity) {
+  // Protects nothing: a wait takes one.
+  kalStore::detail::Mutex<std::mutex> mutex;
+  const kalStore::detail::Lock lock(mutex);
+  std::condition_variable_any ended;
   seconds shown{0};
   for (seconds next{1};; next = shown + seconds(1)) {
-    m_ended.wait_until(lock, stop, kStart + next, [] { return false; });
+    ended.wait_until(mutex, stop, kStart + next, [] { return false; });
     if (stop.stop_requested()) break;
     shown = std::chrono::duration_cast<seconds>(Clock::now() - kStart);
     std::cerr << "\r\033[Ktessel: " + activity + ", " + std::to_string(shown.count()) + " s" << std::flush;
   }
   if (shown.count() != 0) std::cerr << "\r\033[K" << std::flush;
+}
+
+}  // namespace
+
+Progress::Progress(const std::string& activity) {
+  if (!IsCapableTerminal(STDERR_FILENO)) return;
+  m_thread = std::jthread([activity](const std::stop_token& stop) { Show(stop, activity); });
 }

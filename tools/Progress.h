@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -16,9 +14,5 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
  private:
-  void show(const std::stop_token& stop, const std::string& activity);
-
-  std::mutex m_mutex;
-  std::condition_variable_any m_ended;
-  std::jthread m_thread;  // Ends before what it waits by.
+  std::jthread m_thread;
 };

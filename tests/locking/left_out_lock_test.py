@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Every lock that is left out is refused by Clang's thread-safety analysis: removes the locks of each source file of
-the libraries, and compares the functions that lack one with those that Clang then names. The file as it is compiles.
+the libraries and tools, and compares the functions that lack one with those that Clang then names. The file as it is
+compiles.
 
-No library code locks but by the annotated classes, which the analysis knows.
+Nothing in them locks but by the annotated classes, which the analysis knows.
 """
 
 import re
@@ -15,16 +16,17 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parents[2]
-FOLDERS = ("include", "src", "libutil/include", "libutil/src")
+FOLDERS = ("include", "src", "tools", "libutil/include", "libutil/src")
 COMPILER = sys.argv.pop(1)
 COMMAND = [COMPILER, "-std=c++20", "-fsyntax-only", "-Wthread-safety", "-fno-caret-diagnostics", "-x", "c++",
            *(f"-I{SOURCE / folder}" for folder in FOLDERS)]
 
 ANNOTATED = ("include/tessel/locking.h", "src/record/Lock.h", "libutil/src/Mutex.h")  # The classes themselves.
-# These locks protect nothing that is written under them alone, only the order of steps with atomic variables.
-ORDER_ONLY = ("src/facade/KalConfigHelper.cpp", "libutil/src/EventQueue.cpp")
+# These locks protect nothing that is written under them alone, only the order of steps with atomic variables, or a wait.
+ORDER_ONLY = ("src/facade/KalConfigHelper.cpp", "libutil/src/EventQueue.cpp", "tools/Progress.cpp")
 
 LOCK = re.compile(r" *(?:const )?(?:[\w:]+::)?(?:Lock lock|RegistryGuard guard)\(.*\);.*")
+WAIT = re.compile(r"lock\.Wait\w*\(|waitFor\(lock\b")
 # Clang does not analyse constructors and destructors.
 UNCHECKED = re.compile(r"\s*(explicit \w+\(|(\w+::)?~\w+\()")
 STANDARD = re.compile(r"(?<!Mutex<)(?<!Lock<)std::(\w*mutex|lock_guard|unique_lock|scoped_lock|shared_lock)\b")
@@ -73,7 +75,7 @@ def left_out(path):
     functions = {function_of(lines, number) for number, line in enumerate(lines) if LOCK.fullmatch(line)}
     functions = {number for number in functions if not UNCHECKED.match(lines[number])}
     # Where a wait needs the lock's name, that stays, and locks nothing.
-    nothing = "extern Lock& lock;" if any("lock.Wait(" in line for line in lines) else ""
+    nothing = "extern Lock& lock;" if any(WAIT.search(line) for line in lines) else ""
     found = diagnostics("\n".join(LOCK.sub(nothing, line) for line in lines), path)
     return functions, {function_of(lines, number) for number in found}, lines
 

@@ -14,6 +14,7 @@
 #include "simulate/Recorder.h"
 #include "simulate/Subscriber.h"
 #include "tessel/KalConfigGroup.h"
+#include "tessel/locking.h"
 
 namespace simulate {
 
@@ -42,15 +43,19 @@ class Ledger {
   /// The set has changed nothing.
   void Withdraw(const SettingKey& key, std::uint64_t set);
 
-  const std::map<SettingKey, Setting>& Settings() const { return m_settings; }
+  // No lock: nothing is set any more.
+  const std::map<SettingKey, Setting>& Settings() const TESSEL_LOCKING(no_thread_safety_analysis) {
+    return m_settings;
+  }
   /// Deliveries that are expected and have not arrived.
   std::size_t Missing() const;
 
  private:
   Recorder& m_recorder;
-  std::mutex m_mutex;  // Protects everything below; subscribers are safe by themselves.
-  std::map<SettingKey, Setting> m_settings;
-  std::uint64_t m_lastSet = Subscriber::kInitial;
+  mutable kalStore::detail::Mutex<std::mutex> m_mutex;
+  // Subscribers are safe by themselves.
+  std::map<SettingKey, Setting> m_settings TESSEL_LOCKING(guarded_by(m_mutex));
+  std::uint64_t m_lastSet TESSEL_LOCKING(guarded_by(m_mutex)) = Subscriber::kInitial;
 };
 
 }  // namespace simulate

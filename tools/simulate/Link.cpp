@@ -22,7 +22,7 @@ double Smooth(double share) {
 
 void Link::Send(Media media, RunTime now, std::uint32_t packets, double bits) {
   if (packets == 0) return;
-  const std::lock_guard lock(m_mutex);
+  const kalStore::detail::Lock lock(m_mutex);
   advance(now);
   const double room = std::max(0.0, kQueueSeconds * m_state.capacity - m_queuedBits);
   const double overflow = bits > room ? (bits - room) / bits : 0;
@@ -41,12 +41,12 @@ void Link::Send(Media media, RunTime now, std::uint32_t packets, double bits) {
 }
 
 Link::Traffic Link::Received(Media media) const {
-  const std::lock_guard lock(m_mutex);
+  const kalStore::detail::Lock lock(m_mutex);
   return m_traffic[static_cast<std::size_t>(media)];
 }
 
 Link::State Link::Now(RunTime now) {
-  const std::lock_guard lock(m_mutex);
+  const kalStore::detail::Lock lock(m_mutex);
   advance(now);
   return m_state;
 }

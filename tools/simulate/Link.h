@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "simulate/Recorder.h"
+#include "tessel/locking.h"
 
 namespace simulate {
 
@@ -42,18 +43,19 @@ class Link {
 
  private:
   double quality(RunTime now) const;
-  void advance(RunTime now);
-  double random();
+  void advance(RunTime now) TESSEL_LOCKING(requires_capability(m_mutex));
+  double random() TESSEL_LOCKING(requires_capability(m_mutex));
 
   const double m_cycleSeconds;
   const double m_phase;
-  mutable std::mutex m_mutex;  // Protects everything below.
-  RunTime m_time = 0;
-  State m_state;
-  double m_queuedBits = 0;
-  std::array<Traffic, 2> m_traffic;
-  std::array<double, 2> m_lossRemainder{};  // Parts of packets that are lost with the next ones.
-  std::uint32_t m_randomState = 20;
+  mutable kalStore::detail::Mutex<std::mutex> m_mutex;
+  RunTime m_time TESSEL_LOCKING(guarded_by(m_mutex)) = 0;
+  State m_state TESSEL_LOCKING(guarded_by(m_mutex));
+  double m_queuedBits TESSEL_LOCKING(guarded_by(m_mutex)) = 0;
+  std::array<Traffic, 2> m_traffic TESSEL_LOCKING(guarded_by(m_mutex));
+  // Parts of packets that are lost with the next ones.
+  std::array<double, 2> m_lossRemainder TESSEL_LOCKING(guarded_by(m_mutex)){};
+  std::uint32_t m_randomState TESSEL_LOCKING(guarded_by(m_mutex)) = 20;
 };
 
 }  // namespace simulate

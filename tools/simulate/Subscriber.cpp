@@ -7,18 +7,18 @@ namespace simulate {
 
 void Subscriber::Expect(std::uint64_t set, const ConfigData& value) {
   ++m_recorder.expectedDeliveries;
-  const std::lock_guard lock(m_mutex);
+  const kalStore::detail::Lock lock(m_mutex);
   m_expected.push_back({set, m_recorder.Now(), value});
 }
 
 void Subscriber::Withdraw(std::uint64_t set) {
-  const std::lock_guard lock(m_mutex);
+  const kalStore::detail::Lock lock(m_mutex);
   m_recorder.expectedDeliveries -=
       std::erase_if(m_expected, [&](const Expectation& expected) { return expected.set == set; });
 }
 
 void Subscriber::Arrive(const ConfigData& value) {
-  const std::lock_guard lock(m_mutex);
+  const kalStore::detail::Lock lock(m_mutex);
   const auto found = std::find_if(m_expected.begin(), m_expected.end(),
                                   [&](const Expectation& expected) { return expected.value == value; });
   if (found == m_expected.end()) {
@@ -36,12 +36,12 @@ void Subscriber::Arrive(const ConfigData& value) {
 }
 
 std::uint64_t Subscriber::Arrived() const {
-  const std::lock_guard lock(m_mutex);
+  const kalStore::detail::Lock lock(m_mutex);
   return m_arrived;
 }
 
 std::size_t Subscriber::Missing() const {
-  const std::lock_guard lock(m_mutex);
+  const kalStore::detail::Lock lock(m_mutex);
   return m_expected.size();
 }
 

@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "simulate/Recorder.h"
+#include "tessel/locking.h"
 #include "util/ConfigData.h"
 
 namespace simulate {
@@ -43,9 +44,9 @@ class Subscriber {
 
   Recorder& m_recorder;
   const Way m_way;
-  mutable std::mutex m_mutex;  // Protects everything below.
-  std::deque<Expectation> m_expected;
-  std::uint64_t m_arrived = 0;
+  mutable kalStore::detail::Mutex<std::mutex> m_mutex;
+  std::deque<Expectation> m_expected TESSEL_LOCKING(guarded_by(m_mutex));
+  std::uint64_t m_arrived TESSEL_LOCKING(guarded_by(m_mutex)) = 0;
 };
 
 }  // namespace simulate
