@@ -13,6 +13,7 @@
 #include "Completion.h"
 #include "EventQueue.h"
 #include "Mutex.h"
+#include "Uncancelled.h"
 
 namespace {
 
@@ -55,6 +56,7 @@ class ACmThread::Impl {
   int Stop() {
     // Before the lock: another thread's Stop() holds it while it waits for this one.
     if (isSelf()) return EDEADLK;
+    const cm::internal::Uncancelled uncancelled;  // Destructors stop threads, too.
     const cm::internal::Lock lock(m_control);
     if (m_thread.joinable()) {
       m_queue.Close();
@@ -79,13 +81,21 @@ class ACmThread::Impl {
 
   bool isSelf() const { return t_running == this; }
 
-  void run(cm::internal::Completion& started) noexcept {
+  void run(cm::internal::Completion& started) {
+    // Its waits are cancellation points, at which nobody could be notified of the thread's end.
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
     t_running = this;
     if (!m_name.empty()) pthread_setname_np(pthread_self(), m_name.c_str());
     m_queue.Open();
     started.Complete(0);
+    // Also when an event ends the thread (pthread_exit).
+    const struct End {
+      Impl& impl;
+      ~End() {
+        if (impl.m_endsByItself) delete &impl;
+      }
+    } end{*this};
     m_queue.Run();
-    if (m_endsByItself) delete this;
   }
 
   const std::string m_name;

@@ -6,6 +6,7 @@
 
 #include "BriefWait.h"
 #include "Mutex.h"
+#include "Uncancelled.h"
 
 namespace cm::internal {
 
@@ -27,8 +28,10 @@ class Completion {
     m_changed.notify_one();
   }
 
-  /// Waits for Complete() and returns its result.
+  /// Waits for Complete() and returns its result. The other thread uses this until then: no cancellation
+  /// unwinds the stack that it is on.
   int Wait() {
+    const Uncancelled uncancelled;
     const auto isDone = [this] { return m_done.load(std::memory_order_relaxed); };
     WaitBriefly(isDone);
     Lock lock(m_mutex);  // In any case: until it is free, Complete() may not have returned.

@@ -26,20 +26,23 @@ void ReportException(const ICmEvent& event, const char* what) {
   util_adapter_trace(0, "UTIL", line, line.tell());
 }
 
-/// Fires and ends the event; 0, or ECANCELED when it threw.
+/// Fires and ends the event; 0, or ECANCELED when it threw. Is unwound when the event ends its thread.
 int Fire(ICmEvent* event) {
-  int result = 0;
+  const struct End {
+    ICmEvent& event;
+    ~End() { event.OnDestorySelf(); }
+  } end{*event};
   try {
     event->OnEventFire();
+    return 0;
   } catch (const std::exception& error) {
     ReportException(*event, error.what());
-    result = ECANCELED;
   } catch (...) {
+    // pthread_exit arrives here, too, without an exception object: the C library wants it passed on.
+    if (std::current_exception() == nullptr) throw;
     ReportException(*event, "not a std::exception");
-    result = ECANCELED;
   }
-  event->OnDestorySelf();
-  return result;
+  return ECANCELED;
 }
 
 ICmEvent* EventIn(std::uintptr_t inbox, std::uintptr_t flags) {
@@ -67,14 +70,29 @@ void EventQueue::Open() {
 
 void EventQueue::Run() {
   while (ICmEvent* event = next()) {
-    Completion* sender = event->m_sender;
-    const int result = Fire(event);
-    if (sender == nullptr) continue;
-    // The event may have been one that ends the queue, which the sender has to be done with before.
-    if (!IsOpen()) sender->AwaitWaiter();
-    sender->Complete(result);
+    Completion* const sender = event->m_sender;
+    try {
+      release(sender, Fire(event));
+    } catch (...) {
+      // The event ends the thread: nothing more fires, but every event ends, and every sender is released.
+      Close();
+      release(sender, ECANCELED);
+      while (ICmEvent* left = next()) {
+        Completion* const leftSender = left->m_sender;
+        release(leftSender, Refuse(left, ESHUTDOWN));
+      }
+      m_threadId.store(0, std::memory_order_relaxed);
+      throw;
+    }
   }
   m_threadId.store(0, std::memory_order_relaxed);
+}
+
+void EventQueue::release(Completion* sender, int result) {
+  if (sender == nullptr) return;
+  // The event may have been one that ends the queue, which the sender has to be done with before.
+  if (!IsOpen()) sender->AwaitWaiter();
+  sender->Complete(result);
 }
 
 void EventQueue::Close() {

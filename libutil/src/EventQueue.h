@@ -57,7 +57,8 @@ class EventQueue final : public ICmEventQueue {
   /// Accepts events from now on. Called by the thread that calls Run() next. REQUIRES: closed, as when
   /// constructed, and no event left.
   void Open();
-  /// Fires events on the calling thread until Close() has been called and all that was queued has fired.
+  /// Fires events on the calling thread until Close() has been called and all that was queued has fired. An
+  /// event that ends the thread (pthread_exit) closes the queue; what is left in it ends without firing.
   void Run();
   /// Refuses events from now on.
   void Close();
@@ -76,6 +77,7 @@ class EventQueue final : public ICmEventQueue {
 
   bool push(ICmEvent* event, unsigned int priority, Completion* sender);
   void announce(unsigned int priority);
+  void release(Completion* sender, int result);
   ICmEvent* next();
   void takeArrivals();
   void sleep();

@@ -1,23 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "util/util_trace.h"
 
-#include <sys/uio.h>
-#include <unistd.h>
-
 #include <atomic>
-#include <charconv>
 #include <condition_variable>
 #include <cstring>
 #include <exception>
-#include <iterator>
 
 #include "Mutex.h"
+#include "StandardError.h"
+#include "Uncancelled.h"
 #include "util/bounded_copy.h"
 
 namespace {
 
 using cm::internal::Lock;
 using cm::internal::Mutex;
+using cm::internal::Uncancelled;
+using cm::internal::WriteToStandardError;
 
 std::atomic<int> g_mask{0};
 std::atomic<unsigned long> g_assertionReports{0};
@@ -26,18 +25,6 @@ thread_local unsigned int t_callsInSink = 0;  // More than 1 when a sink traces.
 thread_local unsigned int t_jobId = 0;
 thread_local bool t_jobNamed = false;
 thread_local char t_jobName[64] = "";
-
-/// Writes "[module level] text" to standard error, with one system call so that lines stay whole.
-void WriteToStandardError(void*, int level, const char* module, const char* text, unsigned int length) {
-  char digits[12];
-  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, level);
-  const auto part = [](const char* from, std::size_t size) { return iovec{const_cast<char*>(from), size}; };
-  const iovec line[] = {part("[", 1),  part(module, std::strlen(module)),
-                        part(" ", 1),  part(digits, static_cast<std::size_t>(end.ptr - digits)),
-                        part("] ", 2), part(text, length),
-                        part("\n", 1)};
-  [[maybe_unused]] const ssize_t written = ::writev(STDERR_FILENO, line, std::size(line));
-}
 
 /// Who receives the lines, and which calls to a receiver are under way.
 class Receiver {
@@ -88,6 +75,7 @@ class Receiver {
     Call& operator=(const Call&) = delete;
 
     void Run(int level, const char* module, const char* text, unsigned int length) const {
+      const Uncancelled uncancelled;
       m_sink(m_context, level, module, text, length);
     }
     unsigned long Generation() const { return m_generation; }

@@ -2,6 +2,7 @@
 #include "facade/ExecutorDelivery.h"
 
 #include <atomic>
+#include <exception>
 #include <utility>
 
 #include "trace/TraceLine.h"
@@ -73,6 +74,9 @@ class Source {
       // delivery.
       if (delivery->HasBegun()) throw;
       delivery->Refuse();
+      // The end of the thread (pthread_exit, pthread_cancel) has no exception object: the C library wants it
+      // passed on.
+      if (std::current_exception() == nullptr) throw;
     }
   }
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "facade/KalConfigObserverHelper.h"
 
-#include <exception>
 #include <iterator>
 #include <limits>
 #include <string_view>
 #include <utility>
 
 #include "facade/ExecutorDelivery.h"
+#include "store/FirstError.h"
 #include "store/WaitClock.h"
 #include "trace/Assertion.h"
 #include "trace/TraceLine.h"
@@ -258,7 +258,7 @@ void KalConfigObserverHelper::erase(const Record& record) {
 }
 
 void KalConfigObserverHelper::ReSubscribeConfig() {
-  std::exception_ptr firstError;
+  FirstError error;
   for (int idx = 0; idx < KAL_CONFIG_GROUP_LAST; ++idx) {
     RecordsByName::Map waiting;  // The very nodes: taking them out cannot fail and lose one.
     {
@@ -276,11 +276,11 @@ void KalConfigObserverHelper::ReSubscribeConfig() {
         File(handler);
       } catch (...) {
         // The exception of one callback must not leave the other records without their subscription.
-        if (!firstError) firstError = std::current_exception();
+        error.Keep();
       }
     }
   }
-  if (firstError) std::rethrow_exception(firstError);
+  error.Rethrow();
 }
 
 void KalConfigObserverHelper::Clean() {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <exception>
 #include <string_view>
 #include <utility>
 
 #include "store/DeliveryJournal.h"
 #include "store/DeliverySnapshot.h"
+#include "store/FirstError.h"
 #include "store/SessionGroup.h"
 #include "tessel/KalConfig.h"
 #include "trace/TraceLine.h"
@@ -80,16 +80,16 @@ template <class Delivery>
     const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
                                group, SessionTypeOfGroup(group)};
     // One subscriber's exception must not keep the change from the others.
-    std::exception_ptr firstError;
+    FirstError error;
     while (snapshot.HasNext()) {
       try {
         snapshot.DeliverNext(
             [&](ConfigEventHandler& handler) { notified += delivery.Notify(handler, event) ? 1 : 0; });
       } catch (...) {
-        if (!firstError) firstError = std::current_exception();
+        error.Keep();
       }
     }
-    if (firstError) std::rethrow_exception(firstError);
+    error.Rethrow();
   }
   if (notified == 0) return kResultNobody;
   TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents", ", nObservers=" << notified << cid << self);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "store/WaitClock.h"
 
+#include <pthread.h>
 #include <sched.h>
 
 #include <atomic>
@@ -16,10 +17,14 @@ long NowMs() {
   return timer_policy::now() / 1000;
 }
 
+// No cancellation point: destructors wait, which a cancellation must not unwind.
 void SleepOneMs() {
+  int before = PTHREAD_CANCEL_ENABLE;
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before);
   timespec left{.tv_sec = 0, .tv_nsec = 1000000};
   while (nanosleep(&left, &left) == -1 && errno == EINTR) {
   }
+  pthread_setcancelstate(before, nullptr);
 }
 
 void Yield() {

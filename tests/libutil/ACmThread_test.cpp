@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <fstream>
 #include <functional>
 #include <future>
 #include <string>
@@ -16,6 +15,7 @@
 
 #include "libutil/TestEvents.h"
 #include "support/AllocationCount.h"
+#include "support/ThreadState.h"
 
 namespace {
 
@@ -25,14 +25,6 @@ std::string NameOf(ACmThread& thread) {
   thread.GetEventQueue()->SendEvent(
       new CountedEvent(counts, [&] { pthread_getname_np(pthread_self(), name, sizeof name); }), 0);
   return name;
-}
-
-/// The scheduler's state of a thread of this process: 'R' while it runs or yields, 'S' while it sleeps.
-char StateOf(pid_t thread) {
-  std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-  std::string text;
-  std::getline(file, text);
-  return text.at(text.rfind(')') + 2);
 }
 
 /// Runs a function when its thread ends.

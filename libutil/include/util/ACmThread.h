@@ -20,7 +20,7 @@
 /// @endcode
 UTIL_API unsigned long GetThreadSelfId();
 
-/// A thread that fires the events of a queue.
+/// A thread that fires the events of a queue. Cancellation (pthread_cancel) is disabled on it.
 ///
 /// @threads Any thread may call every operation at any time. One owner destroys the object, while no other
 /// call to it or to its queue is under way.
@@ -57,7 +57,7 @@ class UTIL_API ACmThread {
 
   /// Refuses further events, fires what is queued, and waits for the thread's end, destructors of its
   /// thread-local objects included. Several threads may call at once; each returns when the thread has ended.
-  /// The wait has no time limit.
+  /// The wait has no time limit and is no cancellation point.
   /// @return 0, also when the thread does not run; EDEADLK, and nothing has changed, when the thread itself
   /// calls, from an event as well as from the destructor of a thread-local object.
   int Stop();

@@ -34,7 +34,8 @@ class UTIL_API ICmEvent {
   ICmEvent(const ICmEvent&) = delete;
   ICmEvent& operator=(const ICmEvent&) = delete;
 
-  /// Does the work, on the queue's thread. Must not end that thread (pthread_exit, pthread_cancel).
+  /// Does the work, on the queue's thread. When it ends that thread (pthread_exit), the queue stops as by
+  /// ACmThread::Stop(), but what is left in it ends without firing.
   /// @return Any number; the queue ignores it.
   virtual int OnEventFire() = 0;
   /// Ends the event; the queue calls it once, on its own thread when the event has fired, on the calling

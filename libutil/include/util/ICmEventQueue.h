@@ -51,11 +51,11 @@ class UTIL_API ICmEventQueue {
 
   /// Queues the event at the default priority and waits until it has fired and ended. On the queue's own
   /// thread the event fires at once, before what is queued. The wait has no time limit: do not hold a lock
-  /// that the event, or one before it, takes.
+  /// that the event, or one before it, takes. It is no cancellation point.
   /// @param event  made with new
   /// @param flags  reserved; pass 0
   /// @return 0; EINVAL for a null event; ESHUTDOWN when the queue has stopped; ECANCELED when OnEventFire()
-  /// threw.
+  /// threw, or ended its thread.
   /// @invalidates `event`.
   virtual int SendEvent(ICmEvent* event, unsigned int flags) = 0;
 

@@ -37,14 +37,16 @@ UTIL_API void set_external_trace_mask(int mask);
 ///
 /// Must not throw. An exception goes no further than util_adapter_trace(), and nothing reports it. A sink
 /// that ends its thread (pthread_exit) unwinds the function that traced; where that is noexcept, the process
-/// ends.
+/// ends. The cancellation of a thread (pthread_cancel) waits until its sink has returned.
 using util_trace_sink = void (*)(void* context, int level, const char* module, const char* text,
                                  unsigned int length);
 
 /// Sends lines to another sink, and waits until no thread is inside a previous one, whose context may then be
 /// destroyed. The wait has no time limit: the caller must not hold what a running sink needs. Called by a
 /// sink, it does not wait; a previous sink may still run when it returns, this one at least.
-/// @param sink  null restores standard error, one line each in the form "[module level] text"
+/// @param sink  null restores standard error, one line each in the form "[module level] text". Where it is
+/// closed, or a pipe without a reader, lines are lost. When nobody reads it a line waits for a second; lines
+/// are lost then, without a wait, until it takes one again, after a line that says how many were
 /// @param context  passed to every call of the sink
 UTIL_API void set_util_trace_sink(util_trace_sink sink, void* context);
 

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+// Trace lines on a standard error that is closed, or that nobody reads.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <string>
+#include <thread>
+
+#include "tessel/KalConfigRegistry.h"
+#include "util/util_trace.h"
+
+namespace {
+
+void TraceText(const std::string& text) {
+  util_adapter_trace(0, "UTIL", text.c_str(), static_cast<unsigned int>(text.size()));
+}
+
+/// Standard error is a pipe as long as this lives.
+class ErrorPipe {
+ public:
+  ErrorPipe() : m_before(dup(STDERR_FILENO)) {
+    if (pipe(m_ends.data()) != 0) std::abort();
+    dup2(m_ends[1], STDERR_FILENO);
+    close(m_ends[1]);
+  }
+  ~ErrorPipe() {
+    dup2(m_before, STDERR_FILENO);
+    close(m_before);
+    CloseReader();
+  }
+  ErrorPipe(const ErrorPipe&) = delete;
+  ErrorPipe& operator=(const ErrorPipe&) = delete;
+
+  void CloseReader() {
+    if (m_ends[0] != -1) close(m_ends[0]);
+    m_ends[0] = -1;
+  }
+  /// Until it takes no byte more.
+  void Fill() const {
+    const int flags = fcntl(STDERR_FILENO, F_GETFL);
+    fcntl(STDERR_FILENO, F_SETFL, flags | O_NONBLOCK);
+    while (write(STDERR_FILENO, "x", 1) == 1) {
+    }
+    fcntl(STDERR_FILENO, F_SETFL, flags);
+  }
+  /// What is in it.
+  std::string Read() const {
+    fcntl(m_ends[0], F_SETFL, O_NONBLOCK);
+    std::string text;
+    std::array<char, 4096> part{};
+    for (;;) {
+      const ssize_t size = read(m_ends[0], part.data(), part.size());
+      if (size <= 0) return text;
+      text.append(part.data(), static_cast<std::size_t>(size));
+    }
+  }
+
+ private:
+  const int m_before;
+  std::array<int, 2> m_ends{};
+};
+
+bool IsBrokenPipePending() {
+  sigset_t pending;
+  sigpending(&pending);
+  return sigismember(&pending, SIGPIPE) == 1;
+}
+
+}  // namespace
+
+TEST(StandardError, MayBeClosed) {
+  const ErrorPipe pipe;
+  close(STDERR_FILENO);
+  TraceText("nobody sees it");
+}
+
+TEST(StandardError, MayBeAPipeWithoutAReader) {
+  ErrorPipe pipe;
+  pipe.CloseReader();
+  TraceText("nobody sees it");
+  sigset_t blocked;
+  pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+  EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+}
+
+TEST(StandardError, WithoutAReaderLeavesSignalsThatWerePending) {
+  ErrorPipe pipe;
+  pipe.CloseReader();
+  sigset_t brokenPipe;
+  sigemptyset(&brokenPipe);
+  sigaddset(&brokenPipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
+  TraceText("nobody sees it");
+  EXPECT_FALSE(IsBrokenPipePending());
+  raise(SIGPIPE);
+  TraceText("nobody sees it");
+  EXPECT_TRUE(IsBrokenPipePending());
+  int taken = 0;
+  sigwait(&brokenPipe, &taken);
+  pthread_sigmask(SIG_UNBLOCK, &brokenPipe, nullptr);
+}
+
+TEST(StandardError, ThatNobodyReadsLosesLinesAndSaysHowMany) {
+  const ErrorPipe pipe;
+  pipe.Fill();
+  for (int i = 0; i < 17; ++i) TraceText("nobody sees it");
+  pipe.Read();
+  TraceText("somebody sees it");
+  TraceText("and this");
+  EXPECT_EQ(pipe.Read(),
+            "[UTIL 0] 17 lines lost: nobody read standard error\n"
+            "[UTIL 0] somebody sees it\n"
+            "[UTIL 0] and this\n");
+}
+
+TEST(StandardError, ThatNobodyReadsDoesNotHoldTheRegistryForEver) {
+  const ErrorPipe pipe;
+  pipe.Fill();
+  set_external_trace_mask(2);
+  // Each makes and ends stores, and so traces under the lock of the registry.
+  const auto use = [](std::uint32_t callId) {
+    kalStore::IKalConfig* store = nullptr;
+    kalStore::CreateKalConfig(callId, &store);
+    kalStore::CleanUpKalConfig(callId);
+    kalStore::ReleaseKalConfig(store);
+  };
+  std::thread other([&] { use(7); });
+  use(8);
+  other.join();
+  set_external_trace_mask(0);
+  EXPECT_EQ(kalStore::GetKalConfigSizeForUT(), 0U);
+  pipe.Read();
+  TraceText("somebody sees it");  // No line is lost any more.
+}
