@@ -21,7 +21,7 @@ export function follow(app, show) {
   });
   source.addEventListener("message", ({ data }) => {
     reader.feed(`${data}\n`);
-    if (recording.ended !== undefined) source.close();
+    if (recording.isOver) source.close();
     timer ??= setTimeout(() => {
       timer = undefined;
       app.recordings[0] = recording;

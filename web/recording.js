@@ -25,6 +25,11 @@ export class Recording {
     this.name = name;
   }
 
+  /** Whether nothing more comes: a full file has a next one. */
+  get isOver() {
+    return this.ended !== undefined && this.ended !== "goes on in the next file";
+  }
+
   /** An event that has no fault. */
   take(event) {
     this.count += 1;
@@ -88,6 +93,7 @@ const TAKE = {
   recording(recording, event) {
     if (event.event === undefined) {
       if (!recording.wall) recording.wall = event.wall ?? "";
+      recording.ended = undefined;
       recording.changes.push({ type: "begin", t: event.t });
     } else {
       recording.ended = event.reason ?? "";

@@ -299,7 +299,7 @@ void RecordingRun::appendBegin(std::string& out, const Picture& picture, std::ui
 
 void RecordingRun::appendEnd(std::string& out, const char* reason, std::int64_t timeNs) const {
   LineText line(out, "recording", timeNs);
-  line.String("event", "ended").Number("next", m_next);
+  line.Number("next", m_next).String("event", "ended");
   if (reason != nullptr) line.String("reason", reason);
   line.End();
 }

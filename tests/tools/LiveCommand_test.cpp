@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "Program.h"
+#include "Recordings.h"
 #include "report/AppendedLines.h"
 
 namespace {
@@ -50,6 +52,31 @@ TEST(AppendedLines, GivesALineThatIsTooLongInPieces) {
   }
   EXPECT_LT(longest, 1'200'000U);
   EXPECT_TRUE(all.ends_with("data: last\n\n"));
+}
+
+TEST(AppendedLines, GoOnInTheNextFilesOfASet) {
+  const auto eventOf = [](std::string lines) {
+    std::string event;
+    for (std::size_t end = 0; (end = lines.find('\n')) != std::string::npos; lines.erase(0, end + 1))
+      event += "data: " + lines.substr(0, end + 1);
+    return event + "\n";
+  };
+  for (const bool isGone : {false, true}) {
+    Program program;
+    program.File("a", RecordingPart(1) + RecordingPartEnd(1));
+    AppendedLines lines(program.Path("a"));
+    EXPECT_EQ(lines.Next(), eventOf(RecordingPart(1) + RecordingPartEnd(1)));
+    EXPECT_EQ(lines.Next(), "");
+    std::filesystem::rename(program.Path("a"), program.Path("a.1"));
+    EXPECT_EQ(lines.Next(), "");
+    if (!isGone) program.File("a.2", RecordingPart(2) + RecordingPartEnd(2));
+    program.File("a", RecordingPart(3) + kLastPartEnd);
+    if (!isGone) {
+      EXPECT_EQ(lines.Next(), eventOf(RecordingPart(2) + RecordingPartEnd(2)));
+    }
+    EXPECT_EQ(lines.Next(), eventOf((isGone ? kLostPart : "") + RecordingPart(3) + kLastPartEnd));
+    EXPECT_EQ(lines.Next(), "");
+  }
 }
 
 TEST(AppendedLines, IsNotOpenWithoutAFile) {

@@ -274,26 +274,45 @@ TEST(LogCommand, FollowsARecordingUntilItEnds) {
   EXPECT_EQ(finished.status, 0);
 }
 
-// The file is full, then it makes place for the next one.
+// Makes place for the next file, twice before anybody looks; the second time, the file between is gone.
 TEST(LogCommand, FollowsARotatedSetUntilTheRecordingEnds) {
-  const std::string whole = Recording("call");
-  const std::string full =
-      whole.substr(0, whole.rfind("{\"type\"")) +
-      R"({"type":"recording","t":9,"event":"ended","reason":"goes on in the next file"})" + "\n";
-  Program program;
-  program.File("a.tessel", full).File("next", whole);
-  std::future<Finished> run = std::async(std::launch::async, [&] {
-    return program.Run({"log", "a.tessel", "--follow", "--type", "lost", "--type", "recording"});
-  });
-  while (program.Contents(".out").find("goes on in the next file\n") == std::string::npos)
-    std::this_thread::yield();
-  std::filesystem::rename(program.Path("a.tessel"), program.Path("a.tessel.1"));
-  std::filesystem::rename(program.Path("next"), program.Path("a.tessel"));
-  const Finished finished = run.get();
-  const std::string second = Log({"--type", "lost", "--type", "recording"}).out;
-  EXPECT_EQ(finished.out.substr(finished.out.size() - std::min(second.size(), finished.out.size())), second);
-  EXPECT_EQ(finished.err, "");
-  EXPECT_EQ(finished.status, 0);
+  for (const bool isGone : {false, true}) {
+    Program program;
+    program.File("a.tessel", RecordingPart(1) + RecordingPartEnd(1))
+        .File("other", RecordingPart(2) + RecordingPartEnd(2));
+    program.File("last", RecordingPart(3) + kLastPartEnd);
+    std::future<Finished> run = std::async(
+        std::launch::async, [&] { return program.Run({"log", "a.tessel", "--follow", "--json"}); });
+    while (program.Contents(".out").find("goes on in the next file") == std::string::npos)
+      std::this_thread::yield();
+    std::filesystem::rename(program.Path("a.tessel"), program.Path("a.tessel.1"));
+    if (!isGone) std::filesystem::rename(program.Path("other"), program.Path("a.tessel.2"));
+    std::filesystem::rename(program.Path("last"), program.Path("a.tessel"));
+    const Finished finished = run.get();
+    EXPECT_EQ(finished.out, RecordingPart(1) + RecordingPartEnd(1) +
+                                (isGone ? kLostPart : RecordingPart(2) + RecordingPartEnd(2)) +
+                                RecordingPart(3) + kLastPartEnd);
+    EXPECT_EQ(finished.err, "");
+    EXPECT_EQ(finished.status, 0);
+  }
+}
+
+TEST(LogCommand, FollowsNoRecordingThatOnlyHasTheName) {
+  for (const bool isOther : {false, true}) {
+    Program program;
+    program.File("a.tessel", RecordingPart(1) + RecordingPartEnd(1)).File("a.tessel.2", Recording("call"));
+    program.File("other", isOther ? Recording("call") : kRecordingBegin);
+    std::future<Finished> run = std::async(
+        std::launch::async, [&] { return program.Run({"log", "a.tessel", "--follow", "--json"}); });
+    while (program.Contents(".out").find("goes on in the next file") == std::string::npos)
+      std::this_thread::yield();
+    if (isOther) {
+      std::filesystem::rename(program.Path("other"), program.Path("a.tessel"));
+    } else {  // In its place, so that it is the same file.
+      std::filesystem::resize_file(program.Path("a.tessel"), 0);
+    }
+    EXPECT_EQ(run.get().out, RecordingPart(1) + RecordingPartEnd(1));
+  }
 }
 
 TEST(LogCommand, FollowsNoLongerWhenNobodyReads) {

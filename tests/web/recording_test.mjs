@@ -228,6 +228,16 @@ test("A member that an object's first line lacks was 0 until it changed, and is 
   assert.deepEqual(recording.seriesOf(1, "audio/c").texts, ["", "x"]);
 });
 
+test("A recording is over when it has ended, not when one of its files is full", () => {
+  const end = (more) => `${JSON.stringify({ type: "recording", t: 1, event: "ended", ...more })}\n`;
+  const full = end({ reason: "goes on in the next file" });
+  assert.ok(!read(BEGIN).isOver);
+  assert.ok(!read(BEGIN, full).isOver);
+  assert.ok(!read(BEGIN, full, BEGIN).isOver);
+  assert.ok(read(BEGIN, full, BEGIN, end()).isOver);
+  assert.ok(read(BEGIN, end({ reason: "it has reached its largest size" })).isOver);
+});
+
 test("Refused and transient sets leave no setting; what a call's end takes is gone", () => {
   const recording = read(
     BEGIN,

@@ -176,6 +176,8 @@ std::string ReadMembers(const json::Object& object, RecordingEvent& event) {
 
   ReadKind(reader, event);
   reader.Read("version", event.version);
+  reader.Read("part", event.part, kLargestExact);
+  reader.Read("next", event.next, kLargestExact);
   reader.Read("wall", event.wall);
   reader.Read("reason", event.reason);
   reader.Read("number", event.number, kLargestExact);

@@ -20,7 +20,7 @@ struct RecordingEvent {
 
   std::string type;
   double time = 0;  ///< Seconds from the start of the recording.
-  std::optional<std::uint64_t> version, number, cause, call, told, count, references, id, thread;
+  std::optional<std::uint64_t> version, part, next, number, cause, call, told, count, references, id, thread;
   std::optional<kalStore::KalConfigGroup> group;
   std::optional<std::string> name, oldValue, newValue;
   std::optional<std::string> result, way, thrown, entity, event, wall, reason;
@@ -36,6 +36,8 @@ struct RecordingEvent {
   bool IsBegin() const { return type == "recording" && !event; }
   /// Whether the line ends a recording.
   bool IsEnd() const { return type == "recording" && event; }
+  /// Whether the line ends a file, and the recording goes on in the next one of its set.
+  bool GoesOn() const { return IsEnd() && reason == "goes on in the next file"; }
   bool IsCut(std::string_view member) const;
   bool IsHidden(std::string_view member) const;
 };

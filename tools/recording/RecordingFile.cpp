@@ -2,13 +2,11 @@
 #include "recording/RecordingFile.h"
 
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <cstdio>
 #include <iostream>
 #include <optional>
 #include <system_error>
@@ -27,12 +25,6 @@ CommandError UnreadableRecording(const std::string& name) {
   return CommandError(FileTitle(name) + ": cannot be read: " + std::generic_category().message(errno));
 }
 
-// A pipe that has ended does not go on.
-bool CanGrow(int descriptor) {
-  struct stat status{};
-  return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-}
-
 // Shows what there is and lets some time pass. False when nobody reads standard output any more.
 bool WaitForMore() {
   std::cout << std::flush;
@@ -42,49 +34,44 @@ bool WaitForMore() {
 
 }  // namespace
 
-RecordingFile::RecordingFile(std::string name)
-    : m_name(std::move(name)),
-      m_stream(m_name == kStandardInput ? stdin : std::fopen(m_name.c_str(), "rbe")) {
-  if (m_stream == nullptr) throw UnreadableRecording(m_name);
+RecordingFile::RecordingFile(std::string name) : m_name(std::move(name)), m_parts(m_name) {
+  if (!m_parts.IsOpen()) throw UnreadableRecording(m_name);
 }
 
 bool RecordingFile::Read(const OnEvent& onEvent, End end, Faults faults) {
   bool isFine = true;
+  const auto take = [&](const RecordingEvent& event, const std::string& line) {
+    if (const std::string lost = m_parts.Take(event); !lost.empty()) {
+      RecordingEvent before;
+      ReadRecordingLine(lost, before);
+      onEvent(before, lost);
+    }
+    onEvent(event, line);
+  };
   const auto report = [&](RecordingReader::Fault fault, std::size_t line, const std::string& reason) {
     isFine = isFine && fault == RecordingReader::Fault::kCutOff;
     if (faults == Faults::kSilent) return;
     std::cout << std::flush;  // The lines of both in their order, where they lead to one terminal.
     std::cerr << FileTitle(m_name) << ':' << line << ": " << Printable(reason) << '\n';
   };
-  std::optional<RecordingReader> reader(std::in_place, RecordingReader::Sink{onEvent, report});
+  std::optional<RecordingReader> reader(std::in_place, RecordingReader::Sink{take, report});
   std::array<char, 65536> chunk;
   for (;;) {
-    const int descriptor = ::fileno(m_stream.get());  // A stream would wait until its buffer is full.
-    const ssize_t count = ::read(descriptor, chunk.data(), chunk.size());
+    const ssize_t count = ::read(m_parts.Descriptor(), chunk.data(), chunk.size());
     if (count < 0) {
       if (errno == EINTR) continue;
       throw UnreadableRecording(m_name);
     }
     if (!reader->Feed({chunk.data(), static_cast<std::size_t>(count)})) return false;
     if (count > 0) continue;
-    if (end == End::kOfFile || reader->HasEnded() || !CanGrow(descriptor)) break;
-    if (reader->GoesOn() && openNext()) {
-      reader.emplace(RecordingReader::Sink{onEvent, report});
-    } else if (!WaitForMore()) {
+    if (end == End::kOfFile || reader->HasEnded()) break;
+    const RecordingParts::Next next = m_parts.OpenNext();
+    if (next == RecordingParts::Next::kOpened) {
+      reader.emplace(RecordingReader::Sink{take, report});
+    } else if (next == RecordingParts::Next::kNone || !WaitForMore()) {
       break;
     }
   }
   reader->Finish();
   return isFine;
-}
-
-// False while the name is the full file's still, or nobody's.
-bool RecordingFile::openNext() {
-  Stream next(std::fopen(m_name.c_str(), "rbe"));
-  struct stat full{}, other{};
-  if (next == nullptr || ::fstat(::fileno(m_stream.get()), &full) != 0 ||
-      ::fstat(::fileno(next.get()), &other) != 0 || full.st_ino == other.st_ino)
-    return false;
-  m_stream = std::move(next);
-  return true;
 }

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdio>
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "recording/RecordingEvent.h"
+#include "recording/RecordingParts.h"
 
 /// A file with a recording, or standard input for "-".
 class RecordingFile {
@@ -15,8 +14,8 @@ class RecordingFile {
 
   enum class End {
     kOfFile,
-    /// What is appended is read, and where the file is one of a set, the next ones of its name: until the
-    /// recording ends or nobody reads standard output.
+    /// What is appended is read, and where the file is one of a set, the next ones: until the recording ends
+    /// or nobody reads standard output. What was in files that are gone already is an event of type lost.
     kOfRecording,
   };
 
@@ -34,16 +33,6 @@ class RecordingFile {
   bool Read(const OnEvent& onEvent, End end = End::kOfFile, Faults faults = Faults::kShown);
 
  private:
-  struct Close {
-    void operator()(std::FILE* stream) const {
-      if (stream != stdin) std::fclose(stream);
-    }
-  };
-
-  using Stream = std::unique_ptr<std::FILE, Close>;
-
-  bool openNext();
-
   std::string m_name;
-  Stream m_stream;
+  RecordingParts m_parts;
 };

@@ -55,7 +55,7 @@ void RecordingReader::endLine() {
   } else if (!fault.empty()) {
     m_sink.fault(Fault::kDamaged, m_number, fault);
   } else {
-    m_isEnd = m_event.IsEnd();
+    m_hasEnded = m_event.IsEnd() && !m_event.GoesOn();
     m_sink.event(m_event, m_line);
   }
   m_line.clear();

@@ -35,10 +35,8 @@ class RecordingReader {
   bool Feed(std::string_view bytes);
   /// There are no more bytes.
   void Finish();
-  /// Whether the last line ended the file, for the recording to go on in the next one of its set.
-  bool GoesOn() const { return m_isEnd && m_event.reason == "goes on in the next file"; }
   /// Whether the last line ended the recording.
-  bool HasEnded() const { return m_isEnd && !GoesOn(); }
+  bool HasEnded() const { return m_hasEnded; }
 
  private:
   void append(std::string_view bytes);
@@ -51,5 +49,5 @@ class RecordingReader {
   std::size_t m_number = 1;  // Of the line.
   bool m_isTooLong = false;  // The line; the rest of it is not kept.
   bool m_isRefused = false;
-  bool m_isEnd = false;  // The last line that was whole.
+  bool m_hasEnded = false;
 };

@@ -15,12 +15,14 @@ constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
 }  // namespace
 
-AppendedLines::AppendedLines(const std::string& file) : m_stream(std::fopen(file.c_str(), "rbe")) {}
+AppendedLines::AppendedLines(const std::string& file) : m_parts(file) {}
 
 std::string AppendedLines::Next() {
   std::array<char, 65536> chunk;
-  // A stream would remember that the file had ended.
-  const ssize_t count = ::read(::fileno(m_stream.get()), chunk.data(), chunk.size());
+  ssize_t count = 0;
+  do {
+    count = ::read(m_parts.Descriptor(), chunk.data(), chunk.size());
+  } while (count == 0 && m_parts.OpenNext() == RecordingParts::Next::kOpened);
   if (count <= 0) return "";
   // What ends a line of an event is no part of a line of JSON.
   std::replace(chunk.data(), chunk.data() + count, '\r', ' ');
@@ -30,15 +32,29 @@ std::string AppendedLines::Next() {
     if (m_rest.size() <= kLongestLine) return "";
     end = m_rest.size();
   }
+  std::string event = eventOf(std::string_view(m_rest).substr(0, end));
+  m_rest.erase(0, end + 1);
+  return event;
+}
+
+std::string AppendedLines::eventOf(std::string_view lines) {
   std::string event;
-  for (std::string_view lines(m_rest.data(), end); !lines.empty();) {
-    const std::size_t size = std::min(lines.find('\n'), lines.size());
+  const auto add = [&](std::string_view line) {
     event += "data: ";
-    event += lines.substr(0, size);
+    event += line;
     event += '\n';
-    lines.remove_prefix(std::min(size + 1, lines.size()));
+  };
+  while (!lines.empty()) {
+    const std::string_view line = lines.substr(0, lines.find('\n'));
+    // Of the others, nothing has to be known here.
+    if (line.starts_with(R"({"type":"recording")")) {
+      RecordingEvent parsed;
+      ReadRecordingLine(std::string(line), parsed);
+      if (const std::string lost = m_parts.Take(parsed); !lost.empty()) add(lost);
+    }
+    add(line);
+    lines.remove_prefix(std::min(line.size() + 1, lines.size()));
   }
   event += '\n';
-  m_rest.erase(0, end + 1);
   return event;
 }

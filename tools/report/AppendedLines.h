@@ -1,25 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdio>
-#include <memory>
 #include <string>
+#include <string_view>
 
-/// The lines of a file that grows, as server-sent events.
+#include "recording/RecordingParts.h"
+
+/// The lines of a recording that grows, as server-sent events.
 class AppendedLines {
  public:
   explicit AppendedLines(const std::string& file);
 
   /// Whether the file could be opened.
-  bool IsOpen() const { return m_stream != nullptr; }
+  bool IsOpen() const { return m_parts.IsOpen(); }
   /// An event with whole lines that were not given before; "" when there is none yet.
   std::string Next();
 
  private:
-  struct Close {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-  };
+  std::string eventOf(std::string_view lines);
 
-  std::unique_ptr<std::FILE, Close> m_stream;
+  RecordingParts m_parts;
   std::string m_rest;  // Of the last line, which is not whole yet.
 };
