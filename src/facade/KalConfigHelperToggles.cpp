@@ -11,7 +11,7 @@ namespace kalStore {
 using namespace internal;
 
 std::int32_t KalConfigHelper::SetFeatureToggle(KalFeatureToggleID id, ConfigData value) {
-  return CallFor(__builtin_return_address(0), [&] {
+  return CallForCaller([&] {
     return SetKalConfig(FeatureToggleKey(id), std::move(value), KAL_CONFIG_GROUP_FEATURE, false, false);
   });
 }

@@ -33,14 +33,13 @@ std::int32_t KalConfigHelper::SetKalConfig(const char* szConfigName, ConfigData 
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::SetKalConfig", kNoGroup)) return kResultNotFound;
-  return CallFor(__builtin_return_address(0), [&] {
-    return pStore->SetKalConfig(group, szConfigName, std::move(value), bForceNotify, bTransient);
-  });
+  return CallForCaller(
+      [&] { return pStore->SetKalConfig(group, szConfigName, std::move(value), bForceNotify, bTransient); });
 }
 
 std::int32_t KalConfigHelper::SetKalConfig(kal::KalSessionType sessionType, const char* szConfigName,
                                            ConfigData value, bool bForceNotify, bool bTransient) {
-  return CallFor(__builtin_return_address(0), [&] {
+  return CallForCaller([&] {
     return SetKalConfig(szConfigName, std::move(value), GroupOfSessionType(sessionType), bForceNotify,
                         bTransient);
   });
@@ -100,7 +99,7 @@ std::int32_t KalConfigHelper::RemoveKalConfig(const char* szConfigName, KalConfi
   IKalConfig* const pStore = m_pIKalConfig;
   if (!CheckNameAndStore(szConfigName, pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfig", kNoGroup)) return kResultNotFound;
-  return CallFor(__builtin_return_address(0), [&] { return pStore->RemoveKalConfig(group, szConfigName); });
+  return CallForCaller([&] { return pStore->RemoveKalConfig(group, szConfigName); });
 }
 
 std::int32_t KalConfigHelper::RemoveKalConfigByGroup(KalConfigGroup group) {
@@ -108,7 +107,7 @@ std::int32_t KalConfigHelper::RemoveKalConfigByGroup(KalConfigGroup group) {
   if (!CheckStore(pStore)) return kResultBadArgument;
   if (!resolveGroup(group, "kalStore::KalConfigHelper::RemoveKalConfigByGroup", kNoGroup))
     return kResultNotFound;
-  return CallFor(__builtin_return_address(0), [&] { return pStore->RemoveKalConfigByGroup(group); });
+  return CallForCaller([&] { return pStore->RemoveKalConfigByGroup(group); });
 }
 
 const char* KalConfigHelper::DumpKalConfigs(ConfigMultGroup_t groups) {
@@ -123,7 +122,7 @@ std::int32_t KalConfigHelper::ApplyKalConfigs(const char* szJsonConfig) {
              "(szJsonConfig != NULL) && (m_pIKalConfig != NULL)")) {
     return kResultBadArgument;
   }
-  return CallFor(__builtin_return_address(0), [&] { return pStore->ApplyKalConfigs(szJsonConfig); });
+  return CallForCaller([&] { return pStore->ApplyKalConfigs(szJsonConfig); });
 }
 
 }  // namespace kalStore

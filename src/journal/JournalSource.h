@@ -46,6 +46,15 @@ auto CallFor(const void* caller, Operation operation) {
   return operation();
 }
 
+/// The same for the caller of the function that this becomes a part of, whose return address is not read
+/// while the journal is off.
+template <class Operation>
+[[gnu::always_inline]] inline auto CallForCaller(Operation operation) {
+  if (JournalIsOn()) [[unlikely]]
+    return CallFor(__builtin_return_address(0), operation);
+  return operation();
+}
+
 /// The same of where in a document the values are that the operations set.
 class PlaceScope {
  public:

@@ -207,7 +207,7 @@ std::uint32_t KalAudioStatisticInfo::AddRef() {
 }
 
 std::uint32_t KalAudioStatisticInfo::Release() {
-  return kalStore::internal::CallFor(__builtin_return_address(0), [this] { return ReleaseReference(); });
+  return kalStore::internal::CallForCaller([this] { return ReleaseReference(); });
 }
 
 std::uint32_t KalAudioStatisticInfo::GetReference() {

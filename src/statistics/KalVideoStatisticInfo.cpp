@@ -154,7 +154,7 @@ std::uint32_t KalVideoStatisticInfo::AddRef() {
 }
 
 std::uint32_t KalVideoStatisticInfo::Release() {
-  return kalStore::internal::CallFor(__builtin_return_address(0), [this] { return ReleaseReference(); });
+  return kalStore::internal::CallForCaller([this] { return ReleaseReference(); });
 }
 
 std::uint32_t KalVideoStatisticInfo::GetReference() {

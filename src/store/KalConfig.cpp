@@ -91,19 +91,20 @@ KalConfig::~KalConfig() {
 
 std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,
                                      bool bForceNotify, bool bTransient) {
-  const void* const caller = __builtin_return_address(0);
   if (!IsConfigGroup(group) || name == nullptr || !value.IsValid()) {
-    if (JournalIsOn()) WriteRefusedSet(EntryOfSet(caller, m_callId, group, name, bTransient), value);
+    if (JournalIsOn())
+      WriteRefusedSet(EntryOfSet(__builtin_return_address(0), m_callId, group, name, bTransient), value);
     TESSEL_TRACE(0, "kalStore::KalConfig::SetKalConfig", "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
   if (*name == '\0') {
-    if (JournalIsOn()) WriteRefusedSet(EntryOfSet(caller, m_callId, group, name, bTransient), value);
+    if (JournalIsOn())
+      WriteRefusedSet(EntryOfSet(__builtin_return_address(0), m_callId, group, name, bTransient), value);
     return kResultBadArgument;
   }
 
   if (JournalIsOn()) [[unlikely]]
-    return setInJournal(caller, group, name, std::move(value), bForceNotify, bTransient);
+    return setInJournal(__builtin_return_address(0), group, name, std::move(value), bForceNotify, bTransient);
   ConfigData previous = Exchange(configsOf(group), m_live, group, name, value, bTransient, [] {});
   return fireEvents(observersOf(group), name, std::move(previous), std::move(value), group, bForceNotify);
 }
