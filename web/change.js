@@ -59,7 +59,7 @@ export function originOf(change) {
 export function resultOf(change, heard) {
   const parts = [];
   if (change.transient) parts.push("transient");
-  if (change.picture) parts.push("there at the start");
+  if (change.picture) parts.push(change.cause === undefined ? "there at the start" : "the whole value");
   else if (change.result === "told") parts.push(`notifies ${change.told ?? 0}`);
   else if (change.result === "nobody") parts.push("nobody notified");
   else if (change.result !== undefined) parts.push(change.result);

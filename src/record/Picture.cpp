@@ -23,9 +23,10 @@ std::string_view Beginning(std::string_view text, std::size_t longest) {
   return text.substr(0, size);
 }
 
-// The members that a setting's name and value are in, of a line that the rest is added to.
-void WriteSetting(LineText& line, KalConfigGroup group, std::string_view name, std::string_view value,
-                  bool hasValue, RecordingShows shows) {
+}  // namespace
+
+void WriteSetting(LineText& line, KalConfigGroup group, std::string_view name, const ConfigData& value,
+                  RecordingShows shows) {
   std::array<const char*, 2> cut{}, hidden{};
   std::size_t cutCount = 0, hiddenCount = 0;
   const auto write = [&](const char* member, std::string_view text, std::size_t longest,
@@ -39,12 +40,10 @@ void WriteSetting(LineText& line, KalConfigGroup group, std::string_view name, s
   };
   line.String("group", KalConfigGroup2GroupName(group));
   write("name", name, kLongestName, RecordingShows::kName);
-  if (hasValue) write("new", value, kLongestValue, RecordingShows::kAll);
+  if (value.IsValid()) write("new", value.ToString(), kLongestValue, RecordingShows::kAll);
   if (cutCount != 0) line.Strings("cut", {cut.data(), cutCount});
   if (hiddenCount != 0) line.Strings("hidden", {hidden.data(), hiddenCount});
 }
-
-}  // namespace
 
 Picture::Picture() : m_statistics(CopyStatistics()) {
   for (const InspectedCall& call : InspectCalls()) {
@@ -64,7 +63,7 @@ void Picture::Append(std::string& out, std::int64_t timeNs, EventLines& lines,
     for (const InspectedSetting& setting : settings) {
       LineText line(out, "set", timeNs);
       line.Number("call", id).True("picture");
-      WriteSetting(line, setting.group, setting.name, setting.value.ToString(), setting.value.IsValid(),
+      WriteSetting(line, setting.group, setting.name, setting.value,
                    lines.Shows(id, setting.group, setting.name));
       if (setting.lastChange) {
         if (const std::string origin = lines.Origin(*setting.lastChange); !origin.empty()) {
@@ -76,7 +75,7 @@ void Picture::Append(std::string& out, std::int64_t timeNs, EventLines& lines,
     for (const InspectedSubscription& subscription : subscriptions) {
       LineText line(out, subscription.isBinding ? "bind" : "subscribe", timeNs);
       line.Number("call", id).True("picture");
-      WriteSetting(line, subscription.group, subscription.name, {}, false,
+      WriteSetting(line, subscription.group, subscription.name, {},
                    lines.Shows(id, subscription.group, subscription.name));
       line.Number("id", subscription.id).End();
     }

@@ -37,6 +37,9 @@ constexpr auto kLongestInterval = std::chrono::hours(24 * 365);
 constexpr int kMostWaits = 1000;
 // How much is written at a time at least, where there is more.
 constexpr std::size_t kChunk = std::size_t{64} << 10;
+// The settings of a call are read for the values that the journal has cut, and the journal is looked through
+// for each call: for at most one part in so many of the time.
+constexpr int kCutValuesRest = 100;
 // Left in a file with a limit, for its last lines.
 constexpr std::size_t kEndRoom = 256;
 
@@ -223,6 +226,7 @@ void RecordingRun::answer(std::uint64_t flush) {
 void RecordingRun::round(bool isAsked) {
   m_lines.ForgetCode();
   takeEvents(isAsked);
+  if (!m_cutValues.IsEmpty() && (isAsked || Clock::now() >= m_cutValuesDue)) takeCutValues();
   if (m_statisticsInterval.count() > 0 && (isAsked || Clock::now() >= m_statisticsDue)) takeStatistics();
   write();
   m_output.CheckIsThere();
@@ -253,9 +257,18 @@ void RecordingRun::take(const JournalEvent& event) {
   if (event.kind == JournalKind::kStatisticsMade) m_statistics.Forget(event.entityType, event.callId);
   m_lines.Append(m_new, event);
   addNew();
+  m_cutValues.Take(event, m_lines);
   m_next = event.number + 1;
   m_lastNs = std::max(m_lastNs, event.timeNs - m_startNs);
   if (m_pending.size() >= kChunk) write();
+}
+
+void RecordingRun::takeCutValues() {
+  const Clock::time_point begin = Clock::now();
+  auto settings = m_lockWait.Run([&] { return m_cutValues.Read(); });
+  m_cutValues.Append(m_new, m_startNs, settings, m_reader, m_next);
+  addNew();
+  m_cutValuesDue = begin + kCutValuesRest * (Clock::now() - begin);
 }
 
 void RecordingRun::takeStatistics() {

@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 
+#include "record/CutValues.h"
 #include "record/EventLines.h"
 #include "record/JournalUse.h"
 #include "record/Lock.h"
@@ -64,6 +65,7 @@ class RecordingRun {
   void round(bool isAsked);
   void takeEvents(bool isAsked);
   void take(const JournalEvent& event);
+  void takeCutValues();
   void takeStatistics();
   void addNew();
   void write();
@@ -96,6 +98,8 @@ class RecordingRun {
   std::optional<Picture> m_firstPicture;
   LongWait m_lockWait;
   EventLines m_lines;
+  CutValues m_cutValues;
+  Clock::time_point m_cutValuesDue = m_start;
   StatisticsChanges m_statistics;
   RecordingOutput m_output;
   std::string m_new;          // Lines that are about to be added.

@@ -96,6 +96,20 @@ TEST(DumpCommand, KeepsAWholeValueThatIsSetAgainAndCut) {
   EXPECT_EQ(run.status, 0);
 }
 
+TEST(DumpCommand, HasACutValueThatFollowsWhole) {
+  const std::string cut =
+      R"({"type":"set","t":1,"number":5,"call":7,"group":"Common","name":"Layout","new":"wide","cut":["new"],)"
+      R"("result":"nobody"})";
+  const std::string other =
+      R"({"type":"set","t":2,"number":6,"call":7,"group":"Common","name":"Ping","new":"1","result":"nobody"})";
+  const std::string whole =
+      R"({"type":"set","t":1,"cause":5,"call":7,"picture":true,"group":"Common","name":"Layout","new":"wide, dark"})";
+  const Finished run = Dump(kRecordingBegin + cut + "\n" + other + "\n" + whole + "\n", {"--at", "1"});
+  EXPECT_NE(run.out.find("\"wide, dark\""), std::string::npos) << run.out;
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+}
+
 TEST(DumpCommand, PassesOverSetsThatAreRefused) {
   const Finished run = Dump(
       kRecordingBegin + Set(R"("new":"1","result":"told")") + Set(R"("new":"2","result":"refused")"), {});

@@ -202,7 +202,7 @@ void PrintRecordingEvent(std::ostream& out, const RecordingEvent& event) {
   const std::string call = event.call ? "call " + std::to_string(*event.call) : "";
   Phrase phrase;
   Describe(phrase, event);
-  if (event.isPicture) phrase.Add("there at the start");
+  if (event.isPicture) phrase.Add(event.cause ? "the whole value" : "there at the start");
   const std::string origin = OriginText(event);
   out << TimeText(event.time) << "  " << Coloured(ColourOfType(event.type), type) << Padded(type, kTypeWidth)
       << call << Padded(call, kCallWidth) << phrase.Text() << (origin.empty() ? "" : "; by " + origin)
