@@ -7,7 +7,15 @@ set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_PACKAGE_CONTACT "The libtessel authors <maintainers@libtessel.invalid>")
+# The contact is the tracker, the packages' home page. Debian asks for a maintainer with a mail address, too: whoever
+# publishes packages is named; until then nobody reads the address.
+set(TESSEL_TRACKER "" CACHE STRING "Address of the project's tracker, which packages name as their home page")
+set(TESSEL_PACKAGER "" CACHE STRING "Who publishes the packages, as NAME <ADDRESS>")
+set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${TESSEL_TRACKER}")
+set(CPACK_PACKAGE_CONTACT "${TESSEL_PACKAGER}")
+if(NOT CPACK_PACKAGE_CONTACT)
+  set(CPACK_PACKAGE_CONTACT "The libtessel authors <maintainers@libtessel.invalid>")
+endif()
 # Each package has its own summary; this one would come first.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_DEB_COMPONENT_INSTALL ON)

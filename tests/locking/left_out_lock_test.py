@@ -22,7 +22,7 @@ COMMAND = [COMPILER, "-std=c++20", "-fsyntax-only", "-Wthread-safety", "-fno-car
            *(f"-I{SOURCE / folder}" for folder in FOLDERS)]
 
 ANNOTATED = ("include/tessel/locking.h", "src/record/Lock.h", "libutil/src/Mutex.h")  # The classes themselves.
-# These locks protect nothing that is written under them alone, only the order of steps with atomic variables, or a wait.
+# These locks protect nothing that is written under them alone: the order of steps with atomic variables, or a wait.
 ORDER_ONLY = ("src/facade/KalConfigHelper.cpp", "libutil/src/EventQueue.cpp", "tools/Progress.cpp")
 
 LOCK = re.compile(r" *(?:const )?(?:[\w:]+::)?(?:Lock lock|RegistryGuard guard)\(.*\);.*")

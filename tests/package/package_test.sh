@@ -17,13 +17,13 @@ quietly() {
 
 install_build() { quietly "$work/install.log" cmake --install "$build" --prefix "$prefix"; }
 
-# configure_build NAME SOURCE [OPTION...]: without optimisation, which would take its time and show nothing, and several
-# sources at a time, as a project may compile them.
+# configure_build NAME SOURCE [OPTION...]: without optimisation, which would take its time and show nothing, and all
+# sources of a target at a time, as a project may compile them.
 configure_build() {
   local name=$1 from=$2
   shift 2
   quietly "$work/$name.log" cmake -G Ninja -S "$from" -B "$work/$name" -DCMAKE_BUILD_TYPE=Debug \
-    -DCMAKE_CXX_FLAGS_DEBUG= -DCMAKE_UNITY_BUILD=ON -DCMAKE_PREFIX_PATH="$prefix" "$@"
+    -DCMAKE_CXX_FLAGS_DEBUG= -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0 -DCMAKE_PREFIX_PATH="$prefix" "$@"
   quietly "$work/$name.log" cmake --build "$work/$name"
 }
 
@@ -181,6 +181,21 @@ case "$way" in
     run_consumers consumer
     build_by_pkg_config by_pkg_config
     ! grep -e -Werror "$work/engine/build.ninja" || fail "warnings are errors without a preset"
+    ;;
+  contact)
+    # Of whom the packages say to ask.
+    expect_contact() {
+      local maintainer=$1 tracker=$2
+      quietly "$work/contact.log" cmake -G Ninja -S "$source" -B "$work/contact" -DTESSEL_PACKAGE=ON \
+        -DTESSEL_BUILD_TESTS=OFF -DTESSEL_BUILD_EXAMPLES=OFF "${@:3}"
+      grep -Fx "set(CPACK_PACKAGE_CONTACT \"$maintainer\")" "$work/contact/CPackConfig.cmake" ||
+        fail "the maintainer is not $maintainer"
+      grep -Fx "set(CPACK_DEBIAN_PACKAGE_HOMEPAGE \"$tracker\")" "$work/contact/CPackConfig.cmake" ||
+        fail "the home page is not '$tracker'"
+    }
+    expect_contact "The libtessel authors <maintainers@libtessel.invalid>" ""
+    expect_contact "A Packager <packager@example.org>" https://example.org/tracker \
+      -DTESSEL_PACKAGER="A Packager <packager@example.org>" -DTESSEL_TRACKER=https://example.org/tracker
     ;;
   example_*)
     install_build
