@@ -114,3 +114,18 @@ std::string StandardJson(std::string_view json) {
   }
   return out;
 }
+
+std::string PageJson(std::string_view text) {
+  std::string out = "\"";
+  while (!text.empty()) {
+    const auto [length, code] = FirstOf(text);
+    if (length == 0 || code < 0x20 || code == '<') {
+      AppendEscape(out, text.front());
+    } else {
+      if (code == '"' || code == '\\') out += '\\';
+      out += text.substr(0, length);
+    }
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
+  return out + '"';
+}

@@ -21,3 +21,7 @@ std::string PrintableJson(std::string_view json);
 
 /// The same for other readers of JSON, to which \uXXXX is a character and not a byte; for compact JSON text.
 std::string StandardJson(std::string_view json);
+
+/// The string as JSON within a page: without markup, and with \u00XX for a byte that is no UTF-8, as
+/// recordings have it.
+std::string PageJson(std::string_view text);

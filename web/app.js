@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 import { emptyState, readState, writeState } from "./address.js";
 import { firstChoice, keysOf } from "./choice.js";
-import { paused } from "./dom.js";
+import { byId, paused } from "./dom.js";
 import { marksOf } from "./marks.js";
 
 const LEAST_RANGE = 1e-5; // Seconds.
@@ -10,6 +10,8 @@ const ADDRESS_PAUSE_MS = 300; // A browser refuses more changes of an address th
 /** What is known and chosen. Views ask it, and are drawn again when something changes. */
 export class App {
   recordings = [];
+  /** Per entity, those of its members. */
+  units = JSON.parse(byId("units").textContent);
   state = readState(location.hash);
   /** The time under the pointer; undefined when it is not over a plot. */
   hover = undefined;

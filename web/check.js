@@ -16,6 +16,7 @@ const NUMBERS = [
   "run_us",
 ];
 const REQUIRED = {
+  recording: [],
   call: ["call"],
   set: ["call"],
   remove: ["call", "group", "count"],
@@ -36,7 +37,8 @@ export function faultOf(event) {
   if (!isObject(event)) return "expected an object";
   if (typeof event.type !== "string") return "type: expected a string";
   if (!isNumber(event.t)) return "t: expected a number, 0 or more";
-  for (const name of Object.hasOwn(REQUIRED, event.type) ? REQUIRED[event.type] : []) {
+  if (!Object.hasOwn(REQUIRED, event.type)) return ""; // Of a later program; it has no effect.
+  for (const name of REQUIRED[event.type]) {
     if (event[name] === undefined) return `${name}: missing`;
   }
   for (const name of STRINGS) {

@@ -30,7 +30,7 @@ export function findingsOf(recording) {
 function placeText(recording, kind, event) {
   const parts = [`${formatTime(event.t)} s`];
   if (event.call !== undefined) parts.push(`call ${event.call}`);
-  const subscriber = recording.subscribers.get(`${event.call}/${event.id}`);
+  const subscriber = recording.calls.get(event.call)?.subscribers.get(event.id);
   const group = event.group ?? subscriber?.group;
   if (group !== undefined) parts.push(`${group}/${event.name ?? subscriber?.name ?? "*"}`);
   if (event.id !== undefined) parts.push(`to ${event.id}`);

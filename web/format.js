@@ -7,21 +7,10 @@ const PREFIXES = [
   [1e3, "k"],
 ];
 
-// By what a member is called; the first that fits.
-const UNITS = [
-  [/bitrate/i, "bit/s"],
-  [/fps/i, "fps"],
-  [/(width|height)$/i, "px"],
-  [/(ms|delay)$/i, "ms"],
-  [/^(noise|aec|speech)level$/i, "dB"],
-  [/loss/i, "%"],
-  [/frames|idr(requests|sent|reasons)/i, "frames"],
-];
-
-export function unitOf(entity, member) {
-  const name = member.slice(member.indexOf(".") + 1);
-  if (/level$/i.test(name) && !entity.includes("audio")) return "";
-  return UNITS.find(([pattern]) => pattern.test(name))?.[1] ?? "";
+/** The unit of an entity's member in a table of them; "" when it is a bare number, or not known. */
+export function unitOf(units, entity, member) {
+  const own = Object.hasOwn(units, entity) ? units[entity] : {};
+  return Object.hasOwn(own, member) ? own[member] : "";
 }
 
 /** Four digits, with a prefix for large ones: "350 kbit/s". */

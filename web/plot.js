@@ -31,7 +31,7 @@ export class Plot {
     const [entity, member] = [key.slice(0, key.indexOf("/")), key.slice(key.indexOf("/") + 1)];
     this.#app = app;
     this.key = key;
-    this.unit = unitOf(entity, member);
+    this.unit = unitOf(app.units, entity, member);
     this.title = `${entity} ${member}`;
     this.#frame = element(
       "div",

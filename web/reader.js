@@ -4,17 +4,15 @@ import { faultOf, isObject } from "./check.js";
 
 const VERSION = 1;
 
-/** Reads a recording as its text arrives. Of one that is checked already, no line has a fault. */
+/** Reads a recording as its text arrives. */
 export class Reader {
   #recording;
-  #isChecked;
   #rest = "";
   #number = 0; // Of the line.
   #isRefused = false;
 
-  constructor(recording, isChecked = false) {
+  constructor(recording) {
     this.#recording = recording;
-    this.#isChecked = isChecked;
   }
 
   /** More text, of any length. */
@@ -39,12 +37,11 @@ export class Reader {
 
   #readLines(text) {
     const json = markBytes(text);
-    const events = parseAll(json, this.#isChecked) ?? json.split("\n");
+    const events = parseAll(json) ?? json.split("\n");
     for (const event of events) {
       if (this.#isRefused) return;
       this.#number += 1;
       if (typeof event === "string") this.#readLine(event);
-      else if (this.#isChecked) this.#recording.take(event);
       else this.#take(event);
     }
   }
@@ -79,11 +76,10 @@ export class Reader {
   }
 }
 
-// Faster than line by line, for lines without a fault. A line that is not checked may be a part of an object.
-function parseAll(json, isChecked) {
+// Faster than line by line, for lines without a fault. A line may be a part of an object.
+function parseAll(json) {
   try {
     const events = JSON.parse(`[${json.replaceAll("\n", ",")}]`);
-    if (isChecked) return events;
     return events.length === json.split("\n").length && events.every(isObject) ? events : undefined;
   } catch {
     return undefined;

@@ -6,13 +6,12 @@ const MAX_FINDINGS = 1000; // Of each kind; all are counted.
 
 /** What a recording says, as the page asks for it. */
 export class Recording {
-  calls = new Map(); // Per id {id, from, to}.
+  calls = new Map(); // Per id {id, from, to, subscribers: Map per id}.
   /** Sets, removals and imports in the order of their times, with the beginnings of parts and the ends of calls. */
   changes = [];
   /** Per number of a set, how many heard of it, and how long the slowest took. */
   heard = new Map();
   statistics = new Map(); // Per "call/entity" {call, entity, members: Map of Series}.
-  subscribers = new Map(); // Per "call/id".
   bindings = new Map(); // Per "call/group/name", the one that answers now.
   faults = []; // {line, reason}
   findings = { lost: new Found(), dropped: new Found(), late: new Found(), threw: new Found(), refused: new Found() };
@@ -30,13 +29,13 @@ export class Recording {
     return this.ended !== undefined && this.ended !== "goes on in the next file";
   }
 
-  /** An event that has no fault. */
+  /** An event that has no fault; it may be another one afterwards. */
   take(event) {
     this.count += 1;
     if (event.t > this.end) this.end = event.t;
+    if (!Object.hasOwn(TAKE, event.type)) return;
     if (event.call !== undefined) this.#callOf(event.call, event.t);
-    const take = Object.hasOwn(TAKE, event.type) ? TAKE[event.type] : undefined;
-    if (take) take(this, event);
+    TAKE[event.type](this, event);
   }
 
   /** The statistics members of a call that are kept under a name, as "video/call.encoderFps". */
@@ -46,9 +45,11 @@ export class Recording {
   }
 
   insertChange(event) {
-    let index = this.changes.length;
-    while (index > 0 && this.changes[index - 1].t > event.t) index -= 1;
-    this.changes.splice(index, 0, event);
+    const { changes } = this;
+    let index = changes.length;
+    while (index > 0 && changes[index - 1].t > event.t) index -= 1;
+    if (index === changes.length) changes.push({ ...event });
+    else changes.splice(index, 0, { ...event });
   }
 
   endStatistics(call, entity, time) {
@@ -58,12 +59,17 @@ export class Recording {
     }
   }
 
+  /** Those of all calls. */
+  get subscribers() {
+    return [...this.calls.values()].flatMap((call) => [...call.subscribers.values()]);
+  }
+
   subscriberOf(event, kind) {
-    const key = `${event.call}/${event.id}`;
-    let subscriber = this.subscribers.get(key);
+    const { subscribers } = this.calls.get(event.call);
+    let subscriber = subscribers.get(event.id);
     if (!subscriber) {
       subscriber = new Subscriber(event.call, event.id, kind);
-      this.subscribers.set(key, subscriber);
+      subscribers.set(event.id, subscriber);
     }
     return subscriber;
   }
@@ -71,7 +77,7 @@ export class Recording {
   #callOf(id, time) {
     let call = this.calls.get(id);
     if (!call) {
-      call = { id, from: time, to: undefined };
+      call = { id, from: time, to: undefined, subscribers: new Map() };
       this.calls.set(id, call);
     }
     return call;
@@ -85,7 +91,7 @@ class Found {
 
   add(event, count = 1) {
     this.count += count;
-    if (this.events.length < MAX_FINDINGS) this.events.push(event);
+    if (this.events.length < MAX_FINDINGS) this.events.push({ ...event });
   }
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where recordings come from: the page itself, and files that are dropped on it or opened.
+import { takeEvents } from "./columns.js";
 import { byId } from "./dom.js";
 import { Reader } from "./reader.js";
 import { Recording } from "./recording.js";
@@ -12,24 +13,21 @@ const BLOCK_BYTES = 4 * 1024 * 1024;
  * gets a share from 0 to 1.
  */
 export async function readEmbedded(app, onProgress) {
-  const readers = new Map();
   const parts = [...document.querySelectorAll("script[data-recording]")];
   let begin = performance.now();
   for (const [index, part] of parts.entries()) {
     const { recording: number, name } = part.dataset;
-    if (!readers.has(number)) {
-      const recording = new Recording(name);
-      app.recordings.push(recording);
-      readers.set(number, new Reader(recording, true));
-    }
-    readers.get(number).feed(part.textContent);
+    app.recordings[number] ??= new Recording(name);
+    takeEvents(part.textContent, (event) => app.recordings[number].take(event));
     part.remove();
     if (performance.now() - begin < SLICE_MS) continue;
     onProgress(index / parts.length);
     await new Promise((resume) => setTimeout(resume));
     begin = performance.now();
   }
-  for (const reader of readers.values()) reader.finish();
+  for (const { count, faults } of app.recordings) {
+    if (count === 0) faults.push({ line: 1, reason: "no recording begins here" });
+  }
 }
 
 /** Reads a file that the user has given. */

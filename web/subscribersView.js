@@ -28,7 +28,7 @@ export class SubscribersView {
     const isShown = this.#app.shownTest();
     const part = byId("subscribers-search").value.toLowerCase();
     const found = this.#app.recordings
-      .flatMap((recording) => [...recording.subscribers.values()].map((subscriber) => ({ recording, subscriber })))
+      .flatMap((recording) => recording.subscribers.map((subscriber) => ({ recording, subscriber })))
       .filter(({ recording, subscriber }) => isShown(recording, subscriber.call))
       .filter(({ subscriber }) => nameOf(subscriber).toLowerCase().includes(part));
     found.sort((a, b) => byTrouble(a.subscriber, b.subscriber));

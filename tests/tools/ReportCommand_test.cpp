@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Program.h"
 #include "Recordings.h"
 #include "report/EmbeddedRecording.h"
+#include "report/MemberUnits.h"
+#include "report/PackedColumn.h"
 #include "report/Page.h"
+#include "tessel/json.h"
+#include "tessel/statistics_members.h"
 
 namespace {
 
@@ -19,12 +24,30 @@ std::size_t CountOf(std::string_view text, std::string_view part) {
   return count;
 }
 
-std::string Embedded(const std::string& name, const std::string& line) {
+RecordingEvent SetTo(const std::string& value) {
+  RecordingEvent event;
+  event.type = "set";
+  event.newValue = value;
+  return event;
+}
+
+std::string Embedded(const std::string& name, const std::string& value) {
   std::string page;
   {
-    EmbeddedRecording(page, 0, name).Add(line);
+    EmbeddedRecording(page, 0, name).Add(SetTo(value));
   }
   return page;
+}
+
+std::vector<std::string> PartsOf(const std::string& page) {
+  constexpr std::string_view kBegin = "<script type=\"application/json\" data-recording=";
+  std::vector<std::string> parts;
+  for (std::size_t at = 0; (at = page.find(kBegin, at)) != std::string::npos;) {
+    const std::size_t end = page.find("</script>", at);
+    at = page.find('>', at) + 1;
+    parts.push_back(page.substr(at, end - at));
+  }
+  return parts;
 }
 
 // Without dygraphs there is no page to look at.
@@ -37,7 +60,7 @@ class ReportCommand : public testing::Test {
 
 }  // namespace
 
-TEST_F(ReportCommand, WritesOnePageWithTheLinesOfAllRecordings) {
+TEST_F(ReportCommand, WritesOnePageWithTheEventsOfAllRecordings) {
   Program program;
   const Finished run = program.File("a.tessel", Recording("call"))
                            .File("b.tessel", kRecordingBegin)
@@ -47,9 +70,11 @@ TEST_F(ReportCommand, WritesOnePageWithTheLinesOfAllRecordings) {
   const std::string page = program.Contents("page.html");
   EXPECT_TRUE(page.starts_with(PageBegin()));
   EXPECT_TRUE(page.ends_with(PageEnd()));
-  EXPECT_EQ(CountOf(page, "<script type=\"text/plain\" data-recording=\"0\" data-name=\"a.tessel\">"), 1U);
-  EXPECT_EQ(CountOf(page, "<script type=\"text/plain\" data-recording=\"1\" data-name=\"b.tessel\">"), 1U);
-  EXPECT_NE(page.find(Recording("call")), std::string::npos);
+  EXPECT_EQ(CountOf(page, "<script type=\"application/json\" data-recording=\"0\" data-name=\"a.tessel\">"),
+            1U);
+  EXPECT_EQ(CountOf(page, "<script type=\"application/json\" data-recording=\"1\" data-name=\"b.tessel\">"),
+            1U);
+  EXPECT_NE(page.find("\"bandwidth controller\""), std::string::npos);
 }
 
 TEST_F(ReportCommand, NamesItsOwnScriptsAndStylesAloneInThePolicy) {
@@ -92,29 +117,80 @@ TEST_F(ReportCommand, LeavesThePageAsItWasWhenARecordingCannotBeOpened) {
   EXPECT_EQ(program.Contents("page.html"), "before");
 }
 
-TEST(EmbeddedRecording, HasNoMarkupOfLines) {
-  EXPECT_EQ(Embedded("a", R"({"a":"</script><!--<b>"})"),
-            "<script type=\"text/plain\" data-recording=\"0\" data-name=\"a\">"
-            "{\"a\":\"\\u003c/script>\\u003c!--\\u003cb>\"}\n</script>\n");
+TEST(MemberUnits, AreThoseOfTheStatisticsTable) {
+  const std::string part = MemberUnits();
+  const std::string begin = "<script type=\"application/json\" id=\"units\">";
+  ASSERT_TRUE(part.starts_with(begin) && part.ends_with("</script>\n"));
+  const json::Value units = json::Deserialize(part.substr(begin.size(), part.rfind("</") - begin.size()));
+  for (const kalStore::StatisticsKind& kind : kalStore::StatisticsKinds()) {
+    for (const std::string prefix : {"", "content "}) {
+      const json::Object& own = units.ToObject().find(prefix + kind.name)->second.ToObject();
+      std::size_t count = 0;
+      for (const kalStore::StatisticsSection& section : kind.sections) {
+        for (const kalStore::StatisticsMember& member : *section.members) {
+          if (*member.unit == '\0') continue;
+          EXPECT_EQ(own.find(section.title + "." + member.name)->second.ToString(), member.unit);
+          ++count;
+        }
+      }
+      EXPECT_EQ(own.size(), count);
+    }
+  }
+  EXPECT_NE(part.find("\"call.encoderBitrate\":\"bit/s\""), std::string::npos);
+}
+
+TEST(EmbeddedRecording, HasNoMarkupOfValues) {
+  const std::string page = Embedded("a", "</script><!--<b>");
+  EXPECT_NE(page.find(R"("\u003c/script>\u003c!--\u003cb>")"), std::string::npos);
+  EXPECT_EQ(CountOf(page, "<"), 2U);
 }
 
 TEST(EmbeddedRecording, HasNoMarkupOfNames) {
-  EXPECT_EQ(Embedded("\"><script>&", "{}"),
-            "<script type=\"text/plain\" data-recording=\"0\" "
-            "data-name=\"&quot;>&lt;script>&amp;\">{}\n</script>\n");
+  EXPECT_TRUE(Embedded("\"><script>&", "")
+                  .starts_with("<script type=\"application/json\" data-recording=\"0\" "
+                               "data-name=\"&quot;>&lt;script>&amp;\">{"));
 }
 
-TEST(EmbeddedRecording, WritesControlCharactersAsJsonDoes) {
-  EXPECT_NE(Embedded("a", "{\"a\":\r\"b\"}").find("{\"a\":\"b\"}\n"), std::string::npos);
+TEST(EmbeddedRecording, WritesControlCharactersAndBytesThatAreNoUtf8AsJson) {
+  EXPECT_NE(Embedded("a", "\r\1\xE9\"\\é").find(R"("\r\u0001\u00e9\"\\é")"), std::string::npos);
 }
 
 TEST(EmbeddedRecording, WritesALongRecordingInParts) {
   std::string page;
   {
     EmbeddedRecording recording(page, 3, "a");
-    for (int i = 0; i < 30; ++i) recording.Add('"' + std::string(100000, 'x') + '"');
+    for (int i = 0; i < 30; ++i) recording.Add(SetTo(std::to_string(i) + std::string(400'000, 'x')));
   }
-  EXPECT_EQ(CountOf(page, "<script type=\"text/plain\" data-recording=\"3\""), 3U);
-  EXPECT_EQ(CountOf(page, "</script>\n"), 3U);
-  EXPECT_EQ(std::ranges::count(page, 'x'), 30 * 100000 + 3);  // "text" has one, too.
+  const std::vector<std::string> parts = PartsOf(page);
+  EXPECT_EQ(parts.size(), 3U);
+  for (const std::string& part : parts) {
+    json::ParseError error;
+    json::Deserialize(part, error);
+    EXPECT_EQ(error.reason, nullptr);
+  }
+  EXPECT_EQ(CountOf(page, "xxx\""), 30U);
+}
+
+TEST(EmbeddedRecording, IsOnePartWithoutAnyEvent) {
+  std::string page;
+  {
+    const EmbeddedRecording none(page, 0, "a");
+  }
+  EXPECT_EQ(PartsOf(page),
+            std::vector<std::string>{
+                R"({"list":[],"order":{"length":0,"base":0,"scale":1,"bytes":0,"data":""},"tables":[]})"});
+}
+
+TEST(PackedColumn, HasAsFewBytesAsTheNumbersNeed) {
+  const auto bytesOf = [](const std::vector<double>& numbers) {
+    const std::string column = PackedColumn(numbers);
+    return column.substr(column.find("\"scale\""));
+  };
+  EXPECT_EQ(bytesOf({5, 5, 5}), R"("scale":1,"bytes":0,"data":""})");
+  EXPECT_EQ(bytesOf({1e12, 1e12 + 255}), R"("scale":1,"bytes":1,"data":"AP8="})");
+  EXPECT_EQ(bytesOf({0, 256, 1}), R"("scale":1,"bytes":2,"data":"AAAAAQEA"})");
+  EXPECT_EQ(bytesOf({0.5, 1}), R"("scale":1000,"bytes":2,"data":"AAD0AQ=="})");
+  EXPECT_EQ(bytesOf({0, 4294967295.0}), R"("scale":1,"bytes":4,"data":"AAAAAP////8="})");
+  for (const double number : {-0.0, 1e300, 1.0 / 3, std::numeric_limits<double>::infinity(), 4294967296.0})
+    EXPECT_NE(bytesOf({0.5, number}).find("\"bytes\":8"), std::string::npos) << number;
 }

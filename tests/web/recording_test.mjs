@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the page understands of a recording.
 import assert from "node:assert/strict";
-import { readFileSync } from "node:fs";
+import { execFileSync } from "node:child_process";
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
 import { test } from "node:test";
+import { takeEvents } from "../../web/columns.js";
 import { documentOf, settingsAt } from "../../web/settings.js";
 import { findingsOf } from "../../web/findings.js";
 import { Reader } from "../../web/reader.js";
@@ -94,12 +98,12 @@ test("Who heard of a set, and how long the slowest took, is summed", () => {
 });
 
 test("Subscribers have their ways and durations", () => {
-  const subscriber = before().subscribers.get("7/4");
+  const subscriber = before().calls.get(7).subscribers.get(4);
   assert.deepEqual([...subscriber.ways], [["posted", 2]]);
   assert.equal(subscriber.threw, 1);
   assert.equal(subscriber.lastThrown, "no <b>window</b>");
   assert.equal(subscriber.waits.quantile(0.5), 40);
-  const dropped = before().subscribers.get("7/3");
+  const dropped = before().calls.get(7).subscribers.get(3);
   assert.equal(dropped.dropped, 1);
   assert.equal(dropped.late, 1);
   assert.equal(dropped.name, "MaxFps");
@@ -202,7 +206,7 @@ test("A refused set may have no group, and an answer of a binding no id", () => 
   );
   assert.deepEqual(recording.faults, []);
   assert.deepEqual(
-    [...recording.subscribers.values()].map(({ id, count }) => [id, count]),
+    recording.subscribers.map(({ id, count }) => [id, count]),
     [[4, 1]],
   );
   assert.equal(findingsOf(recording)[0].places[0].text, "1 s, call 1");
@@ -288,4 +292,70 @@ test("Strings among statistics are kept apart from numbers", () => {
   assert.deepEqual(series.values, [0, 1, 0]);
   const numbers = read(BEGIN, line(1, "1"), line(2, '"nan"'), line(3, "2")).seriesOf(1, "audio/a");
   assert.deepEqual(numbers.values, [1, NaN, 2]);
+});
+
+// What the page has in it of a recording's text; undefined when the program makes no pages.
+function embedded(text) {
+  const folder = mkdtempSync(join(tmpdir(), "page-"));
+  try {
+    writeFileSync(join(folder, "a.tessel"), text);
+    execFileSync(process.env.TESSEL, ["report", join(folder, "a.tessel"), "-o", join(folder, "page.html")], {
+      stdio: ["ignore", "ignore", "pipe"],
+    });
+    const page = readFileSync(join(folder, "page.html"), "utf8");
+    const recording = new Recording("a.tessel");
+    const parts = [...page.matchAll(/<script type="application\/json" data-recording="0"[^>]*>([^]*?)<\/script>/g)];
+    for (const [, json] of parts) takeEvents(json, (event) => recording.take(event));
+    return { recording, parts: parts.length };
+  } catch (error) {
+    if (String(error.stderr).includes("built without")) return undefined;
+    throw error;
+  } finally {
+    rmSync(folder, { recursive: true });
+  }
+}
+
+// A page has nothing of a recording that it does not show.
+function shownOf(recording) {
+  const changes = recording.changes.map(({ thread, ...change }) => change);
+  const findings = Object.values(recording.findings).map(({ count, events }) => ({
+    count,
+    events: events.map(({ t, call, id, group, name, wait_us, run_us, threw, count: lost }) =>
+      JSON.stringify({ t, call, id, group, name, wait_us, run_us, threw, lost }),
+    ),
+  }));
+  return { ...recording, changes, findings };
+}
+
+const EDGES = [
+  set({ t: 1.000000001, number: 9007199254740991, name: "__proto__", new: "é\u2028\u0085", old: "</script><!--" }),
+  set({ t: 5000.25, number: 3, name: "a\u0001\u007f\n\"\\", origin: { label: "ü", document: "d", line: 7 } }),
+  set({ t: 5000.5, origin: { module: "m", symbol: "s" }, cut: ["new", "old"], hidden: ["name"], transient: true }),
+  '{"type":"set","t":5001,"call":1,"group":"Audio","name":"\\u00ff","new":"\\u00c3","result":"told","told":2}\n',
+  '{"type":"deliver","t":5001,"call":1,"id":3,"cause":3,"way":"posted","wait_us":0.125,"run_us":1e-7,"old":"1"}\n',
+  '{"type":"deliver","t":5001,"call":1,"id":3,"dropped":true,"group":"Audio","name":"A"}\n',
+  '{"type":"statistics","t":5002,"call":1,"entity":"audio","members":{"a":-0.5,"b":1e300,"__proto__":4294967296}}\n',
+  '{"type":"statistics","t":5003,"call":1,"entity":"audio","members":{"a":0.1,"b":"inf","c":"text","d":1e999}}\n',
+  '{"type":"statistics","t":5004,"call":1,"entity":"audio","members":{"a":-7,"c":"","constructor":65536}}\n',
+  '{"type":"later","t":6000,"call":99,"group":5}\n',
+];
+
+test("A page has the same in it as the recording's lines say", (context) => {
+  if (!process.env.TESSEL) return context.skip("TESSEL names no program");
+  const texts = [BEGIN, BEGIN + EDGES.join(""), textOf("recordings/before.tessel"), textOf("recordings/after.tessel")];
+  texts.push(textOf("../tools/recordings/call.tessel"), textOf("../tools/recordings/cut_off.tessel"));
+  for (const text of texts) {
+    const page = embedded(text);
+    if (!page) return context.skip("the program was built without dygraphs");
+    assert.deepEqual(shownOf(page.recording), shownOf(read(text)));
+  }
+});
+
+test("A long recording is in a page in parts", (context) => {
+  if (!process.env.TESSEL) return context.skip("TESSEL names no program");
+  const lines = Array.from({ length: 40000 }, (_, number) => set({ t: number / 8, number, name: `A${number % 7}` }));
+  const page = embedded(BEGIN + lines.join(""));
+  if (!page) return context.skip("the program was built without dygraphs");
+  assert.ok(page.parts > 1);
+  assert.deepEqual(shownOf(page.recording), shownOf(read(BEGIN, ...lines)));
 });

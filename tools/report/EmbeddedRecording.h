@@ -4,24 +4,26 @@
 #include <cstddef>
 #include <string>
 
-/// Recordings as the page has them in it: texts of scripts that no browser runs, in parts that it reads one
+#include "recording/RecordingEvent.h"
+#include "report/EventColumns.h"
+
+/// A recording as the page has it in it: data of scripts that no browser runs, in parts that it reads one
 /// after the other.
 class EmbeddedRecording {
  public:
-  /// Writes the part for `number`, the recording's place on the page, behind what is in `out`.
+  /// Writes the parts for `number`, the recording's place on the page, behind what is in `out`.
   EmbeddedRecording(std::string& out, std::size_t number, const std::string& name);
   /// Ends the last part.
   ~EmbeddedRecording();
   EmbeddedRecording(const EmbeddedRecording&) = delete;
   EmbeddedRecording& operator=(const EmbeddedRecording&) = delete;
 
-  /// A line of the recording that has no fault.
-  void Add(const std::string& line);
+  void Add(const RecordingEvent& event);
 
  private:
-  void begin();
+  void endPart();
 
   std::string& m_out;
-  std::string m_tag;
-  std::size_t m_partBegin = 0;
+  const std::string m_tag;
+  EventColumns m_events;
 };

@@ -16,6 +16,7 @@
 #include "recording/EventText.h"
 #include "report/AppendedLines.h"
 #include "report/EmbeddedRecording.h"
+#include "report/MemberUnits.h"
 #include "report/Page.h"
 
 namespace {
@@ -55,7 +56,7 @@ class LivePage::Server {
       return httplib::Server::HandlerResponse::Handled;
     });
     m_server.Get("/", [this](const httplib::Request&, httplib::Response& response) {
-      std::string page(PageBegin());
+      std::string page = std::string(PageBegin()) + MemberUnits();
       {
         const EmbeddedRecording itsName(page, 0, std::string(BaseName(m_recording)));
       }
@@ -79,10 +80,17 @@ class LivePage::Server {
     return "http://" + std::string(kHost) + ":" + std::to_string(m_port) + "/?token=" + m_token;
   }
 
-  // Returns once the server listens: a stop before that would have no effect.
+  // Returns once the server listens: a stop before that would have no effect. A server that cannot accept
+  // connections ends by itself.
   void Start() {
-    m_thread = std::thread([this] { m_server.listen_after_bind(); });
-    while (!m_server.is_running()) std::this_thread::sleep_for(kPause / 10);
+    m_thread = std::thread([this] {
+      m_server.listen_after_bind();
+      m_hasEnded = true;
+    });
+    while (!m_server.is_running()) {
+      if (m_hasEnded) throw CommandError("tessel: port " + std::to_string(m_port) + " cannot be listened on");
+      std::this_thread::sleep_for(kPause / 10);
+    }
   }
 
  private:
@@ -118,6 +126,7 @@ class LivePage::Server {
   httplib::Server m_server;
   int m_port = 0;
   std::atomic<bool> m_isEnding{false};
+  std::atomic<bool> m_hasEnded{false};  // Nothing is read because of it: any order would do.
   std::thread m_thread;
 };
 

@@ -7,15 +7,16 @@
 #include "TextFile.h"
 #include "recording/EventText.h"
 #include "report/EmbeddedRecording.h"
+#include "report/MemberUnits.h"
 #include "report/Page.h"
 
 bool WriteRecordingsPage(std::span<RecordingFile> recordings, const OutputFile& page) {
-  std::string text(PageBegin());
+  std::string text = std::string(PageBegin()) + MemberUnits();
   bool isFine = true;
   for (std::size_t i = 0; i < recordings.size(); ++i) {
     EmbeddedRecording embedded(text, i, std::string(BaseName(FileName(recordings[i].Name()))));
     const bool isWhole =
-        recordings[i].Read([&](const RecordingEvent&, const std::string& line) { embedded.Add(line); });
+        recordings[i].Read([&](const RecordingEvent& event, const std::string&) { embedded.Add(event); });
     isFine = isFine && isWhole;
   }
   text += PageEnd();
