@@ -20,7 +20,8 @@ void CutValues::Take(const JournalEvent& event, EventLines& lines) {
   if (event.kind != JournalKind::kSet || !HasChanged(event) || event.name.isCut) return;
   if (!event.newValue || !event.newValue->isCut) return;
   if (lines.Shows(event.callId, event.group, event.name.text) != RecordingShows::kAll) return;
-  m_values[{event.callId, event.group, event.name.text}] = {event.number, event.timeNs, lines.Origin(event)};
+  m_values[{event.callId, event.group, event.name.text}] = {event.number, event.timeNs,
+                                                            std::string(lines.Origin(event))};
 }
 
 CutValues::Settings CutValues::Read() const {
@@ -34,7 +35,7 @@ CutValues::Settings CutValues::Read() const {
 
 // A value that was read is the one of its event when no later event changes it up to the number that comes
 // next after the reading: numbers are drawn with the change, under its lock, which the reading takes, too.
-void CutValues::Append(std::string& out, std::int64_t startNs, const Settings& settings, JournalReader reader,
+void CutValues::Append(LineBuffer& out, std::int64_t startNs, const Settings& settings, JournalReader reader,
                        std::uint64_t next) {
   const std::uint64_t end = NextJournalNumber();
   for (JournalEvent event; next < end && reader.Next(event); next = event.number + 1) {

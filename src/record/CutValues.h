@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "record/EventLines.h"
+#include "record/LineBuffer.h"
 #include "tessel/inspect.h"
 #include "tessel/journal.h"
 
@@ -30,7 +31,7 @@ class CutValues {
   /// @param settings  as Read() returned them
   /// @param reader  at the first event that was not taken
   /// @param next  the number of that
-  void Append(std::string& out, std::int64_t startNs, const Settings& settings, JournalReader reader,
+  void Append(LineBuffer& out, std::int64_t startNs, const Settings& settings, JournalReader reader,
               std::uint64_t next);
 
  private:

@@ -180,9 +180,20 @@ void AppendMember(std::string& members, const char* name, std::string_view json)
 
 void AppendStringMember(std::string& members, const char* name, std::string_view text) {
   if (text.empty()) return;
-  std::string json;
+  LineBuffer json;
   AppendJsonString(json, text);
-  AppendMember(members, name, json);
+  AppendMember(members, name, json.Text());
+}
+
+// An origin; "" without members.
+std::string OriginOf(std::string members, const JournalEvent& event) {
+  AppendStringMember(members, "label", event.label.text);
+  AppendStringMember(members, "document", event.document.text);
+  if (event.line != 0) {
+    AppendMember(members, "line", std::to_string(event.line));
+    AppendMember(members, "column", std::to_string(event.column));
+  }
+  return members.empty() ? "" : "{" + members + "}";
 }
 
 }  // namespace
@@ -209,7 +220,7 @@ RecordingShows EventLines::Shows(std::uint32_t callId, KalConfigGroup group, std
   }
 }
 
-void EventLines::Append(std::string& out, const JournalEvent& event) {
+void EventLines::Append(LineBuffer& out, const JournalEvent& event) {
   const std::int64_t timeNs = event.timeNs - m_startNs;
   if (event.missed != 0) AppendLost(out, timeNs, event.missed);
   const RecordingShows shows = showsOf(event);
@@ -235,7 +246,7 @@ void EventLines::Append(std::string& out, const JournalEvent& event) {
   }
   if (event.ranNs != 0) line.Microseconds("run_us", event.ranNs);
   line.Number("thread", event.threadId);
-  if (const std::string origin = Origin(event); !origin.empty()) line.Raw("origin", origin);
+  if (const std::string_view origin = Origin(event); !origin.empty()) line.Raw("origin", origin);
   line.End();
 }
 
@@ -246,27 +257,30 @@ RecordingShows EventLines::showsOf(const JournalEvent& event) const {
   return m_filter && event.thrown ? RecordingShows::kNothing : RecordingShows::kAll;
 }
 
-void EventLines::AppendLost(std::string& out, std::int64_t timeNs, std::uint64_t count) const {
+void EventLines::AppendLost(LineBuffer& out, std::int64_t timeNs, std::uint64_t count) const {
   LineText(out, "lost", timeNs).Number("count", count).End();
 }
 
-std::string EventLines::Origin(const JournalEvent& event) {
-  std::string members = codeOf(event.caller);
-  AppendStringMember(members, "label", event.label.text);
-  AppendStringMember(members, "document", event.document.text);
-  if (event.line != 0) {
-    AppendMember(members, "line", std::to_string(event.line));
-    AppendMember(members, "column", std::to_string(event.column));
+// Few pairs of caller and label do nearly all.
+std::string_view EventLines::Origin(const JournalEvent& event) {
+  constexpr std::size_t kMostLabels = 8;
+  Code& code = codeOf(event.caller);
+  const bool isOfDocument = !event.document.text.empty() || event.line != 0;
+  if (!isOfDocument) {
+    for (const auto& [label, origin] : code.origins) {
+      if (label == event.label.text) return origin;
+    }
   }
-  return members.empty() ? "" : "{" + members + "}";
+  if (isOfDocument || code.origins.size() == kMostLabels) return m_origin = OriginOf(code.members, event);
+  return code.origins.emplace_back(event.label.text, OriginOf(code.members, event)).second;
 }
 
-const std::string& EventLines::codeOf(const void* caller) {
+EventLines::Code& EventLines::codeOf(const void* caller) {
   const auto [place, isNew] = m_code.try_emplace(caller);
   if (isNew) {
     const CodePlace code = m_loaderWait.Run([&] { return FindCodePlace(caller); });
-    AppendStringMember(place->second, "module", code.module);
-    AppendStringMember(place->second, "symbol", code.symbol);
+    AppendStringMember(place->second.members, "module", code.module);
+    AppendStringMember(place->second.members, "symbol", code.symbol);
   }
   return place->second;
 }

@@ -5,7 +5,10 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
+#include "record/LineBuffer.h"
 #include "record/LongWait.h"
 #include "tessel/journal.h"
 #include "tessel/record.h"
@@ -28,22 +31,29 @@ class EventLines {
   RecordingShows Shows(std::uint32_t callId, KalConfigGroup group, std::string_view name) const;
 
   /// Appends the line, and before it one of the events that were missed.
-  void Append(std::string& out, const JournalEvent& event);
-  void AppendLost(std::string& out, std::int64_t timeNs, std::uint64_t count) const;
+  void Append(LineBuffer& out, const JournalEvent& event);
+  void AppendLost(LineBuffer& out, std::int64_t timeNs, std::uint64_t count) const;
 
-  /// Who did it, a JSON object; "" when nothing is known.
-  std::string Origin(const JournalEvent& event);
+  /// Who did it, a JSON object, until the next call; "" when nothing is known.
+  std::string_view Origin(const JournalEvent& event);
   /// Names code again from now on: a module may have left, and another one come to its place.
   void ForgetCode() { m_code.clear(); }
 
  private:
+  // What is known of a caller: members of an origin, and some whole origins by label.
+  struct Code {
+    std::string members;
+    std::vector<std::pair<std::string, std::string>> origins;
+  };
+
   RecordingShows showsOf(const JournalEvent& event) const;
-  const std::string& codeOf(const void* caller);
+  Code& codeOf(const void* caller);
 
   const std::int64_t m_startNs;
   const RecordingFilter& m_filter;
   LongWait& m_loaderWait;
-  std::unordered_map<const void*, std::string> m_code;  // Members of an origin, by the caller.
+  std::unordered_map<const void*, Code> m_code;  // By the caller.
+  std::string m_origin;                          // The one that was asked for last, unless it is in there.
 };
 
 }  // namespace kalStore::internal

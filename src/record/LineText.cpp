@@ -8,40 +8,28 @@ namespace kalStore::internal {
 
 namespace {
 
-void AppendNumber(std::string& out, std::uint64_t number) {
-  char digits[20];
-  out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+constexpr std::size_t kMostDigits = 20;
+constexpr std::size_t kLongestEscape = 6;
+
+bool IsPlain(unsigned char byte) {
+  return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
 }
 
-// The number divided by ten to the power of `decimals`, exact and as short as possible.
-void AppendDecimal(std::string& out, std::int64_t number, unsigned int decimals) {
-  const auto positive = static_cast<std::uint64_t>(std::max<std::int64_t>(number, 0));
-  std::uint64_t unit = 1;
-  for (unsigned int i = 0; i < decimals; ++i) unit *= 10;
-  AppendNumber(out, positive / unit);
-  const std::uint64_t rest = positive % unit;
-  if (rest == 0) return;
-  // A digit in front keeps the zeros that follow it, and gives its place to the point.
-  const std::size_t point = out.size();
-  AppendNumber(out, unit + rest);
-  out[point] = '.';
-  out.resize(out.find_last_not_of('0') + 1);
-}
-
-void AppendEscaped(std::string& out, char byte) {
+char* PutEscaped(char* out, char byte) {
   constexpr std::string_view kLetters = "\bb\ff\nn\rr\tt\"\"\\\\";
   constexpr std::string_view kHex = "0123456789abcdef";
-  out += '\\';
+  *out++ = '\\';
   for (std::size_t i = 0; i < kLetters.size(); i += 2) {
     if (kLetters[i] == byte) {
-      out += kLetters[i + 1];
-      return;
+      *out++ = kLetters[i + 1];
+      return out;
     }
   }
   const auto code = static_cast<unsigned char>(byte);
-  out += "u00";
-  out += kHex[code >> 4];
-  out += kHex[code & 0xF];
+  out += std::string_view("u00").copy(out, 3);
+  *out++ = kHex[code >> 4];
+  *out++ = kHex[code & 0xF];
+  return out;
 }
 
 }  // namespace
@@ -65,54 +53,43 @@ std::size_t CharacterSize(std::string_view text) {
   return isTail(3) ? 4 : 0;
 }
 
-void AppendJsonString(std::string& out, std::string_view text) {
-  out += '"';
-  while (!text.empty()) {
-    // What needs no escape is appended at once.
-    std::size_t plain = 0;
-    while (plain < text.size()) {
-      const auto byte = static_cast<unsigned char>(text[plain]);
-      if (byte < 0x20 || byte == '"' || byte == '\\') break;
-      const std::size_t size = byte < 0x80 ? 1 : CharacterSize(text.substr(plain));
-      if (size == 0) break;
-      plain += size;
+void AppendNumber(LineBuffer& out, std::uint64_t number) {
+  char* const room = out.Room(kMostDigits);
+  out.Use(std::to_chars(room, room + kMostDigits, number).ptr);
+}
+
+void AppendJsonString(LineBuffer& out, std::string_view text) {
+  char* room = out.Room(kLongestEscape * text.size() + 2);
+  *room++ = '"';
+  for (std::size_t at = 0; at < text.size();) {
+    const char byte = text[at];
+    const std::size_t size = IsPlain(static_cast<unsigned char>(byte)) ? 1
+                             : static_cast<unsigned char>(byte) < 0x80 ? 0
+                                                                       : CharacterSize(text.substr(at));
+    if (size == 0) {
+      room = PutEscaped(room, byte);
+      ++at;
+    } else {
+      for (const std::size_t end = at + size; at < end; ++at) *room++ = text[at];
     }
-    out += text.substr(0, plain);
-    text.remove_prefix(plain);
-    if (text.empty()) break;
-    AppendEscaped(out, text.front());
-    text.remove_prefix(1);
   }
-  out += '"';
+  *room++ = '"';
+  out.Use(room);
 }
 
-LineText::LineText(std::string& out, std::string_view type, std::int64_t timeNs) : m_out(out) {
-  m_out += "{\"type\":\"";
-  m_out += type;
-  m_out += "\",\"t\":";
-  AppendDecimal(m_out, timeNs, 9);
-}
-
-LineText& LineText::Number(std::string_view member, std::uint64_t number) {
-  name(member);
-  AppendNumber(m_out, number);
-  return *this;
-}
-
-LineText& LineText::String(std::string_view member, std::string_view text) {
-  name(member);
-  AppendJsonString(m_out, text);
-  return *this;
-}
-
-LineText& LineText::Microseconds(std::string_view member, std::int64_t ns) {
-  name(member);
-  AppendDecimal(m_out, ns, 3);
-  return *this;
-}
-
-LineText& LineText::True(std::string_view member) {
-  return Raw(member, "true");
+void AppendDecimal(LineBuffer& out, std::int64_t number, unsigned int decimals) {
+  const auto positive = static_cast<std::uint64_t>(std::max<std::int64_t>(number, 0));
+  std::uint64_t unit = 1;
+  for (unsigned int i = 0; i < decimals; ++i) unit *= 10;
+  AppendNumber(out, positive / unit);
+  const std::uint64_t rest = positive % unit;
+  if (rest == 0) return;
+  // A digit in front keeps the zeros that follow it, and gives its place to the point.
+  char* const room = out.Room(kMostDigits);
+  const char* end = std::to_chars(room, room + kMostDigits, unit + rest).ptr;
+  *room = '.';
+  while (end[-1] == '0') --end;
+  out.Use(end);
 }
 
 LineText& LineText::Strings(std::string_view member, std::span<const char* const> texts) {
@@ -125,22 +102,6 @@ LineText& LineText::Strings(std::string_view member, std::span<const char* const
   }
   m_out += ']';
   return *this;
-}
-
-LineText& LineText::Raw(std::string_view member, std::string_view json) {
-  name(member);
-  m_out += json;
-  return *this;
-}
-
-void LineText::End() {
-  m_out += "}\n";
-}
-
-void LineText::name(std::string_view member) {
-  m_out += ",\"";
-  m_out += member;
-  m_out += "\":";
 }
 
 }  // namespace kalStore::internal

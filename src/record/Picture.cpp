@@ -51,7 +51,7 @@ Picture::Picture() : m_statistics(CopyStatistics()) {
   }
 }
 
-void Picture::Append(std::string& out, std::int64_t timeNs, EventLines& lines,
+void Picture::Append(LineBuffer& out, std::int64_t timeNs, EventLines& lines,
                      StatisticsChanges& statistics) const {
   for (const auto& [call, settings, subscriptions] : m_calls) {
     const std::uint32_t id = call.callId;
@@ -66,7 +66,7 @@ void Picture::Append(std::string& out, std::int64_t timeNs, EventLines& lines,
       WriteSetting(line, setting.group, setting.name, setting.value,
                    lines.Shows(id, setting.group, setting.name));
       if (setting.lastChange) {
-        if (const std::string origin = lines.Origin(*setting.lastChange); !origin.empty()) {
+        if (const std::string_view origin = lines.Origin(*setting.lastChange); !origin.empty()) {
           line.Raw("origin", origin);
         }
       }

@@ -25,7 +25,7 @@ class Picture {
   Picture();
 
   /// Appends its lines.
-  void Append(std::string& out, std::int64_t timeNs, EventLines& lines, StatisticsChanges& statistics) const;
+  void Append(LineBuffer& out, std::int64_t timeNs, EventLines& lines, StatisticsChanges& statistics) const;
 
  private:
   struct Call {

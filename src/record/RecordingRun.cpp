@@ -101,7 +101,7 @@ RecordingRun::RecordingRun(std::string file, RecordingOptions options)
       m_statisticsInterval(
           std::min<std::chrono::milliseconds>(m_options.statisticsInterval, kLongestInterval)),
       m_statisticsDue(m_start + m_statisticsInterval) {
-  m_pending.reserve(kChunk);  // The last lines need no memory, then.
+  m_pending.Room(kChunk);  // The last lines need no memory, then.
 }
 
 void RecordingRun::Start(const std::shared_ptr<RecordingRun>& run) {
@@ -171,11 +171,11 @@ void RecordingRun::run() noexcept {
 
 // Whole lines that could not be added or written before may have room now; what has none is counted.
 void RecordingRun::endAtFault(const char* reason) noexcept {
-  m_new.clear();
+  m_pending.Cut(m_added);
   try {
     write();
   } catch (const std::exception&) {
-    m_pending.clear();
+    m_pending.Clear();
   }
   try {
     m_end = NextJournalNumber();
@@ -200,8 +200,8 @@ void RecordingRun::record() {
     if (request.isEnd) break;
     answer(request.flush);
   }
-  appendLost(m_new);
-  addNew();
+  appendLost(m_pending);
+  add();
   appendEnd(m_pending, nullptr, sinceStart());
   write();
   const Lock lock(m_mutex);
@@ -255,54 +255,61 @@ void RecordingRun::takeEvents(bool isAsked) {
 
 void RecordingRun::take(const JournalEvent& event) {
   if (event.kind == JournalKind::kStatisticsMade) m_statistics.Forget(event.entityType, event.callId);
-  m_lines.Append(m_new, event);
-  addNew();
   m_cutValues.Take(event, m_lines);
+  m_lines.Append(m_pending, event);
+  add();
   m_next = event.number + 1;
   m_lastNs = std::max(m_lastNs, event.timeNs - m_startNs);
-  if (m_pending.size() >= kChunk) write();
+  if (m_pending.Size() >= kChunk) write();
 }
 
 void RecordingRun::takeCutValues() {
   const Clock::time_point begin = Clock::now();
   auto settings = m_lockWait.Run([&] { return m_cutValues.Read(); });
-  m_cutValues.Append(m_new, m_startNs, settings, m_reader, m_next);
-  addNew();
+  m_cutValues.Append(m_pending, m_startNs, settings, m_reader, m_next);
+  add();
   m_cutValuesDue = begin + kCutValuesRest * (Clock::now() - begin);
 }
 
 void RecordingRun::takeStatistics() {
   m_statisticsDue = Clock::now() + m_statisticsInterval;
-  m_statistics.Append(m_new, sinceStart(), m_lockWait.Run(&CopyStatistics));
-  addNew();
+  m_statistics.Append(m_pending, sinceStart(), m_lockWait.Run(&CopyStatistics));
+  add();
 }
 
-void RecordingRun::addNew() {
-  if (m_new.empty()) return;
-  if (!m_isPartNew && !m_output.HasRoom(m_pending.size() + m_new.size() + kEndRoom)) beginNextPart();
-  m_pending += m_new;
-  m_new.clear();
+// The lines that were appended. The file's picture is followed by some in any case: a full one would be the
+// last.
+void RecordingRun::add() {
+  if (m_pending.Size() == m_added) return;
+  if (!m_isPartNew && !m_output.HasRoom(m_pending.Size() + kEndRoom)) {
+    const std::string lines(m_pending.Text().substr(m_added));
+    m_pending.Cut(m_added);
+    beginNextPart();
+    m_pending += lines;
+  }
+  m_added = m_pending.Size();
   m_isPartNew = false;
 }
 
 void RecordingRun::write() {
-  m_output.Write(m_pending);
-  m_pending.clear();
+  m_output.Write(m_pending.Text());
+  m_pending.Clear();
+  m_added = 0;
   m_written = m_next;
 }
 
 void RecordingRun::beginNextPart() {
   if (!m_output.IsRotated()) throw RecordingFault("it has reached its largest size");
-  std::string begin;
+  LineBuffer begin;
   appendBegin(begin, m_lockWait.Run([] { return Picture(); }), m_output.Part() + 1);
-  std::string end;
+  LineBuffer end;
   appendEnd(end, "goes on in the next file", m_lastNs);
   write();
-  m_output.Rotate(end, begin);
+  m_output.Rotate(end.Text(), begin.Text());
   m_isPartNew = true;
 }
 
-void RecordingRun::appendBegin(std::string& out, const Picture& picture, std::uint64_t part) {
+void RecordingRun::appendBegin(LineBuffer& out, const Picture& picture, std::uint64_t part) {
   LineText line(out, "recording", m_lastNs);
   line.Number("version", kVersion).String("wall", m_wall).Number("next", m_next);
   if (m_output.IsRotated()) line.Number("part", part);
@@ -310,7 +317,7 @@ void RecordingRun::appendBegin(std::string& out, const Picture& picture, std::ui
   picture.Append(out, m_lastNs, m_lines, m_statistics);
 }
 
-void RecordingRun::appendEnd(std::string& out, const char* reason, std::int64_t timeNs) const {
+void RecordingRun::appendEnd(LineBuffer& out, const char* reason, std::int64_t timeNs) const {
   LineText line(out, "recording", timeNs);
   line.Number("next", m_next).String("event", "ended");
   if (reason != nullptr) line.String("reason", reason);
@@ -318,7 +325,7 @@ void RecordingRun::appendEnd(std::string& out, const char* reason, std::int64_t 
 }
 
 // What was missed last, or is left out since its writer does not finish; or could not be written.
-void RecordingRun::appendLost(std::string& out) const {
+void RecordingRun::appendLost(LineBuffer& out) const {
   if (m_written < m_end) m_lines.AppendLost(out, sinceStart(), m_end - m_written);
 }
 

@@ -16,6 +16,7 @@
 #include "record/CutValues.h"
 #include "record/EventLines.h"
 #include "record/JournalUse.h"
+#include "record/LineBuffer.h"
 #include "record/Lock.h"
 #include "record/LongWait.h"
 #include "record/Picture.h"
@@ -67,12 +68,12 @@ class RecordingRun {
   void take(const JournalEvent& event);
   void takeCutValues();
   void takeStatistics();
-  void addNew();
+  void add();
   void write();
   void beginNextPart();
-  void appendBegin(std::string& out, const Picture& picture, std::uint64_t part);
-  void appendEnd(std::string& out, const char* reason, std::int64_t timeNs) const;
-  void appendLost(std::string& out) const;
+  void appendBegin(LineBuffer& out, const Picture& picture, std::uint64_t part);
+  void appendEnd(LineBuffer& out, const char* reason, std::int64_t timeNs) const;
+  void appendLost(LineBuffer& out) const;
 
   void endAtFault(const char* reason) noexcept;
   void endBy(const char* reason) noexcept;
@@ -102,8 +103,8 @@ class RecordingRun {
   Clock::time_point m_cutValuesDue = m_start;
   StatisticsChanges m_statistics;
   RecordingOutput m_output;
-  std::string m_new;          // Lines that are about to be added.
-  std::string m_pending;      // Lines that are not written yet.
+  LineBuffer m_pending;       // Lines that are not written yet, and behind them those that are being added.
+  std::size_t m_added = 0;    // The size of the first.
   std::int64_t m_lastNs = 0;  // The time of the newest event, and of a part that begins after it.
   bool m_isPartNew = true;    // Whether the file has its picture alone.
   Clock::duration m_pause{};  // Until the next round that nobody asks for.

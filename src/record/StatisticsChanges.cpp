@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 #include "record/EventLines.h"
 #include "record/LineText.h"
@@ -18,14 +19,21 @@ namespace {
 
 static_assert(std::is_trivially_copyable_v<InspectedAudio> && std::is_standard_layout_v<InspectedAudio>);
 
-// Where members of an object's blocks are, and what their names begin with.
+// Where members of an object's blocks are, and their names as a line has them.
 struct Place {
-  std::string prefix;
   std::size_t offset;
   std::size_t size;
   const std::vector<StatisticsMember>* members;
+  std::vector<std::string> names;
 };
 using Places = std::vector<Place>;
+
+Place PlaceOf(const std::string& prefix, std::size_t offset, std::size_t size,
+              const std::vector<StatisticsMember>& members) {
+  Place place{offset, size, &members, {}};
+  for (const StatisticsMember& member : members) place.names.push_back('"' + prefix + member.name + "\":");
+  return place;
+}
 
 std::string ShownUnsigned(const char* bytes) {
   std::uint32_t number;
@@ -48,7 +56,7 @@ const std::vector<StatisticsMember>& SyncMembers() {
 Places VideoPlaces() {
   Places places;
   for (const StatisticsSection& section : StatisticsKinds()[0].sections) {
-    places.push_back({section.title + ".", section.offset, section.size, section.members});
+    places.push_back(PlaceOf(section.title + ".", section.offset, section.size, *section.members));
   }
   return places;
 }
@@ -58,7 +66,7 @@ Places AudioPlaces() {
   // What both directions have, what is sent, what is received.
   const std::vector<StatisticsSection>& sections = StatisticsKinds()[1].sections;
   const auto add = [&](const std::string& prefix, std::size_t offset, const StatisticsSection& section) {
-    places.push_back({prefix + ".", offset, section.size, section.members});
+    places.push_back(PlaceOf(prefix + ".", offset, section.size, *section.members));
   };
   add("sent", offsetof(InspectedAudio, sent), sections[0]);
   add("sent", offsetof(InspectedAudio, sent), sections[1]);
@@ -70,7 +78,7 @@ Places AudioPlaces() {
   for (std::size_t i = 0; i < kAudioStreamCount; ++i) {
     constexpr std::size_t kSize = sizeof(kal::_tagSyncStatistics);
     const std::size_t offset = offsetof(InspectedAudio, avSync) + i * kSize;
-    places.push_back({"avSync" + std::to_string(i) + ".", offset, kSize, &SyncMembers()});
+    places.push_back(PlaceOf("avSync" + std::to_string(i) + ".", offset, kSize, SyncMembers()));
   }
   return places;
 }
@@ -97,7 +105,7 @@ std::string BytesOf(const InspectedStatistics& object) {
 }
 
 // A number that JSON does not have is a string.
-void AppendMemberValue(std::string& out, const StatisticsMember& member, const char* bytes) {
+void AppendMemberValue(LineBuffer& out, const StatisticsMember& member, const char* bytes) {
   const std::string text = member.shown(bytes);
   const std::size_t first = text.find_first_not_of('-');
   const bool isNumber =
@@ -109,21 +117,23 @@ void AppendMemberValue(std::string& out, const StatisticsMember& member, const c
   }
 }
 
-std::string MembersOf(const Places& places, const std::string& now, const std::string& before) {
-  std::string members = "{";
+// Appends a JSON object of the members that changed. False when there are none.
+bool AppendMembers(LineBuffer& out, const Places& places, const std::string& now, const std::string& before) {
+  bool hasChanged = false;
   for (const Place& place : places) {
     const char* const bytes = now.data() + place.offset;
     const char* const old = before.data() + place.offset;
     if (std::memcmp(bytes, old, place.size) == 0) continue;
-    for (const StatisticsMember& member : *place.members) {
+    for (std::size_t i = 0; i < place.members->size(); ++i) {
+      const StatisticsMember& member = (*place.members)[i];
       if (std::memcmp(bytes + member.offset, old + member.offset, member.size) == 0) continue;
-      if (members.size() > 1) members += ',';
-      AppendJsonString(members, place.prefix + member.name);
-      members += ':';
-      AppendMemberValue(members, member, bytes + member.offset);
+      out += std::exchange(hasChanged, true) ? ',' : '{';
+      out += place.names[i];
+      AppendMemberValue(out, member, bytes + member.offset);
     }
   }
-  return members + '}';
+  out += hasChanged ? "}" : "{}";
+  return hasChanged;
 }
 
 }  // namespace
@@ -137,12 +147,12 @@ std::vector<StatisticsCopy> CopyStatistics() {
   return copies;
 }
 
-void StatisticsChanges::Append(std::string& out, std::int64_t timeNs,
+void StatisticsChanges::Append(LineBuffer& out, std::int64_t timeNs,
                                const std::vector<StatisticsCopy>& copies) {
   append(out, timeNs, copies, Lines::kChanges);
 }
 
-void StatisticsChanges::AppendPicture(std::string& out, std::int64_t timeNs,
+void StatisticsChanges::AppendPicture(LineBuffer& out, std::int64_t timeNs,
                                       const std::vector<StatisticsCopy>& copies) {
   m_looked.clear();
   append(out, timeNs, copies, Lines::kPicture);
@@ -152,18 +162,21 @@ void StatisticsChanges::Forget(std::int32_t type, std::uint32_t callId) {
   m_looked.erase({type, callId});
 }
 
-void StatisticsChanges::append(std::string& out, std::int64_t timeNs,
+void StatisticsChanges::append(LineBuffer& out, std::int64_t timeNs,
                                const std::vector<StatisticsCopy>& copies, Lines lines) {
   decltype(m_looked) looked;
   for (const auto& [object, bytes] : copies) {
     const std::pair key(static_cast<std::int32_t>(object.type), object.callId);
     std::string& before = m_looked[key];
     before.resize(bytes.size(), '\0');
-    const std::string members = MembersOf(PlacesOf(object.type), bytes, before);
     looked[key] = bytes;
-    if (lines == Lines::kChanges && members == "{}") continue;
+    const std::size_t begin = out.Size();
     LineText line(out, "statistics", timeNs);
-    line.Number("call", object.callId).String("entity", EntityName(object.type)).Raw("members", members);
+    line.Number("call", object.callId).String("entity", EntityName(object.type)).Raw("members", "");
+    if (!AppendMembers(out, PlacesOf(object.type), bytes, before) && lines == Lines::kChanges) {
+      out.Cut(begin);
+      continue;
+    }
     if (lines == Lines::kPicture) line.Number("references", object.references).True("picture");
     line.End();
   }

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "record/LineBuffer.h"
 #include "tessel/inspect.h"
 
 namespace kalStore::internal {
@@ -25,15 +26,15 @@ std::vector<StatisticsCopy> CopyStatistics();
 class StatisticsChanges {
  public:
   /// Appends a line for each object of which a member changed.
-  void Append(std::string& out, std::int64_t timeNs, const std::vector<StatisticsCopy>& copies);
+  void Append(LineBuffer& out, std::int64_t timeNs, const std::vector<StatisticsCopy>& copies);
   /// Appends a line of a picture for each object, as if none had been looked at.
-  void AppendPicture(std::string& out, std::int64_t timeNs, const std::vector<StatisticsCopy>& copies);
+  void AppendPicture(LineBuffer& out, std::int64_t timeNs, const std::vector<StatisticsCopy>& copies);
   /// An object was made: it begins like one that was not looked at.
   void Forget(std::int32_t type, std::uint32_t callId);
 
  private:
   enum class Lines { kChanges, kPicture };
-  void append(std::string& out, std::int64_t timeNs, const std::vector<StatisticsCopy>& copies, Lines lines);
+  void append(LineBuffer& out, std::int64_t timeNs, const std::vector<StatisticsCopy>& copies, Lines lines);
 
   // Each object's blocks.
   std::map<std::pair<std::int32_t, std::uint32_t>, std::string> m_looked;

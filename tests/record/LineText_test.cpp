@@ -14,13 +14,14 @@ namespace kalStore::internal {
 namespace {
 
 std::string JsonString(std::string_view text) {
-  std::string out;
+  LineBuffer out;
   AppendJsonString(out, text);
-  return out;
+  return std::string(out.Text());
 }
 
 TEST(LineText, WritesMembersInTheirOrder) {
-  std::string out = "before\n";
+  LineBuffer out;
+  out += "before\n";
   constexpr std::array kNames{"old", "new"};
   LineText(out, "set", 1'204'117'000)
       .Number("call", std::numeric_limits<std::uint64_t>::max())
@@ -30,7 +31,7 @@ TEST(LineText, WritesMembersInTheirOrder) {
       .Strings("cut", kNames)
       .Raw("origin", "{}")
       .End();
-  EXPECT_EQ(out,
+  EXPECT_EQ(out.Text(),
             "before\n{\"type\":\"set\",\"t\":1.204117,\"call\":18446744073709551615,\"name\":\"a\\\"b\","
             "\"run_us\":4.5,\"transient\":true,\"cut\":[\"old\",\"new\"],\"origin\":{}}\n");
 }
@@ -48,9 +49,9 @@ TEST(LineText, WritesTimesExactAndAsShortAsPossible) {
               {-5, "0", "0"},
               {std::numeric_limits<std::int64_t>::max(), "9223372036.854775807", "9223372036854775.807"}};
   for (const auto& row : rows) {
-    std::string out;
+    LineBuffer out;
     LineText(out, "x", row.ns).Microseconds("us", row.ns).End();
-    EXPECT_EQ(out,
+    EXPECT_EQ(out.Text(),
               std::string("{\"type\":\"x\",\"t\":") + row.seconds + ",\"us\":" + row.microseconds + "}\n");
   }
 }

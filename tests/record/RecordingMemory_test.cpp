@@ -29,7 +29,7 @@ class RecordingMemory : public RecordingTest {
          }});
     m_begin = NextJournalNumber();
     for (int i = 0; i < kSetsOfMemory; ++i) {
-      const std::string value = "a value that is too long for a string without memory " + std::to_string(i);
+      const std::string value = std::string(70, 'x') + std::to_string(i);  // Which the journal cuts.
       store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "Layout", ConfigData(value), false, false);
     }
     goesOn.Open();
