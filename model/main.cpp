@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tries the schedules of all scenarios, or of those named, and prints a line for each.
+// Tries the schedules of all scenarios, or of those named, and prints a line for each. Or runs simulations.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,9 +10,11 @@
 #include <map>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "scenarios/Registry.h"
+#include "simulation/Simulate.h"
 #include "util/util_trace.h"
 
 namespace {
@@ -23,6 +25,7 @@ struct Options {
   double seconds = 0;
   model::Limits limits{.preemptions = 4, .oddities = 1};
   std::string schedule;
+  std::pair<std::uint64_t, std::uint64_t> seeds;
   std::vector<std::string> names;
 };
 
@@ -92,10 +95,19 @@ int main(int argc, char** argv) {
                  "how often a load sees an older store, at most, or the like");
   CLI::Option* const replay =
       app.add_option("--replay", options.schedule, "print one schedule of a scenario");
+  CLI::Option* const seed = app.add_option("--seed", options.seeds.first, "run one simulation and print it");
+  CLI::Option* const seeds =
+      app.add_option("--seeds", options.seeds, "run simulations, from one number to another");
   app.add_option("scenario", options.names, "names; all by default");
   CLI11_PARSE(app, argc, argv);
 
   set_external_trace_mask(-1);
+  if (seed->count() + seeds->count() > 0) {
+    const bool isGood = seed->count() > 0 ? simulation::RunSeed(options.seeds.first)
+                                          : simulation::RunSeeds(options.seeds.first, options.seeds.second);
+    std::fflush(stdout);
+    _exit(isGood ? 0 : 1);
+  }
   const std::vector<Scenario> scenarios = ChosenScenarios(options.names);
   if (scenarios.empty()) {
     std::fputs("no such scenario\n", stderr);

@@ -19,6 +19,8 @@ constexpr int kFreeYields = 16;
 // changes.
 constexpr std::int64_t kShortSleepNs = 1'000'000;
 constexpr std::int64_t kLongSleepNs = 100'000'000;
+constexpr std::int64_t kBeginNs = 1'000'000'000;
+constexpr std::int64_t kMostPassedNs = 1'000'000'000;
 
 // Both go back to this between executions, with all variables of the program.
 Checker* g_checker = nullptr;
@@ -43,6 +45,14 @@ Operation::~Operation() {
   g_isInside = false;
 }
 
+Aside::Aside() {
+  g_isInside = true;
+}
+
+Aside::~Aside() {
+  g_isInside = false;
+}
+
 Checker::Checker(const Scenario& scenario) : m_scenario(scenario) {
   for (int i = 0; i < kMostThreads; ++i) m_pool.push_back(std::make_unique<Fiber>());
 }
@@ -62,7 +72,8 @@ std::string Checker::Run() {
   m_fibers.clear();
   m_mutexes.clear();
   m_waiters.clear();
-  m_nowNs = 1'000'000'000;
+  m_refusals = {};
+  m_nowNs = kBeginNs;
   m_changedAt = 0;
   m_failure.clear();
   m_steps.clear();
@@ -82,6 +93,7 @@ std::string Checker::Run() {
   swapcontext(&m_main, &Self().context);
   g_isInside = true;
   g_checker = nullptr;
+  if (m_failure.empty()) m_failure = m_memory.FindLeak();
   main.Restore();
   for (const Fiber* fiber : m_fibers) {
     for (int thread = 0; thread < kMostThreads; ++thread)
@@ -128,6 +140,7 @@ int Checker::Start(void* (*routine)(void*), void* argument) {
   fiber.state = Fiber::State::kReady;
   fiber.pausedAt = 0;
   fiber.yields = 0;
+  fiber.wakesAtNs = Fiber::kNever;
   fiber.routine = routine;
   fiber.argument = argument;
   fiber.calls.clear();
@@ -200,8 +213,11 @@ void Checker::offerPreemption() {
   }
   const int chosen = m_choices.Choose(Choices::Kind::kPreemption, Choices::Cost::kPreemption, threads);
   if (chosen == m_current) return;
-  if (m_fibers[static_cast<std::size_t>(chosen)]->state == Fiber::State::kWaiting) {
+  const Fiber& fiber = *m_fibers[static_cast<std::size_t>(chosen)];
+  if (fiber.state == Fiber::State::kWaiting) {
     m_choices.Spend(Choices::Cost::kOddity);
+    // The time may pass while others could go on, too; not so often that bounded waits give up.
+    if (fiber.wakesAtNs < kBeginNs + kMostPassedNs) m_nowNs = std::max(m_nowNs, fiber.wakesAtNs);
   }
   switchTo(chosen);
 }
@@ -235,10 +251,30 @@ int Checker::nextThread() {
     }
   }
   if (ready.Size() > 0) return m_choices.Choose(Choices::Kind::kNext, Choices::Cost::kFree, ready);
-  if (longest < 0) failAll();
-  m_nowNs +=
-      m_changedAt >= m_fibers[static_cast<std::size_t>(longest)]->pausedAt ? kShortSleepNs : kLongSleepNs;
-  return longest;
+  const int earliest = earliestToWake();
+  if (longest < 0 && earliest < 0) failAll();
+  std::int64_t awakeNs = Fiber::kNever;
+  if (longest >= 0) {
+    awakeNs = m_nowNs + (m_changedAt >= m_fibers[static_cast<std::size_t>(longest)]->pausedAt ? kShortSleepNs
+                                                                                              : kLongSleepNs);
+  }
+  const std::int64_t notifiedNs =
+      earliest >= 0 ? m_fibers[static_cast<std::size_t>(earliest)]->wakesAtNs : Fiber::kNever;
+  m_nowNs = std::max(m_nowNs, std::min(awakeNs, notifiedNs));
+  return awakeNs < notifiedNs ? longest : earliest;
+}
+
+// Of those that wait until a time at most, the one whose time comes first; -1: there is none.
+int Checker::earliestToWake() const {
+  int earliest = -1;
+  std::int64_t atNs = Fiber::kNever;
+  for (int thread = 0; thread < static_cast<int>(m_fibers.size()); ++thread) {
+    const Fiber& fiber = *m_fibers[static_cast<std::size_t>(thread)];
+    if (fiber.state != Fiber::State::kWaiting || fiber.wakesAtNs >= atNs) continue;
+    earliest = thread;
+    atNs = fiber.wakesAtNs;
+  }
+  return earliest;
 }
 
 void Checker::failAll() {
@@ -408,6 +444,13 @@ void Checker::Wait(const void* condition, const void* mutex) {
   std::erase(m_waiters[condition], m_current);
   Lock(mutex, false);
   m_mutexes[mutex].depth = depth;
+}
+
+bool Checker::WaitUntil(const void* condition, const void* mutex, std::int64_t endNs) {
+  Self().wakesAtNs = endNs;
+  Wait(condition, mutex);
+  Self().wakesAtNs = Fiber::kNever;
+  return m_nowNs < endNs;
 }
 
 void Checker::Notify(const void* condition, bool all) {

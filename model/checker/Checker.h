@@ -14,6 +14,7 @@
 #include "checker/Fiber.h"
 #include "checker/Image.h"
 #include "checker/Memory.h"
+#include "checker/Refusals.h"
 #include "checker/Sharing.h"
 
 namespace model {
@@ -39,6 +40,7 @@ class Checker {
 
   Choices& Choice() { return m_choices; }
   const Sharing& Shared() const { return m_sharing; }
+  void StopLearning() { m_sharing.StopLearning(); }
 
   /// Runs it once. Returns what is wrong, or nothing.
   std::string Run();
@@ -65,7 +67,10 @@ class Checker {
 
   void Read(const void* from, std::size_t size);
   void Write(const void* to, std::size_t size);
-  void* Allocate(std::size_t size, std::size_t alignment) { return m_memory.Allocate(size, alignment); }
+  /// Null when it is refused.
+  void* Allocate(std::size_t size, std::size_t alignment) {
+    return m_refusals.allocations.Take() ? nullptr : m_memory.Allocate(size, alignment);
+  }
   void Free(void* memory);
 
   std::uint64_t Load(Atomics::Object object, int order);
@@ -86,8 +91,13 @@ class Checker {
   /// False when the thread does not have it.
   bool Unlock(const void* mutex);
   void Wait(const void* condition, const void* mutex);
+  /// The same, until a time at most; false when that has come.
+  bool WaitUntil(const void* condition, const void* mutex, std::int64_t endNs);
   void Notify(const void* condition, bool all);
 
+  /// What the system refuses from now on, to whichever thread.
+  void Refuse(const Refusals& refusals) { m_refusals = refusals; }
+  bool IsThreadRefused() { return m_refusals.threads.Take(); }
   /// The number of a new thread.
   int Start(void* (*routine)(void*), void* argument);
   void* Join(int thread);
@@ -117,6 +127,7 @@ class Checker {
   void block(const char* reason, const void* object, Fiber::State state);
   void wake(const void* object, Fiber::State state);
   int nextThread();
+  int earliestToWake() const;
   void switchTo(int thread);
   void acquire(Mutex& mutex);
   Sharing::Place place() const;
@@ -133,6 +144,7 @@ class Checker {
   int m_current = 0;
   std::unordered_map<const void*, Mutex> m_mutexes;
   std::unordered_map<const void*, std::deque<int>> m_waiters;  // By condition, in the order of arrival.
+  Refusals m_refusals;
   std::int64_t m_nowNs = 0;
   std::uint32_t m_changedAt = 0;  // The last operation that changed something.
   std::uint32_t m_begin = 1;
@@ -156,6 +168,15 @@ class Operation {
   ~Operation();
   Operation(const Operation&) = delete;
   Operation& operator=(const Operation&) = delete;
+};
+
+/// What a scenario does meanwhile is not of its execution: it is no step, and what it allocates outlives it.
+class Aside {
+ public:
+  Aside();
+  ~Aside();
+  Aside(const Aside&) = delete;
+  Aside& operator=(const Aside&) = delete;
 };
 
 }  // namespace model

@@ -5,6 +5,8 @@
 #include <ucontext.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "checker/Image.h"
@@ -16,6 +18,7 @@ namespace model {
 /// which.
 struct Fiber {
   enum class State { kReady, kBlocked, kWaiting, kEnded };
+  static constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
   ucontext_t context{};
   ThreadLocals locals;
@@ -28,6 +31,8 @@ struct Fiber {
   /// does not.
   std::uint32_t pausedAt = 0;
   int yields = 0;  ///< since it last gave way
+  /// Until when it waits for a notification at most.
+  std::int64_t wakesAtNs = kNever;
   void* (*routine)(void*) = nullptr;
   void* argument = nullptr;
   void* result = nullptr;

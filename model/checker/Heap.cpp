@@ -13,7 +13,8 @@ namespace {
 void* Allocate(std::size_t size, std::size_t alignment, const void* place, const void* frame) {
   if (model::Checker* const checker = model::ActiveChecker()) {
     const model::Operation operation(*checker, place, frame);
-    return checker->Allocate(size, alignment);
+    if (void* const memory = checker->Allocate(size, alignment)) return memory;
+    throw std::bad_alloc();
   }
   if (void* const loaded = model::Region::AllocateAtLoad(size, alignment)) return loaded;
   void* memory = nullptr;

@@ -27,7 +27,8 @@ Memory::Memory()
 
 void Memory::BeginExecution(std::uint32_t begin, bool reusesFreed) {
   m_begin = begin;
-  m_heapNext = m_loaded.data() + m_loaded.size();
+  // The region's own variables point at the end of what was loaded: at no block.
+  m_heapNext = m_loaded.data() + m_loaded.size() + 1;
   m_reusesFreed = reusesFreed;
   m_readers.clear();
   m_sizes.clear();

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -42,6 +43,8 @@ class Memory {
 
   void* Allocate(std::size_t size, std::size_t alignment);
   Finding Free(void* memory, Accessor by);
+  /// After an execution: what is allocated and nothing points at; empty when there is none.
+  std::string FindLeak() const;
 
   Finding Read(const void* from, std::size_t size, Accessor by);
   Finding Write(const void* to, std::size_t size, Accessor by);

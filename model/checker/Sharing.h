@@ -15,7 +15,11 @@ class Sharing {
  public:
   using Place = std::uint64_t;
 
-  void BeginExecution() { m_objects.clear(); }
+  void BeginExecution() {
+    m_objects.clear();
+    for (const Place place : m_forgotten) m_shared.erase(place);
+    m_forgotten.clear();
+  }
   /// A thread uses an object. Returns whether its place is one of those that are shared.
   bool Use(const void* object, Place place, int thread, bool isChange) {
     Object& used = m_objects[object];
@@ -30,6 +34,8 @@ class Sharing {
     }
     return m_shared.contains(place);
   }
+  /// From now on, what an execution learns is forgotten with it: none depends on the ones before it.
+  void StopLearning() { m_isLearning = false; }
   /// How many places are known. A search that learns one begins again.
   std::size_t Size() const { return m_shared.size(); }
 
@@ -40,10 +46,14 @@ class Sharing {
     std::vector<Place> places;
   };
 
-  void learn(Place place) { m_shared.insert(place); }
+  void learn(Place place) {
+    if (m_shared.insert(place).second && !m_isLearning) m_forgotten.push_back(place);
+  }
 
   std::unordered_map<const void*, Object> m_objects;
   std::unordered_set<Place> m_shared;
+  bool m_isLearning = true;
+  std::vector<Place> m_forgotten;  // With the execution.
 };
 
 }  // namespace model

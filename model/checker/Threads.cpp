@@ -43,6 +43,7 @@ int pthread_create(pthread_t* id, const pthread_attr_t*, void* (*routine)(void*)
   model::Checker* const checker = model::ActiveChecker();
   if (checker == nullptr) return EAGAIN;
   MODEL_OPERATION(checker);
+  if (checker->IsThreadRefused()) return EAGAIN;
   *id = IdOf(checker->Start(routine, argument));
   return 0;
 }
@@ -114,6 +115,14 @@ int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
   MODEL_OPERATION(checker);
   checker->Wait(condition, mutex);
   return 0;
+}
+
+int pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t,
+                           const timespec* end) {
+  model::Checker* const checker = model::ActiveChecker();
+  if (checker == nullptr) return EINVAL;
+  MODEL_OPERATION(checker);
+  return checker->WaitUntil(condition, mutex, end->tv_sec * kNsPerSecond + end->tv_nsec) ? 0 : ETIMEDOUT;
 }
 
 int pthread_cond_signal(pthread_cond_t* condition) noexcept {
