@@ -140,7 +140,7 @@ class SettingText {
 
   void Write() {
     if (HasGroup(m_event)) {
-      if (IsConfigGroup(m_event.group)) m_line.String("group", KalConfigGroup2GroupName(m_event.group));
+      if (IsConfigGroup(m_event.group)) m_line.Word("group", KalConfigGroup2GroupName(m_event.group));
       if (m_event.kind != JournalKind::kGroupRemoved) string("name", m_event.name, RecordingShows::kName);
       string("old", m_event.oldValue);
       string("new", m_event.newValue);
@@ -229,16 +229,16 @@ void EventLines::Append(LineBuffer& out, const JournalEvent& event) {
   line.Number("number", event.number);
   if (event.cause != 0) line.Number("cause", event.cause);
   line.Number("call", event.callId);
-  if (IsAboutAnEntity(event.kind)) line.String("entity", EntityName(event.entityType));
-  if (const char* const what = EventOf(event.kind)) line.String("event", what);
+  if (IsAboutAnEntity(event.kind)) line.Word("entity", EntityName(event.entityType));
+  if (const char* const what = EventOf(event.kind)) line.Word("event", what);
   SettingText(line, event, shows).Write();
   if (event.kind == JournalKind::kTransientSet) line.True("transient");
-  if (const char* const result = ResultOf(event)) line.String("result", result);
+  if (const char* const result = ResultOf(event)) line.Word("result", result);
   if (const char* const name = CountName(event.kind)) line.Number(name, event.count);
   if (event.id != 0) line.Number("id", event.id);
   if (event.kind == JournalKind::kDelivered) {
     if (const char* const way = WayOf(event.way)) {
-      line.String("way", way);
+      line.Word("way", way);
     } else {
       line.True("dropped");
     }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 namespace kalStore::internal {
 
@@ -13,6 +14,16 @@ constexpr std::size_t kLongestEscape = 6;
 
 bool IsPlain(unsigned char byte) {
   return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+}
+
+// The same of eight bytes at once. A byte is found by the highest bit of its difference; one that borrows from
+// the next is found itself.
+bool ArePlain(std::uint64_t bytes) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  constexpr std::uint64_t kHighest = kOnes << 7;
+  const std::uint64_t quotes = (bytes ^ (kOnes * '"')) - kOnes;
+  const std::uint64_t backslashes = (bytes ^ (kOnes * '\\')) - kOnes;
+  return ((bytes | (bytes - kOnes * 0x20) | quotes | backslashes) & kHighest) == 0;
 }
 
 char* PutEscaped(char* out, char byte) {
@@ -62,6 +73,16 @@ void AppendJsonString(LineBuffer& out, std::string_view text) {
   char* room = out.Room(kLongestEscape * text.size() + 2);
   *room++ = '"';
   for (std::size_t at = 0; at < text.size();) {
+    std::uint64_t bytes;
+    if (text.size() - at >= sizeof bytes) {
+      std::memcpy(&bytes, text.data() + at, sizeof bytes);
+      if (ArePlain(bytes)) {
+        std::memcpy(room, &bytes, sizeof bytes);
+        room += sizeof bytes;
+        at += sizeof bytes;
+        continue;
+      }
+    }
     const char byte = text[at];
     const std::size_t size = IsPlain(static_cast<unsigned char>(byte)) ? 1
                              : static_cast<unsigned char>(byte) < 0x80 ? 0

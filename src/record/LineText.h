@@ -42,6 +42,14 @@ class LineText {
     AppendJsonString(m_out, text);
     return *this;
   }
+  /// A string that has nothing to escape.
+  LineText& Word(std::string_view member, std::string_view word) {
+    name(member);
+    m_out += '"';
+    m_out += word;
+    m_out += '"';
+    return *this;
+  }
   LineText& Microseconds(std::string_view member, std::int64_t ns) {
     name(member);
     AppendDecimal(m_out, ns, 3);

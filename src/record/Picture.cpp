@@ -38,7 +38,7 @@ void WriteSetting(LineText& line, KalConfigGroup group, std::string_view name, c
     line.String(member, Beginning(text, longest));
     if (text.size() > longest) cut[cutCount++] = member;
   };
-  line.String("group", KalConfigGroup2GroupName(group));
+  line.Word("group", KalConfigGroup2GroupName(group));
   write("name", name, kLongestName, RecordingShows::kName);
   if (value.IsValid()) write("new", value.ToString(), kLongestValue, RecordingShows::kAll);
   if (cutCount != 0) line.Strings("cut", {cut.data(), cutCount});

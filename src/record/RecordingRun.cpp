@@ -311,7 +311,7 @@ void RecordingRun::beginNextPart() {
 
 void RecordingRun::appendBegin(LineBuffer& out, const Picture& picture, std::uint64_t part) {
   LineText line(out, "recording", m_lastNs);
-  line.Number("version", kVersion).String("wall", m_wall).Number("next", m_next);
+  line.Number("version", kVersion).Word("wall", m_wall).Number("next", m_next);
   if (m_output.IsRotated()) line.Number("part", part);
   line.End();
   picture.Append(out, m_lastNs, m_lines, m_statistics);
@@ -319,7 +319,7 @@ void RecordingRun::appendBegin(LineBuffer& out, const Picture& picture, std::uin
 
 void RecordingRun::appendEnd(LineBuffer& out, const char* reason, std::int64_t timeNs) const {
   LineText line(out, "recording", timeNs);
-  line.Number("next", m_next).String("event", "ended");
+  line.Number("next", m_next).Word("event", "ended");
   if (reason != nullptr) line.String("reason", reason);
   line.End();
 }

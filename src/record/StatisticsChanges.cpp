@@ -172,7 +172,7 @@ void StatisticsChanges::append(LineBuffer& out, std::int64_t timeNs,
     looked[key] = bytes;
     const std::size_t begin = out.Size();
     LineText line(out, "statistics", timeNs);
-    line.Number("call", object.callId).String("entity", EntityName(object.type)).Raw("members", "");
+    line.Number("call", object.callId).Word("entity", EntityName(object.type)).Raw("members", "");
     if (!AppendMembers(out, PlacesOf(object.type), bytes, before) && lines == Lines::kChanges) {
       out.Cut(begin);
       continue;

@@ -25,6 +25,7 @@ TEST(LineText, WritesMembersInTheirOrder) {
   constexpr std::array kNames{"old", "new"};
   LineText(out, "set", 1'204'117'000)
       .Number("call", std::numeric_limits<std::uint64_t>::max())
+      .Word("group", "Video")
       .String("name", "a\"b")
       .Microseconds("run_us", 4'500)
       .True("transient")
@@ -32,7 +33,8 @@ TEST(LineText, WritesMembersInTheirOrder) {
       .Raw("origin", "{}")
       .End();
   EXPECT_EQ(out.Text(),
-            "before\n{\"type\":\"set\",\"t\":1.204117,\"call\":18446744073709551615,\"name\":\"a\\\"b\","
+            "before\n{\"type\":\"set\",\"t\":1.204117,\"call\":18446744073709551615,\"group\":\"Video\","
+            "\"name\":\"a\\\"b\","
             "\"run_us\":4.5,\"transient\":true,\"cut\":[\"old\",\"new\"],\"origin\":{}}\n");
 }
 
@@ -81,6 +83,17 @@ TEST(LineText, WritesAByteThatIsNoUtf8AsAnEscape) {
               {"\n\r\t\b\f\"\\/", "\\n\\r\\t\\b\\f\\\"\\\\/"},
               {std::string("\0\x1F", 2), "\\u0000\\u001f"}};
   for (const auto& row : rows) EXPECT_EQ(JsonString(row.text), std::string("\"") + row.json + '"');
+}
+
+TEST(LineText, EscapesAByteWhereverItIs) {
+  for (int code = 0; code < 256; ++code) {
+    const std::string byte(1, static_cast<char>(code));
+    const std::string alone = JsonString(byte);
+    for (std::size_t at = 0; at < 17; ++at) {
+      const std::string begin(at, '!'), end(16 - at, '#');
+      EXPECT_EQ(JsonString(begin + byte + end), '"' + begin + alone.substr(1, alone.size() - 2) + end + '"');
+    }
+  }
 }
 
 TEST(LineText, WritesStringsThatReadBackToTheSameBytes) {
