@@ -16,9 +16,11 @@ import sys
 import tempfile
 
 import plot
+import recording
 import report
 
 BUILD = report.ROOT / "build/bench"
+RECORDED_S = 5  # Of a simulated engine, for each repetition.
 
 
 def command(program, arguments):
@@ -93,7 +95,8 @@ def main():
 
     programs = [BUILD / "bench" / source.stem for source in sorted(report.ROOT.glob("bench/*_bench.cpp"))]
     chosen = {program: names(program, arguments) for program in programs}
-    if not any(chosen.values()):
+    recorded = any(re.search(arguments.filter, name) for name in recording.NAMES)
+    if not recorded and not any(chosen.values()):
         parser.error(f"no benchmark is found by '{arguments.filter}'")
 
     results = {}
@@ -102,6 +105,9 @@ def main():
         output = run(program, arguments)
         results["run"] = conditions(output["context"], arguments)
         results[program.name.removesuffix("_bench")] = medians(output["benchmarks"], chosen[program])
+    if recorded:
+        print("recording ...", file=sys.stderr, flush=True)
+        results["recording"] = recording.measure(BUILD / "bin/tessel", RECORDED_S, arguments.repetitions)
 
     is_whole = arguments.filter == "."
     kept = BUILD / ("results.json" if is_whole else "filtered.json")

@@ -10,8 +10,8 @@
 
 namespace kalStore::internal {
 
-/// Bytes of lines that are about to be written. A string whose room does not shrink, and whose small additions
-/// are inlined.
+/// Bytes of lines that are about to be written. A string whose room does not shrink, and whose small
+/// additions are inlined.
 class LineBuffer {
  public:
   std::size_t Size() const { return m_size; }

@@ -16,8 +16,8 @@ bool IsPlain(unsigned char byte) {
   return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
 }
 
-// The same of eight bytes at once. A byte is found by the highest bit of its difference; one that borrows from
-// the next is found itself.
+// The same of eight bytes at once. A byte is found by the highest bit of its difference; one that borrows
+// from the next is found itself.
 bool ArePlain(std::uint64_t bytes) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
   constexpr std::uint64_t kHighest = kOnes << 7;

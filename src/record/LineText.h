@@ -18,8 +18,8 @@ void AppendJsonString(LineBuffer& out, std::string_view text);
 /// Appends the number divided by ten to the power of `decimals`, exact and as short as possible; 0 for less.
 void AppendDecimal(LineBuffer& out, std::int64_t number, unsigned int decimals);
 
-/// Writes one line of a recording at the end of a buffer, member by member. Inline, so that the sizes of names
-/// are known.
+/// Writes one line of a recording at the end of a buffer, member by member. Inline, so that the sizes of
+/// names are known.
 class LineText {
  public:
   /// @param timeNs  from the recording's start; a time before is its start

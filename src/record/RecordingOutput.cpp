@@ -55,7 +55,7 @@ void RecordingOutput::Open() {
 }
 
 // The next file is whole before it takes its place, and all names are there before one is changed: whatever
-// fails, the recording's file has its name, and its end can be written to it. The oldest one goes first, since
+// fails, the recording's file has its name, and its end can be written to it. The oldest one goes first:
 // the others are as many as there may be with the next one.
 void RecordingOutput::Rotate(std::string_view end, std::string_view begin) {
   const std::string full = nameOf(m_part);
@@ -112,8 +112,8 @@ RecordingOutput::Opened RecordingOutput::open(const std::string& file) const {
   return opened;
 }
 
-// What is there of lines that do not fit goes: it leaves room for the end. Where that fails, a reader takes the
-// last line for an end that is cut off.
+// What is there of lines that do not fit goes: it leaves room for the end. Where that fails, a reader takes
+// the last line for an end that is cut off.
 void RecordingOutput::write(Opened& opened, std::string_view lines) {
   std::size_t written = 0;
   while (written < lines.size()) {
@@ -138,7 +138,8 @@ void RecordingOutput::close(Opened& opened) {
   ::close(std::exchange(opened.descriptor, -1));
 }
 
-// Of an earlier set. They would stay for ever, or be taken for parts of this one. What cannot be removed stays.
+// Of an earlier set. They would stay for ever, or be taken for parts of this one. What cannot be removed
+// stays.
 void RecordingOutput::removeParts() const {
   const std::filesystem::path path(m_file);
   const std::string prefix = path.filename().string() + ".";

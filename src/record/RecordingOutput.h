@@ -20,8 +20,8 @@ class RecordingOutput {
   RecordingOutput& operator=(const RecordingOutput&) = delete;
   ~RecordingOutput();
 
-  /// Empties the file, or makes it, and removes the other parts of an earlier set. Refuses a file that another
-  /// recording writes.
+  /// Empties the file, or makes it, and removes the other parts of an earlier set. Refuses a file that
+  /// another recording writes.
   void Open();
   /// Writes whole lines: all of them, or none.
   void Write(std::string_view lines) { write(m_current, lines); }
