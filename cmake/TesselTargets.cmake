@@ -59,6 +59,8 @@ function(tessel_configure_library target)
     endif()
   endif()
   target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now,-z,noexecstack)
+  # Never unloaded: threads, callbacks and objects with static storage use it when whoever loaded it has closed it.
+  target_link_options(${target} PRIVATE LINKER:-z,nodelete)
   # All symbols are bound at load: a call needs no stub that could bind it later. Within a source file the compiler
   # may inline what is exported, too.
   target_compile_options(${target} PRIVATE -fno-plt -fno-semantic-interposition)

@@ -8,6 +8,7 @@ SECTIONS = {
         "docs/guides/five-minute-start",
         "docs/guides/life-of-a-change",
         "docs/guides/threads-and-locks",
+        "docs/guides/surroundings",
     ],
     "Guides": [
         "docs/guides/declared-settings",

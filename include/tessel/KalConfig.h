@@ -56,6 +56,10 @@ class TESSEL_API KalConfig : public IKalConfig {
   /// Ends every subscription and binding.
   /// @threads Only the thread that is about to end the store.
   [[gnu::visibility("hidden")]] void DropHandlers();
+  /// Does what the destructor does, but for freeing the values, of which there
+  /// may be many. Once.
+  /// @threads Only the thread that is about to end the store.
+  [[gnu::visibility("hidden")]] void End() noexcept;
 
  private:
   friend class internal::LiveRegistration;
@@ -109,6 +113,7 @@ class TESSEL_API KalConfig : public IKalConfig {
   std::array<ObserverMgr, KAL_CONFIG_GROUP_LAST> m_observerMgrs;
   std::array<ConfigMap, KAL_CONFIG_GROUP_LAST> m_configs;
   bool m_bCleanedUp = false;  // Protected by the registry's lock.
+  bool m_hasEnded = false;    // The ending thread's own.
   std::atomic<std::uint64_t> m_nSubscribeSeq{0};
   std::atomic<std::uint32_t> m_TotalObservers{0};
   detail::Mutex<std::mutex> m_dumpLock;

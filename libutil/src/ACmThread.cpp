@@ -2,7 +2,9 @@
 #include "util/ACmThread.h"
 
 #include <pthread.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <new>
 #include <string>
@@ -33,7 +35,8 @@ class ACmThread::Impl {
       : m_name(std::string_view(name == nullptr ? "" : name).substr(0, kLongestName)),
         m_hasQueue(bEventQueue) {}
   ~Impl() {
-    if (isSelf()) t_running = nullptr;  // Another one may get this address.
+    if (isSelf()) t_running = nullptr;           // Another one may get this address.
+    if (m_thread.joinable()) m_thread.detach();  // In a forked child alone, see Stop().
   }
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
@@ -42,6 +45,7 @@ class ACmThread::Impl {
     if (isSelf()) return EBUSY;
     const cm::internal::Lock lock(m_control);
     if (m_thread.joinable()) return EBUSY;
+    m_process.store(getpid(), std::memory_order_relaxed);
     cm::internal::Completion started;
     try {
       m_thread = std::thread([this, &started] { run(started); });
@@ -56,6 +60,9 @@ class ACmThread::Impl {
   int Stop() {
     // Before the lock: another thread's Stop() holds it while it waits for this one.
     if (isSelf()) return EDEADLK;
+    // The thread of a process is not in those that are forked from it; the lock may be held there for ever.
+    if (const pid_t process = m_process.load(std::memory_order_relaxed); process != 0 && process != getpid())
+      return 0;
     const cm::internal::Uncancelled uncancelled;  // Destructors stop threads, too.
     const cm::internal::Lock lock(m_control);
     if (m_thread.joinable()) {
@@ -103,7 +110,8 @@ class ACmThread::Impl {
   cm::internal::EventQueue m_queue;  // Also of a thread without a queue: its loop waits there for Stop().
   cm::internal::Mutex m_control;     // Held for the whole of Start() and Stop().
   std::thread m_thread UTIL_LOCKING(guarded_by(m_control));
-  bool m_endsByItself = false;  // The thread's own.
+  std::atomic<pid_t> m_process{0};  // That started the thread last. Relaxed: asked after a fork.
+  bool m_endsByItself = false;      // The thread's own.
 };
 
 ACmThread::ACmThread(const char* name, bool bEventQueue)

@@ -6,6 +6,7 @@
 #include "journal/JournalSource.h"
 #include "store/SessionGroup.h"
 #include "tessel/KalConfigRegistry.h"
+#include "trace/ForkedChild.h"
 #include "trace/TraceLine.h"
 
 namespace kalStore {
@@ -23,6 +24,10 @@ KalConfigHelper::KalConfigHelper(std::uint32_t callId) : KalConfigHelper() {
 }
 
 KalConfigHelper::~KalConfigHelper() {
+  if (IsForkedChild()) {
+    static_cast<void>(m_pObserverHelper.release());  // Its end would take locks.
+    return;
+  }
   const CallerScope caller(__builtin_return_address(0));
   // Callbacks that run to their end meanwhile still find the store here.
   IKalConfig* const pStore = m_pIKalConfig;

@@ -4,9 +4,13 @@
 namespace kalStore::internal {
 
 void LookAtStore(std::uint32_t callId, const std::function<void(KalConfig&)>& look) {
-  const detail::Lock lock(g_storesMutex);
-  const auto found = TheStores().find(callId);
-  if (found != TheStores().end()) look(*found->second.store);
+  std::shared_ptr<KalConfig> store;
+  {
+    const detail::Lock lock(g_storesMutex);
+    const auto found = TheStores().find(callId);
+    if (found != TheStores().end()) store = found->second.store;
+  }
+  if (store != nullptr) look(*store);
 }
 
 }  // namespace kalStore::internal

@@ -21,8 +21,8 @@ namespace {
 // Objects that are ending: each may use the registry that it is registered with.
 constinit std::atomic<int> g_ending{0};
 
-// What kalTesselInstant found last: the components of a call ask for the same key one after the other.
-// Protected by the lock of kalTesselInstant. Other registries do without.
+// What the process's registry found last: the components of a call ask for the same key one after the other.
+// Protected by that registry's lock. Other registries do without.
 constinit std::pair<const std::pair<KalTesselEntityType, std::uint32_t>, void*>* g_found = nullptr;
 
 std::unique_ptr<IKalMediaInfo> MakeEntity(KalTesselEntityType type, std::uint32_t callId) {
@@ -108,7 +108,7 @@ bool IsEnding(KalTesselEntityType type, void* entity) {
 }  // namespace
 
 inline CKalTessel::Entry* CKalTessel::find(const Key& key) {
-  const bool isInstant = this == &kalTesselInstant;
+  const bool isInstant = ProcessRegistry::Is(this);
   if (isInstant && g_found != nullptr && g_found->first == key) return g_found;
   const auto place = m_entities.find(key);
   if (place == m_entities.end()) return nullptr;
@@ -143,7 +143,7 @@ Registration::~Registration() {
     const RegistryGuard guard(registry->m_mutex);
     const CKalTessel::Entry* const entry = registry->find({m_type, m_callId});
     if (entry != nullptr && &EntityParts::Of(m_type, entry->second).registration == this) {
-      if (registry == &kalTesselInstant) g_found = nullptr;
+      if (ProcessRegistry::Is(registry)) g_found = nullptr;
       registry->m_entities.erase({m_type, m_callId});
     }
     writeEnd();  // Under the lock, before another object takes the key.
@@ -164,7 +164,7 @@ CKalTessel::~CKalTessel() {
 void CKalTessel::forgetAll() {
   const RegistryGuard guard(m_mutex);
   for (const auto& [key, entity] : m_entities) EntityParts::Of(key.first, entity).registration.Leave();
-  if (this == &kalTesselInstant) g_found = nullptr;
+  if (ProcessRegistry::Is(this)) g_found = nullptr;
   m_entities.clear();
 }
 

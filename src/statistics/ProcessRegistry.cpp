@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "statistics/ProcessRegistry.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <new>
 
 #include "statistics/EntityParts.h"
 #include "statistics/RegistryGuard.h"
+#include "trace/ForkedChild.h"
 
 namespace kalStore {
 
@@ -18,11 +20,25 @@ extern CKalTessel kalTesselInstant __attribute__((alias("tesselRegistryStorage")
 
 namespace kalStore::internal {
 
+constinit CKalTessel* ProcessRegistry::s_registry = nullptr;
+
+namespace {
+
+// Where kalTesselInstant is. The dynamic linker has one place of that name, in the program itself where that
+// uses the name. Where another copy of this library has made its registry there, this copy has its own.
+void* Place() {
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(&kalTesselInstant);
+  const bool isFree = std::all_of(bytes, bytes + sizeof(CKalTessel), [](auto byte) { return byte == 0; });
+  return isFree ? static_cast<void*>(&kalTesselInstant) : storage;
+}
+
+}  // namespace
+
 // A function's static object: a static object that uses the registry in its constructor is destroyed before
 // the registry is emptied.
 CKalTessel& ProcessRegistry::Get() {
   static const ProcessRegistry made;
-  return kalTesselInstant;
+  return *s_registry;
 }
 
 int ProcessRegistry::Release(KalTesselEntityType type, std::uint32_t callId, void* entity,
@@ -40,11 +56,11 @@ void ProcessRegistry::ForEachEntity(const Look& look) {
 }
 
 ProcessRegistry::ProcessRegistry() {
-  new (&kalTesselInstant) CKalTessel;
+  s_registry = new (Place()) CKalTessel;
 }
 
 ProcessRegistry::~ProcessRegistry() {
-  kalTesselInstant.forgetAll();
+  if (!IsForkedChild()) s_registry->forgetAll();
 }
 
 namespace {

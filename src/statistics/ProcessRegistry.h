@@ -14,6 +14,8 @@ namespace kalStore::internal {
 class ProcessRegistry {
  public:
   static CKalTessel& Get();
+  /// Whether it is the process's.
+  static bool Is(const CKalTessel* registry) { return registry == s_registry; }
 
   // The entry points' operations, for their callers.
   static void* CreateOrGet(KalTesselEntityType type, std::uint32_t callId, const void* caller);
@@ -28,6 +30,8 @@ class ProcessRegistry {
  private:
   ProcessRegistry();
   ~ProcessRegistry();
+
+  static CKalTessel* s_registry;  // Null until it is made.
 };
 
 }  // namespace kalStore::internal

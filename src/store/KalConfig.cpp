@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "journal/JournalSource.h"
-#include "store/LiveRegistrations.h"
+#include "store/LiveRegistration.h"
 #include "trace/TraceLine.h"
 
 namespace kalStore {
@@ -81,12 +81,16 @@ KalConfig::KalConfig(std::uint32_t callId) : m_callId(callId) {
 }
 
 KalConfig::~KalConfig() {
+  End();
+  delete m_live.load(std::memory_order_relaxed);
+}
+
+void KalConfig::End() noexcept {
+  if (std::exchange(m_hasEnded, true)) return;
   TESSEL_TRACE(2, "kalStore::KalConfig::~KalConfig", Cid{m_callId} << This{this});
   DropHandlers();
-  for (ConfigMap& values : m_configs) ConfigMap::Locked(values)->clear();
   // Nothing is written for that: what follows a value keeps the last one.
-  const std::unique_ptr<LiveRegistrations> live(m_live.load(std::memory_order_relaxed));
-  if (live != nullptr) live->Leave();
+  if (m_live.load(std::memory_order_relaxed) != nullptr) LiveRegistration::ForgetStore(*this);
 }
 
 std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,
@@ -176,11 +180,12 @@ std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) 
 
 std::int32_t KalConfig::RemoveKalConfigByGroup(KalConfigGroup group) {
   if (!IsConfigGroup(group)) return kResultBadArgument;
+  ConfigMap::Map removed;  // Ends after the lock: it may be large.
   std::size_t size = 0;
   {
     ConfigMap::Locked values(configsOf(group));
-    size = values->size();
-    values->clear();
+    values->swap(removed);
+    size = removed.size();
     if (LiveRegistrations* const live = Followers(m_live)) live->WriteNothing(group);
     if (JournalIsOn()) [[unlikely]] {
       WriteJournal({.kind = JournalKind::kGroupRemoved,

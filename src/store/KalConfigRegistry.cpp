@@ -3,11 +3,15 @@
 
 #include <algorithm>
 #include <atomic>
+#include <map>
+#include <memory>
 #include <optional>
+#include <ranges>
 #include <utility>
 
 #include "journal/JournalSource.h"
 #include "store/StoreRegistry.h"
+#include "trace/ForkedChild.h"
 #include "trace/TraceLine.h"
 #include "util/CCmUtilFuncTracer.h"
 
@@ -26,16 +30,22 @@ namespace {
                 .count = static_cast<std::uint32_t>(counts)});
 }
 
-// Destroys every store. What callbacks captured may call in when it ends: the registry is empty by then, and
-// every store is still alive, since a callback may have captured a facade of another call.
-void DropAll() {
-  const detail::Lock lock(g_storesMutex);
+// Stores that have ended under the registry's lock. Their values, of which there may be many, are freed with
+// this, which therefore is declared before the lock.
+using EndedStores = std::multimap<std::uint32_t, StoreEntry>;
+
+// Ends every store, those of the highest ids first. What callbacks captured may call in when it ends: the
+// registry is empty by then, and every store is still alive, since a callback may have captured a facade of
+// another call.
+void DropAll(EndedStores& ended) TESSEL_LOCKING(requires_capability(g_storesMutex)) {
   while (!TheStores().empty()) {
-    const Stores doomed = std::exchange(TheStores(), {});
+    Stores doomed = std::exchange(TheStores(), {});
     if (JournalIsOn()) {
       for (const auto& [callId, entry] : doomed) WriteStore(JournalKind::kStoreEnded, callId, 0);
     }
     for (const auto& [callId, entry] : doomed) entry.store->DropHandlers();
+    for (const auto& [callId, entry] : std::views::reverse(doomed)) entry.store->End();
+    ended.merge(doomed);
   }
 }
 
@@ -46,8 +56,17 @@ constinit Stores* g_mapConfigs TESSEL_LOCKING(pt_guarded_by(g_storesMutex)) = nu
 
 void MakeStores() {
   static const struct Lifetime {
-    Lifetime() { g_mapConfigs = new Stores; }
-    ~Lifetime() { DropAll(); }
+    Lifetime() {
+      g_mapConfigs = new Stores;
+      NoticeForks();
+    }
+    ~Lifetime() {
+      if (IsForkedChild()) return;
+      const detail::Lock lock(g_storesMutex);
+      DropAll(*endedAtExit);
+    }
+    // Never freed: threads that still run use them.
+    EndedStores* const endedAtExit = new EndedStores;
   } lifetime;
 }
 
@@ -58,14 +77,17 @@ void MakeStores() {
   MakeStores();
 }
 
-// Takes one reference and returns how many are left; at none, destroys the store and its entry.
-int DropReference(Stores::iterator position) TESSEL_LOCKING(requires_capability(g_storesMutex)) {
+// Takes one reference and returns how many are left; at none, ends the store, which `ended` then owns, and
+// erases its entry.
+int DropReference(Stores::iterator position, std::shared_ptr<KalConfig>& ended)
+    TESSEL_LOCKING(requires_capability(g_storesMutex)) {
   const int counts = --position->second.counts;
   if (counts < 1) {
     if (JournalIsOn()) WriteStore(JournalKind::kStoreEnded, position->first, 0);
     // What callbacks captured may call in again when the store goes: the entry is gone by then.
-    const auto store = std::move(position->second.store);
+    ended = std::move(position->second.store);
     TheStores().erase(position);
+    ended->End();
   }
   return counts;
 }
@@ -132,6 +154,7 @@ std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {
 
 std::int32_t ReleaseKalConfig(IKalConfig* pConfig) {
   if (pConfig == nullptr) return kResultBadArgument;
+  std::shared_ptr<KalConfig> ended;  // Freed when the lock is free, like EndedStores.
   const detail::Lock lock(g_storesMutex);
   Stores& stores = TheStores();
   const auto found = std::find_if(stores.begin(), stores.end(),
@@ -139,7 +162,7 @@ std::int32_t ReleaseKalConfig(IKalConfig* pConfig) {
   if (found == stores.end()) return kResultNoSuchOrExists;
   const std::uint32_t callId = found->first;
   const CallerScope caller(__builtin_return_address(0));
-  const int counts = DropReference(found);
+  const int counts = DropReference(found, ended);
   TESSEL_TRACE(2, "kalStore::ReleaseKalConfig", Cid{callId} << ", counts=" << counts);
   return kResultOk;
 }
@@ -150,12 +173,13 @@ std::int32_t CleanUpKalConfig(std::uint32_t callId) {
     text << "int32_t kalStore::CleanUpKalConfig(uint32_t)"
          << ",line=" << 898 << ", callId=" << callId;
   });
+  std::shared_ptr<KalConfig> ended;  // As above.
   const detail::Lock lock(g_storesMutex);
   const auto found = TheStores().find(callId);
   if (found == TheStores().end() || !found->second.store->MarkCleanedUp()) return kResultNoSuchOrExists;
   const CallerScope caller(__builtin_return_address(0));
   if (JournalIsOn()) WriteStore(JournalKind::kStoreCleanedUp, callId, found->second.counts - 1);
-  const int counts = DropReference(found);
+  const int counts = DropReference(found, ended);
   TESSEL_TRACE(2, "kalStore::CleanUpKalConfig", ", callId=" << callId << ", counts=" << counts);
   return kResultOk;
 }
@@ -166,6 +190,7 @@ void DestroyKalConfig() {
     text << "void kalStore::DestroyKalConfig()"
          << ",line=" << __LINE__;
   });
+  EndedStores ended;
   const detail::Lock lock(g_storesMutex);
   // By key: the sink may call in and change the map.
   const Stores& stores = TheStores();
@@ -175,7 +200,7 @@ void DestroyKalConfig() {
     at = stores.upper_bound(callId);
   }
   const CallerScope caller(__builtin_return_address(0));
-  DropAll();
+  DropAll(ended);
 }
 
 std::uint32_t GetKalConfigSizeForUT() {

@@ -47,6 +47,18 @@ void LiveRegistration::Follow(KalConfig& store, KalConfigGroup group,
   Write(found == values->end() ? nullptr : &found->second);
 }
 
+void LiveRegistration::ForgetStore(KalConfig& store) noexcept {
+  const detail::Lock lock(g_liveMutex);
+  LiveRegistrations& live = *store.m_live.load(std::memory_order_relaxed);
+  for (int index = 0; index < KAL_CONFIG_GROUP_LAST; ++index) {
+    const auto group = static_cast<KalConfigGroup>(index);
+    const KalConfig::ConfigMap::Locked values(store.configsOf(group));
+    LiveRegistrations::Names& names = live.NamesOf(group);
+    for (const auto& [name, registration] : names) registration->Forget();
+    names.clear();
+  }
+}
+
 void LiveRegistration::Forget() noexcept {
   m_list = nullptr;
   m_store = nullptr;

@@ -49,7 +49,10 @@ class LiveRegistration {
   /// IsConfigGroup(group).
   void Follow(KalConfig& store, KalConfigGroup group, std::unique_ptr<LiveRegistrations>& spare) noexcept
       TESSEL_LOCKING(requires_capability(g_liveMutex));
-  /// The list or the store ends.
+  /// The store ends: its registrations forget it, and their values stay as they are. A thread that still sets
+  /// finds none. Takes g_liveMutex and the locks of the values. REQUIRES: something has followed the store.
+  static void ForgetStore(KalConfig& store) noexcept;
+  /// The list ends.
   void Forget() noexcept TESSEL_LOCKING(requires_capability(g_liveMutex));
 
  private:

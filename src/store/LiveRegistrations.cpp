@@ -15,11 +15,4 @@ void LiveRegistrations::WriteNothing(KalConfigGroup group) noexcept {
   for (const auto& [name, registration] : NamesOf(group)) registration->Write(nullptr);
 }
 
-void LiveRegistrations::Leave() noexcept {
-  const detail::Lock lock(g_liveMutex);
-  for (const Names& names : m_groups) {
-    for (const auto& [name, registration] : names) registration->Forget();
-  }
-}
-
 }  // namespace kalStore::internal

@@ -29,9 +29,6 @@ class LiveRegistrations {
   /// The same when nothing is stored in the group any more.
   void WriteNothing(KalConfigGroup group) noexcept;
 
-  /// The store ends: its registrations forget it, and their values stay as they are. Takes g_liveMutex.
-  void Leave() noexcept;
-
  private:
   std::array<Names, KAL_CONFIG_GROUP_LAST> m_groups;
 };

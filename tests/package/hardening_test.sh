@@ -18,6 +18,7 @@ segment() { readelf -lW "$library" | grep -E "^ *$1 "; }
 dynamic() { readelf -dW "$library" | sed -nE "s/.*\(($1)\) *//p"; }
 imports() { nm -D --undefined-only "$library" | awk '{sub(/@.*/, "", $2); print $2}'; }
 
+is_never_unloaded() { dynamic FLAGS_1 | grep -w NODELETE >/dev/null; }
 is_relocation_read_only() { segment GNU_RELRO >/dev/null && dynamic FLAGS_1 | grep -w NOW >/dev/null; }
 has_plain_stack() { segment GNU_STACK | grep ' RW  *0x' >/dev/null; }
 has_fixed_text() { [ -z "$(readelf -dW "$library" | grep TEXTREL)" ]; }
@@ -50,6 +51,7 @@ runtime='libstdc\+\+\.so\.6|libgcc_s\.so\.1|libm\.so\.6|libc\.so\.6|ld-linux.*'
 mapfile -t libraries < <(find "$work" -type f -name 'lib*.so*' ! -name '*-gdb.py')
 [ ${#libraries[@]} -eq 3 ] || { echo "expected three libraries, found: ${libraries[*]}"; exit 1; }
 for library in "${libraries[@]}"; do
+  expect "can be unloaded" is_never_unloaded
   expect "relocations stay writable" is_relocation_read_only
   expect "the stack is executable" has_plain_stack
   expect "code is relocated" has_fixed_text

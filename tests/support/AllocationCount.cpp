@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/AllocationCount.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -13,6 +15,9 @@ thread_local std::size_t t_untilFailure = 0;  // 0: none wanted, or done.
 
 thread_local std::size_t t_callSize = 0;
 thread_local const std::function<void()>* t_call = nullptr;  // Null: none wanted, or done.
+
+thread_local std::size_t t_deletionSize = 0;
+thread_local const std::function<void()>* t_deletion = nullptr;  // Null: none wanted, or done.
 
 std::atomic<long> g_live{0};
 
@@ -41,6 +46,8 @@ void* AllocateAligned(std::size_t size, std::align_val_t alignment) {
 
 void Release(void* memory) {
   if (memory == nullptr) return;
+  if (t_deletion != nullptr && malloc_usable_size(memory) >= t_deletionSize)
+    (*std::exchange(t_deletion, nullptr))();
   g_live.fetch_sub(1, std::memory_order_relaxed);
   std::free(memory);
 }
@@ -80,6 +87,19 @@ AtAllocation::~AtAllocation() {
 
 bool AtAllocation::Fired() const {
   return t_call == nullptr;
+}
+
+AtDeletion::AtDeletion(std::size_t size, std::function<void()> call) : m_call(std::move(call)) {
+  t_deletionSize = size;
+  t_deletion = &m_call;
+}
+
+AtDeletion::~AtDeletion() {
+  t_deletion = nullptr;
+}
+
+bool AtDeletion::Fired() const {
+  return t_deletion == nullptr;
 }
 
 void* operator new(std::size_t size) {

@@ -54,3 +54,17 @@ class AtAllocation {
  private:
   const std::function<void()> m_call;
 };
+
+/// The same of the calling thread's first deletion of at least `size` bytes.
+class AtDeletion {
+ public:
+  AtDeletion(std::size_t size, std::function<void()> call);
+  ~AtDeletion();
+  AtDeletion(const AtDeletion&) = delete;
+  AtDeletion& operator=(const AtDeletion&) = delete;
+
+  bool Fired() const;
+
+ private:
+  const std::function<void()> m_call;
+};

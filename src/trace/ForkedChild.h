@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace kalStore::internal {
+
+/// Whether this process was forked from one that has had other threads. Any
+/// lock may be held by one of them, which are not here, and what it protects
+/// half changed: at its exit nothing is ended.
+bool IsForkedChild();
+
+/// From when on forks are noticed.
+void NoticeForks();
+
+}  // namespace kalStore::internal
