@@ -73,7 +73,8 @@ export class SettingsView {
       },
       key,
     );
-    const by = originOf(change) || (change.picture ? "there at the start" : "not recorded");
+    const isOfStart = change.picture && change.cause === undefined;
+    const by = originOf(change) || (isOfStart ? "there at the start" : "not recorded");
     const value = valuesOf({
       ...change,
       old: undefined,

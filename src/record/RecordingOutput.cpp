@@ -19,30 +19,35 @@ namespace kalStore::internal {
 
 namespace {
 
+constexpr const char* kNext = "next";
+
 [[noreturn]] void ThrowSystemFault() {
   throw RecordingFault(std::generic_category().message(errno));
 }
 
-// Whether the file is that part of a set, as its first line says.
-bool IsPart(const std::string& file, std::string_view number) {
+// The number that the file has in a set, as its first line says; "" when it is in none.
+std::string PartIn(const std::string& file) {
   const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-  if (descriptor < 0) return false;
+  if (descriptor < 0) return "";
   struct stat status{};
   std::array<char, 256> bytes;
   const bool isRegular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
   const ssize_t size = isRegular ? ::read(descriptor, bytes.data(), bytes.size()) : 0;
   ::close(descriptor);
-  if (size <= 0) return false;
+  if (size <= 0) return "";
   const std::string_view begin(bytes.data(), static_cast<std::size_t>(size));
   const std::string_view line = begin.substr(0, begin.find('\n'));
-  return line.starts_with(R"({"type":"recording",)") &&
-         line.ends_with(",\"part\":" + std::string(number) + "}");
+  constexpr std::string_view kPart = ",\"part\":";
+  const std::size_t part = line.rfind(kPart);
+  if (!line.starts_with(R"({"type":"recording",)") || !line.ends_with('}') || part == std::string_view::npos)
+    return "";
+  return std::string(line.substr(part + kPart.size(), line.size() - part - kPart.size() - 1));
 }
 
 }  // namespace
 
 RecordingOutput::RecordingOutput(std::string file, std::uint64_t largest, std::size_t files)
-    : m_file(std::move(file)), m_next(m_file + ".next"), m_largest(largest), m_files(files) {}
+    : m_file(std::move(file)), m_next(m_file + "." + kNext), m_largest(largest), m_files(files) {}
 
 // Still open in a forked process alone: unlocking it there would unlock it for the parent.
 RecordingOutput::~RecordingOutput() {
@@ -147,10 +152,11 @@ void RecordingOutput::removeParts() const {
   for (std::filesystem::directory_iterator entry(path.parent_path(), fault), end; !fault && entry != end;
        entry.increment(fault)) {
     const std::string name = entry->path().filename().string();
-    if (!name.starts_with(prefix) || name.find_first_not_of("0123456789", prefix.size()) != std::string::npos)
-      continue;
-    const std::string part = entry->path().string();
-    if (IsPart(part, std::string_view(name).substr(prefix.size()))) ::unlink(part.c_str());
+    if (!name.starts_with(prefix)) continue;
+    const std::string_view number = std::string_view(name).substr(prefix.size());
+    if (number != kNext && number.find_first_not_of("0123456789") != std::string_view::npos) continue;
+    const std::string file = entry->path().string(), part = PartIn(file);
+    if (!part.empty() && (number == kNext || number == part)) ::unlink(file.c_str());
   }
 }
 

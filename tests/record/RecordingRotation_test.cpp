@@ -145,11 +145,13 @@ TEST_F(RecordingRotation, RemovesThePartsOfAnEarlierSetAndNothingElse) {
   const std::vector<std::string> others = {"call.tessel.0", "call.tessel.2025", "call.tessel.1x",
                                            "other.tessel.1"};
   std::ofstream(File(others[0])) << "something else\n";
+  std::filesystem::copy_file(Part(last - 1), File("call.tessel.next"));  // Which a crash may leave.
   for (std::size_t i = 1; i < others.size(); ++i) std::filesystem::copy_file(Part(last - 1), File(others[i]));
   {
     const Recording recording(File());
   }
   for (std::size_t part = 1; part <= last; ++part) EXPECT_FALSE(std::filesystem::exists(Part(part))) << part;
+  EXPECT_FALSE(std::filesystem::exists(File("call.tessel.next")));
   for (const std::string& other : others) EXPECT_TRUE(std::filesystem::exists(File(other))) << other;
 }
 
