@@ -78,7 +78,9 @@ def conditions(context, arguments):
 
 
 def main():
-    parser = argparse.ArgumentParser(prog="./dev bench", description="Runs the benchmarks; compares with the goals.")
+    parser = argparse.ArgumentParser(prog="./dev bench", description="Runs the benchmarks; compares with the goals.",
+                                     epilog="./dev bench page: measures `tessel report` of an hour's recording, and"
+                                     " opens, zooms, searches and sorts its page in a browser")
     parser.add_argument("filter", nargs="?", default=".", metavar="FILTER",
                         help="only the benchmarks that this regular expression finds")
     parser.add_argument("--corpus", metavar="DIR",

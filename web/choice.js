@@ -2,7 +2,15 @@
 // Which statistics are plotted.
 
 // What an engineer looks at first, per entity.
-const FIRST = [/bitrate$/i, /fps$/i, /encoded(width|height)$/i, /loss/i, /jitter/i, /delay$/i, /streams$|layers?$/i];
+const FIRST = [
+  /bitrate$/i,
+  /fps$/i,
+  /encoded(width|height)$/i,
+  /loss/i,
+  /jitter/i,
+  /delay(\[\d+\])?$/i,
+  /streams$|layers?$/i,
+];
 const MAX_FIRST = 6;
 
 /** The part of an interval's members that others are a band of. */

@@ -5,7 +5,7 @@ import { element, styleValue, table } from "./dom.js";
 import { formatNumber, formatTick, formatTime, unitOf } from "./format.js";
 import { marksNear, nextMark, thinMarks } from "./marks.js";
 import { drawMarks } from "./markDrawing.js";
-import { rowsOf } from "./thin.js";
+import { rowsOf, withoutRepeats } from "./thin.js";
 import { hideTip, showTip } from "./tip.js";
 
 const MAX_LINES = 8;
@@ -155,7 +155,7 @@ export class Plot {
     const rows = rowsOf(all, whole, range.from, range.to, Math.max(this.#chart.clientWidth, 200));
     if (this.#texts)
       return rows.map(([time, ...numbers]) => [time, ...numbers.map((number, i) => this.#place(i, number))]);
-    if (!hasBands) return rows;
+    if (!hasBands) return withoutRepeats(rows);
     return rows.map(([time, ...numbers]) => [
       time,
       ...this.#lines.map((line, index) => {
@@ -195,6 +195,7 @@ export class Plot {
       dateWindow: this.#window(),
       customBars: this.#lines.some(({ band }) => band),
       stepPlot: true,
+      connectSeparatedPoints: true,
       strokeWidth: 2,
       legend: "never",
       resizable: "passive",

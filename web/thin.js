@@ -46,3 +46,18 @@ export function rowsOf(lines, whole, from, to, buckets) {
   const inside = [...times].filter((time) => time >= whole.from && time <= whole.to).sort((a, b) => a - b);
   return inside.map((time) => [time, ...lines.map((series) => series.at(time))]);
 }
+
+/**
+ * The rows with null for each value that is the same as in the row before, but for the last row: a chart that connects
+ * what is around null draws the same with fewer steps.
+ */
+export function withoutRepeats(rows) {
+  const before = [];
+  return rows.map((row, index) =>
+    row.map((value, column) => {
+      const isRepeated = column > 0 && Object.is(value, before[column]) && index + 1 < rows.length;
+      before[column] = value;
+      return isRepeated ? null : value;
+    }),
+  );
+}

@@ -21,7 +21,7 @@ TESSEL, WORK = sys.argv[1], pathlib.Path(sys.argv[2]).resolve()
 RECORDINGS = pathlib.Path(__file__).resolve().parent / "recordings"
 BEFORE, AFTER = RECORDINGS / "before.tessel", RECORDINGS / "after.tessel"
 FIRST_PLOTS = [
-    "audio received0.e2eDelay",
+    "audio received0.e2eDelay[0]",
     "video call.encoderBitrate",
     "video call.encoderFps",
     "video call.encodedHeight",
@@ -141,6 +141,30 @@ def drag(browser, begin, end, y, modifiers=0):
             "mouseMoved", begin + (end - begin) * step / 5, y, button="left", buttons=1, modifiers=modifiers
         )
     browser.mouse("mouseReleased", end, y, button="left", clickCount=1, modifiers=modifiers)
+
+
+def the_range_selector_sets_the_range_of_all_plots(browser, pages):
+    browser.open(pages["one"])
+    browser.box("#overview")
+    box = browser.box("#overview .dygraph-rangesel-zoomhandle")
+    x, y = box["left"] + box["width"] / 2, box["top"] + box["height"] / 2
+    drag(browser, x, x + 300, y)
+    browser.until("Number(document.getElementById('from').value) > 1")
+    start, stop = the_range(browser)
+    equal(stop, 12, "the end of the range")
+    browser.box(f"{BITRATE} .frame")
+    browser.until("Number(document.querySelector(arguments[0] + ' .frame').ariaValueMin) > 1", BITRATE)
+    shown = float(browser.value("document.querySelector(arguments[0] + ' .frame').ariaValueMin", BITRATE))
+    equal(round(shown, 3), round(start, 3), "the plot's range")
+
+
+def axes_have_the_units_of_the_statistics_table(browser, pages):
+    browser.open(pages["one"])
+    for member, unit in (("encoderBitrate", "kbit/s"), ("encoderFps", "fps"), ("encodedHeight", "px")):
+        plot = f".plot[aria-label='video call.{member}']"
+        browser.box(plot)
+        browser.until_text(f"{plot} .chart", f" {unit}")
+    browser.until_text(".plot[aria-label='audio received0.e2eDelay[0]'] .values", "90 ms")
 
 
 def two_fingers_zoom(browser, pages):
@@ -508,6 +532,8 @@ TESTS = [
     opens_with_a_first_choice_of_plots,
     values_follow_one_cursor,
     the_mouse_zooms_and_pans_all_plots,
+    the_range_selector_sets_the_range_of_all_plots,
+    axes_have_the_units_of_the_statistics_table,
     two_fingers_zoom,
     keys_move_zoom_and_choose,
     hovering_a_mark_says_who_and_what,

@@ -14,7 +14,7 @@ import { Reader } from "../../web/reader.js";
 import { Recording } from "../../web/recording.js";
 import { Series } from "../../web/series.js";
 import { byTrouble } from "../../web/subscriber.js";
-import { rowsOf, thin } from "../../web/thin.js";
+import { rowsOf, thin, withoutRepeats } from "../../web/thin.js";
 
 const WEB = new URL("../../web/", import.meta.url);
 
@@ -67,6 +67,23 @@ test("Rows have each series' value at each time, and the ends of the recording",
   ]);
 });
 
+test("What a chart draws again has no values that repeat, and still its gaps and its end", () => {
+  const rows = [
+    [0, 1, NaN],
+    [1, 1, NaN],
+    [2, 1, 5],
+    [3, NaN, 5],
+    [4, NaN, 5],
+  ];
+  assert.deepEqual(withoutRepeats(rows), [
+    [0, 1, NaN],
+    [1, null, null],
+    [2, null, 5],
+    [3, NaN, null],
+    [4, NaN, 5],
+  ]);
+});
+
 test("Durations have the quantiles of their order, and none when there are none", () => {
   const durations = new Durations();
   assert.ok(Number.isNaN(durations.quantile(0.5)));
@@ -89,7 +106,7 @@ test("The first choice of plots has what changed of the members that matter", ()
   assert.ok(keys.includes("video/call.av1Name1") && !keys.includes("video/call.noiseLevel"));
   assert.ok(keysOf([{ recording, call: 7 }], true).includes("video/call.noiseLevel"));
   assert.deepEqual(firstChoice(keys), [
-    "audio/received0.e2eDelay",
+    "audio/received0.e2eDelay[0]",
     "video/call.encoderBitrate",
     "video/call.encoderFps",
     "video/call.encodedHeight",

@@ -1,10 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/MemberUnits.h"
 
+#include <string_view>
+#include <vector>
+
 #include "Printable.h"
+#include "tessel/StatisticsBlocks.h"
 #include "tessel/statistics_members.h"
 
 namespace {
+
+// The parts of an object that have a section's members, as recordings name them.
+std::vector<std::string> PartsWith(std::string_view section) {
+  const bool isBoth = section == "both";
+  if (!isBoth && section != "received") return {std::string(section)};
+  std::vector<std::string> parts;
+  if (isBoth) parts.emplace_back("sent");
+  for (int i = 0; i < kalStore::kAudioStreamCount; ++i) parts.push_back("received" + std::to_string(i));
+  return parts;
+}
 
 // As JSON, by the members' names in recordings.
 std::string UnitsOf(const kalStore::StatisticsKind& kind) {
@@ -12,8 +26,10 @@ std::string UnitsOf(const kalStore::StatisticsKind& kind) {
   for (const kalStore::StatisticsSection& section : kind.sections) {
     for (const kalStore::StatisticsMember& member : *section.members) {
       if (*member.unit == '\0') continue;
-      if (json.size() > 1) json += ',';
-      json += PageJson(section.title + '.' + member.name) + ':' + PageJson(member.unit);
+      for (const std::string& part : PartsWith(section.title)) {
+        if (json.size() > 1) json += ',';
+        json += PageJson(part + '.' + member.name) + ':' + PageJson(member.unit);
+      }
     }
   }
   return json + '}';
