@@ -22,7 +22,7 @@ long SystemTime() {
   timespec time{};
   clock_gettime(std::is_same_v<Policy, low_tick_policy> ? CLOCK_MONOTONIC_COARSE : CLOCK_MONOTONIC, &time);
   const std::int64_t microseconds = std::int64_t{1'000'000} * time.tv_sec + time.tv_nsec / 1000;
-  const std::int64_t step = std::is_same_v<Policy, tick_policy> ? 1000 : 1;
+  const long step = std::is_same_v<Policy, tick_policy> ? 1000 : 1;
   // A long of 32 bits starts again at 0 after its largest value.
   const auto now = static_cast<long>(microseconds & std::numeric_limits<long>::max());
   return now - now % step;
