@@ -97,7 +97,7 @@ int main(int argc, char** argv) {
       app.add_option("--replay", options.schedule, "print one schedule of a scenario");
   CLI::Option* const seed = app.add_option("--seed", options.seeds.first, "run one simulation and print it");
   CLI::Option* const seeds =
-      app.add_option("--seeds", options.seeds, "run simulations, from one number to another");
+      app.add_option("--seeds", options.seeds, "run simulations, from one seed to another");
   app.add_option("scenario", options.names, "names; all by default");
   CLI11_PARSE(app, argc, argv);
 

@@ -8,8 +8,6 @@ namespace model {
 
 namespace {
 
-constexpr std::uintptr_t kLargest = 8;  // Bytes of an atomic object.
-
 bool Acquires(int order) {
   return order == __ATOMIC_ACQUIRE || order == __ATOMIC_CONSUME || order == __ATOMIC_ACQ_REL ||
          order == __ATOMIC_SEQ_CST;
@@ -37,14 +35,24 @@ void Put(const Atomics::Object& object, std::uint64_t value) {
 
 void Atomics::BeginExecution() {
   m_locations.clear();
+  m_words.reset();
   m_used = 0;
 }
 
 void Atomics::Forget(const void* memory, std::size_t size) {
   const std::uintptr_t begin = AddressOf(memory);
-  for (std::uintptr_t at = begin < kLargest ? 0 : begin - kLargest + 1; at < begin + size; ++at) {
-    const auto found = m_locations.find(at);
-    if (found != m_locations.end() && at + found->second->object.size > begin) m_locations.erase(found);
+  std::uintptr_t at = begin - kLargest + 1;
+  while (at < begin + size) {
+    const std::uintptr_t nextWord = (at / kLargest + 1) * kLargest;
+    // Most of what is written was never atomic.
+    if (!m_words.test(wordOf(at))) {
+      at = nextWord;
+      continue;
+    }
+    for (; at < std::min(nextWord, begin + size); ++at) {
+      const auto found = m_locations.find(at);
+      if (found != m_locations.end() && at + found->second->object.size > begin) m_locations.erase(found);
+    }
   }
 }
 
@@ -66,6 +74,7 @@ Atomics::Location& Atomics::locate(Object object, Doer by) {
   location.consistent = 0;
   see(location, 0, __ATOMIC_RELAXED, by);
   m_locations[AddressOf(object.address)] = &location;
+  m_words.set(wordOf(AddressOf(object.address)));
   return location;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -81,6 +82,10 @@ class Atomics {
     std::size_t consistent = 0;  // The latest store that a sequentially consistent operation saw or made.
   };
 
+  static constexpr std::uintptr_t kLargest = 8;  // Bytes of an atomic object.
+  static constexpr std::size_t kWords = 4096;
+
+  static std::size_t wordOf(std::uintptr_t address) { return address / kLargest % kWords; }
   Location& locate(Object object, Doer by);
   static std::size_t oldestVisible(const Location& location, int order, Doer by);
   static void see(Location& location, std::size_t store, int order, Doer by);
@@ -88,6 +93,7 @@ class Atomics {
 
   Choices& m_choices;
   std::unordered_map<std::uintptr_t, Location*> m_locations;
+  std::bitset<kWords> m_words;                    // Where a location begins, and elsewhere by chance.
   std::vector<std::unique_ptr<Location>> m_pool;  // Used again in the next execution.
   std::size_t m_used = 0;
 };
