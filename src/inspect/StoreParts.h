@@ -21,8 +21,8 @@ struct StoreParts {
   static Observers& ObserversOf(KalConfig& store, KalConfigGroup group) { return store.observersOf(group); }
 };
 
-/// Calls `look` with the store of the call, if there is one. The store may end meanwhile, but is not freed. No
-/// reference is taken, of which others would see the count, and whose release could end the store here.
+/// Calls `look` with the store of the call, if there is one. The store may end meanwhile, but is not freed.
+/// No reference is taken, of which others would see the count, and whose release could end the store here.
 void LookAtStore(std::uint32_t callId, const std::function<void(KalConfig&)>& look);
 
 /// Copies something of each group of a call, one group after the other: `put` is called with a LockedCopy,

@@ -9,8 +9,8 @@ namespace kalStore::internal {
 /// The first exception of several steps, each of which is done whatever the others throw.
 class FirstError {
  public:
-  /// In a handler of every exception. The end of the thread (pthread_exit, pthread_cancel) arrives there, too,
-  /// without an exception object: the C library wants it passed on.
+  /// In a handler of every exception. The end of the thread (pthread_exit, pthread_cancel) arrives there,
+  /// too, without an exception object: the C library wants it passed on.
   void Keep() {
     std::exception_ptr error = std::current_exception();
     if (error == nullptr) throw;

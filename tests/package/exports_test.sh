@@ -5,7 +5,10 @@
 set -euo pipefail
 library=$1 list=$2
 
-exported() { nm -DC --without-symbol-versions --defined-only "$library" | sed -E 's/^[0-9a-f]+ //' | grep -vE '^[Ww] ' | LC_ALL=C sort -u; }
+exported() {
+  nm -DC --without-symbol-versions --defined-only "$library" | sed -E 's/^[0-9a-f]+ //' | grep -vE '^[Ww] ' |
+    LC_ALL=C sort -u
+}
 
 if [ "${UPDATE:-0}" = 1 ]; then
   exported >"$list"

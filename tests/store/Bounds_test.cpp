@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is freed, of which there may be much, is freed when no lock is held for it that others wait for. A fault
-// waits for ever.
+// What is freed, of which there may be much, is freed when no lock is held for it that others wait for. A
+// fault waits for ever.
 
 #include <functional>
 #include <string>
