@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // How long a thread waits for another one that works on 500,000 settings: the longest of many short
-// operations meanwhile, in the best of some rounds. Other programs hold up real-time threads (chrt -f 5) least.
+// operations meanwhile, in the best of some rounds. Other programs hold up real-time threads (chrt -f 5)
+// least.
 
 #include <algorithm>
 #include <atomic>
