@@ -6,7 +6,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <ranges>
 #include <utility>
 
 #include "journal/JournalSource.h"
@@ -44,7 +43,7 @@ void DropAll(EndedStores& ended) TESSEL_LOCKING(requires_capability(g_storesMute
       for (const auto& [callId, entry] : doomed) WriteStore(JournalKind::kStoreEnded, callId, 0);
     }
     for (const auto& [callId, entry] : doomed) entry.store->DropHandlers();
-    for (const auto& [callId, entry] : std::views::reverse(doomed)) entry.store->End();
+    for (auto at = doomed.rbegin(); at != doomed.rend(); ++at) at->second.store->End();
     ended.merge(doomed);
   }
 }
