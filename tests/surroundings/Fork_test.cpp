@@ -12,6 +12,7 @@
 
 #include "libutil/TestEvents.h"
 #include "support/CallingSink.h"
+#include "tessel/CKalTessel.h"
 #include "tessel/KalConfigHelper.h"
 #include "tessel/KalConfigRegistry.h"
 
