@@ -65,6 +65,12 @@ struct History {
   Moment Tick() { return ++now; }
 };
 
+/// Whether an action ran out of memory. What a callback threw before hides that.
+inline bool MayLackMemory(const Plan& plan, const Done& done) {
+  return done.outcome == Done::Outcome::kOutOfMemory ||
+         (done.outcome == Done::Outcome::kCallbackThrew && plan.refusals.allocations.count > 0);
+}
+
 std::string Describe(const History& history);
 
 }  // namespace simulation

@@ -22,7 +22,7 @@ class Trial {
   Trial(const Plan& plan, const History& history, const std::string& recording)
       : m_plan(plan), m_history(history), m_recording(recording) {
     for (const Done& done : history.done) {
-      m_isShort |= done.outcome == Done::Outcome::kOutOfMemory;
+      m_isShort |= MayLackMemory(plan, done);
       m_mayDrop |= done.action.kind == Kind::kStop || done.action.kind == Kind::kStart;
     }
     m_mayDrop |= !plan.hasRunThread;

@@ -139,7 +139,7 @@ class Search {
     std::sort(m_left.begin(), m_left.end(), [](const Done* a, const Done* b) { return a->end < b->end; });
     for (const Done& done : history.done) {
       const bool isOut = done.outcome == Done::Outcome::kOutOfMemory;
-      m_mayMiss |= isOut && done.action.kind == Kind::kSet;
+      m_mayMiss |= done.action.kind == Kind::kSet && MayLackMemory(plan, done);
       m_hasHalfBound |= isOut && done.action.kind == Kind::kBind;
       m_mayDrop |= done.action.kind == Kind::kStop || done.action.kind == Kind::kStart;
     }

@@ -104,6 +104,17 @@ TEST_F(JudgeTest, LetsASetWithoutMemoryBeDoneOrNot) {
   EXPECT_NE(Verdict(), "") << "half of a value";
 }
 
+// What the callback threw leaves the set, and not that there was no memory for the next subscriber.
+TEST_F(JudgeTest, LetsASubscriberMissWhatAnotherThrewAtWhenMemoryIsShort) {
+  m_plan.subscribers = {{0, Way::kDirect, true}, {0, Way::kPosted, false}};
+  m_plan.subjects = 2;
+  Set(1, 3, "100").outcome = Done::Outcome::kCallbackThrew;
+  Received(2, 0, {}, "100");
+  EXPECT_NE(Verdict(), "") << "there was memory";
+  m_plan.refusals.allocations.count = 1;
+  EXPECT_EQ(Verdict(), "");
+}
+
 TEST_F(JudgeTest, WantsNothingAfterARemoval) {
   Subscribed(1, 2, 0);
   Ended(3, 4, 0);
