@@ -26,7 +26,7 @@ namespace {
 
 // Where kalTesselInstant is. The dynamic linker has one place of that name, in the program itself where that
 // uses the name. Where another copy of this library has made its registry there, this copy has its own.
-void* Place() {
+void* RegistryPlace() {
   const auto* const bytes = reinterpret_cast<const unsigned char*>(&kalTesselInstant);
   const bool isFree = std::all_of(bytes, bytes + sizeof(CKalTessel), [](auto byte) { return byte == 0; });
   return isFree ? static_cast<void*>(&kalTesselInstant) : storage;
@@ -56,7 +56,7 @@ void ProcessRegistry::ForEachEntity(const Look& look) {
 }
 
 ProcessRegistry::ProcessRegistry() {
-  s_registry = new (Place()) CKalTessel;
+  s_registry = new (RegistryPlace()) CKalTessel;
 }
 
 ProcessRegistry::~ProcessRegistry() {
