@@ -16,6 +16,7 @@ bool HasChanged(const JournalEvent& event) {
 }  // namespace
 
 void CutValues::Take(const JournalEvent& event, EventLines& lines) {
+  if (event.missed != 0) m_values.clear();  // What was missed may have changed them.
   if (!m_values.empty()) forget(event);
   if (event.kind != JournalKind::kSet || !HasChanged(event) || event.name.isCut) return;
   if (!event.newValue || !event.newValue->isCut) return;
@@ -58,16 +59,20 @@ void CutValues::Append(LineBuffer& out, std::int64_t startNs, const Settings& se
   m_values.clear();
 }
 
-// What the event has replaced or removed.
+// What the event has replaced or removed: found by its key, for there may be as many values as events.
 void CutValues::forget(const JournalEvent& event) {
-  if (event.kind != JournalKind::kStoreEnded && !HasChanged(event)) return;
-  std::erase_if(m_values, [&](const auto& value) {
-    const auto& [call, group, name] = value.first;
-    if (call != event.callId) return false;
-    if (event.kind == JournalKind::kStoreEnded) return true;
-    return group == event.group &&
-           (event.kind == JournalKind::kGroupRemoved || event.name.isCut || name == event.name.text);
-  });
+  const auto first = [&](int group) {
+    return m_values.lower_bound({event.callId, static_cast<KalConfigGroup>(group), ""});
+  };
+  if (event.kind == JournalKind::kStoreEnded) {
+    m_values.erase(first(0), first(KAL_CONFIG_GROUP_LAST));
+  } else if (!HasChanged(event)) {
+    return;
+  } else if (event.kind == JournalKind::kGroupRemoved || event.name.isCut) {
+    m_values.erase(first(event.group), first(event.group + 1));
+  } else {
+    m_values.erase({event.callId, event.group, event.name.text});
+  }
 }
 
 }  // namespace kalStore::internal

@@ -58,6 +58,7 @@ TEST_F(RecordedCutValues, FollowWhole) {
 TEST_F(RecordedCutValues, ThatAreReplacedOrRemovedBeforeTheyAreReadDoNotFollow) {
   {
     Gate begins, goesOn, ends, isOver;
+    CallStore other(8, CallStore::kEndsCall);
     Recording recording(File(), {.filter = [&](auto, auto, std::string_view name) {
                           if (name == "First") begins.Open(), goesOn.Wait();
                           if (name == "Last") ends.Open(), isOver.Wait();
@@ -66,6 +67,10 @@ TEST_F(RecordedCutValues, ThatAreReplacedOrRemovedBeforeTheyAreReadDoNotFollow) 
     Set("held up", "First");
     begins.Wait();
     for (const char* const name : {"Removed", "Short", "Transient", "Long", "Same"}) Set(Long('a'), name);
+    for (const KalConfigGroup group : {KAL_CONFIG_GROUP_AUDIO, KAL_CONFIG_GROUP_AUDIO_SLIDE}) {
+      m_store->SetKalConfig(group, "Group", ConfigData(Long('a')), false, false);
+      other->SetKalConfig(group, "Group", ConfigData(Long('o')), false, false);
+    }
     Set("held up", "Last");
     goesOn.Open();
     ends.Wait();  // Its thread has read all these events, and none of the values.
@@ -74,12 +79,39 @@ TEST_F(RecordedCutValues, ThatAreReplacedOrRemovedBeforeTheyAreReadDoNotFollow) 
     Set("short", "Short");
     m_store->SetKalConfig(kCutGroup, "Transient", 1, true, false);
     m_store->RemoveKalConfig(kCutGroup, "Removed");
+    m_store->RemoveKalConfigByGroup(KAL_CONFIG_GROUP_AUDIO);
     isOver.Open();
     recording.Flush();
   }
   std::string values;
-  for (const RecordedLine& line : WholeValues()) values += line.Get("name") + line.Get("new")[0] + " ";
-  EXPECT_EQ(values, "Samea Longb ");
+  for (const RecordedLine& line : WholeValues()) {
+    values += line.Get("call") + line.Get("group") + line.Get("name") + line.Get("new")[0] + " ";
+  }
+  EXPECT_EQ(values, "7CommonSamea 7AudioSlideGroupa 8AudioGroupo 8AudioSlideGroupo 7CommonLongb ");
+}
+
+// What was missed may have set the value again.
+TEST_F(RecordedCutValues, ThatEventsWereMissedAfterDoNotFollow) {
+  {
+    Gate begins, goesOn, isTaken, isOver;
+    Recording recording(File(), {.journalCapacity = 64, .filter = [&](auto, auto, std::string_view name) {
+                                   if (name == "First") begins.Open(), goesOn.Wait();
+                                   if (name == "Taken") isTaken.Open(), isOver.Wait();
+                                   return RecordingShows::kAll;
+                                 }});
+    Set("held up", "First");
+    begins.Wait();
+    Set(Long('a'));
+    Set("held up", "Taken");
+    Set("in the same round", "Other");
+    goesOn.Open();
+    isTaken.Wait();  // Its thread has read the first of these events, and will not find the last one.
+    Set(Long('b'));
+    for (int i = 0; i < 200; ++i) Set(std::to_string(i), "Other");
+    isOver.Open();
+  }
+  EXPECT_FALSE(OfType("lost").empty());
+  EXPECT_TRUE(WholeValues().empty());
 }
 
 TEST_F(RecordedCutValues, OfSettingsThatAreHiddenDoNotFollow) {
