@@ -140,6 +140,20 @@ TEST(DumpCommand, ShowsWhatADamagedRecordingHas) {
   EXPECT_EQ(run.status, 2);
 }
 
+// The value that follows whole has the time of its set, which is in the file before.
+TEST(DumpCommand, RefusesAMomentBeforeAFileOfASetBegins) {
+  const std::string part =
+      RecordingPart(3) +
+      R"({"type":"set","t":1.9,"cause":29,"call":7,"picture":true,"group":"Video","name":"MaxFps","new":"15"})";
+  const Finished before = Dump(part, {"--at", "1.95"});
+  EXPECT_EQ(before.out, "");
+  EXPECT_EQ(before.err, "a.tessel: begins at 2 s; what was before is in an earlier file of its set\n");
+  EXPECT_EQ(before.status, 2);
+  const Finished begin = Dump(part, {"--at", "2"});
+  EXPECT_EQ(begin.out, Document("", "", Entry("MaxFps", "15")));
+  EXPECT_EQ(begin.status, 0);
+}
+
 TEST(DumpCommand, RefusesACallThatIsNotThere) {
   const std::pair<std::vector<std::string>, std::string> rows[] = {
       {{"--at", "1"}, "a.tessel at 1 s: calls 7, 8 are there: choose with --call\n"},

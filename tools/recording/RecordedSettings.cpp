@@ -110,10 +110,16 @@ std::optional<RecordedMoment> ParseMoment(const std::string& text) {
 
 SettingsAtMoment ReadSettingsAt(const RecordedMoment& moment, std::optional<unsigned> call) {
   RecordedSettings settings;
+  const std::string title = FileTitle(moment.file);
+  std::optional<double> begin;
   const bool isWhole = RecordingFile(moment.file).Read([&](const RecordingEvent& event, const std::string&) {
+    if (!begin) begin = event.time;
     if (!moment.seconds || event.time <= *moment.seconds) settings.Take(event);
   });
-  const std::string title = FileTitle(moment.file);
+  // What such a file says of earlier moments is no more than the values that had to be read whole.
+  if (begin && moment.seconds && *moment.seconds < *begin)
+    throw CommandError(title + ": begins at " + ShortNumber(*begin) +
+                       " s; what was before is in an earlier file of its set");
   const std::string when = moment.seconds ? " at " + ShortNumber(*moment.seconds) + " s" : " at the end";
   const RecordedSettings::Call& found = FindCall(settings, call, title + when);
   std::vector<std::string> gaps = found.Gaps();
