@@ -20,19 +20,40 @@ namespace kalStore::internal {
 namespace {
 
 constexpr const char* kNext = "next";
+constexpr int kLook = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 
 [[noreturn]] void ThrowSystemFault() {
   throw RecordingFault(std::generic_category().message(errno));
 }
 
-// The number that the file has in a set, as its first line says; "" when it is in none.
+// Whether another recording writes the file. Where files cannot be locked, nobody is found.
+bool IsOthers(int descriptor, int lock) {
+  return ::flock(descriptor, lock | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+bool IsOthers(const std::string& file) {
+  const int descriptor = ::open(file.c_str(), kLook);
+  if (descriptor < 0) return false;
+  const bool isOthers = IsOthers(descriptor, LOCK_SH);
+  ::close(descriptor);
+  return isOthers;
+}
+
+// Whether the file that is open has the name.
+bool HasName(int descriptor, const std::string& file) {
+  struct stat opened{}, named{};
+  if (::fstat(descriptor, &opened) != 0 || ::stat(file.c_str(), &named) != 0) ThrowSystemFault();
+  return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+// The number that the file has in a set, as its first line says; "" when it is in none, or still written.
 std::string PartIn(const std::string& file) {
-  const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  const int descriptor = ::open(file.c_str(), kLook);
   if (descriptor < 0) return "";
   struct stat status{};
   std::array<char, 256> bytes;
-  const bool isRegular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-  const ssize_t size = isRegular ? ::read(descriptor, bytes.data(), bytes.size()) : 0;
+  const bool isFree =
+      ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && !IsOthers(descriptor, LOCK_SH);
+  const ssize_t size = isFree ? ::read(descriptor, bytes.data(), bytes.size()) : 0;
   ::close(descriptor);
   if (size <= 0) return "";
   const std::string_view begin(bytes.data(), static_cast<std::size_t>(size));
@@ -64,6 +85,8 @@ void RecordingOutput::Open() {
 // the others are as many as there may be with the next one.
 void RecordingOutput::Rotate(std::string_view end, std::string_view begin) {
   const std::string full = nameOf(m_part);
+  if (!HasName(m_current.descriptor, m_file)) throw RecordingFault("another file has its name");
+  if (IsOthers(full)) throw RecordingFault("another recording writes its next part");
   if (m_part >= m_files && ::unlink(nameOf(m_part + 1 - m_files).c_str()) != 0 && errno != ENOENT)
     ThrowSystemFault();
   Opened next = open(m_next);
@@ -106,8 +129,8 @@ RecordingOutput::Opened RecordingOutput::open(const std::string& file) const {
     opened.isDevice = S_ISCHR(status.st_mode);
     if (opened.isDevice && !IsRotated()) return opened;  // Of a set, it would be renamed.
     if (!S_ISREG(status.st_mode)) throw RecordingFault("it is no regular file");
-    // Where files cannot be locked, nobody is found.
-    if (::flock(opened.descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    // The other one may just have gone on in its next file, and have left this one as a part of its set.
+    if (IsOthers(opened.descriptor, LOCK_EX) || !HasName(opened.descriptor, file))
       throw RecordingFault("another recording writes it");
     if (::ftruncate(opened.descriptor, 0) != 0) ThrowSystemFault();
   } catch (...) {
