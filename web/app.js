@@ -98,7 +98,7 @@ export class App {
 
   /** The time whose values and settings are shown. */
   get at() {
-    return Math.min(this.state.at ?? this.whole.to, this.whole.to);
+    return Math.min(Math.max(this.state.at ?? this.whole.to, this.whole.from), this.whole.to);
   }
 
   get cursor() {

@@ -29,7 +29,7 @@ const REQUIRED = {
   lost: ["count"],
 };
 
-const isNumber = (value) => typeof value === "number" && value >= 0;
+const isNumber = (value) => Number.isFinite(value) && value >= 0;
 export const isObject = (value) => typeof value === "object" && value !== null && !Array.isArray(value);
 
 /** Why an event cannot be used; "" when it can. */
@@ -52,6 +52,9 @@ export function faultOf(event) {
   }
   for (const name of ["cut", "hidden"]) {
     if (event[name] !== undefined && !Array.isArray(event[name])) return `${name}: expected an array`;
+  }
+  if (event.type === "recording" && event.event === undefined) {
+    for (const name of ["version", "wall"]) if (event[name] === undefined) return `${name}: missing`;
   }
   if (event.type === "set" && event.group === undefined && event.result !== "refused") return "group: missing";
   if (event.type === "bind" && event.id === undefined && event.event !== "asked") return "id: missing";

@@ -15,6 +15,7 @@ export function follow(app, show) {
   let recording;
   let reader;
   let timer;
+  app.recordings.push(new Recording(name)); // At once: a file that is dropped comes behind it.
   source.addEventListener("open", () => {
     recording = new Recording(name);
     reader = new Reader(recording);

@@ -31,7 +31,7 @@ export class Series {
   }
 
   #numberOf(value) {
-    if (Number.isNaN(value)) return NaN;
+    if (typeof value === "number" && !Number.isFinite(value)) return NaN;
     if (typeof value === "number") return this.texts ? this.#indexOf(String(value)) : value;
     if (NO_NUMBER.test(value)) return NaN;
     if (!this.texts && this.values.length > 0) return NaN;

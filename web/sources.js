@@ -14,11 +14,12 @@ const BLOCK_BYTES = 4 * 1024 * 1024;
  */
 export async function readEmbedded(app, onProgress) {
   const parts = [...document.querySelectorAll("script[data-recording]")];
+  // At once: a file that is dropped meanwhile comes behind them.
+  for (const { dataset } of parts) app.recordings[dataset.recording] ??= new Recording(dataset.name);
   let begin = performance.now();
   for (const [index, part] of parts.entries()) {
-    const { recording: number, name } = part.dataset;
-    app.recordings[number] ??= new Recording(name);
-    takeEvents(part.textContent, (event) => app.recordings[number].take(event));
+    const recording = app.recordings[part.dataset.recording];
+    takeEvents(part.textContent, (event) => recording.take(event));
     part.remove();
     if (performance.now() - begin < SLICE_MS) continue;
     onProgress(index / parts.length);

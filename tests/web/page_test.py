@@ -420,6 +420,8 @@ def the_address_has_the_view(browser, pages):
     equal((rows(browser), the_range(browser), cursor_of(browser)), (before, (2, 12), 5), "the view of the address")
     browser.run("location.hash = '#at=1'")
     browser.until("document.getElementById('at').value === '1' && document.getElementById('from').value === '0'")
+    browser.open(pages["two"] + "#at=-7&from=-5&to=-1")
+    equal((the_range(browser), cursor_of(browser)), ((0, 12), 0), "the view of an address before the beginning")
 
 
 def a_file_is_dropped(browser, pages):

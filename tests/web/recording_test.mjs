@@ -9,8 +9,10 @@ import { test } from "node:test";
 import { takeEvents } from "../../web/columns.js";
 import { documentOf, settingsAt } from "../../web/settings.js";
 import { findingsOf } from "../../web/findings.js";
+import { follow } from "../../web/live.js";
 import { Reader } from "../../web/reader.js";
 import { Recording } from "../../web/recording.js";
+import { readEmbedded } from "../../web/sources.js";
 
 const BEGIN = '{"type":"recording","t":0,"version":1,"wall":"2026-11-22T08:42:05Z"}\n';
 
@@ -162,12 +164,21 @@ test("Members of wrong kinds are damage", () => {
     '{"type":"set","t":1,"call":1,"group":"Audio","new":5}',
     '{"type":"statistics","t":1,"call":1,"entity":"audio","members":[1]}',
     '{"type":"set","t":1,"call":1,"group":"Audio","cut":"new"}',
+    '{"type":"lost","t":1e999,"count":1}',
+    '{"type":"deliver","t":1,"call":1,"id":1,"way":"direct","run_us":1e999}',
+    '{"type":"recording","t":1,"wall":"2026-11-22T08:42:05Z"}',
+    '{"type":"recording","t":1,"version":1}',
     "[]",
     "null",
     "1",
     '"a"',
   ];
-  for (const line of lines) assert.equal(read(BEGIN, `${line}\n`).faults.length, 1, line);
+  for (const line of lines) {
+    const recording = read(BEGIN, `${line}\n`, set({}));
+    assert.equal(recording.faults.length, 1, line);
+    assert.equal(recording.count, 2, line);
+    assert.equal(recording.end, 1, line);
+  }
 });
 
 test("Names that objects have by themselves are only names", () => {
@@ -290,8 +301,8 @@ test("Strings among statistics are kept apart from numbers", () => {
   const series = recording.seriesOf(1, "audio/a");
   assert.deepEqual(series.texts, ["AV1", "H264"]);
   assert.deepEqual(series.values, [0, 1, 0]);
-  const numbers = read(BEGIN, line(1, "1"), line(2, '"nan"'), line(3, "2")).seriesOf(1, "audio/a");
-  assert.deepEqual(numbers.values, [1, NaN, 2]);
+  const numbers = read(BEGIN, line(1, "1"), line(2, '"nan"'), line(3, "2"), line(4, "1e999"));
+  assert.deepEqual(numbers.seriesOf(1, "audio/a").values, [1, NaN, 2, NaN]);
 });
 
 // What the page has in it of a recording's text; undefined when the program makes no pages.
@@ -337,6 +348,9 @@ const EDGES = [
   '{"type":"statistics","t":5002,"call":1,"entity":"audio","members":{"a":-0.5,"b":1e300,"__proto__":4294967296}}\n',
   '{"type":"statistics","t":5003,"call":1,"entity":"audio","members":{"a":0.1,"b":"inf","c":"text","d":1e999}}\n',
   '{"type":"statistics","t":5004,"call":1,"entity":"audio","members":{"a":-7,"c":"","constructor":65536}}\n',
+  '{"type":"statistics","t":5004,"call":1,"entity":"audio","members":{},"picture":true}\n',
+  '{"type":"statistics","t":5004,"call":1,"entity":"video","members":{},"picture":true}\n',
+  '{"type":"statistics","t":5005,"call":1,"entity":"video","members":{"a":1}}\n',
   '{"type":"later","t":6000,"call":99,"group":5}\n',
 ];
 
@@ -349,6 +363,61 @@ test("A page has the same in it as the recording's lines say", (context) => {
     if (!page) return context.skip("the program was built without dygraphs");
     assert.deepEqual(shownOf(page.recording), shownOf(read(text)));
   }
+});
+
+test("A file that is dropped while a page reads what it has in it comes behind that", async () => {
+  const column = (...numbers) => {
+    const data = Buffer.from(Uint8Array.from(numbers)).toString("base64");
+    return { length: numbers.length, base: 0, scale: 1, bytes: 1, data };
+  };
+  const part = (number, onRead) => ({
+    dataset: { recording: String(number), name: `${number}.tessel` },
+    textContent: JSON.stringify({
+      list: ["later"],
+      order: column(0),
+      tables: [{ numbers: { t: column(number) }, values: { type: column(0) } }],
+    }),
+    remove: onRead,
+  });
+  const app = { recordings: [] };
+  const parts = [part(0, () => app.recordings.push(new Recording("dropped"))), part(1, () => {})];
+  globalThis.document = { querySelectorAll: () => parts };
+  await readEmbedded(app, () => {});
+  delete globalThis.document;
+  assert.deepEqual(
+    app.recordings.map(({ name, count, end }) => [name, count, end]),
+    [
+      ["0.tessel", 1, 0],
+      ["1.tessel", 1, 1],
+      ["dropped", 0, 0],
+    ],
+  );
+});
+
+test("A file that is dropped on a page before it has anything to follow comes behind that", async () => {
+  const listeners = {};
+  globalThis.document = { querySelector: () => ({ dataset: { name: "live.tessel" } }) };
+  globalThis.location = { search: "" };
+  globalThis.EventSource = class {
+    addEventListener(type, listener) {
+      listeners[type] = listener;
+    }
+  };
+  const app = { recordings: [] };
+  await new Promise((show) => {
+    follow(app, show);
+    app.recordings.push(new Recording("dropped"));
+    listeners.open();
+    listeners.message({ data: BEGIN.trimEnd() });
+  });
+  for (const name of ["document", "location", "EventSource"]) delete globalThis[name];
+  assert.deepEqual(
+    app.recordings.map(({ name, count }) => [name, count]),
+    [
+      ["live.tessel", 1],
+      ["dropped", 0],
+    ],
+  );
 });
 
 test("A long recording is in a page in parts", (context) => {

@@ -147,7 +147,9 @@ EventColumns::Row EventColumns::rowOf(const RecordingEvent& event) {
   const std::string origin = OriginKey(event.origin);
   origin.empty() ? row.Nothing()
                  : row.Value("origin", placeOf(m_origins, origin, [&] { return JsonOf(event.origin); }));
-  event.members.empty() ? row.Nothing() : row.Number("sizes", static_cast<double>(event.members.size()));
+  // A picture of an object in which all is 0 has no members, and says so.
+  const bool hasMembers = !event.members.empty() || (event.type == "statistics" && !event.event);
+  hasMembers ? row.Number("sizes", static_cast<double>(event.members.size())) : row.Nothing();
   return row;
 }
 
