@@ -192,10 +192,16 @@ TEST(LogCommand, ShowsTheFilesThatAreWholeBesideOneThatIsNot) {
 }
 
 TEST(LogCommand, OpensEveryFileBeforeItShowsAny) {
-  const Finished run = Program().File("a.tessel", Recording("call")).Run({"log", "a.tessel", "none.tessel"});
-  EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.err, "none.tessel: cannot be read: No such file or directory\n");
-  EXPECT_EQ(run.status, 2);
+  Program program;
+  const Finished missing =
+      program.File("a.tessel", Recording("call")).Run({"log", "a.tessel", "none.tessel"});
+  EXPECT_EQ(missing.out, "");
+  EXPECT_EQ(missing.err, "none.tessel: cannot be read: No such file or directory\n");
+  EXPECT_EQ(missing.status, 2);
+  const Finished folder = program.Run({"log", "a.tessel", "."});
+  EXPECT_EQ(folder.out, "");
+  EXPECT_EQ(folder.err, ".: cannot be read: Is a directory\n");
+  EXPECT_EQ(folder.status, 2);
 }
 
 TEST(LogCommand, LeavesOutALineThatIsTooLong) {

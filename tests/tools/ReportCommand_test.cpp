@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -114,6 +115,8 @@ TEST_F(ReportCommand, LeavesThePageAsItWasWhenARecordingCannotBeOpened) {
   Program program;
   EXPECT_EQ(program.File("page.html", "before").Run({"report", "none.tessel", "-o", "page.html"}).status, 2);
   EXPECT_EQ(program.Contents("page.html"), "before");
+  EXPECT_EQ(program.Run({"report", ".", "-o", "other.html"}).status, 2);
+  EXPECT_FALSE(std::filesystem::exists(program.Path("other.html")));
 }
 
 TEST(MemberUnits, AreThoseOfTheStatisticsTable) {

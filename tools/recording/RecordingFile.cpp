@@ -35,7 +35,8 @@ bool WaitForMore() {
 }  // namespace
 
 RecordingFile::RecordingFile(std::string name) : m_name(std::move(name)), m_parts(m_name) {
-  if (!m_parts.IsOpen()) throw UnreadableRecording(m_name);
+  // A directory can be opened, and not be read.
+  if (!m_parts.IsOpen() || ::read(m_parts.Descriptor(), nullptr, 0) < 0) throw UnreadableRecording(m_name);
 }
 
 bool RecordingFile::Read(const OnEvent& onEvent, End end, Faults faults) {
