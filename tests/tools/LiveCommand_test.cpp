@@ -79,6 +79,16 @@ TEST(AppendedLines, GoOnInTheNextFilesOfASet) {
   }
 }
 
+TEST(AppendedLines, GiveNothingOfARecordingThatTakesTheFileOfAnother) {
+  Program program;
+  program.File("a", RecordingPart(1));
+  AppendedLines lines(program.Path("a"));
+  EXPECT_NE(lines.Next(), "");
+  std::ofstream(program.Path("a"), std::ios::binary | std::ios::in) << Recording("call");
+  EXPECT_EQ(lines.Next(), "");
+  EXPECT_EQ(lines.Next(), "");
+}
+
 TEST(AppendedLines, IsNotOpenWithoutAFile) {
   Program program;
   EXPECT_FALSE(AppendedLines(program.Path("none")).IsOpen());

@@ -321,6 +321,19 @@ TEST(LogCommand, FollowsNoRecordingThatOnlyHasTheName) {
   }
 }
 
+// The other one is longer from its first moment on.
+TEST(LogCommand, FollowsNoRecordingThatTakesTheFileOfAnother) {
+  Program program;
+  program.File("a.tessel", RecordingPart(1));
+  std::future<Finished> run =
+      std::async(std::launch::async, [&] { return program.Run({"log", "a.tessel", "--follow", "--json"}); });
+  while (program.Contents(".out") != RecordingPart(1)) std::this_thread::yield();
+  std::ofstream(program.Path("a.tessel"), std::ios::binary | std::ios::in) << Recording("call");
+  const Finished finished = run.get();
+  EXPECT_EQ(finished.out, RecordingPart(1));
+  EXPECT_EQ(finished.err, "");
+}
+
 TEST(LogCommand, FollowsNoLongerWhenNobodyReads) {
   const Finished run = Program()
                            .File("a.tessel", Recording("cut_off"))

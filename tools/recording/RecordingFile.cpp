@@ -63,6 +63,7 @@ bool RecordingFile::Read(const OnEvent& onEvent, End end, Faults faults) {
       if (errno == EINTR) continue;
       throw UnreadableRecording(m_name);
     }
+    if (end == End::kOfRecording && !m_parts.IsTheSame()) break;
     if (!reader->Feed({chunk.data(), static_cast<std::size_t>(count)})) return false;
     if (count > 0) continue;
     if (end == End::kOfFile || reader->HasEnded()) break;

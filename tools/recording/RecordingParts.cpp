@@ -29,11 +29,18 @@ RecordingEvent BeginOf(std::FILE* stream) {
 RecordingParts::RecordingParts(std::string name)
     : m_name(std::move(name)), m_stream(m_name == kStandardInput ? Stream(stdin) : open(m_name)) {}
 
+bool RecordingParts::IsTheSame() const {
+  struct stat status{};
+  return m_first.empty() || ::fstat(Descriptor(), &status) != 0 || !S_ISREG(status.st_mode) ||
+         BeginOf(m_stream.get()).wall == m_first;
+}
+
 std::string RecordingParts::Take(const RecordingEvent& event) {
   m_isFull = event.GoesOn();
   if (event.IsEnd()) m_next = event.next.value_or(0);
   if (!event.IsBegin()) return "";
   m_wall = event.wall.value_or("");
+  if (m_first.empty()) m_first = m_wall;
   const bool isFirst = std::exchange(m_part, event.part.value_or(0)) == 0;
   const std::uint64_t next = event.next.value_or(0);
   if (isFirst || next <= m_next) return "";
@@ -46,8 +53,8 @@ std::string RecordingParts::Take(const RecordingEvent& event) {
 RecordingParts::Next RecordingParts::OpenNext() {
   struct stat status{};
   if (::fstat(Descriptor(), &status) != 0 || !S_ISREG(status.st_mode)) return Next::kNone;
-  // Emptied for another recording.
-  if (::lseek(Descriptor(), 0, SEEK_CUR) > status.st_size) return Next::kNone;
+  // Emptied for another recording, or without the lines that found no room.
+  if (!IsTheSame() || ::lseek(Descriptor(), 0, SEEK_CUR) > status.st_size) return Next::kNone;
   if (!m_isFull) return Next::kNotYet;
 
   const auto isPart = [&](const RecordingEvent& begin, std::uint64_t part) {

@@ -18,6 +18,9 @@ class RecordingParts {
   bool IsOpen() const { return m_stream != nullptr; }
   /// Of the file that is open. A stream would wait until its buffer is full, and remember an end.
   int Descriptor() const { return ::fileno(m_stream.get()); }
+  /// Whether the file still has its recording: another one may have emptied it for itself. To be asked after
+  /// its bytes were read, before they are used.
+  bool IsTheSame() const;
 
   /// Takes note of where files begin and end. To be called with each event, in their order.
   /// @return A line of type lost that comes before it, for the events of files that were removed before they
@@ -44,6 +47,7 @@ class RecordingParts {
 
   const std::string m_name;
   Stream m_stream;
+  std::string m_first;       // The wall of the first recording in the file that is open; "" until it is read.
   std::string m_wall;        // Which names the set.
   std::uint64_t m_part = 0;  // 0: of no set.
   std::uint64_t m_next = 0;  // The number of the event that comes next.

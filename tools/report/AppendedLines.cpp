@@ -23,7 +23,7 @@ std::string AppendedLines::Next() {
   do {
     count = ::read(m_parts.Descriptor(), chunk.data(), chunk.size());
   } while (count == 0 && m_parts.OpenNext() == RecordingParts::Next::kOpened);
-  if (count <= 0) return "";
+  if (count <= 0 || !m_parts.IsTheSame()) return "";
   // What ends a line of an event is no part of a line of JSON.
   std::replace(chunk.data(), chunk.data() + count, '\r', ' ');
   m_rest.append(chunk.data(), static_cast<std::size_t>(count));
