@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "util/util_trace.h"
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <cstring>
 #include <exception>
+#include <new>
 
 #include "Mutex.h"
 #include "StandardError.h"
@@ -105,9 +108,11 @@ class Receiver {
   Call* m_calls UTIL_LOCKING(guarded_by(m_mutex)) = nullptr;         // Latest first.
 };
 
-/// Never destroyed: static objects may trace while the process ends.
+/// Never destroyed: static objects may trace while the process ends. Not allocated: the first line may be
+/// that memory has run out.
 Receiver& TheReceiver() {
-  static Receiver& instance = *new Receiver;
+  alignas(Receiver) static std::array<std::byte, sizeof(Receiver)> storage;
+  static Receiver& instance = *::new (storage.data()) Receiver;
   return instance;
 }
 

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <future>
@@ -15,6 +16,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/AllocationCount.h"
 #include "support/TraceLog.h"
 
 namespace {
@@ -97,6 +99,17 @@ TEST_F(TraceSink, IsStandardErrorUnlessSet) {
   Trace("to standard error", 1);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "[UTIL 1] to standard error\n");
   EXPECT_EQ(receiver.calls, 1);
+}
+
+// In a process that has written no line yet.
+TEST(TraceSinkDeathTest, ReceivesTheFirstLineWithoutMemory) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto traceWithoutMemory = [] {
+    const FailAllocation first(1);
+    util_adapter_trace(0, "UTIL", "out of memory", 13);
+    std::_Exit(first.Fired() ? 1 : 0);
+  };
+  EXPECT_EXIT(traceWithoutMemory(), testing::ExitedWithCode(0), "out of memory");
 }
 
 TEST_F(TraceSink, KeepsLongLinesOfSeveralThreadsWholeOnStandardError) {
