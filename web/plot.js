@@ -155,7 +155,7 @@ export class Plot {
     const rows = rowsOf(all, whole, range.from, range.to, Math.max(this.#chart.clientWidth, 200));
     if (this.#texts)
       return rows.map(([time, ...numbers]) => [time, ...numbers.map((number, i) => this.#place(i, number))]);
-    if (!hasBands) return withoutRepeats(rows);
+    if (!hasBands) return withoutRepeats(rows, range.to);
     return rows.map(([time, ...numbers]) => [
       time,
       ...this.#lines.map((line, index) => {

@@ -48,16 +48,18 @@ export function rowsOf(lines, whole, from, to, buckets) {
 }
 
 /**
- * The rows with null for each value that is the same as in the row before, but for the last row: a chart that connects
- * what is around null draws the same with fewer steps.
+ * The rows with null for each value that is the same as in the row before: a chart that connects what is around null
+ * draws the same with fewer steps. The last row has its values, and so has the first one behind `to`, where the picture
+ * ends: the chart's axis spans the next values, too, which could be any later ones.
  */
-export function withoutRepeats(rows) {
+export function withoutRepeats(rows, to) {
   const before = [];
+  const behind = rows.findIndex(([time]) => time > to);
   return rows.map((row, index) =>
     row.map((value, column) => {
-      const isRepeated = column > 0 && Object.is(value, before[column]) && index + 1 < rows.length;
+      const isRepeated = column > 0 && Object.is(value, before[column]);
       before[column] = value;
-      return isRepeated ? null : value;
+      return isRepeated && index !== behind && index + 1 < rows.length ? null : value;
     }),
   );
 }

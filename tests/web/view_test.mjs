@@ -75,13 +75,14 @@ test("What a chart draws again has no values that repeat, and still its gaps and
     [3, NaN, 5],
     [4, NaN, 5],
   ];
-  assert.deepEqual(withoutRepeats(rows), [
+  assert.deepEqual(withoutRepeats(rows, 4), [
     [0, 1, NaN],
     [1, null, null],
     [2, null, 5],
     [3, NaN, null],
     [4, NaN, 5],
   ]);
+  assert.deepEqual(withoutRepeats(rows, 0.5)[1], [1, 1, NaN]);
 });
 
 test("Durations have the quantiles of their order, and none when there are none", () => {
