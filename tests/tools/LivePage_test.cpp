@@ -1,11 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
 
 #include "CommandError.h"
 #include "report/LivePage.h"
@@ -13,6 +20,18 @@
 namespace {
 
 std::atomic<bool> listeningFails{false};
+
+// A connection to the port that an address names.
+int ConnectedTo(const std::string& address) {
+  const int port = std::stoi(address.substr(address.rfind(':') + 1));
+  sockaddr_in server{};
+  server.sin_family = AF_INET;
+  server.sin_port = htons(static_cast<std::uint16_t>(port));
+  server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const int descriptor = ::socket(AF_INET, SOCK_STREAM, 0);
+  EXPECT_EQ(::connect(descriptor, reinterpret_cast<sockaddr*>(&server), sizeof server), 0);
+  return descriptor;
+}
 
 }  // namespace
 
@@ -34,6 +53,28 @@ TEST(LivePage, NeverWaitsForAServerThatHasEnded) {
     }
   }
   listeningFails = false;
+}
+
+TEST(LivePage, EndsWithoutWaitingForAClientThatNeverSendsAllOfItsRequest) {
+  std::unique_ptr<LivePage> page;
+  try {
+    page = std::make_unique<LivePage>("a.tessel", 0);
+  } catch (const CommandError& error) {
+    GTEST_SKIP() << error.what();
+  }
+  page->Start();
+  const int descriptor = ConnectedTo(page->Address());
+  // The server would answer a line that is too long, which this one is after a quarter of an hour.
+  std::thread client([&] {
+    while (::send(descriptor, "a", 1, MSG_NOSIGNAL) == 1) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+  });
+  page.reset();
+  client.join();
+  char answer = 0;
+  EXPECT_LE(::recv(descriptor, &answer, 1, 0), 0);
+  ::close(descriptor);
 }
 
 TEST(LivePage, EndsWithoutHavingBegun) {

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/LivePage.h"
 
+#include <arpa/inet.h>
 #include <httplib.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <array>
 #include <atomic>
@@ -9,7 +12,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <random>
+#include <system_error>
 #include <thread>
 
 #include "CommandError.h"
@@ -34,6 +40,19 @@ std::string RandomToken() {
     token += part.data();
   }
   return token;
+}
+
+// Ends the connections that browsers have made to a port. The server's library does not say which they are.
+void EndConnections(int port) {
+  std::error_code error;
+  std::filesystem::directory_iterator file("/proc/self/fd", error);
+  for (; file != std::filesystem::directory_iterator(); file.increment(error)) {
+    const int descriptor = std::atoi(file->path().filename().c_str());
+    sockaddr_in own{};
+    socklen_t size = sizeof own;
+    if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &size) != 0) continue;
+    if (own.sin_family == AF_INET && ntohs(own.sin_port) == port) ::shutdown(descriptor, SHUT_RDWR);
+  }
 }
 
 }  // namespace
@@ -71,7 +90,13 @@ class LivePage::Server {
     // The threads that follow see it within a pause. Nothing is read because of it: any order would do.
     m_isEnding = true;
     m_server.stop();
-    if (m_thread.joinable()) m_thread.join();
+    if (!m_thread.joinable()) return;
+    // A client that has not sent all of its request would be waited for; one may just have been accepted.
+    while (!m_hasEnded) {
+      EndConnections(m_port);
+      std::this_thread::sleep_for(kPause / 10);
+    }
+    m_thread.join();
   }
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
