@@ -26,6 +26,18 @@ constexpr int kLook = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
   throw RecordingFault(std::generic_category().message(errno));
 }
 
+// The number is none of a standard stream that is closed: what is written to that would be in the file.
+int OpenToWrite(const std::string& file) {
+  constexpr mode_t kOwner = S_IRUSR | S_IWUSR;
+  const int first = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwner);
+  if (first < 0 || first > STDERR_FILENO) return first;
+  const int descriptor = ::fcntl(first, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int fault = errno;
+  ::close(first);
+  errno = fault;
+  return descriptor;
+}
+
 // Whether another recording writes the file. Where files cannot be locked, nobody is found.
 bool IsOthers(int descriptor, int lock) {
   return ::flock(descriptor, lock | LOCK_NB) != 0 && errno == EWOULDBLOCK;
@@ -119,9 +131,8 @@ void RecordingOutput::CheckIsThere() const {
 // It is emptied only once it is known to be nobody else's. A pipe is refused: its reader could hold up the
 // recording, and end the process by leaving.
 RecordingOutput::Opened RecordingOutput::open(const std::string& file) const {
-  constexpr mode_t kOwner = S_IRUSR | S_IWUSR;
   Opened opened;
-  opened.descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwner);
+  opened.descriptor = OpenToWrite(file);
   if (opened.descriptor < 0) ThrowSystemFault();
   try {
     struct stat status{};

@@ -174,6 +174,23 @@ TEST_F(RecordingFaults, AFileThatAForkedProcessStillHasIsFree) {
   ASSERT_EQ(::waitpid(child, nullptr, 0), child);
 }
 
+// Trace lines would be in it.
+TEST_F(RecordingFaults, AClosedStandardErrorIsNotTheFile) {
+  const int before = ::dup(STDERR_FILENO);
+  ASSERT_GE(before, 0);
+  ::close(STDERR_FILENO);
+  std::int32_t result = kResultNotFound;
+  {
+    Recording recording(File());
+    result = recording.Flush();
+    util_adapter_trace(0, "UTIL", "a line", 6);
+  }
+  ::dup2(before, STDERR_FILENO);
+  ::close(before);
+  EXPECT_EQ(result, kResultOk);
+  EXPECT_EQ(Text(File()).find("a line"), std::string::npos);
+}
+
 // It would be renamed. Here only its link would.
 TEST_F(RecordingFaults, ARotatedSetOfADeviceIsRefused) {
   std::filesystem::create_symlink("/dev/null", File());
