@@ -65,13 +65,16 @@ std::string AbsolutePath(std::string file) {
 }
 
 // Threads that are started meanwhile have no signal delivered: the handlers are the engine's, and the one of
-// a file that has reached the process's limit would end it.
+// a file that has reached the process's limit would end it. Only those of a crash are: what reports crashes
+// would miss one in a filter.
 class SignalsBlocked {
  public:
   SignalsBlocked() {
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
+    sigset_t blocked;
+    ::sigfillset(&blocked);
+    for (const int signal : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP})
+      ::sigdelset(&blocked, signal);
+    ::pthread_sigmask(SIG_SETMASK, &blocked, &m_before);
   }
   SignalsBlocked(const SignalsBlocked&) = delete;
   SignalsBlocked& operator=(const SignalsBlocked&) = delete;

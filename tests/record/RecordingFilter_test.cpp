@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <csignal>
 #include <stdexcept>
 
 #include "RecordingTest.h"
@@ -76,6 +77,22 @@ TEST_F(RecordingFilterTest, LeavesOutEverythingWhenItThrows) {
     EXPECT_EQ(recording.Flush(), kResultOk);
   }
   EXPECT_EQ(Text(File()).find("secret"), std::string::npos);
+}
+
+// What reports crashes would not hear of one in the filter.
+TEST_F(RecordingFilterTest, RunsWithNoSignalBlockedThatACrashSends) {
+  sigset_t blocked{};
+  {
+    const Recording recording(File(), {.filter = [&](auto, auto, auto) {
+                                ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+                                return RecordingShows::kAll;
+                              }});
+    const CallStore store(7, CallStore::kEndsCall);
+    store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 1, false, false);
+  }
+  for (const int signal : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV})
+    EXPECT_EQ(::sigismember(&blocked, signal), 0);
+  for (const int signal : {SIGTERM, SIGXFSZ, SIGUSR1}) EXPECT_EQ(::sigismember(&blocked, signal), 1);
 }
 
 TEST_F(RecordingFilterTest, IsAskedWithTheCallAndTheGroup) {
