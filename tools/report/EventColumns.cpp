@@ -134,7 +134,7 @@ EventColumns::Row EventColumns::rowOf(const RecordingEvent& event) {
 
   const auto json = [&](const char* name, bool isThere, const auto& toJson) {
     if (!isThere) return row.Nothing();
-    const std::string value = toJson();
+    std::string value = toJson();
     row.Value(name, placeOf(m_jsons, value, [&] { return value; }));
   };
   const auto isTrue = [] { return std::string("true"); };

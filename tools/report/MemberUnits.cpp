@@ -42,8 +42,8 @@ std::string MemberUnits() {
   for (const kalStore::StatisticsKind& kind : kalStore::StatisticsKinds()) {
     const std::string units = UnitsOf(kind);
     json += json.empty() ? "{" : ",";
-    json +=
-        PageJson(kind.name) + ':' + units + ',' + PageJson(std::string("content ") + kind.name) + ':' + units;
+    json += PageJson(kind.name) + ':' + units;
+    json += ',' + PageJson(std::string("content ") + kind.name) + ':' + units;
   }
   return "<script type=\"application/json\" id=\"units\">" + json + "}</script>\n";
 }
