@@ -6,7 +6,8 @@ import { Recording } from "./recording.js";
 
 const PAUSE_MS = 200; // Between two drawings.
 
-export const isLive = () => location.protocol === "http:";
+/** Only the program's address has a token: a page may as well lie on another server. */
+export const isLive = () => location.protocol === "http:" && new URLSearchParams(location.search).has("token");
 
 /** Reads the recording and what is appended to it; `show` draws what is new. A connection begins at its beginning. */
 export function follow(app, show) {

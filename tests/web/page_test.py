@@ -6,11 +6,13 @@ usage: page_test.py TESSEL WORK_DIR; pictures of the page stay in WORK_DIR
 """
 
 import base64
+import http.server
 import pathlib
 import re
 import shutil
 import subprocess
 import sys
+import threading
 from urllib.parse import parse_qs, urlsplit
 
 sys.dont_write_bytecode = True  # The sources stay as they are.
@@ -93,6 +95,23 @@ def opens_with_a_first_choice_of_plots(browser, pages):
         })()""",
             f".plot[aria-label='{plot}']",
         )
+
+
+def opens_from_a_server(browser, _):
+    class Handler(http.server.SimpleHTTPRequestHandler):
+        def __init__(self, *arguments):
+            super().__init__(*arguments, directory=WORK)
+
+        def log_message(self, *_):  # pylint: disable=arguments-differ
+            pass
+
+    with http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler) as server:
+        threading.Thread(target=server.serve_forever).start()
+        try:
+            browser.open(f"http://127.0.0.1:{server.server_port}/one.html")
+            equal(browser.texts(".plot h3"), FIRST_PLOTS, "plots")
+        finally:
+            server.shutdown()
 
 
 def values_follow_one_cursor(browser, pages):
@@ -532,6 +551,7 @@ def it_fits_light_dark_phone_and_paper(browser, pages):
 
 TESTS = [
     opens_with_a_first_choice_of_plots,
+    opens_from_a_server,
     values_follow_one_cursor,
     the_mouse_zooms_and_pans_all_plots,
     the_range_selector_sets_the_range_of_all_plots,
