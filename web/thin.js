@@ -34,10 +34,13 @@ function chooseOf(values, begin, end, chosen) {
   chosen.push(...[...new Set(indices)].sort((a, b) => a - b));
 }
 
-/** Rows for a chart: each has a time, and of each series its value then; [from, to] is fine, what is around coarse. */
+/**
+ * Rows for a chart: each has a time, and of each series its value then; [from, to] is fine, what is around coarse. One
+ * is close behind: the chart's axis spans the values of the next row, too, which could be of any later time.
+ */
 export function rowsOf(lines, whole, from, to, buckets) {
   const coarse = Math.max(Math.floor(buckets / 8), 16);
-  const times = new Set([whole.from, whole.to]);
+  const times = new Set([whole.from, to + (to - from) / (16 * buckets), whole.to]);
   for (const series of lines) {
     for (const time of thin(series, whole.from, from, coarse)) times.add(time);
     for (const time of thin(series, from, to, buckets)) times.add(time);
@@ -49,8 +52,7 @@ export function rowsOf(lines, whole, from, to, buckets) {
 
 /**
  * The rows with null for each value that is the same as in the row before: a chart that connects what is around null
- * draws the same with fewer steps. The last row has its values, and so has the first one behind `to`, where the picture
- * ends: the chart's axis spans the next values, too, which could be any later ones.
+ * draws the same with fewer steps. The last row has its values, and so has the first one behind `to`, see rowsOf().
  */
 export function withoutRepeats(rows, to) {
   const before = [];

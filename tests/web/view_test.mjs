@@ -67,6 +67,17 @@ test("Rows have each series' value at each time, and the ends of the recording",
   ]);
 });
 
+test("The row behind a range has the values of its end, not those of a change that comes much later", () => {
+  const series = new Series();
+  series.push(0, 5);
+  series.push(100, 5000);
+  const rows = rowsOf([series], { from: 0, to: 200 }, 10, 20, 100);
+  const [time, value] = rows.find(([other]) => other > 20);
+  assert.ok(time < 20.1);
+  assert.equal(value, 5);
+  assert.deepEqual(withoutRepeats(rows, 20), [[0, 5], [time, 5], [100, 5000], [200, 5000]]);
+});
+
 test("What a chart draws again has no values that repeat, and still its gaps and its end", () => {
   const rows = [
     [0, 1, NaN],
