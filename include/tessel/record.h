@@ -43,7 +43,8 @@ enum class RecordingShows : std::uint8_t {
 
 /// Decides what a recording shows of a setting, for secrets. Asked for each event of the setting, with its
 /// group and name; a name that is longer than kJournalLongestValue may come whole, or with its beginning
-/// alone. Runs on the recording's thread. When it throws, nothing is shown.
+/// alone. Runs on the recording's thread: it must not wait for a thread that waits for the recording, for
+/// example for a lock that is held in Recording::Flush(). When it throws, nothing is shown.
 using RecordingFilter =
     std::function<RecordingShows(std::uint32_t callId, KalConfigGroup group, std::string_view name)>;
 
