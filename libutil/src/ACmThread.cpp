@@ -11,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "Completion.h"
 #include "EventQueue.h"
@@ -35,8 +36,10 @@ class ACmThread::Impl {
       : m_name(std::string_view(name == nullptr ? "" : name).substr(0, kLongestName)),
         m_hasQueue(bEventQueue) {}
   ~Impl() {
-    if (isSelf()) t_running = nullptr;           // Another one may get this address.
-    if (m_thread.joinable()) m_thread.detach();  // In a forked child alone, see Stop().
+    if (isSelf()) t_running = nullptr;  // Another one may get this address.
+    // In a forked child alone, see Stop(): the thread is not there to be joined or detached.
+    alignas(std::thread) unsigned char gone[sizeof(std::thread)];
+    if (m_thread.joinable()) new (gone) std::thread(std::move(m_thread));
   }
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
