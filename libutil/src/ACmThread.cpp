@@ -11,7 +11,6 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
-#include <utility>
 
 #include "Completion.h"
 #include "EventQueue.h"
@@ -37,9 +36,6 @@ class ACmThread::Impl {
         m_hasQueue(bEventQueue) {}
   ~Impl() {
     if (isSelf()) t_running = nullptr;  // Another one may get this address.
-    // In a forked child alone, see Stop(): the thread is not there to be joined or detached.
-    alignas(std::thread) unsigned char gone[sizeof(std::thread)];
-    if (m_thread.joinable()) new (gone) std::thread(std::move(m_thread));
   }
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
@@ -63,16 +59,22 @@ class ACmThread::Impl {
   int Stop() {
     // Before the lock: another thread's Stop() holds it while it waits for this one.
     if (isSelf()) return EDEADLK;
-    // The thread of a process is not in those that are forked from it; the lock may be held there for ever.
-    if (const pid_t process = m_process.load(std::memory_order_relaxed); process != 0 && process != getpid())
-      return 0;
+    if (IsOfParent()) return 0;
     const cm::internal::Uncancelled uncancelled;  // Destructors stop threads, too.
     const cm::internal::Lock lock(m_control);
     if (m_thread.joinable()) {
       m_queue.Close();
       m_thread.join();
+      m_process.store(0, std::memory_order_relaxed);
     }
     return 0;
+  }
+
+  /// Whether the thread runs in the process that this one was forked from. It is not here, and may have been
+  /// waiting in the queue, or have held a lock of it: there is nothing to stop, and the queue must not end.
+  bool IsOfParent() const {
+    const pid_t process = m_process.load(std::memory_order_relaxed);
+    return process != 0 && process != getpid();
   }
 
   /// Refuses events and has the thread, once it has fired what is queued, delete this object. REQUIRES:
@@ -113,7 +115,7 @@ class ACmThread::Impl {
   cm::internal::EventQueue m_queue;  // Also of a thread without a queue: its loop waits there for Stop().
   cm::internal::Mutex m_control;     // Held for the whole of Start() and Stop().
   std::thread m_thread UTIL_LOCKING(guarded_by(m_control));
-  std::atomic<pid_t> m_process{0};  // That started the thread last. Relaxed: asked after a fork.
+  std::atomic<pid_t> m_process{0};  // In which the thread runs. Relaxed: asked after a fork.
   bool m_endsByItself = false;      // The thread's own.
 };
 
@@ -121,7 +123,11 @@ ACmThread::ACmThread(const char* name, bool bEventQueue)
     : m_impl(std::make_unique<Impl>(name, bEventQueue)) {}
 
 ACmThread::~ACmThread() {
-  if (m_impl->Stop() == EDEADLK) m_impl.release()->EndByItself();
+  if (m_impl->Stop() == EDEADLK) {
+    m_impl.release()->EndByItself();
+  } else if (m_impl->IsOfParent()) {
+    [[maybe_unused]] const Impl* const left = m_impl.release();
+  }
 }
 
 int ACmThread::Start() {

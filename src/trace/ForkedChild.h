@@ -3,7 +3,7 @@
 
 namespace kalStore::internal {
 
-/// Whether this process was forked from one that has had other threads. Any
+/// Whether this process was forked from one while that had other threads. Any
 /// lock may be held by one of them, which are not here, and what it protects
 /// half changed: at its exit nothing is ended.
 bool IsForkedChild();

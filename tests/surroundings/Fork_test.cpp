@@ -12,6 +12,7 @@
 
 #include "libutil/TestEvents.h"
 #include "support/CallingSink.h"
+#include "support/ThreadState.h"
 #include "tessel/CKalTessel.h"
 #include "tessel/KalConfigHelper.h"
 #include "tessel/KalConfigRegistry.h"
@@ -121,6 +122,17 @@ TEST(Fork, LeavesAChildInWhichAThreadOfTheParentCanEnd) {
   EXPECT_EQ(thread->GetThreadId(), 0U);
 }
 
+TEST(Fork, LeavesAChildInWhichAThreadOfTheParentCanEndThatWaitsForEvents) {
+  auto thread = std::make_unique<ACmThread>();
+  ASSERT_EQ(thread->Start(), 0);
+  EventCounts counts;
+  pid_t id = 0;
+  thread->GetEventQueue()->SendEvent(new CountedEvent(counts, [&] { id = gettid(); }), 0);
+  while (StateOf(id) != 'S') std::this_thread::yield();
+  EXPECT_EQ(ExitOfChild([&] { thread.reset(); }), kEnded);
+  EXPECT_EQ(thread->Stop(), 0);
+}
+
 // A process without threads, as one that becomes a daemon: the child of its child is as it was.
 TEST(ForkDeathTest, OfAProcessWithoutThreadsLeavesAChildThatMayDoEverything) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -140,6 +152,39 @@ TEST(ForkDeathTest, OfAProcessWithoutThreadsLeavesAChildThatMayDoEverything) {
     _exit(status);
   };
   EXPECT_EXIT(beDaemon(), testing::ExitedWithCode(kEnded), "");
+}
+
+// The thread sanitizer has a thread of its own, which nobody joins.
+#if defined(__SANITIZE_THREAD__)
+constexpr bool kHasOwnThread = true;
+#elif defined(__has_feature)
+constexpr bool kHasOwnThread = __has_feature(thread_sanitizer);
+#else
+constexpr bool kHasOwnThread = false;
+#endif
+
+TEST(ForkDeathTest, OfAProcessWhoseThreadsHaveBeenJoinedLeavesAChildThatMayDoEverything) {
+  if (kHasOwnThread) GTEST_SKIP() << "The thread sanitizer has a thread of its own.";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto forkAfterJoin = [] {
+    static KalConfigHelper facade(7);
+    for (int i = 0; i < 100; ++i) {
+      std::thread([] {}).join();
+      const int status = ExitOfChild([] {
+        static int notified = 0;
+        KalConfigHelper(7).SubscribeConfig(
+            "name", [](const KalConfigEvent&) { ++notified; }, KAL_CONFIG_GROUP_AUDIO);
+        facade.SetKalConfig("name", 1, KAL_CONFIG_GROUP_AUDIO);
+        ConfigData value;
+        GetKalConfigValueEx(KAL_CONFIG_GROUP_AUDIO, "name", value, 8);
+        CleanUpKalConfig(8);
+        if (notified != 0 || GetKalConfigSizeForUT() != 1) std::abort();
+      });
+      if (status != kEnded) _exit(EXIT_FAILURE);
+    }
+    _exit(kEnded);
+  };
+  EXPECT_EXIT(forkAfterJoin(), testing::ExitedWithCode(kEnded), "");
 }
 
 }  // namespace
