@@ -276,7 +276,7 @@ void KalConfigObserverHelper::ReSubscribeConfig() {
         File(handler);
       } catch (...) {
         // The exception of one callback must not leave the other records without their subscription.
-        error.Keep();
+        if (!error.Keep()) throw;
       }
     }
   }

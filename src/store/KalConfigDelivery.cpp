@@ -86,7 +86,7 @@ template <class Delivery>
         snapshot.DeliverNext(
             [&](ConfigEventHandler& handler) { notified += delivery.Notify(handler, event) ? 1 : 0; });
       } catch (...) {
-        error.Keep();
+        if (!error.Keep()) throw;
       }
     }
     error.Rethrow();
