@@ -20,6 +20,7 @@ inline void UseStatistics() {
 inline void UseEverything() {
   using namespace kalStore;
   constexpr KalConfigGroup kGroup = KAL_CONFIG_GROUP_AUDIO;
+  constexpr ConfigKey<int> kName{kGroup, "name", 0};
   IKalConfig* store = nullptr;
   CreateKalConfig(7, &store);
   {
@@ -27,7 +28,7 @@ inline void UseEverything() {
     facade.SubscribeConfig("early", [](const KalConfigEvent&) {}, kGroup);
     facade.InitKalConfig(7, kal::KAL_SESSION_AUDIO);
     facade.SetKalConfig("early", 1);
-    const LiveConfig live(facade, ConfigKey<int>{kGroup, "name", 0});
+    const LiveConfig live(facade, kName);
     const Subscription subscription(*store, kGroup, "name", [](const KalConfigEvent&) {});
     const Binding binding(*store, kGroup, "bound", [](const KalConfigEvent&) { return ConfigValue(1); });
     store->SetKalConfig(kGroup, "name", 1, true, false);
