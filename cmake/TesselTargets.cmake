@@ -16,6 +16,10 @@ function(tessel_configure target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # Files of more than 2 GiB, and those whose number on the file system has more than 32 bits.
+    target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
+  endif()
   if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(i[3-6]86|x86_64)$")
     # The older floating-point unit computes with more digits than the types have.
     target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse)

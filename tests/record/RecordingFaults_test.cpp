@@ -133,6 +133,18 @@ TEST_F(RecordingFaults, WhatCouldNotBeWrittenIsCounted) {
   EXPECT_EQ(Lines().back().Get("reason"), "File too large");
 }
 
+TEST_F(RecordingFaults, AFileThatIsLargerThanALongIsOverwritten) {
+  {
+    std::ofstream large(File());
+    large.seekp(std::streamoff{3} << 30);  // Nothing is stored up to there.
+    large.put('\n');
+    ASSERT_TRUE(large.flush());
+  }
+  Recording recording(File());
+  EXPECT_EQ(recording.Flush(), kResultOk);
+  EXPECT_EQ(Lines().size(), 1u);
+}
+
 TEST_F(RecordingFaults, AFileOfAnotherRecordingIsLeftAlone) {
   const TraceLog trace(0);
   Recording first(File());
