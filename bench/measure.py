@@ -3,7 +3,7 @@
 """Runs the benchmarks of build/bench and compares them with the goals.
 
 A whole run is kept in build/bench/results.json, one with a FILTER in build/bench/filtered.json. Medians are kept,
-beside the least and the most of all repetitions.
+beside the least and the most of all repetitions. With --keep, the run is one of those that docs/performance.md shows.
 """
 
 import argparse
@@ -72,9 +72,14 @@ def conditions(context, arguments):
     cpu = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())
     commit = subprocess.run("git describe --always --dirty --exclude '*'", shell=True, cwd=report.ROOT,
                             capture_output=True, text=True).stdout.strip()
-    return {"date": context["date"], "commit": commit or "unknown", "processor": cpu[1] if cpu else "unknown",
-            "cpus": context["num_cpus"], "compiler": context["compiler"].replace("GNU", "GCC"),
-            "flags": context["flags"], "repetitions": arguments.repetitions, "min_time_s": arguments.min_time}
+    how = "everything" if arguments.filter == "." else f"`{arguments.filter}`"
+    how += f"; medians of {arguments.repetitions} repetitions of {arguments.min_time:g} s"
+    run_of = {"date": context["date"][:10], "commit": commit or "unknown", "processor": cpu[1] if cpu else "unknown",
+              "cpus": context["num_cpus"], "compiler": context["compiler"].replace("GNU", "GCC"),
+              "flags": context["flags"]}
+    if arguments.keep == "ratios":
+        return run_of | {"how": f"{how}; other work loaded the machine: ratios alone", "ratios_alone": True}
+    return run_of | {"how": how}
 
 
 def main():
@@ -87,11 +92,10 @@ def main():
                         help="folder of twitter.json, citm_catalog.json and canada.json; what is absent is left out")
     parser.add_argument("--min-time", type=float, default=0.1, metavar="S", help="seconds for each repetition (0.1)")
     parser.add_argument("--repetitions", type=int, default=9, metavar="N", help="of which the median counts (9)")
-    parser.add_argument("--plot", action="store_true", help="measure nothing: draw the figures of docs/images and"
-                        " fill in docs/performance.md from the last whole run")
+    parser.add_argument("--keep", choices=("times", "ratios"), help="keep the run in bench/results.json, of which"
+                        " './dev tested' makes the tables of docs/performance.md, and draw docs/images; ratios: when"
+                        " other work loads the machine, so that times mean nothing")
     arguments = parser.parse_args()
-    if arguments.plot:
-        return report.publish(BUILD / "results.json")
     if arguments.corpus and not pathlib.Path(arguments.corpus).is_dir():
         parser.error(f"no folder '{arguments.corpus}'")
 
@@ -109,12 +113,20 @@ def main():
         results[program.name.removesuffix("_bench")] = medians(output["benchmarks"], chosen[program])
     if recorded:
         print("recording ...", file=sys.stderr, flush=True)
+        if "run" not in results:  # The context is that of the benchmarks: of one that is over at once.
+            one = argparse.Namespace(filter=names(programs[0], argparse.Namespace(filter=".", corpus=None))[0],
+                                     corpus=None, repetitions=1, min_time=0.001)
+            results["run"] = conditions(run(programs[0], one)["context"], arguments)
         results["recording"] = recording.measure(BUILD / "bin/tessel", RECORDED_S, arguments.repetitions)
 
     is_whole = arguments.filter == "."
     kept = BUILD / ("results.json" if is_whole else "filtered.json")
     kept.write_text(json.dumps(results, indent=1) + "\n")
     print(report.console(results, is_whole))
+    if arguments.keep:
+        if not re.fullmatch("[0-9a-f]+", results["run"]["commit"]):
+            sys.exit("not kept: it ran with changes that no commit has")
+        report.keep(results)
     print(f"Medians of {arguments.repetitions} repetitions; every measurement: {kept.relative_to(report.ROOT)}")
     return 0
 

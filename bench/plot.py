@@ -136,7 +136,7 @@ def draw(results, folder):
     folder.mkdir(exist_ok=True)
     drawn = []
     for name, title, panels in figures(results):
-        times = "10,000,000 reads" if name == "live" else f"Medians of {run['repetitions']} runs"
+        times = "10,000,000 reads" if name == "live" else "Medians"
         note = f"Shorter is better. {times}; {run['processor']}, {run['compiler']}, -O3."
         drawn.append(folder / f"{name}.svg")
         drawn[-1].write_text(figure(title, note, panels))

@@ -1,16 +1,18 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Reports a run of the benchmarks: on the console, in docs/performance.md and in docs/images."""
+"""Reports runs of the benchmarks: on the console, in docs/performance.md and in docs/images. bench/results.json has the
+runs that the page shows."""
 
 import json
 import pathlib
 import re
-import sys
 
 import plot
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 GOALS = json.loads((ROOT / "bench/goals.json").read_text())
-GOALS_HEAD = ("path", "yardstick", "ours", "yardstick's", "ratio", "goal", "")
+KEPT = "bench/results.json"
+GOALS_HEAD = ("path", "yardstick", "ours", "yardstick's", "ratio", "goal", "", "at")
+RUNS_HEAD = ("at", "on", "measured", "machine")
 
 
 def amount(measured):
@@ -18,9 +20,8 @@ def amount(measured):
     return f"{measured['bytes']:.0f} B" if "bytes" in measured else plot.in_time(measured["ns"])
 
 
-def compare(goal, results):
+def compare(goal, measured):
     """(ours, the yardstick's, their ratio, whether the goal is met) of one goal; None when either was not measured."""
-    measured = results.get(goal["section"], {})
     names = [goal["ours"], goal["yardstick"]] + ([goal["less"]] if "less" in goal else [])
     if any(name not in measured for name in names):
         return None
@@ -37,42 +38,58 @@ def compare(goal, results):
     return amount(ours), amount(theirs), ratio, met
 
 
-def goal_rows(results, section=None):
-    """Cells of the table of goals, of one section or all; what is not measured is left out."""
+def is_ratio_alone(run):
+    return run["run"].get("ratios_alone", False)
+
+
+def goal_rows(runs, section=None):
+    """Cells of the table of goals, of one section or all, each of the latest run that measured both sides, with that
+    run's commit; what was never measured is left out."""
     for goal in GOALS:
-        compared = compare(goal, results) if section in (None, goal["section"]) else None
-        if compared:
-            ours, theirs, ratio, met = compared
-            limit = f"{'≥' if goal.get('at_least') else '≤'} {goal['goal']:g}"
-            yield goal["path"], goal["yardstick_name"], ours, theirs, f"{ratio:.2f}", limit, "" if met else "short"
-
-
-def time_rows(measured):
-    """The head and the cells of all that one program measured: a row for each task, a column for each library."""
-    works, doers = {}, []
-    for name, one in measured.items():
-        if plot.PERCENTILES[0] in one:
+        if section not in (None, goal["section"]):
             continue
-        work, doer, variant = re.fullmatch(r"(\w+)<(\w+)>(.*)", name).groups()
-        variant = re.sub(r"/(manual_time|real_time|iterations:\d+)", "", variant)
-        if doer not in doers:
-            doers.append(doer)
-        works.setdefault(work + variant.replace("/", " "), {})[doer] = amount(one)
-    doers.sort(key=lambda doer: doer != "Tessel")
+        for run in runs:
+            compared = compare(goal, run.get(goal["section"], {}))
+            if compared:
+                ours, theirs, ratio, met = compared
+                limit = f"{'≥' if goal.get('at_least') else '≤'} {goal['goal']:g}"
+                times = ("", "") if is_ratio_alone(run) else (ours, theirs)
+                yield (goal["path"], goal["yardstick_name"], *times, f"{ratio:.2f}", limit, "" if met else "short",
+                       run["run"]["commit"])
+                break
+
+
+def time_rows(runs, section):
+    """The head and the cells of all times of one program: a row for each task, of the latest run that measured it, with
+    that run's commit; a column for each library."""
+    works, commits = {}, {}
+    for run in reversed(runs):
+        timed = {} if is_ratio_alone(run) else run.get(section, {})
+        cells = {}
+        for name, one in timed.items():
+            if plot.PERCENTILES[0] not in one:
+                work, doer, variant = re.fullmatch(r"(\w+)<(\w+)>(.*)", name).groups()
+                variant = re.sub(r"/(manual_time|real_time|iterations:\d+)", "", variant)
+                cells.setdefault(work + variant.replace("/", " "), {})[doer] = amount(one)
+        works |= cells
+        commits |= dict.fromkeys(cells, run["run"]["commit"])
+    doers = sorted(dict.fromkeys(doer for cells in works.values() for doer in cells), key=lambda doer: doer != "Tessel")
     labels = plot.LABELS | {"Floor": "floor"}
-    return (("", *(labels[doer] for doer in doers)),
-            [(work, *(cells.get(doer, "") for doer in doers)) for work, cells in works.items()])
+    return (("", *(labels[doer] for doer in doers), "at"),
+            [(work, *(cells.get(doer, "") for doer in doers), commits[work]) for work, cells in works.items()])
 
 
-def percentile_rows(measured):
+def percentile_rows(runs, section):
     """The head and the cells of what was measured one by one: a row for each task and library."""
-    rows = []
-    for name, one in measured.items():
-        if plot.PERCENTILES[0] in one:
-            work, doer, variant = re.fullmatch(r"(\w+)<(\w+)>/(\w+:\d+).*", name).groups()
-            cells = (plot.in_time(one[percentile]) for percentile in plot.PERCENTILES)
-            rows.append((f"{work} {variant}", plot.LABELS[doer], *cells))
-    return ("", "", *plot.PERCENTILES), sorted(rows, key=lambda row: row[0])
+    rows = {}
+    for run in reversed(runs):
+        timed = {} if is_ratio_alone(run) else run.get(section, {})
+        for name, one in timed.items():
+            if plot.PERCENTILES[0] in one:
+                work, doer, variant = re.fullmatch(r"(\w+)<(\w+)>/(\w+:\d+).*", name).groups()
+                cells = (plot.in_time(one[percentile]) for percentile in plot.PERCENTILES)
+                rows[name] = (f"{work} {variant}", plot.LABELS[doer], *cells, run["run"]["commit"])
+    return ("", "", *plot.PERCENTILES, "at"), sorted(rows.values(), key=lambda row: row[0])
 
 
 def text_table(head, rows, left):
@@ -91,53 +108,83 @@ def markdown_table(head, rows, left):
 def console(results, is_whole):
     """The table of goals, after all times; a whole run leaves the times out, as there are too many."""
     tables = []
-    for section, measured in results.items():
-        if section != "run" and not is_whole:
-            tables.append(text_table(*time_rows(measured), left=1))
-            head, rows = percentile_rows(measured)
+    for section in () if is_whole else (name for name in results if name != "run"):
+        for (head, rows), left in ((time_rows([results], section), 1), (percentile_rows([results], section), 2)):
             if rows:
-                tables.append(text_table(head, rows, left=2))
-    rows = list(goal_rows(results))
+                tables.append(text_table(head, rows, left))
+    rows = list(goal_rows([results]))
     if rows:
         tables.append(text_table(GOALS_HEAD, rows, left=2))
-        short = sum(row[-1] != "" for row in rows)
+        short = sum(row[6] != "" for row in rows)
         missing = f"; {len(GOALS) - len(rows)} were not measured on both sides" if is_whole else ""
         tables.append(f"{len(rows) - short} of {len(rows)} goals met, {short} fall short{missing}")
     return "\n\n".join(tables)
 
 
-def run_line(run):
-    return (f"{run['processor']}, {run['cpus']} CPUs; {run['compiler']}, `{run['flags']}`; {run['date'][:10]}, commit"
-            f" {run['commit']}; medians of {run['repetitions']} repetitions of {run['min_time_s']:g} s.")
+def run_rows(runs):
+    for run in (run["run"] for run in runs):
+        yield (run["commit"], run["date"][:10], run["how"],
+               f"{run['processor']}, {run['cpus']} CPUs; {run['compiler']}, `{run['flags']}`")
 
 
-def filled(page, results):
-    """The page with the parts between its marks, <!-- KIND SECTION --> and <!-- end -->, replaced."""
-    def block(mark):
-        kind, section = mark[1], mark[2]
-        if kind == "run":
-            text = run_line(results["run"])
-        elif kind == "goals":
-            text = markdown_table(GOALS_HEAD, goal_rows(results, section), left=2)
-        elif kind == "percentiles":
-            text = markdown_table(*percentile_rows(results[section]), left=2)
-        else:
-            text = markdown_table(*time_rows(results[section]), left=1)
-        return f"{mark[0]}\n{text}\n<!-- end -->"
-
-    return re.sub(r"(?s)<!-- (run|goals|times|percentiles)(?: (\w+))? -->(?=\n).*?<!-- end -->",
-                  lambda found: block(re.match(r"<!-- (\w+)(?: (\w+))? -->", found[0])), page)
+def block(kind, section, runs):
+    """The table of a page that is marked so."""
+    if kind == "runs":
+        return markdown_table(RUNS_HEAD, run_rows(runs), left=len(RUNS_HEAD))
+    if kind == "goals":
+        return markdown_table(GOALS_HEAD, goal_rows(runs, section), left=2)
+    if kind == "percentiles":
+        return markdown_table(*percentile_rows(runs, section), left=2)
+    return markdown_table(*time_rows(runs, section), left=1)
 
 
-def publish(kept):
-    """Draws the figures and fills in docs/performance.md: the exit status."""
-    if not kept.exists():
-        print(f"no whole run is kept in {kept.relative_to(ROOT)}: './dev bench' makes one", file=sys.stderr)
-        return 1
-    results = json.loads(kept.read_text())
-    page = ROOT / "docs/performance.md"
-    page.write_text(filled(page.read_text(), results))
-    print(page.relative_to(ROOT))
-    for figure in plot.draw(results, ROOT / "docs/images"):
-        print(figure.relative_to(ROOT))
-    return 0
+def last_measured(runs):
+    """What each benchmark measured last, by section, with the conditions of the last run."""
+    last = {}
+    for run in reversed(runs):
+        for section, measured in run.items():
+            if section == "run":
+                last["run"] = measured
+            elif not is_ratio_alone(run):
+                last[section] = last.get(section, {}) | measured
+    return last
+
+
+def with_run(results, runs):
+    """The kept runs with a new one before them, without those that no table shows any more."""
+    runs = [results, *runs]
+    shown = rows_of(runs)
+    return [results, *(run for run in runs[1:] if rows_of([one for one in runs if one is not run]) != shown)]
+
+
+def rows_of(runs):
+    """The rows of all tables."""
+    sections = sorted({section for run in runs for section in run} - {"run"})
+    return [*goal_rows(runs), *(row for section in sections for rows in (time_rows, percentile_rows)
+                                for row in rows(runs, section)[1])]
+
+
+def kept_runs(root=ROOT):
+    """The runs that docs/performance.md shows, the latest first."""
+    return json.loads((root / KEPT).read_text())
+
+
+def write(runs, root=ROOT):
+    """Keeps runs, with a line for each benchmark."""
+    def line(measured):
+        return json.dumps({key: float(f"{value:.4g}") for key, value in measured.items() if "_ns" not in key})
+
+    lines = []
+    for run in runs:
+        parts = [f'  "run": {json.dumps(run["run"], ensure_ascii=False)}']
+        for section in (name for name in run if name != "run"):
+            measured = ",\n".join(f"    {json.dumps(name)}: {line(one)}" for name, one in run[section].items())
+            parts.append(f'  "{section}": {{\n{measured}\n  }}')
+        lines.append("{\n" + ",\n".join(parts) + "\n}")
+    (root / KEPT).write_text("[\n" + ",\n".join(lines) + "\n]\n")
+
+
+def keep(results, root=ROOT):
+    """Keeps what a run measured for docs/performance.md, and draws the images again."""
+    write(with_run(results, kept_runs(root)), root)
+    plot.draw(last_measured(kept_runs(root)), root / "docs/images")

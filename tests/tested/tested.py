@@ -5,7 +5,7 @@
 `record BUILD COMMIT` writes BUILD/tested.json of the run whose results are there: processor, compiler, how many tests
 passed, commit and date. COMMIT is what the tree was at before the build. `keep` takes all such records into
 docs/tested.json, in place of an earlier one of the same preset, and writes the README's table of what is kept there. It
-takes only runs of a commit as it is, without changes.
+takes only runs of a commit as it is, without changes. The figures of other commands it keeps by figures.py.
 """
 
 import argparse
@@ -15,6 +15,8 @@ import subprocess
 import sys
 import xml.etree.ElementTree
 from pathlib import Path
+
+import figures
 
 ROOT = Path(__file__).resolve().parents[2]
 SECTION = "## What is tested\n"
@@ -112,7 +114,7 @@ def main():
         run = record(ROOT, arguments.build, arguments.commit)
         (arguments.build / "tested.json").write_text(json.dumps(run) + "\n")
     else:
-        print("\n".join(keep(ROOT)) or "nothing new ran")
+        print("\n".join(keep(ROOT) + figures.keep(ROOT)) or "nothing new ran")
 
 
 if __name__ == "__main__":
