@@ -133,6 +133,13 @@ TESSEL_API std::int32_t StopJournal();
 /// @return Whether the journal is on.
 TESSEL_API bool IsJournalOn();
 
+/// @return How often the journal was turned on. Another number than before: events may be missing that nobody
+/// can count.
+TESSEL_API std::uint64_t JournalStarts();
+
+/// @return How many events the ring of the last start has; 0 when there was none.
+TESSEL_API std::size_t JournalCapacity();
+
 /// @return The number that the next event will have; 1 when there was none.
 TESSEL_API std::uint64_t NextJournalNumber();
 

@@ -24,6 +24,7 @@ alignas(128) constinit std::atomic<std::uint64_t> g_next{1};
 alignas(128) constinit std::atomic<JournalRing*> g_ring{nullptr};
 constinit std::atomic<std::uint64_t> g_ringBegin{1};    // The first number that is in g_ring, or was.
 constinit std::atomic<std::uint64_t> g_startNumber{1};  // The first number since the last start.
+constinit std::atomic<std::uint64_t> g_starts{0};
 
 // Starts, one at a time. Stops, writers and readers do without.
 constinit detail::Mutex<std::mutex> g_startMutex;
@@ -86,6 +87,8 @@ std::int32_t StartJournal(std::size_t capacity) {
   JournalRing& ring = RingOf(capacity);
   const bool isAnother = g_ring.load(std::memory_order_relaxed) != &ring;
   g_ring.store(&ring, std::memory_order_release);
+  // Relaxed: whoever acquires a number that was drawn since the start finds it counted, by the next step.
+  g_starts.fetch_add(1, std::memory_order_relaxed);
   // Draws no number, but takes its turn among those who do.
   const std::uint64_t first = g_next.fetch_add(0, std::memory_order_acq_rel);
   if (isAnother) g_ringBegin.store(first, std::memory_order_release);
@@ -102,6 +105,15 @@ std::int32_t StopJournal() {
 
 bool IsJournalOn() {
   return JournalIsOn();
+}
+
+std::uint64_t JournalStarts() {
+  return g_starts.load(std::memory_order_relaxed);
+}
+
+std::size_t JournalCapacity() {
+  const JournalRing* const ring = g_ring.load(std::memory_order_acquire);
+  return ring == nullptr ? 0 : static_cast<std::size_t>(ring->Capacity());
 }
 
 std::uint64_t NextJournalNumber() {

@@ -2,8 +2,8 @@
 #include "record/JournalUse.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <mutex>
-#include <new>
 
 #include "record/Lock.h"
 #include "tessel/journal.h"
@@ -15,38 +15,25 @@ namespace {
 // Makes one of counting and switching: the last one does not turn off what the next first one has found on.
 constinit detail::Mutex<std::mutex> g_useMutex;
 constinit std::size_t g_uses TESSEL_LOCKING(guarded_by(g_useMutex)) = 0;
-// The next number when a use turned the journal on; 0: it was on.
+// The start by which a use turned the journal on; 0: it was on.
 constinit std::uint64_t g_ourStart TESSEL_LOCKING(guarded_by(g_useMutex)) = 0;
 
 void BeginUse(std::size_t capacity) {
   const Lock lock(g_useMutex);
   // Also when there are others: who stopped the journal meanwhile did not mean this one.
   if (StartJournal(std::clamp<std::size_t>(capacity, 1, kJournalLargestCapacity)) == kResultOk)
-    g_ourStart = NextJournalNumber();
+    g_ourStart = JournalStarts();
   ++g_uses;
-}
-
-// Without the memory to find out, nobody else is known to have started it.
-bool IsOurs(std::uint64_t start) noexcept try {
-  return !HasJournalStartedSince(start);
-} catch (const std::bad_alloc&) {
-  return true;
 }
 
 void EndUse() {
   const Lock lock(g_useMutex);
-  if (--g_uses != 0 || g_ourStart == 0) return;
-  if (IsOurs(g_ourStart)) StopJournal();
+  if (--g_uses != 0) return;
+  if (g_ourStart == JournalStarts()) StopJournal();
   g_ourStart = 0;
 }
 
 }  // namespace
-
-bool HasJournalStartedSince(std::uint64_t number) {
-  JournalReader reader;  // Begins with the last start.
-  JournalEvent first;
-  return reader.Next(first) && first.number - first.missed > number;
-}
 
 JournalUse::JournalUse(std::size_t capacity) {
   BeginUse(capacity);

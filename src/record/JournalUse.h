@@ -2,13 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 
 namespace kalStore::internal {
-
-/// Whether somebody has started the journal after `number` was its next number, and something happened before
-/// and since: what happened while it was off is in no event, and has no number.
-bool HasJournalStartedSince(std::uint64_t number);
 
 /// Holds the journal on. The first of the process turns it on, unless it is on already; then the last one
 /// turns it off again, if nobody else has meanwhile, and started it again.

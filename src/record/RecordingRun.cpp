@@ -17,6 +17,7 @@
 
 #include "record/LineText.h"
 #include "record/RecordingFault.h"
+#include "record/RecordingPause.h"
 #include "tessel/trace.h"
 #include "util/CCmTextFormator.h"
 #include "util/util_trace.h"
@@ -28,9 +29,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr unsigned int kVersion = 1;
-// Between rounds, when little happens: what a crash may cost.
-constexpr auto kMostPause = 100ms;
-constexpr auto kLeastPause = 1ms;
 // A time that the clock can have.
 constexpr auto kLongestInterval = std::chrono::hours(24 * 365);
 // A round that somebody waits for waits itself for an event that its writer has not finished, so many times.
@@ -93,9 +91,9 @@ RecordingRun::RecordingRun(std::string file, RecordingOptions options)
       m_wall(WallTime()),
       m_process(::getpid()),
       m_journal(std::in_place, m_options.journalCapacity),
-      m_begin(NextJournalNumber()),
-      m_next(m_begin),
-      m_written(m_begin),
+      m_journalStarts(JournalStarts()),
+      m_next(NextJournalNumber()),
+      m_written(m_next),
       m_end(m_next),
       m_reader(m_next),
       m_firstPicture(std::in_place),
@@ -197,7 +195,7 @@ void RecordingRun::record() {
   m_firstPicture.reset();
   for (;;) {
     const Request request = nextRequest();
-    const bool wasStopped = !IsJournalOn() || HasJournalStartedSince(m_begin);
+    const bool wasStopped = !IsJournalOn() || JournalStarts() != m_journalStarts;
     round(request.isEnd || request.flush != 0 || wasStopped);
     if (wasStopped) throw RecordingFault("the journal was stopped");
     if (request.isEnd) break;
@@ -245,15 +243,8 @@ void RecordingRun::takeEvents(bool isAsked) {
     if (m_next + m_reader.Missed() >= m_end || !isAsked || waits == kMostWaits) break;
     std::this_thread::sleep_for(kLeastPause);
   }
-  // The next round comes before more than a quarter of the ring is new, at the rate of this one.
   const Clock::time_point now = Clock::now();
-  const Clock::duration passed = now - std::exchange(m_roundEnd, now);
-  const double quarter = static_cast<double>(m_options.journalCapacity) / 4;
-  const double events = static_cast<double>(std::max<std::uint64_t>(m_next - begin, 1));
-  const std::chrono::duration<double, Clock::period> pause = passed * (quarter / events);
-  m_pause = pause > kMostPause
-                ? Clock::duration(kMostPause)
-                : std::max<Clock::duration>(std::chrono::duration_cast<Clock::duration>(pause), kLeastPause);
+  m_pause = PauseAfter(now - std::exchange(m_roundEnd, now), m_next - begin, JournalCapacity());
 }
 
 void RecordingRun::take(const JournalEvent& event) {

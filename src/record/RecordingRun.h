@@ -91,10 +91,10 @@ class RecordingRun {
 
   // The thread's alone, once it runs.
   std::optional<JournalUse> m_journal;
-  const std::uint64_t m_begin;  // The first number.
-  std::uint64_t m_next;         // The number that is read next, unless it is missed.
-  std::uint64_t m_written;      // What was read before it is in the file.
-  std::uint64_t m_end;          // Where the last round's events end.
+  const std::uint64_t m_journalStarts;  // Another start than this one ends the recording.
+  std::uint64_t m_next;                 // The number that is read next, unless it is missed.
+  std::uint64_t m_written;              // What was read before it is in the file.
+  std::uint64_t m_end;                  // Where the last round's events end.
   JournalReader m_reader;
   std::optional<Picture> m_firstPicture;
   LongWait m_lockWait;

@@ -37,6 +37,20 @@ TEST_F(JournalStart, RoundsTheCapacityUp) {
   EXPECT_EQ(Events().size(), 8u);
 }
 
+TEST_F(JournalStart, CountsTheStartsAndGivesTheCapacityOfTheLastOne) {
+  const std::uint64_t starts = JournalStarts();
+  StartJournal(5);
+  EXPECT_EQ(JournalStarts(), starts + 1);
+  EXPECT_EQ(JournalCapacity(), 8u);
+  StartJournal(100);  // It is on.
+  StopJournal();
+  EXPECT_EQ(JournalStarts(), starts + 1);
+  EXPECT_EQ(JournalCapacity(), 8u);
+  StartJournal(100);
+  EXPECT_EQ(JournalStarts(), starts + 2);
+  EXPECT_EQ(JournalCapacity(), 128u);
+}
+
 TEST_F(JournalStart, OffNothingIsWritten) {
   const std::uint64_t number = NextJournalNumber();
   {

@@ -117,6 +117,23 @@ TEST_F(RecordingEnd, ComesWhenSomebodyStopsTheJournalAndStartsItAgain) {
   EXPECT_EQ(StopJournal(), kResultOk);
 }
 
+// The set has no number: the next start is at the one of the recording's beginning.
+TEST_F(RecordingEnd, ComesWhenTheJournalWasOffBeforeItsFirstEvent) {
+  const TraceLog trace(0);
+  const CallStore store(kEndingCall, CallStore::kEndsCall);
+  {
+    Recording recording(File());
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    ASSERT_EQ(StopJournal(), kResultOk);
+    SetFps(*store, 15);
+    ASSERT_EQ(StartJournal(64), kResultOk);
+    EXPECT_EQ(recording.Flush(), kResultNotFound);
+  }
+  EXPECT_TRUE(IsJournalOn()) << "it is somebody else's";
+  EXPECT_EQ(trace.Count("reason=the journal was stopped"), 1u);
+  EXPECT_EQ(StopJournal(), kResultOk);
+}
+
 TEST_F(RecordingEnd, ReplacesAnEarlierRecording) {
   {
     const Recording recording(File());
