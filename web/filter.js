@@ -4,6 +4,8 @@ import { isChange, kindOf, originOf, pathOf, resultOf, valuesOf } from "./change
 
 export const COLUMNS = ["time", "recording", "call", "kind", "setting", "change", "result", "origin"];
 
+const LONGEST_US = 1e12;
+
 /** What a column shows of a row {recording, change}. */
 export function cellOf({ recording, change }, column) {
   switch (column) {
@@ -61,14 +63,28 @@ function concerns(change, setting) {
     : `${change.group}/${change.name}` === setting;
 }
 
-/** Sorts rows by a column: "time", or "-time" for the greatest first. Equal rows stay in their order. */
+/**
+ * Sorts rows by a column: "time", or "-time" for the greatest first. Equal rows stay in their order. Results are
+ * sorted by their words, and then by how long the slowest of those who heard of them took.
+ */
 export function sortRows(rows, sort) {
   const isDown = sort.startsWith("-");
   const column = isDown ? sort.slice(1) : sort;
-  const keyed = rows.map((row) => ({ row, key: cellOf(row, column) }));
-  const compare = typeof keyed[0]?.key === "number" ? (a, b) => a.key - b.key : byText;
+  const keys = column === "result" ? resultKeys(rows) : rows.map((row) => cellOf(row, column));
+  const keyed = rows.map((row, index) => ({ row, key: keys[index] }));
+  const compare = typeof keys[0] === "number" ? (a, b) => a.key - b.key : byText;
   keyed.sort(isDown ? (a, b) => compare(b, a) : compare);
   return keyed.map(({ row }) => row);
+}
+
+// A number for each: the place of its words among all, far above the microseconds.
+function resultKeys(rows) {
+  const words = rows.map(({ change }) => resultOf(change));
+  const places = new Map([...new Set(words)].sort().map((text, place) => [text, place * LONGEST_US]));
+  return rows.map(({ recording, change }, index) => {
+    const heard = recording.heard.get(change.number);
+    return places.get(words[index]) + (heard ? Math.min(heard.wait + heard.run, LONGEST_US - 1) : -1);
+  });
 }
 
 function byText(a, b) {

@@ -194,6 +194,20 @@ test("Rows are sorted by any column, numbers as numbers", () => {
   assert.deepEqual(sortRows([], "origin"), []);
 });
 
+test("Rows of one result are sorted by how long those who heard of them took", () => {
+  const recording = new Recording("a");
+  const tookOf = new Map([[1, 9], [2, 100], [3, undefined], [4, 20]]);
+  for (const [number, took] of tookOf) {
+    recording.take({ type: "set", t: number, number, call: 7, group: "Video", name: "A", result: "told", told: 1 });
+    if (took === undefined) continue;
+    recording.take({ type: "deliver", t: number, cause: number, call: 7, id: 3, way: "direct", wait_us: took, run_us: 1 });
+  }
+  recording.take({ type: "set", t: 5, number: 5, call: 7, group: "Video", name: "A", result: "nobody" });
+  const order = (sort) => sortRows(all(recording), sort).map(({ change }) => change.number);
+  assert.deepEqual(order("result"), [5, 3, 1, 4, 2]);
+  assert.deepEqual(order("-result"), [2, 4, 1, 3, 5]);
+});
+
 test("A change says what, who, and how many heard of it", () => {
   const recording = before();
   const change = recording.changes.find(({ old, name }) => old === "30" && name === "MaxFps");
