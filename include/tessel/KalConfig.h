@@ -55,11 +55,13 @@ class TESSEL_API KalConfig : public IKalConfig {
 
   /// Ends every subscription and binding.
   /// @threads Only the thread that is about to end the store.
-  [[gnu::visibility("hidden")]] void DropHandlers();
-  /// Does what the destructor does, but for freeing the values, of which there
-  /// may be many. Once.
+  /// @return Whether there were any.
+  [[gnu::visibility("hidden")]] bool DropHandlers();
+  /// Does what the destructor does, but for freeing the values, of which there may be many. Again: with what
+  /// was registered since.
   /// @threads Only the thread that is about to end the store.
-  [[gnu::visibility("hidden")]] void End() noexcept;
+  /// @return Whether there were subscriptions or bindings.
+  [[gnu::visibility("hidden")]] bool End() noexcept;
 
  private:
   friend class internal::LiveRegistration;

@@ -59,7 +59,8 @@ TESSEL_API std::int32_t ReleaseKalConfig(IKalConfig* pConfig);
 TESSEL_API std::int32_t CleanUpKalConfig(std::uint32_t callId);
 
 /// Destroys every store, whatever its references: for shutdown. What callbacks captured ends first, and may
-/// hold facades and subscriptions of any call.
+/// hold facades and subscriptions of any call; what a callback captured that is running ends after it, and
+/// must hold none.
 /// @invalidates Every pointer to a store; what else holds one, a KalConfigHelper too, must be gone before.
 TESSEL_API void DestroyKalConfig();
 

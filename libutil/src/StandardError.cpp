@@ -3,17 +3,21 @@
 
 #include <poll.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <ctime>
-#include <iterator>
-#include <utility>
+#include <limits>
+#include <span>
 
 #include "Mutex.h"
 #include "util/CCmTextFormator.h"
@@ -24,12 +28,15 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kLongestWait{1000};
+constexpr std::size_t kParts = 8;  // Of a line.
 
 // From the look at standard error to the end of the write: no other thread's line takes the room. It is held
 // for as long as standard error is waited for.
 Mutex g_mutex;
 // Since standard error took the last line. While it is not 0, nothing waits.
 unsigned long g_lostLines UTIL_LOCKING(guarded_by(g_mutex)) = 0;
+// Whether what was written last is the beginning of a line.
+bool g_isCutOff UTIL_LOCKING(guarded_by(g_mutex)) = false;
 
 /// Writing to a pipe that nobody reads raises SIGPIPE on the thread, which would end the process for a trace
 /// line: it is blocked meanwhile, and taken back. One that was pending before stays.
@@ -58,7 +65,7 @@ class WithoutBrokenPipe {
   bool m_wasPending;
 };
 
-/// Whether standard error takes a line, or refuses it, without a wait.
+/// Whether standard error takes something, or refuses it, without a wait.
 bool IsReady(std::chrono::milliseconds longestWait) {
   const Clock::time_point end = Clock::now() + longestWait;
   pollfd standardError{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
@@ -69,15 +76,56 @@ bool IsReady(std::chrono::milliseconds longestWait) {
   }
 }
 
-void WriteLine(int level, const char* module, const char* text, std::size_t length) {
+/// How many bytes it takes without a wait once it is ready. A file takes everything: a line stays whole there
+/// beside those of other processes.
+std::size_t LongestPiece() {
+  struct stat standardError{};
+  const bool isFile = fstat(STDERR_FILENO, &standardError) == 0 && S_ISREG(standardError.st_mode);
+  return isFile ? std::numeric_limits<std::size_t>::max() : PIPE_BUF;
+}
+
+/// Writes the first bytes of the parts, `longest` at most, and takes them off. Returns false when they are
+/// refused.
+bool WritePiece(std::span<iovec>& parts, std::size_t longest) {
+  std::array<iovec, kParts> piece{};
+  std::transform(parts.begin(), parts.end(), piece.begin(), [&](const iovec& part) {
+    const std::size_t size = std::min(part.iov_len, longest);
+    longest -= size;
+    return iovec{part.iov_base, size};
+  });
+  const ssize_t result = ::writev(STDERR_FILENO, piece.data(), static_cast<int>(parts.size()));
+  if (result <= 0) return false;
+  auto written = static_cast<std::size_t>(result);
+  for (; !parts.empty() && parts.front().iov_len <= written; parts = parts.subspan(1))
+    written -= parts.front().iov_len;
+  if (parts.empty()) return true;
+  parts.front().iov_base = static_cast<char*>(parts.front().iov_base) + written;
+  parts.front().iov_len -= written;
+  return true;
+}
+
+/// Returns false when standard error does not take all of the line: when it takes nothing for so long. After
+/// the line's first piece, that is the longest wait.
+bool WriteLine(int level, const char* module, const char* text, std::size_t length,
+               std::chrono::milliseconds wait) UTIL_LOCKING(requires_capability(g_mutex)) {
   char digits[12];
   const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, level);
   const auto part = [](const char* from, std::size_t size) { return iovec{const_cast<char*>(from), size}; };
-  const iovec line[] = {part("[", 1),  part(module, std::strlen(module)),
-                        part(" ", 1),  part(digits, static_cast<std::size_t>(end.ptr - digits)),
-                        part("] ", 2), part(text, length),
-                        part("\n", 1)};
-  [[maybe_unused]] const ssize_t written = ::writev(STDERR_FILENO, line, std::size(line));
+  std::array<iovec, kParts> line = {part("\n", g_isCutOff ? 1 : 0),
+                                    part("[", 1),
+                                    part(module, std::strlen(module)),
+                                    part(" ", 1),
+                                    part(digits, static_cast<std::size_t>(end.ptr - digits)),
+                                    part("] ", 2),
+                                    part(text, length),
+                                    part("\n", 1)};
+  std::span<iovec> left(line);
+  for (const std::size_t longest = LongestPiece(); !left.empty(); wait = kLongestWait) {
+    if (!IsReady(wait)) return false;
+    if (!WritePiece(left, longest)) return true;
+    g_isCutOff = !left.empty();
+  }
+  return true;
 }
 
 }  // namespace
@@ -85,17 +133,13 @@ void WriteLine(int level, const char* module, const char* text, std::size_t leng
 void WriteToStandardError(void*, int level, const char* module, const char* text, unsigned int length) {
   const WithoutBrokenPipe withoutBrokenPipe;
   const Lock lock(g_mutex);
-  if (!IsReady(g_lostLines == 0 ? kLongestWait : std::chrono::milliseconds(0))) {
-    ++g_lostLines;
-    return;
-  }
-  if (const unsigned long lost = std::exchange(g_lostLines, 0); lost != 0) {
+  if (g_lostLines != 0) {
     char buffer[64];
     CCmTextFormator line(buffer, sizeof buffer);
-    line << lost << " lines lost: nobody read standard error";
-    WriteLine(0, "UTIL", line, line.tell());
+    line << g_lostLines << " lines lost: nobody read standard error";
+    if (WriteLine(0, "UTIL", line, line.tell(), std::chrono::milliseconds(0))) g_lostLines = 0;
   }
-  WriteLine(level, module, text, length);
+  if (g_lostLines != 0 || !WriteLine(level, module, text, length, kLongestWait)) ++g_lostLines;
 }
 
 }  // namespace cm::internal

@@ -85,12 +85,14 @@ KalConfig::~KalConfig() {
   delete m_live.load(std::memory_order_relaxed);
 }
 
-void KalConfig::End() noexcept {
-  if (std::exchange(m_hasEnded, true)) return;
-  TESSEL_TRACE(2, "kalStore::KalConfig::~KalConfig", Cid{m_callId} << This{this});
-  DropHandlers();
+bool KalConfig::End() noexcept {
+  if (!std::exchange(m_hasEnded, true)) {
+    TESSEL_TRACE(2, "kalStore::KalConfig::~KalConfig", Cid{m_callId} << This{this});
+  }
+  const bool hadHandlers = DropHandlers();
   // Nothing is written for that: what follows a value keeps the last one.
   if (m_live.load(std::memory_order_relaxed) != nullptr) LiveRegistration::ForgetStore(*this);
+  return hadHandlers;
 }
 
 std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,

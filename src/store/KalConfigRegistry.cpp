@@ -42,9 +42,12 @@ void DropAll(EndedStores& ended) TESSEL_LOCKING(requires_capability(g_storesMute
     if (JournalIsOn()) {
       for (const auto& [callId, entry] : doomed) WriteStore(JournalKind::kStoreEnded, callId, 0);
     }
-    for (const auto& [callId, entry] : doomed) entry.store->DropHandlers();
-    for (auto at = doomed.rbegin(); at != doomed.rend(); ++at) at->second.store->End();
     ended.merge(doomed);
+    for (const auto& [callId, entry] : ended) entry.store->DropHandlers();
+    // What ends with one of them may have subscribed in another that has ended: until none had anything.
+    const auto endsSomething = [](const auto& entry) { return entry.second.store->End(); };
+    while (std::count_if(ended.rbegin(), ended.rend(), endsSomething) > 0) {
+    }
   }
 }
 

@@ -203,14 +203,14 @@ void KalConfig::withdraw(const ConfigEventHandler::Ptr& handlerPtr, const void* 
   unsubscribeConfig(handlerPtr->m_group, handlerPtr->m_strName.c_str(), handlerPtr, caller);
 }
 
-void KalConfig::DropHandlers() {
+bool KalConfig::DropHandlers() {
   // What callbacks captured may call in when it ends, and may own other subscriptions of this store. So every
   // handler is out of the maps before the first is emptied, and what is registered meanwhile goes as well.
-  for (;;) {
+  for (bool hadHandlers = false;; hadHandlers = true) {
     decltype(m_mapIDs)::Map ids;  // Has every handler: none ends with the lists, under a lock.
     decltype(m_mapIDs)::Locked(m_mapIDs)->swap(ids);
     for (ObserverMgr& observers : m_observerMgrs) ObserverMgr::Locked(observers)->clear();
-    if (ids.empty()) return;
+    if (ids.empty()) return hadHandlers;
     m_TotalObservers.fetch_sub(static_cast<std::uint32_t>(ids.size()), std::memory_order_relaxed);
     for (const auto& [id, handler] : ids) handler->m_bRegistered.store(false, std::memory_order_relaxed);
     if (JournalIsOn()) {

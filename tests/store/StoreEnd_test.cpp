@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // A store that ends while its callbacks, or what they captured, still use it.
 
+#include <array>
 #include <cstddef>
 #include <cstring>
+#include <list>
 #include <new>
 
 #include "StoreFixture.h"
 #include "tessel/KalConfigHelper.h"
 #include "tessel/KalConfigRegistry.h"
+#include "tessel/LiveConfig.h"
 #include "tessel/Subscription.h"
 
 namespace kalStore {
@@ -228,6 +231,55 @@ TEST(StoreEnd, OfEveryCallTakesStoresAlongThatItsCallbacksCreate) {
   DestroyKalConfig();
   EXPECT_EQ(0U, GetKalConfigSizeForUT());
 }
+
+/// Three calls with a value each. What a callback of one holds uses all of them when it ends, and subscribes
+/// with another one what does the same.
+class StoreEndOfThree : public ::testing::TestWithParam<int> {
+ protected:
+  StoreEndOfThree() {
+    DestroyKalConfig();
+    for (std::size_t i = 0; i < m_stores.size(); ++i) {
+      CreateKalConfig(static_cast<std::uint32_t>(i), &m_stores[i]);
+      m_stores[i]->SetKalConfig(kAudio, "value", kValue, false, false);
+    }
+  }
+
+  void Hold(int endsLeft, const std::function<void(IKalConfig&)>& use) {
+    const auto at = static_cast<std::size_t>(endsLeft * GetParam()) % m_stores.size();
+    m_stores[at]->SubscribeConfig(kAudio, "name", Holding(AtEnd([this, endsLeft, use] {
+                                    ++m_ends;
+                                    for (IKalConfig* store : m_stores) use(*store);
+                                    if (endsLeft > 1) Hold(endsLeft - 1, use);
+                                  })),
+                                  nullptr, false);
+  }
+
+  static constexpr int kEnds = 20;
+  static constexpr int kValue = 15;
+  std::array<IKalConfig*, 3> m_stores{};
+  int m_ends = 0;
+};
+
+TEST_P(StoreEndOfThree, AnswersWhatEndsHoweverLateAndWhereverItWasHeld) {
+  Hold(kEnds, [](IKalConfig& store) {
+    ConfigData value;
+    EXPECT_EQ(kResultOk, store.GetKalConfig(kAudio, "value", value));
+    EXPECT_EQ(kValue, value.ToInt());
+  });
+  DestroyKalConfig();
+  EXPECT_EQ(kEnds, m_ends);
+}
+
+TEST_P(StoreEndOfThree, LeavesNoLiveValueThatStillFollowsAStore) {
+  constexpr ConfigKey<int> kKey{kAudio, "value", 0};
+  std::list<LiveConfig<int>> made;
+  Hold(kEnds, [&](IKalConfig& store) { made.emplace_back(store, kKey); });
+  DestroyKalConfig();
+  EXPECT_EQ(3U * kEnds, made.size());
+  for (const LiveConfig<int>& live : made) EXPECT_EQ(kValue, live.Get());
+}
+
+INSTANTIATE_TEST_SUITE_P(UpAndDown, StoreEndOfThree, ::testing::Values(1, 2));
 
 [[noreturn]] void ExitWithCallsThatHoldEachOther() {
   static int ends = 0;

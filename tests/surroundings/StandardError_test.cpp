@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <array>
+#include <climits>
 #include <csignal>
+#include <cstddef>
 #include <string>
 #include <thread>
 
@@ -52,12 +54,14 @@ class ErrorPipe {
   std::string Read() const {
     fcntl(m_ends[0], F_SETFL, O_NONBLOCK);
     std::string text;
-    std::array<char, 4096> part{};
-    for (;;) {
-      const ssize_t size = read(m_ends[0], part.data(), part.size());
-      if (size <= 0) return text;
-      text.append(part.data(), static_cast<std::size_t>(size));
-    }
+    for (std::string part = ReadPart(); !part.empty(); part = ReadPart()) text += part;
+    return text;
+  }
+  /// At most PIPE_BUF bytes of it. A full pipe takes as many then.
+  std::string ReadPart() const {
+    std::array<char, PIPE_BUF> part{};
+    const ssize_t size = read(m_ends[0], part.data(), part.size());
+    return {part.data(), size > 0 ? static_cast<std::size_t>(size) : 0};
   }
 
  private:
@@ -116,6 +120,37 @@ TEST(StandardError, ThatNobodyReadsLosesLinesAndSaysHowMany) {
             "[UTIL 0] 17 lines lost: nobody read standard error\n"
             "[UTIL 0] somebody sees it\n"
             "[UTIL 0] and this\n");
+}
+
+TEST(StandardError, ThatNobodyReadsCutsALongLineOff) {
+  const ErrorPipe pipe;
+  pipe.Fill();
+  pipe.ReadPart();
+  TraceText(std::string(2 * std::size_t{PIPE_BUF}, 'a'));
+  TraceText("nobody sees it");
+  const std::string text = pipe.Read();
+  const std::string start = "[UTIL 0] ";
+  EXPECT_EQ(text.substr(text.find('[')), start + std::string(PIPE_BUF - start.size(), 'a'));
+  TraceText("somebody sees it");
+  TraceText("and this");
+  EXPECT_EQ(pipe.Read(),
+            "\n[UTIL 0] 2 lines lost: nobody read standard error\n"
+            "[UTIL 0] somebody sees it\n"
+            "[UTIL 0] and this\n");
+}
+
+TEST(StandardError, HasALineAsAWholeThatIsLongerThanThePipe) {
+  const ErrorPipe pipe;
+  const std::string line(std::size_t{64} * PIPE_BUF + 1, 'a');
+  std::string text;
+  std::thread reader([&] {
+    while (text.find('\n') == std::string::npos) text += pipe.ReadPart();
+  });
+  TraceText(line);
+  reader.join();
+  EXPECT_EQ(text, "[UTIL 0] " + line + '\n');
+  TraceText("next");
+  EXPECT_EQ(pipe.Read(), "[UTIL 0] next\n");
 }
 
 TEST(StandardError, ThatNobodyReadsDoesNotHoldTheRegistryForEver) {
