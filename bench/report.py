@@ -102,7 +102,7 @@ def text_table(head, rows, left):
 
 def markdown_table(head, rows, left):
     rule = ["---" if column < left else "--:" for column in range(len(head))]
-    return "\n".join("| " + " | ".join(row) + " |" for row in [head, rule, *rows])
+    return "\n".join("| " + " | ".join(cell.replace("|", "\\|") for cell in row) + " |" for row in [head, rule, *rows])
 
 
 def console(results, is_whole):

@@ -155,11 +155,7 @@ def table(name, kept):
 
 def survivors_table(survivors):
     """The places whose change no test finds, with the reasons."""
-    def code(text):
-        return f"`{text}`".replace("|", "\\|")
-
-    rows = [(f"`{Path(one['file']).name}`", f"{code(one['was'])} to {code(one['becomes'])}", one["why"])
-            for one in survivors]
+    rows = [(f"`{Path(one['file']).name}`", f"`{one['was']}` to `{one['becomes']}`", one["why"]) for one in survivors]
     return report.markdown_table(("place", "change", "why no test fails"), rows, left=3)
 
 

@@ -269,6 +269,11 @@ class Runs(unittest.TestCase):
         self.assertEqual(report.time_rows(runs, "values"),
                          (("", "libtessel", "at"), [("Read names:100", "10 ns", "b")]))
 
+    def test_a_filter_with_a_bar_stays_in_its_cell(self):
+        runs = [run("a")]
+        runs[0]["run"]["how"] = "`a|b`"
+        self.assertIn(r"| `a\|b` |", report.block("runs", None, runs))
+
     def test_one_that_no_table_shows_any_more_is_not_kept(self):
         old = run("a", values=read_times(30, 20), trace={"Disabled<Tessel>": {"ns": 1}})
         new = run("b", values=read_times(40, 20))
