@@ -1,9 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 """A headless Chromium that shows a page, and what a test asks of it."""
 
+import contextlib
 import json
 import os
+import re
 import shutil
+import subprocess
 import sys
 import time
 
@@ -22,10 +25,33 @@ def skip_unless_there(test):
         sys.exit(0)
 
 
+def start_driver(stack):
+    """Starts the browser's driver until the stack ends, and returns its address. It takes a free port itself: one that
+    was looked up before might be taken meanwhile, by another run of the tests. Its start may take any time.
+    """
+    driver = stack.enter_context(
+        subprocess.Popen(
+            [shutil.which("chromedriver"), "--port=0"],
+            # It takes the name of a file only if the locale can write it.
+            env=os.environ | {"LC_ALL": "C.UTF-8"},
+            stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL,
+            text=True,
+        )
+    )
+    stack.callback(driver.terminate)
+    for line in driver.stdout:
+        if started := re.search(r"started successfully on port (\d+)", line):
+            return f"http://127.0.0.1:{started[1]}"
+    raise AssertionError("chromedriver does not start")
+
+
 class Browser:
     def __init__(self):
-        from selenium import webdriver  # pylint: disable=import-outside-toplevel
-        from selenium.webdriver.chrome.service import Service  # pylint: disable=import-outside-toplevel
+        # pylint: disable=import-outside-toplevel
+        from selenium import webdriver
+        from selenium.webdriver.chromium.remote_connection import ChromiumRemoteConnection
+        from selenium.webdriver.remote.file_detector import UselessFileDetector
 
         options = webdriver.ChromeOptions()
         options.binary_location = shutil.which("chromium")
@@ -40,9 +66,12 @@ class Browser:
         ):
             options.add_argument(argument)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-        # It takes the name of a file only if the locale can write it.
-        service = Service(shutil.which("chromedriver"), env=os.environ | {"LC_ALL": "C.UTF-8"})
-        self.driver = webdriver.Chrome(service=service, options=options)
+        with contextlib.ExitStack() as stack:
+            connection = ChromiumRemoteConnection(start_driver(stack), "goog", "chrome")
+            # The driver is on this machine: files are not sent to it.
+            remote = webdriver.Remote(connection, options=options, file_detector=UselessFileDetector())
+            self.driver = stack.enter_context(remote)
+            self.stack = stack.pop_all()
         self.driver.set_page_load_timeout(LONGEST_WAIT)
         self.driver.set_script_timeout(LONGEST_WAIT)
         self.resize(1280, 1000)
@@ -52,10 +81,10 @@ class Browser:
         return self
 
     def __exit__(self, *_):
-        self.driver.quit()
+        self.stack.close()
 
     def command(self, name, **parameters):
-        return self.driver.execute_cdp_cmd(name, parameters)
+        return self.driver.execute("executeCdpCommand", {"cmd": name, "params": parameters})["value"]
 
     def resize(self, width, height, is_phone=False):
         self.command(
