@@ -4,6 +4,7 @@
 import collections
 import json
 import os
+import pathlib
 import re
 import resource
 import shutil
@@ -61,6 +62,11 @@ def command(arguments):
     return done.stdout
 
 
+def sources_in(file):
+    """What is compiled with a file: several sources where they are compiled together."""
+    return re.findall('#include "(.*)"', file.read_text()) if file.parent.name == "Unity" else [file]
+
+
 class Suite:
     """One build of the copy. `programs` is a pattern of targets; `arguments` are those of each run of a program."""
 
@@ -78,7 +84,8 @@ class Suite:
         for compiled in json.loads((objects / "compile_commands.json").read_text()):
             output = objects / re.search(r" -o (\S+)", compiled["command"]).group(1)
             if output.exists():
-                self.object_files[os.path.realpath(compiled["file"])].append(output)
+                for source in sources_in(pathlib.Path(compiled["file"])):
+                    self.object_files[os.path.realpath(source)].append(output)
         self.allowed = {}
 
     def time_programs(self):

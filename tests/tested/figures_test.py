@@ -37,6 +37,16 @@ CLAIMS = [
 PRESETS = [(RELIABILITY, "## Sanitizers: `./dev check`", "check"),
            (RELIABILITY, "## Other processors: `./dev cross", "cross"),
            (RELIABILITY, "## Other compilers and flags: `./dev compilers", "compilers")]
+# What the README says in words, the goal that it is about, and the ratios for which it is true.
+IN_WORDS = [
+    ("A read takes a fifth longer than a look-up in a `std::map` under a mutex",
+     ("read, 100 names", "ordered map + recursive mutex"), 1.15, 1.25),
+    ("notifying one subscriber takes no longer than an emission of Boost.Signals2",
+     ("notifying 1 direct subscriber", "Boost.Signals2 emission to 1"), 0, 1.0),
+    ("notifying eight a fifth longer", ("notifying 8 direct subscribers", "Boost.Signals2 emission to 8"), 1.15, 1.25),
+    ("posting an event to a thread takes a quarter of the time of Boost.Asio",
+     ("post 10,000 events, one CPU", "Boost.Asio post to one thread"), 0.2, 0.3),
+]
 NOT_OURS = {"basic_string.h", "stl_construct.h", "twitter.json", "citm_catalog.json", "canada.json"}
 
 
@@ -78,6 +88,13 @@ class Pages(unittest.TestCase):
             self.assertTrue(claimed, f"{page} no longer says {claim}")
             self.assertTrue(found, f"{file} no longer has {place}")
             self.assertEqual(number(claimed[1]), number(found[1]), f"{page}: {claimed[0]}; {file}: {found[0]}")
+
+    def test_say_in_words_what_the_kept_runs_have(self):
+        ratios = {row[:2]: float(row[4]) for row in report.goal_rows(report.kept_runs())}
+        readme = " ".join(text_of("README.md").split())
+        for words, goal, least, most in IN_WORDS:
+            self.assertIn(words, readme)
+            self.assertTrue(least <= ratios[goal] <= most, f"{words}: {ratios[goal]}")
 
     def test_name_the_presets_that_commands_run(self):
         for page, heading, function in PRESETS:
