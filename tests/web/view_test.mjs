@@ -200,7 +200,8 @@ test("Rows of one result are sorted by how long those who heard of them took", (
   for (const [number, took] of tookOf) {
     recording.take({ type: "set", t: number, number, call: 7, group: "Video", name: "A", result: "told", told: 1 });
     if (took === undefined) continue;
-    recording.take({ type: "deliver", t: number, cause: number, call: 7, id: 3, way: "direct", wait_us: took, run_us: 1 });
+    const deliver = { type: "deliver", cause: number, call: 7, id: 3, way: "direct", wait_us: took, run_us: 1 };
+    recording.take({ ...deliver, t: number });
   }
   recording.take({ type: "set", t: 5, number: 5, call: 7, group: "Video", name: "A", result: "nobody" });
   const order = (sort) => sortRows(all(recording), sort).map(({ change }) => change.number);
