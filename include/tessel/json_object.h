@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "tessel/export.h"
+#include "tessel/json_node_allocator.h"
 #include "tessel/json_value.h"
 
 namespace json {
@@ -28,7 +29,8 @@ namespace json {
 class TESSEL_API Object {
  public:
   /// What holds the members.
-  using Map = std::map<std::string, Value, std::less<>>;
+  using Map =
+      std::map<std::string, Value, std::less<>, detail::NodeAllocator<std::pair<const std::string, Value>>>;
   using key_type = Map::key_type;              ///< any bytes
   using mapped_type = Map::mapped_type;        ///< a member's value
   using value_type = Map::value_type;          ///< a member

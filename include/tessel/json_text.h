@@ -68,6 +68,9 @@ TESSEL_API std::string SerializeArray(const Array& array);
 /// A number with a point or exponent is a double. Any other is, by its value, an int, else an unsigned int,
 /// else a 64-bit int, else a double; beyond 2^53 it has the precision of a double. Too large a number is an
 /// infinity, too small a one zero. The same in every locale.
+///
+/// Neighbours in the document share memory: an object or a member that is moved out of it keeps up to 4 kB. A
+/// copy has memory of its own.
 /// @param text  one document, white space around it allowed
 /// @return The value; null when the text is malformed.
 TESSEL_API Value Deserialize(const std::string& text);

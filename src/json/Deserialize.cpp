@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "json/EventReader.h"
+#include "json/NodeBlocks.h"
 #include "json/NumberText.h"
 #include "json/TextPlace.h"
 #include "tessel/json_text.h"
@@ -98,9 +99,18 @@ class TreeBuilder {
     json::Value& place = next();
     const double number = DoubleOf(token);
     place.mValueType = token.isInteger ? IntegerType(number) : json::DoubleVal;
+    place.mDoubleVal = number;
+    using Int = std::numeric_limits<int>;
+    if (number > Int::min() &&
+        number < Int::max()) {  // Most often: nothing but the sign can be out of range.
+      place.mIntVal = static_cast<int>(number);
+      place.mFloatVal = static_cast<float>(number);
+      place.mUnsignedIntVal = static_cast<unsigned int>(std::max(place.mIntVal, 0));
+      place.mInt64Val = place.mIntVal;
+      return;
+    }
     place.mIntVal = Saturated<int>(number);
     place.mFloatVal = SaturatedFloat(number);
-    place.mDoubleVal = number;
     place.mUnsignedIntVal = Saturated<unsigned int>(number);
     place.mInt64Val = Saturated<std::int64_t>(number);
   }
@@ -127,6 +137,7 @@ class TreeBuilder {
     return m_open.back().array ? m_elements.emplace_back() : *m_member;
   }
 
+  const NodeBlocks m_blocks;
   json::Value m_document;
   std::vector<Open> m_open;
   json::Value* m_member = nullptr;      // Of the innermost object, the one whose key came last.

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "json/NodeBlocks.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "tessel/json_node_allocator.h"
+
+// In a process without AddressSanitizer they are null. With it, it finds uses of a node that was freed.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+extern "C" {
+[[gnu::weak]] void __asan_poison_memory_region(void const volatile* begin, std::size_t size);
+[[gnu::weak]] void __asan_unpoison_memory_region(void const volatile* begin, std::size_t size);
+}
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+
+namespace kalStore::internal {
+
+namespace {
+
+// What operator new returns lies at a multiple of 16, and a node in a block 8 behind one: so they differ. The 8
+// bytes before a node point to its block. Where operator new promises less than 16, there are no blocks.
+constexpr std::size_t kStep = 16;
+constexpr std::size_t kMaxBlock = 4080;  // A page, with what the C library adds.
+constexpr bool kHasBlocks = __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= kStep && sizeof(void*) == 8;
+
+// At a fixed distance from the thread's pointer: read for each node, without a call that looks it up.
+[[gnu::tls_model("initial-exec")]] constinit thread_local NodeBlocks* t_innermost = nullptr;
+
+// Of a block that nodes are still cut out of: more than it can ever have, so that it is not freed meanwhile.
+constexpr std::size_t kOpen = std::numeric_limits<std::size_t>::max() / 2;
+
+}  // namespace
+
+struct alignas(kStep) NodeBlocks::Block {
+  explicit Block(std::size_t bytes) : size(bytes) {}
+
+  // Nodes are freed on any thread. Each release comes after that thread's last use of the node (release), and
+  // the block is freed after all of them (acquire).
+  void Drop(std::size_t count) noexcept {
+    if (nodes.fetch_sub(count, std::memory_order_acq_rel) != count) return;
+    const std::size_t bytes = size;
+    if (__asan_unpoison_memory_region) __asan_unpoison_memory_region(this, bytes);
+    ::operator delete(static_cast<void*>(this));
+  }
+
+  std::atomic<std::size_t> nodes{kOpen};
+  const std::size_t size;
+};
+
+NodeBlocks::NodeBlocks() noexcept : m_outer(std::exchange(t_innermost, this)) {}
+
+NodeBlocks::~NodeBlocks() {
+  close();
+  t_innermost = m_outer;
+}
+
+void* NodeBlocks::Take(std::size_t size) {
+  return kHasBlocks && t_innermost ? t_innermost->cut(size) : nullptr;
+}
+
+bool NodeBlocks::Has(const void* node) noexcept {
+  return kHasBlocks && reinterpret_cast<std::uintptr_t>(node) % kStep != 0;
+}
+
+void NodeBlocks::Release(void* node, std::size_t size) noexcept {
+  Block* const block = static_cast<Block**>(node)[-1];
+  if (__asan_poison_memory_region) __asan_poison_memory_region(node, size);
+  block->Drop(1);
+}
+
+void* NodeBlocks::cut(std::size_t size) {
+  const std::size_t taken = (sizeof(Block*) + size + kStep - 1) / kStep * kStep;
+  if (static_cast<std::size_t>(m_end - m_next) < taken) {
+    if (taken + sizeof(Block) > kMaxBlock) return nullptr;
+    const std::size_t bytes = std::max(std::min(2 * m_size, kMaxBlock), taken + sizeof(Block));
+    void* const memory = ::operator new(bytes);
+    close();
+    m_block = new (memory) Block(bytes);
+    m_size = bytes;
+    m_next = static_cast<std::byte*>(memory) + sizeof(Block);
+    m_end = static_cast<std::byte*>(memory) + bytes;
+  }
+  Block** const place = reinterpret_cast<Block**>(m_next);
+  *place = m_block;
+  m_next += taken;
+  ++m_count;
+  return place + 1;
+}
+
+void NodeBlocks::close() noexcept {
+  if (m_block) std::exchange(m_block, nullptr)->Drop(kOpen - std::exchange(m_count, 0));
+}
+
+}  // namespace kalStore::internal
+
+namespace json::detail {
+
+using kalStore::internal::NodeBlocks;
+
+void* AllocateNode(std::size_t size) {
+  void* const node = NodeBlocks::Take(size);
+  return node ? node : ::operator new(size);
+}
+
+void FreeNode(void* node, std::size_t size) noexcept {
+  if (NodeBlocks::Has(node)) {
+    NodeBlocks::Release(node, size);
+  } else {
+    ::operator delete(node);
+  }
+}
+
+}  // namespace json::detail

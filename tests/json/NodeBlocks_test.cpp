@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "support/AllocationCount.h"
+#include "tessel/json.h"
+
+namespace {
+
+std::string ObjectOf(int members) {
+  std::string text = "{";
+  for (int i = 0; i < members; ++i)
+    text += "\"k" + std::to_string(i) + "\":{\"inner\":" + std::to_string(i) + "},";
+  text.back() = '}';
+  return text;
+}
+
+TEST(NodeBlocks, AParsedDocumentTakesFewAllocations) {
+  const std::string text = ObjectOf(1000);  // 2000 members, in 1001 objects
+  const AllocationCount count;
+  const json::Value document = json::Deserialize(text);
+  EXPECT_LT(count.Count(), sizeof(void*) == 8 ? 150U : 3100U);
+  EXPECT_EQ(document.size(), 1000U);
+}
+
+TEST(NodeBlocks, AllIsFreedWithTheDocument) {
+  const std::string text = ObjectOf(1000);
+  const long before = LiveAllocations();
+  json::Deserialize(text);
+  EXPECT_EQ(LiveAllocations(), before);
+}
+
+TEST(NodeBlocks, APartThatIsTakenOutOutlivesItsDocument) {
+  const std::string text = ObjectOf(100);
+  const long before = LiveAllocations();
+  {
+    json::Object part;
+    {
+      json::Value document = json::Deserialize(text);
+      part = std::move(document["k42"].ToObject());
+      part["another"] = std::move(document["k7"]);
+      part.Erase("nothing");
+      document.ToObject().Erase("k42");
+    }
+    EXPECT_EQ(json::Serialize(part), R"({"another":{"inner":7},"inner":42})");
+    EXPECT_EQ(part.Erase("inner"), 1U);
+    part["inner"] = "by hand";
+    EXPECT_EQ(json::Serialize(part), R"({"another":{"inner":7},"inner":"by hand"})");
+  }
+  EXPECT_EQ(LiveAllocations(), before);
+}
+
+TEST(NodeBlocks, PartsAreFreedOnAnyThread) {
+  const std::string text = ObjectOf(400);
+  const long before = LiveAllocations();
+  {
+    json::Value document = json::Deserialize(text);
+    std::vector<json::Object> parts(4);
+    for (int i = 0; i < 400; ++i) {
+      const std::string key = "k" + std::to_string(i);
+      parts[i % 4][key] = std::move(document[key]);
+    }
+    std::vector<std::thread> threads;
+    for (json::Object& part : parts)
+      threads.emplace_back([taken = std::move(part)]() mutable { taken.Clear(); });
+    document.Clear();
+    for (std::thread& thread : threads) thread.join();
+  }
+  EXPECT_EQ(LiveAllocations(), before);
+}
+
+TEST(NodeBlocks, WhatAReadGivesUpIsFreed) {
+  const std::string cut = ObjectOf(100).substr(0, 1000);
+  const long before = LiveAllocations();
+  EXPECT_EQ(json::Deserialize(cut).GetType(), json::NullVal);
+  EXPECT_EQ(json::Serialize(json::Deserialize(R"({"a":{"b":{"c":1}},"a":[{"d":1}],"a":{"e":2}})")),
+            R"({"a":{"e":2}})");
+  EXPECT_EQ(LiveAllocations(), before);
+}
+
+TEST(NodeBlocks, AValueMadeByHandIsAllocatedByItself) {
+  json::Value document = json::Deserialize(R"({"a":1})");
+  const long before = LiveAllocations();
+  const AllocationCount count;
+  document["b"] = 1;
+  EXPECT_EQ(count.Count(), 1U);
+  EXPECT_EQ(document.ToObject().Erase("b"), 1U);
+  EXPECT_EQ(LiveAllocations(), before);
+}
+
+TEST(NodeBlocks, ACopyKeepsNothingOfWhatWasParsed) {
+  const std::string text = ObjectOf(100);
+  const long before = LiveAllocations();
+  json::Value document = json::Deserialize(text);
+  const json::Value copy = document["k1"];
+  document.Clear();
+  EXPECT_EQ(LiveAllocations() - before, 2);  // an object and its member
+  EXPECT_EQ(json::Serialize(copy), R"({"inner":1})");
+}
+
+TEST(NodeBlocks, AReadInsideAnAllocationOfAnotherOneHasItsOwn) {
+  const std::string text = ObjectOf(100);
+  const std::string expected = json::Serialize(json::Deserialize(text));
+  const long before = LiveAllocations();
+  {
+    json::Value inner;
+    json::Value outer;
+    {
+      const AtAllocation place(2000, [&] { inner = json::Deserialize(text); });
+      outer = json::Deserialize(text);
+      EXPECT_TRUE(place.Fired());
+    }
+    EXPECT_EQ(json::Serialize(outer), expected);
+    outer.Clear();
+    EXPECT_EQ(json::Serialize(inner), expected);
+  }
+  EXPECT_EQ(LiveAllocations(), before);
+}
+
+}  // namespace
