@@ -137,12 +137,12 @@ def record(root, name, commit, seconds, command, output):
 
 def with_rows(kept, rows):
     """The kept rows with new ones in the place of those that they are about."""
-    for row in rows:
-        key = FIGURES[row["figure"]].key
-        kept = [one for one in kept if one["figure"] != row["figure"] or one in rows or
-                (key and any(one[name] != row[name] for name in key))]
-        kept.append(row)
-    return sorted(kept, key=lambda row: list(FIGURES).index(row["figure"]))
+    def about(row):
+        return [row["figure"], *(row[name] for name in FIGURES[row["figure"]].key)]
+
+    new = [about(row) for row in rows]
+    return sorted([*(row for row in kept if about(row) not in new), *rows],
+                  key=lambda row: list(FIGURES).index(row["figure"]))
 
 
 def table(name, kept):

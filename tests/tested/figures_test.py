@@ -226,6 +226,12 @@ class Tree(unittest.TestCase):
         self.record("model", MODEL.replace("3 scenarios", "4 scenarios"))
         self.assertEqual([row[0] for row in self.rows("model")], ["4"])
 
+    def test_the_same_run_again_is_the_same_row(self):
+        for _ in range(2):
+            self.record("simulations", "model: simulations 1 to 1000, none failed\n")
+            self.record("page", PAGE)
+        self.assertEqual([len(self.rows("simulations")), len(self.rows("page"))], [1, 3])
+
     def test_other_numbers_of_simulations_are_other_rows(self):
         self.record("simulations", "model: simulations 1 to 1000, none failed\n")
         self.record("simulations", "model: simulations 1001 to 5000, none failed\n")
