@@ -22,7 +22,7 @@ namespace kalStore::internal {
 
 namespace {
 
-// What operator new returns lies at a multiple of 16, and a node in a block 8 behind one: so they differ. The 8
+// What operator new returns lies at a multiple of 16, a node in a block 8 behind one: so they differ. The 8
 // bytes before a node point to its block. Where operator new promises less than 16, there are no blocks.
 constexpr std::size_t kStep = 16;
 constexpr std::size_t kMaxBlock = 4080;  // A page, with what the C library adds.

@@ -5,9 +5,9 @@
 
 namespace kalStore::internal {
 
-/// Gives a document that is being parsed its nodes: while it lives, json::detail::AllocateNode() cuts them out
-/// of blocks on its thread, one after the other. A block is freed with its last node. That costs less than an
-/// allocation for each node, which is larger than what the C library keeps apart.
+/// Gives a document that is being parsed its nodes: while it lives, json::detail::AllocateNode() on its
+/// thread cuts them out of blocks, one after the other. A block is freed with its last node. That costs less
+/// than an allocation for each node, which is larger than what the C library keeps apart.
 ///
 /// Nodes know their block: where an object or a part of one is moved to, on which thread and in which order
 /// nodes are freed, does not matter. One node that stays keeps its whole block, up to 4 kB.
