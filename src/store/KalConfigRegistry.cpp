@@ -42,12 +42,9 @@ void DropAll(EndedStores& ended) TESSEL_LOCKING(requires_capability(g_storesMute
     if (JournalIsOn()) {
       for (const auto& [callId, entry] : doomed) WriteStore(JournalKind::kStoreEnded, callId, 0);
     }
+    for (const auto& [callId, entry] : doomed) entry.store->DropHandlers();
+    for (auto at = doomed.rbegin(); at != doomed.rend(); ++at) at->second.store->End();
     ended.merge(doomed);
-    for (const auto& [callId, entry] : ended) entry.store->DropHandlers();
-    // What ends with one of them may have subscribed in another that has ended: until none had anything.
-    const auto endsSomething = [](const auto& entry) { return entry.second.store->End(); };
-    while (std::count_if(ended.rbegin(), ended.rend(), endsSomething) > 0) {
-    }
   }
 }
 
@@ -202,7 +199,12 @@ void DestroyKalConfig() {
     at = stores.upper_bound(callId);
   }
   const CallerScope caller(__builtin_return_address(0));
-  DropAll(ended);
+  // What ends with one store may have subscribed in another that had ended: until none has anything, since all
+  // of them are freed then. At exit none is, and threads that still run may subscribe for ever.
+  const auto endsSomething = [](const auto& entry) { return entry.second.store->End(); };
+  do {
+    DropAll(ended);
+  } while (std::count_if(ended.rbegin(), ended.rend(), endsSomething) > 0);
 }
 
 std::uint32_t GetKalConfigSizeForUT() {

@@ -290,6 +290,25 @@ INSTANTIATE_TEST_SUITE_P(UpAndDown, StoreEndOfThree, ::testing::Values(1, 2));
   std::exit(0);
 }
 
+/// Subscribes with the other call when it ends with one, and so on for ever.
+void HoldForEver(std::uint32_t callId, std::array<IKalConfig*, 2>& stores) {
+  stores[callId]->SubscribeConfig(
+      kAudio, "name", Holding(AtEnd([callId, &stores] { HoldForEver(1 - callId, stores); })), nullptr, false);
+}
+
+[[noreturn]] void ExitWithWhatSubscribesForEver() {
+  static std::array<IKalConfig*, 2> stores{};
+  CreateKalConfig(0, &stores[0]);
+  CreateKalConfig(1, &stores[1]);
+  HoldForEver(0, stores);
+  std::exit(0);
+}
+
+TEST(StoreEndDeathTest, AtExitLeavesWhatSubscribesInAStoreThatHasEnded) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(ExitWithWhatSubscribesForEver(), ::testing::ExitedWithCode(0), "");
+}
+
 TEST(StoreEndDeathTest, AtExitEndsFacadesThatCallbacksOwn) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(ExitWithCallsThatHoldEachOther(), ::testing::ExitedWithCode(0), "ended");
