@@ -31,6 +31,10 @@ CLAIMS = [
     (PERFORMANCE, r"over (\d+) % less asks", "bench/instructions/count.py", r'"--within".*default=(\d+)'),
     (PERFORMANCE, r"`tessel simulate --calls (\d+)`", "bench/recording.py", r'CALLS = "(\d+)"'),
     (PERFORMANCE, r"over an hour of (\d+) calls", "bench/report_page.py", r"CALLS, .* = (\d+),"),
+    (PERFORMANCE, r"a part of (\S+) events", "tools/report/EventColumns.cpp", r"kMostEvents = (\d+);"),
+    (PERFORMANCE, r"Its tables draw (\d+) rows", "web/changesView.js", r"PAGE_ROWS = (\d+);"),
+    (PERFORMANCE, r"times each of (\S+) reads", "bench/live_bench.cpp", r"kReads = (\S+);"),
+    (PERFORMANCE, r"`Post` hands over (\S+) events", "bench/thread_bench.cpp", r"kBatch = (\S+);"),
     (PERFORMANCE, r"million events and (\S+) lines", "bench/report_page.py", r"CALLS, .* = \d+, \d+, (\S+)\n"),
 ]
 # (page, the section that begins so, function of ./dev): the section names all presets of the function, and no other.
