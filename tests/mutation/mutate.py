@@ -6,7 +6,7 @@ A mutant is one changed operator, constant or condition, one statement or lock l
 swapped, or the order of one atomic operation weakened. Each is built in a copy of the tree and tried with the tests, of
 its own folder first, then with the model checker, then with the tests under ThreadSanitizer; what threads share, with
 the model checker first. It is killed when a program fails, crashes or takes five times as long as usual. Mutants that
-do not compile do not count. Survivors with their reasons are in survivors.json.
+do not compile, or are in no program of the suites, do not count. Survivors with their reasons are in survivors.json.
 """
 import argparse
 import difflib
@@ -18,7 +18,7 @@ import sys
 import time
 
 import places
-from suites import SUITES
+from suites import SUITES, UNSEEN
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SURVIVORS = "tests/mutation/survivors.json"
@@ -65,13 +65,17 @@ def difference(mutant, code):
 
 
 def try_out(mutant, code, suites):
-    """What killed the mutant: "" when nothing did, None when it does not compile."""
+    """What killed the mutant: "" when nothing did, None when it does not compile or no suite has it."""
     folder = mutant.file.split("/")[1 if mutant.file.startswith("src/") else 0]
+    is_seen = False
     for suite in sorted(suites, key=lambda suite: suite.name != "model") if mutant.kind in SHARED_KINDS else suites:
         outcome = suite.try_out(mutant.file, places.changed(mutant, code), folder)
+        if outcome == UNSEEN:
+            continue
         if outcome is None or outcome:
             return outcome
-    return ""
+        is_seen = True
+    return "" if is_seen else None
 
 
 def reason(mutant, code, survivors):

@@ -11,6 +11,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True  # The sources stay as they are.
 import mutate  # pylint: disable=wrong-import-position
 import places  # pylint: disable=wrong-import-position
+from suites import UNSEEN  # pylint: disable=wrong-import-position
 
 
 class CopyTree(unittest.TestCase):
@@ -76,6 +77,11 @@ class Mutants(unittest.TestCase):
         self.assertEqual(self.try_out("number", tests="", model="found", tsan=""), ("found", ["tests", "model"]))
         self.assertEqual(self.try_out("number", tests="", model="", tsan=""), ("", ["tests", "model", "tsan"]))
         self.assertEqual(self.try_out("number", "tools/A.cpp", tests=None, model=""), (None, ["tests"]))
+
+    def test_that_no_suite_has_are_not_survivors(self):
+        self.assertEqual(self.try_out("order", tests="", model=UNSEEN)[0], "")
+        self.assertEqual(self.try_out("order", tests="found", model=UNSEEN)[0], "found")
+        self.assertIsNone(self.try_out("order", model=UNSEEN)[0])
 
     def test_of_what_threads_share_are_tried_with_the_model_first(self):
         for kind in ("order", "swap"):

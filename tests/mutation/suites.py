@@ -17,6 +17,7 @@ MEMORY_LIMIT = 4 << 30
 JOBS = ["-j", os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count()))]
 # What a program prints first when it has found something: the model checker goes on with its other scenarios.
 FAILED = re.compile(r"FAILED: ")
+UNSEEN = "no program has it"  # An outcome.
 
 
 def run(command, seconds, work, has_limit):
@@ -111,7 +112,8 @@ class Suite:
         return {file: file.stat().st_mtime_ns for file in files if file.exists()}
 
     def try_out(self, file, code, folder):
-        """What found that the file of the copy has this code: "" when nothing did, None when it does not compile."""
+        """What found that the file of the copy has this code: "" when nothing did, UNSEEN when no program has the file
+        in it, None when it does not compile."""
         path = self.tree / file
         before, times, linked = path.read_text(), path.stat(), self.linked()
         kept = [(output, output.with_suffix(".kept")) for output in self.object_files[os.path.realpath(path)]]
@@ -123,8 +125,8 @@ class Suite:
                                    check=False)
             if built.returncode != 0:
                 return None
-            if "Building" not in built.stdout:  # No program has this file in it.
-                return ""
+            if "Building" not in built.stdout:
+                return UNSEEN
             for name in sorted(self.programs, key=lambda name: (not name.startswith(folder), self.allowed[name])):
                 fault = self.run(name, self.allowed[name])
                 if fault:

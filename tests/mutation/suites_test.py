@@ -81,7 +81,7 @@ class TryOut(unittest.TestCase):
     def test_runs_nothing_for_a_file_of_no_program(self):
         self.suite.allowed, allowed = {}, self.suite.allowed  # Without it, none can run.
         self.addCleanup(setattr, self.suite, "allowed", allowed)
-        self.assertEqual(self.try_out("of_no_program.h", "1", "2"), "")
+        self.assertEqual(self.try_out("of_no_program.h", "1", "2"), suites.UNSEEN)
 
     def test_refuses_to_begin_with_programs_that_fail(self):
         self.addCleanup(setattr, self.suite, "paths", self.suite.paths)
