@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 import { markBytes } from "./bytes.js";
-import { faultOf, isObject } from "./check.js";
+import { faultOf, isObject, versionOf } from "./check.js";
+import { isCutOff, isJson } from "./cutOff.js";
 
 const VERSION = 1;
+const LONGEST_LINE = 2 ** 20;
 
 /** Reads a recording as its text arrives. */
 export class Reader {
@@ -20,24 +22,30 @@ export class Reader {
     const end = text.lastIndexOf("\n");
     if (end < 0) {
       this.#rest += text;
-      return;
+    } else {
+      const lines = this.#rest + text.slice(0, end);
+      this.#rest = text.slice(end + 1);
+      this.#readLines(lines);
     }
-    const lines = this.#rest + text.slice(0, end);
-    this.#rest = text.slice(end + 1);
-    this.#readLines(lines);
+    // As much as shows that it is too long.
+    if (this.#rest.length > LONGEST_LINE) this.#rest = this.#rest.slice(0, LONGEST_LINE + 1);
   }
 
   /** There is no more. A last line that is cut off is what a crash leaves, and no damage. */
   finish() {
     const rest = this.#rest;
     this.#rest = "";
-    if (rest && isJson(rest)) this.#readLines(rest);
-    else if (this.#number === 0) this.#refuse("the file is empty");
+    if (rest === "") {
+      if (this.#number === 0) this.#refuse("the file is empty");
+    } else if (this.#number === 0 || isTooLong(rest) || isJson(rest) || !isCutOff(rest)) {
+      this.#readLines(rest);
+    }
   }
 
   #readLines(text) {
     const json = markBytes(text);
-    const events = parseAll(json) ?? json.split("\n");
+    const lines = json.split("\n");
+    const events = lines.some(isTooLong) ? lines : (parseAll(json, lines.length) ?? lines);
     for (const event of events) {
       if (this.#isRefused) return;
       this.#number += 1;
@@ -47,24 +55,24 @@ export class Reader {
   }
 
   #readLine(line) {
+    if (isTooLong(line)) return this.#take(undefined, "the line is longer than 1 MiB");
     let event;
     try {
       event = JSON.parse(line);
     } catch {
-      event = undefined;
+      return this.#take(undefined, "no JSON");
     }
     this.#take(event);
   }
 
-  #take(event) {
-    const fault = faultOf(event);
-    const isBegin = !fault && event.type === "recording" && event.event === undefined;
-    if (this.#number === 1 && !(isBegin && event.version !== undefined)) {
-      this.#refuse("no recording: the first line is not of type “recording”, with a version");
-    } else if (isBegin && event.version !== VERSION) {
-      this.#refuse(`version ${event.version} of the format: only version ${VERSION} can be read`);
+  #take(event, fault = faultOf(event)) {
+    const version = versionOf(event);
+    if (version !== undefined && version !== VERSION) {
+      this.#refuse(`version ${version} of the format: only version ${VERSION} can be read`);
+    } else if (this.#number === 1 && version === undefined) {
+      this.#refuse('no recording: the first line is not of type "recording", with a version');
     } else if (fault) {
-      this.#recording.faults.push({ line: this.#number, reason: event === undefined ? "no JSON" : fault });
+      this.#recording.faults.push({ line: this.#number, reason: fault });
     } else {
       this.#recording.take(event);
     }
@@ -77,20 +85,16 @@ export class Reader {
 }
 
 // Faster than line by line, for lines without a fault. A line may be a part of an object.
-function parseAll(json) {
+function parseAll(json, count) {
   try {
     const events = JSON.parse(`[${json.replaceAll("\n", ",")}]`);
-    return events.length === json.split("\n").length && events.every(isObject) ? events : undefined;
+    return events.length === count && events.every(isObject) ? events : undefined;
   } catch {
     return undefined;
   }
 }
 
-function isJson(text) {
-  try {
-    JSON.parse(text);
-    return true;
-  } catch {
-    return false;
-  }
+// In bytes: a character has three for each unit here at most.
+function isTooLong(line) {
+  return line.length > LONGEST_LINE || (3 * line.length > LONGEST_LINE && new Blob([line]).size > LONGEST_LINE);
 }

@@ -35,7 +35,7 @@ export async function readEmbedded(app, onProgress) {
 export async function readFile(app, file, onProgress) {
   const recording = new Recording(file.name);
   const reader = new Reader(recording);
-  const decoder = new TextDecoder();
+  const decoder = new TextDecoder("utf-8", { ignoreBOM: true }); // A mark is no part of a recording.
   for (let begin = 0; begin < file.size; begin += BLOCK_BYTES) {
     const block = await file.slice(begin, begin + BLOCK_BYTES).arrayBuffer();
     reader.feed(decoder.decode(block, { stream: true }));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the page understands of a recording.
 import assert from "node:assert/strict";
-import { execFileSync } from "node:child_process";
+import { execFileSync, spawnSync } from "node:child_process";
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -178,6 +178,78 @@ test("Members of wrong kinds are damage", () => {
     assert.equal(recording.faults.length, 1, line);
     assert.equal(recording.count, 2, line);
     assert.equal(recording.end, 1, line);
+  }
+});
+
+// What the program says of a recording, as the page would.
+function faultsOfProgram(text) {
+  const folder = mkdtempSync(join(tmpdir(), "page-"));
+  try {
+    writeFileSync(join(folder, "a.tessel"), text);
+    const { stderr } = spawnSync(process.env.TESSEL, ["log", "a.tessel"], { cwd: folder, encoding: "utf8" });
+    const lines = stderr.split("\n").filter((line) => line !== "" && !line.includes("the recording ends within"));
+    return lines.map((line) => {
+      const [, number, reason] = /^a\.tessel:(\d+): (.*)$/.exec(line);
+      return { line: Number(number), reason };
+    });
+  } finally {
+    rmSync(folder, { recursive: true });
+  }
+}
+
+test("A dropped file is as damaged as the program says", (context) => {
+  if (!process.env.TESSEL) return context.skip("TESSEL names no program");
+  const begin = JSON.parse(BEGIN);
+  const wholes = {
+    recording: begin,
+    call: { type: "call", t: 1, call: 1, event: "made", references: 1 },
+    set: { type: "set", t: 1, number: 5, call: 1, group: "Audio", name: "A", old: "1", new: "2", result: "told" },
+    remove: { type: "remove", t: 1, call: 1, group: "TAOnly", count: 1 },
+    apply: { type: "apply", t: 1, call: 1, count: 1, run_us: 1.5, threw: "a" },
+    subscribe: { type: "subscribe", t: 1, call: 1, group: "Audio", name: "A", id: 3 },
+    unsubscribe: { type: "unsubscribe", t: 1, call: 1, group: "Audio", id: 3 },
+    bind: { type: "bind", t: 1, call: 1, group: "Audio", id: 3, event: "asked" },
+    deliver: { type: "deliver", t: 1, call: 1, id: 3, cause: 5, way: "posted", wait_us: 1, run_us: 2 },
+    statistics: { type: "statistics", t: 1, call: 1, entity: "audio", members: { a: 1 } },
+    lost: { type: "lost", t: 1, count: 1 },
+    later: { type: "later", t: 1, call: "x", group: 5 },
+  };
+  const names = new Set(Object.values(wholes).flatMap(Object.keys));
+  for (const name of "part next reason cut hidden transient told thread dropped picture origin cause".split(" "))
+    names.add(name);
+  names.delete("version"); // Its own test.
+  const values = [null, true, false, "", "told", "ended", "asked", "direct", -1, 0, 1.5, 1e999, 2 ** 32, 2 ** 53 * 4];
+  values.push([], [1], ["new"], {}, { a: 1 }, { line: 1.5 }, { module: 5, a: null }, { a: null });
+  const lines = [BEGIN];
+  const add = (line) => lines.push(`${JSON.stringify(line).replaceAll('"∞"', "1e999")}\n`);
+  for (const whole of Object.values(wholes)) {
+    add(whole);
+    for (const name of names) {
+      add({ ...whole, [name]: undefined });
+      for (const value of values) add({ ...whole, [name]: value === Infinity ? "∞" : value });
+    }
+  }
+  lines.push(`{"type":"lost","t":1,"count":1,"x":"${"é".repeat(2 ** 19)}"}\n`, "[]\n", "null\n", '"a"\n');
+  const text = lines.join("");
+  const faults = faultsOfProgram(text);
+  assert.ok(faults.length > 1000);
+  assert.deepEqual(read(text).faults, faults);
+});
+
+test("A dropped file begins and ends as the program says", (context) => {
+  if (!process.env.TESSEL) return context.skip("TESSEL names no program");
+  const end = '{"type":"lost","t":1,"count":1,"x":[-1.5,true,"a\\n"]}';
+  const rows = [`\ufeff${BEGIN}`, `${BEGIN}${BEGIN.replace('"version":1', '"version":2')}`, "x", "\n", "{}"];
+  for (const version of ["0", "2", '"1"', "1.5", "null"]) rows.push(BEGIN.replace('n":1', `n":${version}`));
+  rows.push('{"type":"recording","t":0,"version":1}\n', '{"type":"recording","t":0,"version":1,"event":"ended"}\n');
+  for (let size = 0; size <= end.length; size += 1) rows.push(BEGIN + end.slice(0, size));
+  for (const rest of ["}", "{}}", '{"a":tx', "{]", "[1", '{"a" "b']) rows.push(BEGIN + rest);
+  for (const text of rows) {
+    const faults = faultsOfProgram(text).map(({ line, reason }) => ({
+      line,
+      reason: /^[\w.]+: |^no recording|^version|^expected an object|is empty/.test(reason) ? reason : "no JSON",
+    }));
+    assert.deepEqual(read(text).faults, faults, text);
   }
 });
 
