@@ -7,7 +7,7 @@ const MAX_FINDINGS = 1000; // Of each kind; all are counted.
 /** What a recording says, as the page asks for it. */
 export class Recording {
   calls = new Map(); // Per id {id, from, to, subscribers: Map per id}.
-  /** Sets, removals and imports in the order of their times, with the beginnings of parts and the ends of calls. */
+  /** Sets, removals and imports in the order of their times; where parts begin, calls end and events were lost, too. */
   changes = [];
   /** Per number of a set, how many heard of it, and how long the slowest took. */
   heard = new Map();
@@ -168,6 +168,7 @@ const TAKE = {
   },
   lost(recording, event) {
     recording.findings.lost.add(event, event.count);
+    recording.insertChange({ type: "lost", t: event.t });
   },
 };
 

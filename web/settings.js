@@ -8,11 +8,15 @@ import { stringifyWithBytes } from "./bytes.js";
 export function settingsAt(recording, call, time) {
   let settings = new Map();
   let hasUnknownNames = false;
+  let hasLost = false;
   for (const change of recording.changes) {
     if (change.t > time) break;
     if (change.type === "begin" || (change.type === "end" && change.call === call)) {
       settings = new Map();
       hasUnknownNames = false;
+      if (change.type === "begin") hasLost = false; // Its picture has all that is there.
+    } else if (change.type === "lost") {
+      hasLost = true;
     } else if (change.call === call && change.result !== "refused") {
       hasUnknownNames = take(settings, change) || hasUnknownNames;
     }
@@ -22,8 +26,7 @@ export function settingsAt(recording, call, time) {
     if (!isWhole(change)) gaps.push(`${key}: left out, the recording does not have all of the value`);
   }
   if (hasUnknownNames) gaps.push("values are left out, the recording does not have all of their names");
-  const lost = recording.findings.lost.events.filter((event) => event.t <= time);
-  if (lost.length > 0) gaps.push("events were lost before, values may be others");
+  if (hasLost) gaps.push("events were lost before, values may be others");
   return { settings, gaps };
 }
 

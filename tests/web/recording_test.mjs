@@ -273,6 +273,17 @@ test("The settings at a time are those that were set until then", () => {
   assert.doesNotMatch(at(2.4), /Video/);
 });
 
+test("What was lost before a part begins is no gap in the settings behind it", () => {
+  const next = BEGIN.replace('"t":0', '"t":1');
+  const lostAt = (t) => `${JSON.stringify({ type: "lost", t, count: 2 })}\n`;
+  const recording = read(BEGIN, lostAt(1), next, set({}), lostAt(2));
+  const lost = ["events were lost before, values may be others"];
+  assert.deepEqual(settingsAt(recording, 1, 0.5).gaps, []);
+  assert.deepEqual(settingsAt(recording, 1, 1).gaps, []);
+  assert.deepEqual(settingsAt(recording, 1, 2).gaps, lost);
+  assert.deepEqual(settingsAt(read(BEGIN, '{"type":"lost","t":1,"count":2}\n'), 1, 1).gaps, lost);
+});
+
 test("What a set takes away by being transient is gone", () => {
   const recording = read(BEGIN, set({}), set({ transient: true, new: "2" }));
   assert.equal(documentOf(settingsAt(recording, 1, 1).settings), "{}");
