@@ -132,6 +132,28 @@ MODEL_SCENARIO(StatisticsAreSharedAndEnd) {
   other.join();
 }
 
+// Of two reports at once, one has a growth, and none has less than nothing.
+MODEL_SCENARIO(StatisticsGrowForOneOfTwoReports) {
+  const StatsRef<VideoStats> measuring(7);
+  st_KalVideoStreamStatInfo stream{};
+  measuring->UpdateStreamsInfo(&stream, 1);
+  const auto report = [&] {
+    st_KalVideoTxBlock block;
+    measuring->GetTxMediaInfo(&block, true);
+    return block.layer[0].idrRequestsDelta;
+  };
+  std::thread counting([&] {
+    for (stream.idrRequests = 1; stream.idrRequests <= 2; ++stream.idrRequests)
+      measuring->UpdateVideoEncIdrReqNum(stream.idrRequests, &stream, 0, false);
+  });
+  std::uint32_t other = 0;
+  std::thread reporting([&] { other = report(); });
+  const std::uint32_t mine = report();
+  reporting.join();
+  counting.join();
+  Check(mine <= 2 && other <= 2 && mine + other + report() == 2, "each growth is reported once");
+}
+
 MODEL_SCENARIO(ScopesBesideASet) {
   KalConfig store(7);
   std::thread setter([&] { kMaxFps.Set(store, 1); });

@@ -26,6 +26,7 @@ struct Done {
   std::int64_t result = 0;
   fuzz::Text value{};  // What it read.
   int asked = -1;      // The binding that answered.
+  int after = -1;      // The one that the same thread's operation did before.
 };
 
 /// What a callback received.
@@ -61,6 +62,7 @@ struct History {
   fuzz::Text last[kNameCount];  // What is stored at the end.
   int live = 0;                 // What the live value has at the end, of the first name.
   std::uint32_t callsLeft = 0;
+  std::size_t statisticsLeft = 0;
 
   Moment Tick() { return ++now; }
 };

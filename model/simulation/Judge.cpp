@@ -46,6 +46,7 @@ class Trial {
     if (m_plan.isRecorded && m_plan.hasRunThread && m_plan.refusals.allocations.count == 0) judgeRecording();
     if (m_history.live != numberOf(m_history.last[0])) fail("the live value is not what the store has");
     if (m_history.callsLeft != 0) fail("a call's store is left");
+    if (m_history.statisticsLeft != 0) fail("a statistics object is left");
     return m_verdict;
   }
 
@@ -86,6 +87,9 @@ class Trial {
       case Kind::kShareCall:
         if (done.result != 1) fail("the call's value is lost while it is held");
         break;
+      case Kind::kShareStatistics:
+        if (done.result != 1) fail("a statistics object is lost while it is held");
+        break;
       case Kind::kStop:
         if (done.result != 0) fail("the run thread does not stop");
         break;
@@ -102,6 +106,7 @@ class Trial {
       case Kind::kGet:
         if (done.action.through != Through::kLateFacade && done.result == fuzz::kResultBadArgument)
           fail("a set or read is refused");
+        if (done.action.isImported && done.result != fuzz::kResultOk) fail("a document is refused");
         break;
       default:
         break;

@@ -23,6 +23,7 @@ bool IsOfValues(const Done& done) {
     case Kind::kRemoveGroup:
     case Kind::kAsk:
     case Kind::kBind:
+    case Kind::kExport:
       return true;
     case Kind::kEnd:
       return done.action.way == Way::kNone;  // Of a binding.
@@ -75,12 +76,15 @@ class Replayed {
         try {
           const std::int32_t result =
               m_store.Set(kGroup, name, action.value, action.isForced, action.isTransient);
-          return done.outcome == Done::Outcome::kReturned && isSameSet(action, result, done.result);
+          return done.outcome == Done::Outcome::kReturned &&
+                 (action.isImported || isSameSet(action, result, done.result));
         } catch (const fuzz::Thrown&) {
           return done.outcome == Done::Outcome::kCallbackThrew;
         }
       case Kind::kGet:
         return m_store.Get(kGroup, name, value) == done.result && value == done.value;
+      case Kind::kExport:
+        return m_store.Dump(1U << kGroup) == done.value;
       case Kind::kRemove:
         return m_store.Remove(kGroup, name) == done.result;
       case Kind::kRemoveGroup:
@@ -155,8 +159,9 @@ class Search {
     if (m_left.empty()) return isComplete();
     for (std::size_t i = 0; i < m_left.size(); ++i) {
       const Done* const next = m_left[i];
-      const bool isLater = std::any_of(m_left.begin(), m_left.end(),
-                                       [&](const Done* other) { return other->end < next->begin; });
+      const bool isLater = std::any_of(m_left.begin(), m_left.end(), [&](const Done* other) {
+        return other->end < next->begin || isBefore(*other, *next);
+      });
       if (isLater) continue;
       m_left.erase(m_left.begin() + static_cast<std::ptrdiff_t>(i));
       const bool isFound = take(*next);
@@ -164,6 +169,11 @@ class Search {
       if (isFound) return true;
     }
     return false;
+  }
+
+  // Whether one operation did both, the one before the other.
+  bool isBefore(const Done& one, const Done& other) const {
+    return other.after >= 0 && &one == &m_history.done[static_cast<std::size_t>(other.after)];
   }
 
   bool take(const Done& next) {

@@ -68,10 +68,11 @@ class Planner {
   void add(std::size_t thread) {
     constexpr Kind kUsual[] = {Kind::kSet,       Kind::kSet,       Kind::kSet,  Kind::kSet, Kind::kSubscribe,
                                Kind::kSubscribe, Kind::kSubscribe, Kind::kEnd,  Kind::kEnd, Kind::kEnd,
-                               Kind::kGet,       Kind::kRemove,    Kind::kBind, Kind::kAsk, Kind::kReadLive,
-                               Kind::kPost,      Kind::kSend};
+                               Kind::kGet,       Kind::kRemove,    Kind::kBind, Kind::kAsk, Kind::kImport,
+                               Kind::kExport,    Kind::kReadLive,  Kind::kPost, Kind::kSend};
     constexpr Kind kRare[] = {Kind::kRemoveGroup, Kind::kStop,      Kind::kStart,
-                              Kind::kBindFacade,  Kind::kShareCall, Kind::kFlush};
+                              Kind::kBindFacade,  Kind::kShareCall, Kind::kShareStatistics,
+                              Kind::kFlush};
     Action action;
     action.kind = oneOf(6) ? kRare[below(std::size(kRare))] : kUsual[below(std::size(kUsual))];
     action.name = name();
@@ -85,6 +86,13 @@ class Planner {
         action.isTransient = oneOf(6);
         break;
       }
+      case Kind::kImport:
+        action.value = value(0);
+        action.second = value(1);
+        break;
+      case Kind::kExport:
+        if (thread != 0) return;  // The store has one text: the next export overwrites it.
+        break;
       case Kind::kGet:
         action.through = oneOf(3) ? Through::kLateFacade : Through::kStore;
         break;
@@ -160,6 +168,9 @@ std::string Describe(const Action& action) {
                                     "read the live value",
                                     "bind the facade",
                                     "share a call",
+                                    "share a statistics object",
+                                    "import",
+                                    "export",
                                     "post",
                                     "send",
                                     "stop the run thread",
@@ -172,6 +183,8 @@ std::string Describe(const Action& action) {
   if (action.kind <= Kind::kReadLive && action.kind != Kind::kRemoveGroup)
     text += std::string(" ") + kNames[action.name];
   if (!action.value.empty()) text += " \"" + action.value + "\"";
+  if (!action.second.empty()) text += std::string(", ") + kNames[1] + " \"" + action.second + '"';
+  if (action.isImported) text += " imported";
   if (action.isForced) text += " forced";
   if (action.isTransient) text += " transient";
   if (action.kind == Kind::kSubscribe) text += std::string(" ") + NameOf(action.way);

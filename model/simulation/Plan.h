@@ -26,6 +26,9 @@ enum class Kind : std::uint8_t {
   kReadLive,
   kBindFacade,
   kShareCall,
+  kShareStatistics,
+  kImport,  ///< both names
+  kExport,
   kPost,
   kSend,
   kStop,
@@ -44,7 +47,9 @@ struct Action {
   bool isTransient = false;
   Through through = Through::kStore;
   fuzz::Way way = fuzz::Way::kDirect;
-  int subject = -1;  ///< the number of the subscription, binding or event
+  int subject = -1;         ///< the number of the subscription, binding or event
+  std::string second{};     ///< of an import: the value of the second name
+  bool isImported = false;  ///< a set of an import; nobody learns its result
 };
 
 /// One that is there from the beginning to the end; its tag is its place in the list.

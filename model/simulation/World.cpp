@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "checker/Explore.h"
 #include "tessel/KalConfigHelper.h"
 #include "tessel/KalConfigRegistry.h"
+#include "tessel/inspect.h"
 #include "tessel/journal.h"
 #include "tessel/post.h"
 
@@ -36,6 +38,12 @@ Text TextOf(const ConfigData& value) {
 
 bool IsAsync(Way way) {
   return way == Way::kPosted;
+}
+
+// Without what JSON would write in another way.
+std::string DocumentOf(const Action& import) {
+  return std::string(R"({"Audio":[{"key":"First","value":")") + import.value +
+         R"("},{"key":"Second","value":")" + import.second + R"("}]})";
 }
 
 // Whether a callback may run after the removal, of a copy that was posted before.
@@ -96,12 +104,22 @@ void* World::runWorker(void* worker) {
   return nullptr;
 }
 
+std::vector<Action> World::partsOf(const Action& action) {
+  if (action.kind != Kind::kImport) return {action};
+  Action first{.kind = Kind::kSet, .name = 0, .value = action.value, .isImported = true};
+  Action second{.kind = Kind::kSet, .name = 1, .value = action.second, .isImported = true};
+  return {std::move(first), std::move(second)};
+}
+
 void World::perform(int thread, const Action& action) {
-  std::size_t number = 0;
+  std::size_t number = 0, parts = 0;
   {
     const Aside aside;
     number = m_history.done.size();
-    m_history.done.push_back({.thread = thread, .action = action, .begin = m_history.Tick()});
+    for (const Action& part : partsOf(action)) {
+      const int after = parts++ == 0 ? -1 : static_cast<int>(m_history.done.size()) - 1;
+      m_history.done.push_back({.thread = thread, .action = part, .begin = m_history.Tick(), .after = after});
+    }
     m_doing[static_cast<std::size_t>(m_checker.Current())] = static_cast<int>(number);
   }
   Result result;
@@ -114,11 +132,15 @@ void World::perform(int thread, const Action& action) {
     outcome = Done::Outcome::kCallbackThrew;
   }
   const Aside aside;
-  Done& done = m_history.done[number];
-  done.end = m_history.Tick();
-  done.outcome = outcome;
-  done.result = result.code;
-  if (result.value) done.value = std::string(*result.value);
+  for (std::size_t part = number; part < number + parts; ++part) {
+    Done& done = m_history.done[part];
+    done.end = m_history.Tick();
+    done.result = result.code;
+    if (result.value) done.value = std::string(*result.value);
+    // What a callback threw came from the last one: those of the first name do not throw.
+    const bool isLast = part + 1 == number + parts;
+    if (isLast || outcome == Done::Outcome::kOutOfMemory) done.outcome = outcome;
+  }
   m_doing[static_cast<std::size_t>(m_checker.Current())] = -1;
 }
 
@@ -159,6 +181,12 @@ World::Result World::performed(const Action& action) {
       return {m_lateFacade->SetCallId(kCall)};
     case Kind::kShareCall:
       return shareCall(action);
+    case Kind::kShareStatistics:
+      return shareStatistics();
+    case Kind::kImport:
+      return {store.ApplyKalConfigs(DocumentOf(action).c_str())};
+    case Kind::kExport:
+      return {kResultOk, store.DumpKalConfigs(1U << kGroup)};
     case Kind::kPost:
       return {Post(m_runThread, [this, event = action.subject] { fire(event); })};
     case Kind::kSend:
@@ -249,6 +277,15 @@ World::Result World::shareCall(const Action&) {
   return {kOther.Get(*call)};
 }
 
+// The objects of all threads are one while they are held at once, and count from 0 otherwise.
+World::Result World::shareStatistics() {
+  const StatsRef<VideoStats> shared(kOtherCall);
+  shared->UpdateVideoCapturedFrameCnt(kAlive);
+  st_KalVideoTxBlock block;
+  shared->GetTxMediaInfo(&block, false);
+  return {static_cast<std::int64_t>(block.capturedFrames)};
+}
+
 void World::fire(int event) {
   const Aside aside;
   m_history.fired.push_back({m_history.Tick(), event});
@@ -273,6 +310,7 @@ void World::endAll() {
   if (wasOn) readJournal();
   m_store.reset();
   m_history.callsLeft = GetKalConfigSizeForUT();
+  m_history.statisticsLeft = InspectStatistics().size();
 }
 
 void World::readJournal() {

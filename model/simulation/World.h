@@ -53,6 +53,8 @@ class World {
     fuzz::Text value{};
   };
 
+  // One after the other, in one operation.
+  static std::vector<Action> partsOf(const Action& action);
   static void* runWorker(void* worker);
   void perform(int thread, const Action& action);
   Result performed(const Action& action);
@@ -61,6 +63,7 @@ class World {
   Result end(const Action& action);
   std::int32_t endSubject(Subject& subject, const Action& action);
   Result shareCall(const Action& action);
+  Result shareStatistics();
   void endAll();
   void readJournal();
 

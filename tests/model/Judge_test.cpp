@@ -230,9 +230,41 @@ TEST_F(JudgeTest, WantsARecordingWholeAndEachSetInIt) {
   EXPECT_EQ(Verdict(), "the recording's last line is cut off");
 }
 
+TEST_F(JudgeTest, KnowsWhatAnExportMaySeeOfAnImport) {
+  Set(1, 8, "100", fuzz::kResultOk).action.isImported = true;
+  Did(0, 2, 9, {.kind = Kind::kSet, .name = 1, .value = "101", .isImported = true}).after = 0;
+  m_history.last[1] = "101";
+  Done& exported = Did(1, 3, 4, {.kind = Kind::kExport});
+  const auto sees = [&](const std::string& entries) {
+    exported.value = "{\"Audio\":[" + entries + "]}";
+    return Verdict().empty();
+  };
+  const std::string first = R"({"key":"First","value":"100"})", second = R"({"key":"Second","value":"101"})";
+  EXPECT_TRUE(sees(""));
+  EXPECT_TRUE(sees(first));
+  EXPECT_TRUE(sees(first + "," + second));
+  EXPECT_FALSE(sees(second)) << "an import sets one after the other";
+  exported.begin = 10;
+  exported.end = 11;
+  EXPECT_FALSE(sees(first)) << "the import has ended";
+  EXPECT_TRUE(sees(first + "," + second));
+  m_history.done[0].result = fuzz::kResultNotFound;
+  EXPECT_EQ(Verdict(), "a document is refused");
+}
+
 TEST_F(JudgeTest, WantsNoStoreLeft) {
   m_history.callsLeft = 1;
   EXPECT_EQ(Verdict(), "a call's store is left");
+}
+
+TEST_F(JudgeTest, WantsStatisticsWhileTheyAreHeldAndNoLonger) {
+  Done& shared = Did(0, 1, 2, {.kind = Kind::kShareStatistics}, 1);
+  EXPECT_EQ(Verdict(), "");
+  shared.result = 0;
+  EXPECT_EQ(Verdict(), "a statistics object is lost while it is held");
+  shared.result = 1;
+  m_history.statisticsLeft = 1;
+  EXPECT_EQ(Verdict(), "a statistics object is left");
 }
 
 TEST(Plan, IsTheSameForANumberEachTime) {
