@@ -199,8 +199,8 @@ void DestroyKalConfig() {
     at = stores.upper_bound(callId);
   }
   const CallerScope caller(__builtin_return_address(0));
-  // What ends with one store may have subscribed in another that had ended: until none has anything, since all
-  // of them are freed then. At exit none is, and threads that still run may subscribe for ever.
+  // What ends with one store may have subscribed in another that had ended: until none has anything, since
+  // all of them are freed then. At exit none is, and threads that still run may subscribe for ever.
   const auto endsSomething = [](const auto& entry) { return entry.second.store->End(); };
   do {
     DropAll(ended);
