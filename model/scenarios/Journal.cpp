@@ -106,6 +106,20 @@ MODEL_SCENARIO(JournalStartsAnotherRingBesideWriters) {
   Check(hasThird, "the latest event is read");
 }
 
+// Who finds a number drawn finds the start counted that came before it.
+MODEL_SCENARIO(JournalStartIsCountedBeforeItsEvents) {
+  KalConfig store(7);
+  StartJournal(8);
+  const std::uint64_t starts = JournalStarts(), next = NextJournalNumber();
+  std::thread starter([&] {
+    StopJournal();
+    StartJournal(8);
+    SetInJournal(store, "First", 1);
+  });
+  if (NextJournalNumber() > next) Check(JournalStarts() == starts + 1, "the start is counted");
+  starter.join();
+}
+
 // A ring of one place: each writer is a lap ahead of the one before.
 MODEL_SCENARIO(JournalOfOnePlaceIsReadBesideAWriter) {
   KalConfig store(7);
