@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string>
 
-/// Ends a command with kExitNotUsable. what() is the whole line for standard error, without its end. Thrown
-/// before a command has written anything to standard output.
+/// Ends a command with kExitNotUsable. what() is the whole line for standard error, without its end;
+/// "" when the reason is there already. Thrown before a command has written anything to standard output.
 class CommandError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

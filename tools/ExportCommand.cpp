@@ -8,6 +8,7 @@
 #include "CommandError.h"
 #include "ExitStatus.h"
 #include "OptionChecks.h"
+#include "Printable.h"
 #include "TextFile.h"
 #include "recording/PerfettoTrace.h"
 #include "recording/RecordingFile.h"
@@ -23,17 +24,24 @@ struct ExportOptions {
 
 int Export(const ExportOptions& options) {
   if (!options.folder && !options.trace) throw UsageError("--csv or --perfetto is required");
-  if (options.file == kStandardInput)
-    throw UsageError("FILE: it is read twice, which standard input cannot be");
+  RefuseToReadAgain(options.file, "it is read twice");
   StatisticsTables tables;
   bool isRecording = false;
-  const bool isWhole = RecordingFile(options.file).Read([&](const RecordingEvent& event, const std::string&) {
+  RecordingFile recording(options.file);
+  if (options.trace && recording.Has(*options.trace))
+    throw UsageError("--perfetto " + Quoted(*options.trace) + ": is the recording");
+  const bool isWhole = recording.Read([&](const RecordingEvent& event, const std::string&) {
     isRecording = true;
     tables.Learn(event);
   });
   if (!isRecording) return kExitNotUsable;
 
-  if (options.folder) tables.Begin(*options.folder);
+  if (options.folder) {
+    for (const std::string& table : tables.Files(*options.folder)) {
+      if (recording.Has(table)) throw UsageError("--csv: " + Quoted(table) + " is the recording");
+    }
+    tables.Begin(*options.folder);
+  }
   std::optional<PerfettoTrace> trace;
   if (options.trace) trace.emplace(*options.trace);
   const auto write = [&](const RecordingEvent& event, const std::string&) {

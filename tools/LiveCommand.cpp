@@ -62,8 +62,7 @@ class EndSignals {
 };
 
 int ServeLive(const LiveOptions& options) {
-  if (options.file == kStandardInput)
-    throw UsageError("FILE: it is read for each browser, which standard input cannot be");
+  RefuseToReadAgain(options.file, "it is read for each browser");
   RequirePage();
   {
     const RecordingFile canBeOpened(options.file);

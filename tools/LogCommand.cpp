@@ -85,7 +85,7 @@ int Log(const LogOptions& options) {
   const Selection selection(options);
   RefuseRepeatedInput(options.files);
   if (options.follow && options.files.size() != 1) throw UsageError("--follow: expected one FILE");
-  std::vector<RecordingFile> files(options.files.begin(), options.files.end());
+  std::vector<RecordingFile> files = OpenRecordings(options.files);
   bool isFine = true;
   for (RecordingFile& file : files) {
     const bool isWhole = file.Read(

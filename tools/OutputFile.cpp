@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "OutputFile.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -19,7 +21,13 @@ CommandError Unwritable(const std::string& file) {
 
 }  // namespace
 
+// A pipe is opened once only, to write: its reader would take the end of another look for the end of it all.
 OutputFile::OutputFile(std::string file) : m_file(std::move(file)) {
+  std::error_code none;
+  if (std::filesystem::is_fifo(m_file, none)) {
+    if (::access(m_file.c_str(), W_OK) != 0) throw Unwritable(m_file);
+    return;
+  }
   std::FILE* const stream = std::fopen(m_file.c_str(), "abe");
   if (stream == nullptr) throw Unwritable(m_file);
   std::fclose(stream);

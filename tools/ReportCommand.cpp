@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ReportCommand.h"
 
-#include <filesystem>
+#include <algorithm>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "CommandError.h"
@@ -24,21 +23,17 @@ struct ReportOptions {
   std::string page;
 };
 
-void RefuseRecordingAsPage(const ReportOptions& options) {
-  if (options.page == kStandardInput) throw UsageError("--output -: a page needs a file of its own");
-  for (const std::string& file : options.files) {
-    std::error_code isNoFile;
-    if (std::filesystem::equivalent(options.page, file, isNoFile)) {
-      throw UsageError("--output " + Quoted(options.page) + ": is one of the recordings");
-    }
-  }
+void RefuseRecordingAsPage(const std::string& page, const std::vector<RecordingFile>& files) {
+  if (std::ranges::any_of(files, [&](const RecordingFile& file) { return file.Has(page); }))
+    throw UsageError("--output " + Quoted(page) + ": is one of the recordings");
 }
 
 int WriteReport(const ReportOptions& options) {
   RefuseRepeatedInput(options.files);
-  RefuseRecordingAsPage(options);
+  if (options.page == kStandardInput) throw UsageError("--output -: a page needs a file of its own");
   RequirePage();
-  std::vector<RecordingFile> files(options.files.begin(), options.files.end());
+  std::vector<RecordingFile> files = OpenRecordings(options.files);
+  RefuseRecordingAsPage(options.page, files);
   return WriteRecordingsPage(files, OutputFile(options.page)) ? kExitFine : kExitNotUsable;
 }
 

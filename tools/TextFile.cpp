@@ -71,6 +71,13 @@ void RefuseRepeatedInput(const std::vector<std::string>& files, const std::vecto
   }
 }
 
+void RefuseToReadAgain(const std::string& file, const std::string& why) {
+  if (file == kStandardInput) throw UsageError("FILE: " + why + ", which standard input cannot be");
+  struct stat status{};
+  if (::stat(file.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) return;
+  throw UsageError("FILE: " + why + ", which a pipe or a device cannot be");
+}
+
 std::string ReadFile(const std::string& file) {
   std::optional<Progress> progress;  // Not while somebody types.
   if (file != kStandardInput || !IsTerminal(STDIN_FILENO)) progress.emplace("reading " + FileTitle(file));

@@ -14,6 +14,10 @@ std::string FileName(const std::string& file);
 /// What messages call the file: the same as it can be shown.
 std::string FileTitle(const std::string& file);
 
+/// Throws UsageError for standard input, a pipe and a device: they have nothing more for who reads again.
+/// @param why  the command does
+void RefuseToReadAgain(const std::string& file, const std::string& why);
+
 /// Throws UsageError when standard input is among the files more than once.
 void RefuseRepeatedInput(const std::vector<std::string>& files, const std::vector<std::string>& others = {});
 

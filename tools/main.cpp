@@ -17,7 +17,7 @@
 namespace {
 
 int Fail(const std::string& line) {
-  std::cerr << line << '\n';
+  if (!line.empty()) std::cerr << line << '\n';
   return kExitNotUsable;
 }
 

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kMostDigits = 20;
 constexpr std::size_t kLongestEscape = 6;
+constexpr std::uint64_t kSpaces = 0x2020202020202020;
 
 bool IsPlain(unsigned char byte) {
   return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
@@ -70,18 +71,22 @@ void AppendNumber(LineBuffer& out, std::uint64_t number) {
 }
 
 void AppendJsonString(LineBuffer& out, std::string_view text) {
-  char* room = out.Room(kLongestEscape * text.size() + 2);
+  // The last bytes are written with some behind them.
+  char* room = out.Room(kLongestEscape * text.size() + 2 + sizeof(std::uint64_t));
   *room++ = '"';
   for (std::size_t at = 0; at < text.size();) {
-    std::uint64_t bytes;
-    if (text.size() - at >= sizeof bytes) {
+    std::uint64_t bytes = kSpaces;
+    const std::size_t count = std::min(text.size() - at, sizeof bytes);
+    if (count == sizeof bytes) {  // Of a known size, it is inlined.
       std::memcpy(&bytes, text.data() + at, sizeof bytes);
-      if (ArePlain(bytes)) {
-        std::memcpy(room, &bytes, sizeof bytes);
-        room += sizeof bytes;
-        at += sizeof bytes;
-        continue;
-      }
+    } else {
+      std::memcpy(&bytes, text.data() + at, count);
+    }
+    if (ArePlain(bytes)) {
+      std::memcpy(room, &bytes, sizeof bytes);
+      room += count;
+      at += count;
+      continue;
     }
     const char byte = text[at];
     const std::size_t size = IsPlain(static_cast<unsigned char>(byte)) ? 1

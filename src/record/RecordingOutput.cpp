@@ -20,6 +20,7 @@ namespace kalStore::internal {
 namespace {
 
 constexpr const char* kNext = "next";
+constexpr const char* kNoRegularFile = "it is no regular file";
 constexpr int kLook = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 
 [[noreturn]] void ThrowSystemFault() {
@@ -87,28 +88,39 @@ RecordingOutput::~RecordingOutput() {
   if (m_current.descriptor >= 0) ::close(m_current.descriptor);
 }
 
+// Of a set, a symbolic link would be renamed, and the file be none of the next recording's: the set is where
+// the file is.
 void RecordingOutput::Open() {
   m_current = open(m_file);
+  if (std::error_code fault; std::filesystem::is_symlink(m_file, fault)) {
+    const std::filesystem::path file = std::filesystem::canonical(m_file, fault);
+    if (fault) throw RecordingFault(fault.message());
+    m_file = file.string();
+    m_next = m_file + "." + kNext;
+  }
   if (!m_current.isDevice) removeParts();
 }
 
 // The next file is whole before it takes its place, and all names are there before one is changed: whatever
 // fails, the recording's file has its name, and its end can be written to it. The oldest one goes first:
-// the others are as many as there may be with the next one.
+// the others are as many as there may be with the next one. The full file has both names for a moment, so
+// that the set always has a last file; where no file can have two, it has none for a moment.
 void RecordingOutput::Rotate(std::string_view end, std::string_view begin) {
   const std::string full = nameOf(m_part);
   if (!HasName(m_current.descriptor, m_file)) throw RecordingFault("another file has its name");
   if (IsOthers(full)) throw RecordingFault("another recording writes its next part");
+  if (::unlink(full.c_str()) != 0 && errno != ENOENT) ThrowSystemFault();
   if (m_part >= m_files && ::unlink(nameOf(m_part + 1 - m_files).c_str()) != 0 && errno != ENOENT)
     ThrowSystemFault();
   Opened next = open(m_next);
   try {
     write(next, begin);
     write(m_current, end);
-    if (std::rename(m_file.c_str(), full.c_str()) != 0) ThrowSystemFault();
+    const bool isLinked = ::link(m_file.c_str(), full.c_str()) == 0;
+    if (!isLinked && std::rename(m_file.c_str(), full.c_str()) != 0) ThrowSystemFault();
     if (std::rename(m_next.c_str(), m_file.c_str()) != 0) {
       const int fault = errno;
-      std::rename(full.c_str(), m_file.c_str());
+      if (!isLinked || ::unlink(full.c_str()) != 0) std::rename(full.c_str(), m_file.c_str());
       errno = fault;
       ThrowSystemFault();
     }
@@ -133,13 +145,15 @@ void RecordingOutput::CheckIsThere() const {
 RecordingOutput::Opened RecordingOutput::open(const std::string& file) const {
   Opened opened;
   opened.descriptor = OpenToWrite(file);
+  // What a pipe says that nobody reads.
+  if (opened.descriptor < 0 && errno == ENXIO) throw RecordingFault(kNoRegularFile);
   if (opened.descriptor < 0) ThrowSystemFault();
   try {
     struct stat status{};
     if (::fstat(opened.descriptor, &status) != 0) ThrowSystemFault();
     opened.isDevice = S_ISCHR(status.st_mode);
     if (opened.isDevice && !IsRotated()) return opened;  // Of a set, it would be renamed.
-    if (!S_ISREG(status.st_mode)) throw RecordingFault("it is no regular file");
+    if (!S_ISREG(status.st_mode)) throw RecordingFault(kNoRegularFile);
     // The other one may just have gone on in its next file, and have left this one as a part of its set.
     if (IsOthers(opened.descriptor, LOCK_EX) || !HasName(opened.descriptor, file))
       throw RecordingFault("another recording writes it");
@@ -190,6 +204,8 @@ void RecordingOutput::removeParts() const {
     const std::string_view number = std::string_view(name).substr(prefix.size());
     if (number != kNext && number.find_first_not_of("0123456789") != std::string_view::npos) continue;
     const std::string file = entry->path().string(), part = PartIn(file);
+    // A crash may have left the recording's file the name of a part as well.
+    if (std::error_code none; std::filesystem::equivalent(file, m_file, none)) ::unlink(file.c_str());
     if (!part.empty() && (number == kNext || number == part)) ::unlink(file.c_str());
   }
 }

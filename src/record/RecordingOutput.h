@@ -54,8 +54,8 @@ class RecordingOutput {
   void removeParts() const;
   std::string nameOf(std::uint64_t part) const;
 
-  const std::string m_file;
-  const std::string m_next;  // The name of the next file until it takes the place of the full one.
+  std::string m_file;
+  std::string m_next;  // The name of the next file until it takes the place of the full one.
   const std::uint64_t m_largest;
   const std::size_t m_files;
   Opened m_current;

@@ -57,7 +57,7 @@ TEST_F(RecordingFaults, AFolderInItsPlaceEndsIt) {
 
 TEST_F(RecordingFaults, APipeIsRefusedAndNotWaitedFor) {
   ASSERT_EQ(::mkfifo(File().c_str(), S_IRUSR | S_IWUSR), 0);
-  ExpectEnd(File(), "No such device or address");
+  ExpectEnd(File(), "it is no regular file");
 }
 
 TEST_F(RecordingFaults, ARemovedFolderEndsIt) {

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <atomic>
 #include <filesystem>
+#include <thread>
 
 #include "RecordingTest.h"
 #include "support/TraceLog.h"
@@ -153,6 +155,62 @@ TEST_F(RecordingRotation, RemovesThePartsOfAnEarlierSetAndNothingElse) {
   for (std::size_t part = 1; part <= last; ++part) EXPECT_FALSE(std::filesystem::exists(Part(part))) << part;
   EXPECT_FALSE(std::filesystem::exists(File("call.tessel.next")));
   for (const std::string& other : others) EXPECT_TRUE(std::filesystem::exists(File(other))) << other;
+}
+
+// Who looks meanwhile, or begins a recording of the name, finds the full file or the next one.
+TEST_F(RecordingRotation, AlwaysHasAFileOfItsName) {
+  std::atomic<bool> isOver{false};
+  std::uint64_t missed = 0, taken = 0;
+  {
+    const TraceLog trace(0);
+    Recording recording(File(), {.largestFile = kLargest, .files = 2});
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    std::thread looking([&] {
+      while (!isOver) missed += std::filesystem::exists(File()) ? 0 : 1;
+    });
+    std::thread beginning([&] {
+      while (!isOver) {
+        Recording other(File());
+        taken += other.Flush() == kResultOk ? 1 : 0;
+      }
+    });
+    SetOften(recording, 3000);
+    isOver = true;
+    looking.join();
+    beginning.join();
+    EXPECT_TRUE(recording.IsOn());
+  }
+  EXPECT_EQ(missed, 0u);
+  EXPECT_EQ(taken, 0u);
+  EXPECT_GT(std::stoul(Lines().front().Get("part")), 50u);
+}
+
+TEST_F(RecordingRotation, IsWhereTheFileIsThatALinkNames) {
+  std::filesystem::create_directory(File("set"));
+  std::filesystem::create_symlink("set/target", File());
+  for (int i = 0; i < 2; ++i) {
+    Recording recording(File(), {.largestFile = kLargest, .files = 2});
+    SetOften(recording, 100);
+    EXPECT_TRUE(recording.IsOn());
+  }
+  EXPECT_TRUE(std::filesystem::is_symlink(File()));
+  const std::string older = std::to_string(std::stoul(Lines().front().Get("part")) - 1);
+  EXPECT_TRUE(std::filesystem::exists(File("set/target." + older)));
+  EXPECT_FALSE(std::filesystem::exists(Part(std::stoul(older))));
+}
+
+TEST_F(RecordingRotation, RemovesTheNameOfAPartThatACrashLeftToTheFile) {
+  {
+    const Recording recording(File());
+  }
+  std::filesystem::create_hard_link(File(), Part(2));
+  {
+    Recording recording(File(), {.largestFile = kLargest, .files = 5});
+    EXPECT_EQ(recording.Flush(), kResultOk);
+    EXPECT_FALSE(std::filesystem::exists(Part(2)));
+    SetOften(recording, 200);
+    EXPECT_TRUE(recording.IsOn());
+  }
 }
 
 TEST_F(RecordingRotation, DoesNotEndInFilesOfAPictureAlone) {

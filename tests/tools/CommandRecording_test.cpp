@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -65,6 +66,7 @@ TEST(CommandRecording, OfSimulateHasAllDeliveries) {
 TEST(CommandRecording, NeedsAFileOfItsOwn) {
   Program program;
   program.File("lab.json", kLab);
+  ASSERT_EQ(::mkfifo(program.Path("pipe").c_str(), S_IRUSR | S_IWUSR), 0);
   const std::pair<std::vector<std::string>, std::string> rows[] = {
       {{"apply", "lab.json", "--record", "-"}, "tessel: --record -: a recording needs a file of its own\n"},
       {{"apply", "lab.json", "--record", "./lab.json"},
@@ -73,6 +75,10 @@ TEST(CommandRecording, NeedsAFileOfItsOwn) {
        "tessel: --record \"lab.json\": is a document that is read\n"},
       {{"simulate", "--record", "missing/a.tessel"},
        "missing/a.tessel: cannot be written: No such file or directory\n"},
+      {{"apply", "lab.json", "--record", "pipe"}, "pipe: cannot be written: it is no regular file\n"},
+      {{"apply", "lab.json", "--record", "."}, ".: cannot be written: it is no regular file\n"},
+      {{"apply", "lab.json", "--record", "/dev/stdout"},
+       "tessel: --record \"/dev/stdout\": is standard output\n"},
   };
   for (const auto& [arguments, message] : rows) {
     const Finished run = program.Run(arguments);
@@ -81,6 +87,14 @@ TEST(CommandRecording, NeedsAFileOfItsOwn) {
     EXPECT_EQ(run.out, "");
   }
   EXPECT_EQ(program.Contents("lab.json"), kLab);
+}
+
+TEST(CommandRecording, MayBeOfADevice) {
+  Program program;
+  program.File("lab.json", kLab);
+  const Finished run = program.Run({"apply", "lab.json", "--quiet", "--record", "/dev/null"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
 }
 
 TEST(CommandRecording, ThatIsNotWholeIsReportedAndTheCommandGoesOn) {

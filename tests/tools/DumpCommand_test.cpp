@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -154,6 +155,22 @@ TEST(DumpCommand, RefusesAMomentBeforeAFileOfASetBegins) {
   EXPECT_EQ(begin.status, 0);
 }
 
+TEST(DumpCommand, FindsAMomentInAnOlderFileOfASet) {
+  Program program;
+  program.File("a.tessel.1", RecordingPart(1) + R"({"type":"set","t":0.5,"call":7,"group":"Video",)" +
+                                 R"("name":"MaxFps","new":"15","result":"nobody"})" + "\n" +
+                                 RecordingPartEnd(1));
+  program.File("a.tessel", RecordingPart(2));
+  std::filesystem::create_directory(program.Path("links"));
+  std::filesystem::create_symlink("../a.tessel", program.Path("links/b.tessel"));
+  for (const char* const name : {"a.tessel", "links/b.tessel"}) {
+    const Finished run = program.Run({"dump", name, "--at", "0.5"});
+    EXPECT_EQ(run.out, Document("", "", Entry("MaxFps", "15")));
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+  }
+}
+
 TEST(DumpCommand, RefusesACallThatIsNotThere) {
   const std::pair<std::vector<std::string>, std::string> rows[] = {
       {{"--at", "1"}, "a.tessel at 1 s: calls 7, 8 are there: choose with --call\n"},
@@ -168,6 +185,24 @@ TEST(DumpCommand, RefusesACallThatIsNotThere) {
     EXPECT_EQ(run.err, message);
     EXPECT_EQ(run.status, 2);
   }
-  EXPECT_EQ(Dump(Recording("empty"), {}).err,
-            "a.tessel:1: the file is empty\na.tessel at the end: no call is there\n");
+  EXPECT_EQ(Dump(kRecordingBegin, {}).err, "a.tessel at the end: no call is there\n");
+}
+
+TEST(DumpCommand, SaysNoMoreThanWhyAFileIsNoRecording) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"empty", "a.tessel:1: the file is empty\n"},
+      {"newer", "a.tessel:1: version 2 of the format: only version 1 can be read\n"},
+      {"foreign", "a.tessel:1: no recording: the first line is not of type \"recording\", with a version\n"},
+  };
+  for (const auto& [fixture, message] : rows) {
+    const Finished run = Dump(Recording(fixture), {"--at", "1"});
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, message);
+    EXPECT_EQ(run.status, 2);
+    const Finished diff =
+        Program().File("a.tessel", Recording(fixture)).Run({"diff", "a.tessel@1", "a.tessel@2"});
+    EXPECT_EQ(diff.out, "");
+    EXPECT_EQ(diff.err, message);
+    EXPECT_EQ(diff.status, 2);
+  }
 }

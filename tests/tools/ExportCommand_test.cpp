@@ -7,6 +7,7 @@
 
 #include "Program.h"
 #include "Recordings.h"
+#include "recording/StatisticsTables.h"
 
 namespace {
 
@@ -112,9 +113,51 @@ TEST(ExportCommand, LeavesTheFilesAloneWhenThereIsNoRecording) {
   EXPECT_FALSE(std::filesystem::exists(program.Path("tables")));
 }
 
+TEST(ExportCommand, NeverWritesOverTheRecording) {
+  Program program;
+  program.File("a.tessel.1", RecordingPart(1) + RecordingPartEnd(1)).File("a.tessel", RecordingPart(2));
+  std::filesystem::create_symlink("a.tessel.1", program.Path("link"));
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      {{"a.tessel", "--perfetto", "./a.tessel"}, "--perfetto \"./a.tessel\": is the recording"},
+      {{"a.tessel", "--perfetto", "link"}, "--perfetto \"link\": is the recording"},
+      {{"call-7-video.csv", "--csv", "."}, "--csv: \"./call-7-video.csv\" is the recording"},
+  };
+  program.File("call-7-video.csv", Recording("call"));
+  for (auto [arguments, message] : rows) {
+    arguments.insert(arguments.begin(), "export");
+    const Finished run = program.Run(arguments);
+    EXPECT_EQ(run.err, "tessel: " + message + "\n");
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.status, 2);
+  }
+  EXPECT_EQ(program.Contents("a.tessel"), RecordingPart(2));
+  EXPECT_EQ(program.Contents("a.tessel.1"), RecordingPart(1) + RecordingPartEnd(1));
+  EXPECT_EQ(program.Contents("call-7-video.csv"), Recording("call"));
+}
+
+// A recording may grow between the two readings.
+TEST(StatisticsTables, LeaveOutMembersThatWereRecordedAfterTheirLineOfNames) {
+  const Program program;
+  const auto statistics = [](const std::string& members) {
+    RecordingEvent event;
+    const std::string line =
+        R"({"type":"statistics","t":1,"call":7,"entity":"audio","members":)" + members + "}";
+    EXPECT_EQ(ReadRecordingLine(line, event), "");
+    return event;
+  };
+  StatisticsTables tables;
+  tables.Learn(statistics(R"({"b":1})"));
+  tables.Begin(program.Path("tables"));
+  tables.Write(statistics(R"({"b":1})"));
+  tables.Write(statistics(R"({"a":2,"b":3})"));
+  tables.Finish();
+  EXPECT_EQ(program.Contents("tables/call-7-audio.csv"), "t,\"b\"\n1,1\n1,3\n");
+}
+
 TEST(ExportCommand, RefusesWhatItCannotReadOrWrite) {
   const std::pair<std::vector<std::string>, std::string> rows[] = {
       {{"a.tessel"}, "tessel: --csv or --perfetto is required\n"},
+      {{"/dev/null", "--csv", "."}, "tessel: FILE: it is read twice, which a pipe or a device cannot be\n"},
       {{"-", "--csv", "."}, "tessel: FILE: it is read twice, which standard input cannot be\n"},
       {{"none.tessel", "--csv", "."}, "none.tessel: cannot be read: No such file or directory\n"},
       {{"a.tessel", "--csv", "a.tessel/x"}, "a.tessel/x: cannot be made: Not a directory\n"},

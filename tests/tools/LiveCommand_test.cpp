@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -79,6 +80,17 @@ TEST(AppendedLines, GoOnInTheNextFilesOfASet) {
   }
 }
 
+TEST(AppendedLines, BeginWithTheOldestFileOfASet) {
+  Program program;
+  program.File("a.1", RecordingPart(1) + RecordingPartEnd(1)).File("a", RecordingPart(2));
+  std::filesystem::create_directory(program.Path("links"));
+  std::filesystem::create_symlink("../a", program.Path("links/b"));
+  AppendedLines lines(program.Path("links/b"));
+  EXPECT_TRUE(lines.Next().starts_with("data: " + RecordingPart(1).substr(0, RecordingPart(1).find('\n'))));
+  EXPECT_TRUE(lines.Next().starts_with("data: " + RecordingPart(2).substr(0, RecordingPart(2).find('\n'))));
+  EXPECT_EQ(lines.Next(), "");
+}
+
 TEST(AppendedLines, GiveNothingOfARecordingThatTakesTheFileOfAnother) {
   Program program;
   program.File("a", RecordingPart(1));
@@ -99,6 +111,10 @@ TEST(LiveCommand, RefusesStandardInputAndWhatCannotBeOpened) {
   const Finished input = program.Run({"live", "-"});
   EXPECT_EQ(input.err, "tessel: FILE: it is read for each browser, which standard input cannot be\n");
   EXPECT_EQ(input.status, 2);
+  ASSERT_EQ(::mkfifo(program.Path("pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+  const Finished pipe = program.Run({"live", "pipe"});
+  EXPECT_EQ(pipe.err, "tessel: FILE: it is read for each browser, which a pipe or a device cannot be\n");
+  EXPECT_EQ(pipe.status, 2);
   const Finished missing = program.Run({"live", "none.tessel"});
   EXPECT_NE(missing.err, "");
   EXPECT_EQ(missing.out, "");

@@ -60,6 +60,8 @@ TEST(LivePage, EndsWithoutWaitingForAClientThatNeverSendsAllOfItsRequest) {
   try {
     page = std::make_unique<LivePage>("a.tessel", 0);
   } catch (const CommandError& error) {
+    // Any other fault of the server is one of the test.
+    if (std::string(error.what()).find("built without") == std::string::npos) throw;
     GTEST_SKIP() << error.what();
   }
   page->Start();

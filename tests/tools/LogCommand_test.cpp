@@ -303,6 +303,111 @@ TEST(LogCommand, FollowsARotatedSetUntilTheRecordingEnds) {
   }
 }
 
+namespace {
+
+// The files of a set in a folder of their own, and what it is when it is read.
+Program& MakeSet(Program& program) {
+  std::filesystem::create_directory(program.Path("set"));
+  return program.File("set/a.tessel.1", RecordingPart(1) + RecordingPartEnd(1))
+      .File("set/a.tessel.2", RecordingPart(2) + RecordingPartEnd(2))
+      .File("set/a.tessel", RecordingPart(3) + kLastPartEnd);
+}
+const std::string kSetInOneFile = RecordingPart(1) + RecordingPartEnd(1) + RecordingPart(2) +
+                                  RecordingPartEnd(2) + RecordingPart(3) + kLastPartEnd;
+
+}  // namespace
+
+TEST(LogCommand, ReadsAllFilesOfASetByItsName) {
+  Program program;
+  MakeSet(program);
+  std::filesystem::create_symlink("set/a.tessel", program.Path("link"));
+  for (const char* const name : {"set/a.tessel", "link"}) {
+    for (const auto& options : {std::vector<std::string>{"--json"}, {"--json", "--follow"}}) {
+      std::vector<std::string> arguments = {"log", name};
+      arguments.insert(arguments.end(), options.begin(), options.end());
+      const Finished run = program.Run(arguments);
+      EXPECT_EQ(run.out, kSetInOneFile) << name;
+      EXPECT_EQ(run.err, "");
+      EXPECT_EQ(run.status, 0);
+    }
+  }
+}
+
+TEST(LogCommand, ReadsTheFilesOfASetOnceWhicheverAreNamed) {
+  Program program;
+  MakeSet(program);
+  const std::string first = "set/a.tessel.1", second = "set/a.tessel.2", last = "set/a.tessel";
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      {{last, first, second}, kSetInOneFile},
+      {{second, first, last}, kSetInOneFile},
+      {{second, first}, RecordingPart(1) + RecordingPartEnd(1) + RecordingPart(2) + RecordingPartEnd(2)},
+      {{second}, RecordingPart(2) + RecordingPartEnd(2)},
+      {{second, "b.tessel"}, RecordingPart(2) + RecordingPartEnd(2) + kRecordingBegin},
+      {{"b.tessel", "b.tessel"}, std::string(kRecordingBegin) + kRecordingBegin},
+  };
+  program.File("b.tessel", kRecordingBegin);
+  for (const auto& [files, lines] : rows) {
+    std::vector<std::string> arguments = {"log", "--json"};
+    arguments.insert(arguments.end(), files.begin(), files.end());
+    const Finished run = program.Run(arguments);
+    EXPECT_EQ(run.out, lines) << files.front();
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+  }
+}
+
+TEST(LogCommand, ReadsTheOlderFilesOfASetUpToOneThatIsMissingOrOfAnother) {
+  Program program;
+  MakeSet(program);
+  std::filesystem::remove(program.Path("set/a.tessel.2"));
+  EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, RecordingPart(3) + kLastPartEnd);
+  program.File("set/a.tessel.2", Recording("call"));
+  EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, RecordingPart(3) + kLastPartEnd);
+  // The one that is missing between two that are named is counted.
+  EXPECT_EQ(program.Run({"log", "set/a.tessel", "set/a.tessel.1", "--json"}).out,
+            RecordingPart(1) + RecordingPartEnd(1) + kLostPart + RecordingPart(3) + kLastPartEnd);
+}
+
+TEST(LogCommand, LooksForNoMoreFilesOfASetThanThereAre) {
+  Program program;
+  const std::string far = R"({"type":"recording","t":9,"version":1,"wall":"2026-11-22T09:00:00Z","next":99,)"
+                          R"("part":9007199254740992})"
+                          "\n";
+  program.File("a.tessel.1", RecordingPart(1) + RecordingPartEnd(1)).File("a.tessel", far);
+  EXPECT_EQ(program.Run({"log", "a.tessel.1", "a.tessel", "--json"}).out,
+            RecordingPart(1) + RecordingPartEnd(1) + R"({"type":"lost","t":9,"count":79})" + "\n" + far);
+}
+
+TEST(LogCommand, NamesTheFileOfASetThatIsDamagedAndReadsTheNext) {
+  Program program;
+  MakeSet(program).File("set/a.tessel.1", RecordingPart(1) + "{}\n" + RecordingPart(1).substr(0, 20));
+  const Finished run = program.Run({"log", "set/a.tessel", "--json"});
+  EXPECT_EQ(run.out,
+            RecordingPart(1) + RecordingPart(2) + RecordingPartEnd(2) + RecordingPart(3) + kLastPartEnd);
+  EXPECT_EQ(run.err,
+            "set/a.tessel.1:3: type: missing\nset/a.tessel.1:4: the recording ends within this line\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+// Between the two names that a rotation gives where a file cannot have both.
+TEST(LogCommand, ReadsTheFileThatIsAboutToTakeTheNameOfItsSet) {
+  Program program;
+  MakeSet(program);
+  std::filesystem::rename(program.Path("set/a.tessel"), program.Path("set/a.tessel.next"));
+  EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, kSetInOneFile);
+  program.File("b.tessel.next", kRecordingBegin);
+  const Finished foreign = program.Run({"log", "b.tessel"});
+  EXPECT_EQ(foreign.err, "b.tessel: cannot be read: No such file or directory\n");
+  EXPECT_EQ(foreign.status, 2);
+}
+
+TEST(LogCommand, FollowsAFullFileOfASetThatIsNamedToItsEnd) {
+  Program program;
+  const Finished run = MakeSet(program).Run({"log", "set/a.tessel.2", "--follow", "--json"});
+  EXPECT_EQ(run.out, RecordingPart(2) + RecordingPartEnd(2));
+  EXPECT_EQ(run.status, 0);
+}
+
 TEST(LogCommand, FollowsNoRecordingThatOnlyHasTheName) {
   for (const bool isOther : {false, true}) {
     Program program;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstddef>
 #include <filesystem>
+#include <future>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -75,6 +77,30 @@ TEST_F(ReportCommand, WritesOnePageWithTheEventsOfAllRecordings) {
   EXPECT_EQ(CountOf(page, "<script type=\"application/json\" data-recording=\"1\" data-name=\"b.tessel\">"),
             1U);
   EXPECT_NE(page.find("\"bandwidth controller\""), std::string::npos);
+}
+
+TEST_F(ReportCommand, JoinsTheFilesOfASetAndComparesOthers) {
+  Program program;
+  program.File("a.tessel.1", RecordingPart(1) + RecordingPartEnd(1)).File("a.tessel", RecordingPart(2));
+  program.File("b.tessel", kRecordingBegin);
+  const Finished run = program.Run({"report", "a.tessel", "a.tessel.1", "b.tessel", "-o", "page.html"});
+  EXPECT_EQ(run.out + run.err, "");
+  EXPECT_EQ(program.Run({"report", "a.tessel", "-o", "a.tessel.1"}).err,
+            "tessel: --output \"a.tessel.1\": is one of the recordings\n");
+  EXPECT_EQ(program.Contents("a.tessel.1"), RecordingPart(1) + RecordingPartEnd(1));
+  const std::string page = program.Contents("page.html");
+  EXPECT_NE(page.find("data-recording=\"0\" data-name=\"a.tessel\">"), std::string::npos);
+  EXPECT_NE(page.find("data-recording=\"1\" data-name=\"b.tessel\">"), std::string::npos);
+  EXPECT_EQ(page.find("data-recording=\"2\""), std::string::npos);
+}
+
+TEST_F(ReportCommand, WritesToAPipeAsToAFile) {
+  Program program;
+  program.File("a.tessel", kRecordingBegin);
+  ASSERT_EQ(::mkfifo(program.Path("pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+  std::future<std::string> page = std::async(std::launch::async, [&] { return program.Contents("pipe"); });
+  EXPECT_EQ(program.Run({"report", "a.tessel", "-o", "pipe"}).err, "");
+  EXPECT_TRUE(page.get().ends_with(PageEnd()));
 }
 
 TEST_F(ReportCommand, NamesItsOwnScriptsAndStylesAloneInThePolicy) {

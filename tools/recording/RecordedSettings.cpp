@@ -116,6 +116,7 @@ SettingsAtMoment ReadSettingsAt(const RecordedMoment& moment, std::optional<unsi
     if (!begin) begin = event.time;
     if (!moment.seconds || event.time <= *moment.seconds) settings.Take(event);
   });
+  if (!begin) throw CommandError("");  // Why it is no recording is said.
   // What such a file says of earlier moments is no more than the values that had to be read whole.
   if (begin && moment.seconds && *moment.seconds < *begin)
     throw CommandError(title + ": begins at " + ShortNumber(*begin) +

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -41,6 +42,7 @@ RecordingFile::RecordingFile(std::string name) : m_name(std::move(name)), m_part
 
 bool RecordingFile::Read(const OnEvent& onEvent, End end, Faults faults) {
   bool isFine = true;
+  std::string file = m_parts.FileName();
   const auto take = [&](const RecordingEvent& event, const std::string& line) {
     if (const std::string lost = m_parts.Take(event); !lost.empty()) {
       RecordingEvent before;
@@ -53,7 +55,7 @@ bool RecordingFile::Read(const OnEvent& onEvent, End end, Faults faults) {
     isFine = isFine && fault == RecordingReader::Fault::kCutOff;
     if (faults == Faults::kSilent) return;
     std::cout << std::flush;  // The lines of both in their order, where they lead to one terminal.
-    std::cerr << FileTitle(m_name) << ':' << line << ": " << Printable(reason) << '\n';
+    std::cerr << FileTitle(file) << ':' << line << ": " << Printable(reason) << '\n';
   };
   std::optional<RecordingReader> reader(std::in_place, RecordingReader::Sink{take, report});
   std::array<char, 65536> chunk;
@@ -66,14 +68,31 @@ bool RecordingFile::Read(const OnEvent& onEvent, End end, Faults faults) {
     if (end == End::kOfRecording && !m_parts.IsTheSame()) break;
     if (!reader->Feed({chunk.data(), static_cast<std::size_t>(count)})) return false;
     if (count > 0) continue;
-    if (end == End::kOfFile || reader->HasEnded()) break;
+    if (reader->HasEnded()) break;
     const RecordingParts::Next next = m_parts.OpenNext();
     if (next == RecordingParts::Next::kOpened) {
+      reader->Finish();
       reader.emplace(RecordingReader::Sink{take, report});
-    } else if (next == RecordingParts::Next::kNone || !WaitForMore()) {
+      file = m_parts.FileName();
+    } else if (end == End::kOfFile || next == RecordingParts::Next::kNone || !WaitForMore()) {
       break;
     }
   }
   reader->Finish();
   return isFine;
+}
+
+std::vector<RecordingFile> OpenRecordings(const std::vector<std::string>& names) {
+  std::vector<RecordingFile> files;
+  for (const std::string& name : names) {
+    RecordingFile file(name);
+    const auto same =
+        std::ranges::find_if(files, [&](const RecordingFile& other) { return other.IsOfSetOf(file); });
+    if (same == files.end()) {
+      files.push_back(std::move(file));
+    } else {
+      same->Join(std::move(file));
+    }
+  }
+  return files;
 }

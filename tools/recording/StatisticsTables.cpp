@@ -30,12 +30,19 @@ void StatisticsTables::Learn(const RecordingEvent& event) {
   for (const auto& [name, value] : event.members) table.values[name];
 }
 
+std::vector<std::string> StatisticsTables::Files(const std::string& folder) const {
+  std::vector<std::string> files;
+  for (const auto& [key, table] : m_tables) files.push_back(folder + "/" + TableName(key.first, key.second));
+  return files;
+}
+
 void StatisticsTables::Begin(const std::string& folder) {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
   if (error) throw CommandError(Printable(folder) + ": cannot be made: " + error.message());
-  for (auto& [key, table] : m_tables) {
-    table.file.emplace(folder + "/" + TableName(key.first, key.second));
+  const std::vector<std::string> files = Files(folder);
+  for (auto file = files.begin(); auto& [key, table] : m_tables) {
+    table.file.emplace(*file++);
     std::string line = "t";
     for (const auto& [name, value] : table.values) line += ',' + CsvText(name);
     table.file->Append(line + '\n');
@@ -52,7 +59,11 @@ void StatisticsTables::Write(const RecordingEvent& event) {
   Table& table = found->second;
   if (event.event == "made" || event.event == "ended") forget(table);
   if (event.members.empty()) return;
-  for (const auto& [name, value] : event.members) table.values[name] = CsvField(value);
+  for (const auto& [name, value] : event.members) {
+    // Another one was recorded after the table had begun.
+    if (const auto place = table.values.find(name); place != table.values.end())
+      place->second = CsvField(value);
+  }
   std::string line = ShortNumber(event.time);
   for (const auto& [name, value] : table.values) line += ',' + value;
   table.file->Append(line + '\n');

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "recording/BufferedFile.h"
 #include "recording/RecordingEvent.h"
@@ -18,6 +19,8 @@ class StatisticsTables {
  public:
   /// The first reading.
   void Learn(const RecordingEvent& event);
+  /// Where the tables will be.
+  std::vector<std::string> Files(const std::string& folder) const;
   /// Makes the folder, and in it the tables, call-7-video.csv for example. Throws CommandError; so do the
   /// others.
   void Begin(const std::string& folder);
