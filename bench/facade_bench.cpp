@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What do a toggle, a read without a facade, and the construction and destruction of a facade cost?
+// What do a toggle, a read without a facade, and the lives of a facade and of a store cost?
 //
 //   facade_bench --benchmark_enable_random_interleaving --benchmark_repetitions=9
 //
@@ -7,6 +7,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <string>
 
 #include "support/Settings.h"
@@ -62,5 +66,30 @@ void FacadeLife(benchmark::State& state) {
   }
 }
 BENCHMARK(FacadeLife)->Name("FacadeLife<Tessel>")->ArgName("subscriptions")->Arg(0)->Arg(1)->Arg(10);
+
+void StoreLife(benchmark::State& state) {
+  constexpr std::uint32_t kId = 7;
+  for (auto _ : state) {
+    kalStore::IKalConfig* store = nullptr;
+    kalStore::CreateKalConfig(kId, &store);
+    kalStore::CleanUpKalConfig(kId);
+    kalStore::ReleaseKalConfig(store);
+  }
+}
+BENCHMARK(StoreLife)->Name("StoreLife<Tessel>");
+
+/// What a store is made of: a map of values and one of subscriptions for each group, each with its lock.
+void FloorLife(benchmark::State& state) {
+  struct Map {
+    std::recursive_mutex mutex;
+    std::map<std::string, std::string, std::less<>> entries;
+  };
+  for (auto _ : state) {
+    std::array<std::unique_ptr<Map>, 2 * std::size_t{kalStore::KAL_CONFIG_GROUP_LAST}> maps;
+    for (auto& map : maps) map = std::make_unique<Map>();
+    benchmark::DoNotOptimize(maps);
+  }
+}
+BENCHMARK(FloorLife)->Name("StoreLife<Floor>");
 
 }  // namespace

@@ -20,12 +20,29 @@ import recording
 import report
 
 BUILD = report.ROOT / "build/bench"
+DISTRIBUTION = report.ROOT / "build/bench-distribution"  # Built as distributions build: with -O2 -g.
 RECORDED_S = 5  # Of a simulated engine, for each repetition.
 
 
-def command(program, arguments):
+def command(program, arguments, options=()):
     corpus = ["--corpus", arguments.corpus] if program.name == "json_bench" and arguments.corpus else []
-    return [program, *corpus, f"--benchmark_filter={arguments.filter}"]
+    return [program, *corpus, *options, f"--benchmark_filter={arguments.filter}"]
+
+
+def other_conditions(program):
+    """(condition, program, options) of each further one in which a program's goals are measured."""
+    distribution = DISTRIBUTION / "bench" / program.name
+    if program.name == "json_bench":
+        yield "used heap", program, ["--used-heap"]
+        yield "-O2 -g and used heap", distribution, ["--used-heap"]
+    yield "-O2 -g", distribution, []
+
+
+def of_goals(section, chosen):
+    """Those of the benchmarks that goals compare, but not single reads, which take long."""
+    compared = {goal.get(side) for goal in report.GOALS if goal["section"] == section and "percentiles" not in goal
+                for side in ("ours", "yardstick", "less")}
+    return [name for name in chosen if name in compared]
 
 
 def names(program, arguments):
@@ -35,10 +52,10 @@ def names(program, arguments):
     return listed.stdout.split() if "Failed to match" not in listed.stdout + listed.stderr else []
 
 
-def run(program, arguments):
+def run(program, arguments, options=()):
     """Google Benchmark's JSON of the program."""
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
-        ended = subprocess.run(command(program, arguments) + [
+        ended = subprocess.run(command(program, arguments, options) + [
             "--benchmark_enable_random_interleaving=true", f"--benchmark_repetitions={arguments.repetitions}",
             f"--benchmark_min_time={arguments.min_time}", "--benchmark_out_format=json",
             f"--benchmark_out={out.name}"], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
@@ -110,7 +127,13 @@ def main():
         print(f"{program.name} ...", file=sys.stderr, flush=True)
         output = run(program, arguments)
         results["run"] = conditions(output["context"], arguments)
-        results[program.name.removesuffix("_bench")] = medians(output["benchmarks"], chosen[program])
+        section = program.name.removesuffix("_bench")
+        results[section] = medians(output["benchmarks"], chosen[program])
+        goals = of_goals(section, chosen[program])
+        for condition, built, options in other_conditions(program) if goals else ():
+            print(f"{program.name}, {condition} ...", file=sys.stderr, flush=True)
+            only = argparse.Namespace(**vars(arguments) | {"filter": f"^({'|'.join(goals)})$"})
+            results[f"{section}, {condition}"] = medians(run(built, only, options)["benchmarks"], goals)
     if recorded:
         print("recording ...", file=sys.stderr, flush=True)
         if "run" not in results:  # The context is that of the benchmarks: of one that is over at once.

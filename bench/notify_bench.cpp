@@ -11,7 +11,10 @@
 #include <benchmark/benchmark.h>
 
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/Settings.h"
@@ -77,6 +80,42 @@ struct FunctionVector {
   }
 };
 
+/// The least that connects, disconnects and emits on any thread: a list that is replaced whole under a mutex, and
+/// of which an emission keeps a copy. The distribution has no sigslot, whose signals work like this.
+class CopiedList {
+ public:
+  using Slot = std::function<void(const KalConfigEvent&)>;
+
+  int Connect(Slot slot) {
+    const std::lock_guard lock(m_mutex);
+    auto slots = std::make_shared<Slots>(*m_slots);
+    slots->emplace_back(++m_last, std::move(slot));
+    m_slots = std::move(slots);
+    return m_last;
+  }
+  void Disconnect(int id) {
+    const std::lock_guard lock(m_mutex);
+    auto slots = std::make_shared<Slots>(*m_slots);
+    std::erase_if(*slots, [id](const auto& slot) { return slot.first == id; });
+    m_slots = std::move(slots);
+  }
+  void Emit(const KalConfigEvent& event) {
+    for (const auto& [id, slot] : *slots()) slot(event);
+  }
+
+ private:
+  using Slots = std::vector<std::pair<int, Slot>>;
+
+  std::shared_ptr<const Slots> slots() {
+    const std::lock_guard lock(m_mutex);
+    return m_slots;
+  }
+
+  std::mutex m_mutex;
+  std::shared_ptr<const Slots> m_slots = std::make_shared<Slots>();
+  int m_last = 0;
+};
+
 #ifdef TESSEL_BENCH_BOOST
 struct Signals2 {
   boost::signals2::signal<void(const KalConfigEvent&)> signal;
@@ -128,6 +167,7 @@ void ConnectAndDisconnect(benchmark::State& state) {
       ->Arg(64)
 
 TESSEL_BENCH_SIGNAL(FunctionVector);
+TESSEL_BENCH_SIGNAL(CopiedList);
 #ifdef TESSEL_BENCH_BOOST
 TESSEL_BENCH_SIGNAL(Signals2);
 #endif

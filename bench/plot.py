@@ -11,7 +11,7 @@ LABELS = {
     "ToChars": "std::to_chars", "RapidJson": "RapidJSON", "BoostJson": "Boost.JSON", "JsonCpp": "jsoncpp",
     "Queue": "condvar loop",
     "InPlace": "floor, in place", "Locked": "deque + mutex", "TbbTransparent": "oneTBB, transparent",
-    "Boundary": "library call",
+    "Boundary": "library call", "CopiedList": "mutex + copied list", "Aim": "at most",
     "Load": "volatile load", "Snprintf": "snprintf", "Fmt": "fmt", "Spdlog": "spdlog",
     "Live": "LiveConfig", "Atomic": "relaxed load", "Key": "store", "Nothing": "clock alone",
 }
