@@ -44,13 +44,20 @@ void AppendEscape(std::string& out, char c) {
 void AppendString(std::string& out, std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();
+  const char* special = FindSpecial<true>(at, end);
+  if (special == end) {  // Most strings: between the first and the last of as many quotes, in one step.
+    const std::size_t start = out.size();
+    out.append(text.size() + 2, '"');
+    text.copy(out.data() + start + 1, text.size());
+    return;
+  }
   out += '"';
   for (;;) {
-    const char* const special = FindSpecial<true>(at, end);
     out.append(at, special);
     if (special == end) break;
     AppendEscape(out, *special);
     at = special + 1;
+    special = FindSpecial<true>(at, end);
   }
   out += '"';
 }
