@@ -9,7 +9,8 @@
 // both. bytes is what the parsed document keeps on the heap, for each entry. One thread works.
 //
 // With --used-heap, libtessel and nlohmann-json first parse each document twenty times in turn, and one of
-// each stays alive: free memory then lies in pieces between what is used, as in an engine that has run a while.
+// each stays alive: free memory then lies in pieces between what is used, as in an engine that has run for
+// a while.
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>

@@ -80,8 +80,8 @@ struct FunctionVector {
   }
 };
 
-/// The least that connects, disconnects and emits on any thread: a list that is replaced whole under a mutex, and
-/// of which an emission keeps a copy. The distribution has no sigslot, whose signals work like this.
+/// The least that connects, disconnects and emits on any thread: a list that is replaced whole under a mutex,
+/// and of which an emission keeps a copy. The distribution has no sigslot, whose signals work like this.
 class CopiedList {
  public:
   using Slot = std::function<void(const KalConfigEvent&)>;

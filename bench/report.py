@@ -150,14 +150,11 @@ def block(kind, section, runs):
 
 
 def last_measured(runs):
-    """What each benchmark measured last, by section, with the conditions of the last run."""
+    """What each benchmark measured last, by section, with the conditions of the last run that has times."""
     last = {}
     for run in reversed(runs):
-        for section, measured in run.items():
-            if section == "run":
-                last["run"] = measured
-            elif not is_ratio_alone(run):
-                last[section] = last.get(section, {}) | measured
+        for section, measured in ({} if is_ratio_alone(run) else run).items():
+            last[section] = last.get(section, {}) | measured if section != "run" else measured
     return last
 
 
