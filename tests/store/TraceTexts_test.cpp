@@ -13,6 +13,9 @@ using ::testing::MatchesRegex;
 class StoreTraceTexts : public StoreTest {
  protected:
   static std::string Store(const std::string& method) { return "kalStore::KalConfig::" + method; }
+
+  // On the system's clock a callback that is interrupted for long would be slow, which has a line.
+  const TestClock m_clock;
 };
 
 TEST_F(StoreTraceTexts, OfASubscription) {
@@ -139,7 +142,6 @@ TEST_F(StoreTraceTexts, OfTwoThreadsInOneBinding) {
 }
 
 TEST_F(StoreTraceTexts, OfASlowCallbackAndBinding) {
-  const TestClock clock;
   long costMs = 101;
   const auto slow = [&] { TestClock::PassMs(costMs); };
   Subscribe("name", [&](const KalConfigEvent&) { slow(); });
