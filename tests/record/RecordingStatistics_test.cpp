@@ -81,7 +81,7 @@ TEST_F(RecordingStatistics, LeavesAReportersIntervalAlone) {
 
 TEST_F(RecordingStatistics, TakesNoReferenceAndWritesNoEvent) {
   {
-    Recording recording(File(), {.statisticsInterval = milliseconds(1)});
+    Recording recording(File(), {.statisticsInterval = hours(1)});
     {
       const StatsRef<VideoStats> video(7);
       video->UpdateVideoCapturedFrameCnt(250);
