@@ -137,7 +137,7 @@ class TreeBuilder {
     return m_open.back().array ? m_elements.emplace_back() : *m_member;
   }
 
-  const NodeBlocks m_blocks;
+  NodeBlocks m_blocks;
   json::Value m_document;
   std::vector<Open> m_open;
   json::Value* m_member = nullptr;      // Of the innermost object, the one whose key came last.

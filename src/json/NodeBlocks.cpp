@@ -23,8 +23,11 @@ namespace kalStore::internal {
 namespace {
 
 // What operator new returns lies at a multiple of 16, a node in a block 8 behind one: so they differ. The 8
-// bytes before a node point to its block. Where operator new promises less than 16, there are no blocks.
+// bytes before a node point to its block. Where operator new promises less than 16, there are no blocks. A
+// program's own may keep the promise only for sizes that are a multiple of 16, or not at all: a block asks
+// for its alignment, and what lies elsewhere becomes a node in a block of its own.
 constexpr std::size_t kStep = 16;
+constexpr std::align_val_t kAlignment{kStep};
 constexpr std::size_t kMaxBlock = 4080;  // A page, with what the C library adds.
 constexpr bool kHasBlocks = __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= kStep && sizeof(void*) == 8;
 
@@ -45,7 +48,7 @@ struct alignas(kStep) NodeBlocks::Block {
     if (nodes.fetch_sub(count, std::memory_order_acq_rel) != count) return;
     const std::size_t bytes = size;
     if (__asan_unpoison_memory_region) __asan_unpoison_memory_region(this, bytes);
-    ::operator delete(static_cast<void*>(this));
+    ::operator delete(static_cast<void*>(this), kAlignment);
   }
 
   std::atomic<std::size_t> nodes{kOpen};
@@ -63,6 +66,12 @@ void* NodeBlocks::Take(std::size_t size) {
   return kHasBlocks && t_innermost ? t_innermost->cut(size) : nullptr;
 }
 
+void* NodeBlocks::TakeAlone(std::size_t size) {
+  NodeBlocks blocks;
+  blocks.m_size = 0;
+  return blocks.cut(size);
+}
+
 bool NodeBlocks::Has(const void* node) noexcept {
   return kHasBlocks && reinterpret_cast<std::uintptr_t>(node) % kStep != 0;
 }
@@ -78,7 +87,7 @@ void* NodeBlocks::cut(std::size_t size) {
   if (static_cast<std::size_t>(m_end - m_next) < taken) {
     if (taken + sizeof(Block) > kMaxBlock) return nullptr;
     const std::size_t bytes = std::max(std::min(2 * m_size, kMaxBlock), taken + sizeof(Block));
-    void* const memory = ::operator new(bytes);
+    void* const memory = ::operator new(bytes, kAlignment);
     close();
     m_block = new (memory) Block(bytes);
     m_size = bytes;
@@ -103,8 +112,11 @@ namespace json::detail {
 using kalStore::internal::NodeBlocks;
 
 void* AllocateNode(std::size_t size) {
-  void* const node = NodeBlocks::Take(size);
-  return node ? node : ::operator new(size);
+  if (void* const node = NodeBlocks::Take(size)) return node;
+  void* const node = ::operator new(size);
+  if (!NodeBlocks::Has(node)) return node;
+  ::operator delete(node);
+  return NodeBlocks::TakeAlone(size);
 }
 
 void FreeNode(void* node, std::size_t size) noexcept {

@@ -20,7 +20,9 @@ class NodeBlocks {
 
   /// Memory for one node; null when there are no blocks on this thread, or none for this size.
   static void* Take(std::size_t size);
-  /// Whether Take() gave the node.
+  /// Memory for one node, in a block of its own.
+  static void* TakeAlone(std::size_t size);
+  /// Whether a block has the node.
   static bool Has(const void* node) noexcept;
   /// REQUIRES: Has(node), and nobody uses it any more.
   static void Release(void* node, std::size_t size) noexcept;
