@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -68,8 +68,9 @@ class RecordingTest : public testing::Test {
   std::string File(const std::string& name = "call.tessel") const { return (m_folder / name).string(); }
 
   static std::string Text(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::ostringstream text;
+    text << std::ifstream(file, std::ios::binary).rdbuf();
+    return text.str();
   }
   /// The lines of a file, each of which is whole.
   static std::vector<RecordedLine> Lines(const std::string& file) {
