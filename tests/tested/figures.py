@@ -128,7 +128,8 @@ def record(root, name, commit, seconds, command, output):
     figure = FIGURES[name]
     rows = figure.read(output) if seconds >= figure.least_seconds else []
     if rows:
-        run = {"figure": name, "command": command, "commit": commit, "date": datetime.date.today().isoformat()}
+        today = datetime.datetime.now(datetime.timezone.utc).date().isoformat()
+        run = {"figure": name, "command": command, "commit": commit, "date": today}
         path = root / f"build/figures/{name}.json"
         path.parent.mkdir(parents=True, exist_ok=True)
         earlier = json.loads(path.read_text()) if path.exists() else []

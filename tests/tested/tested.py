@@ -9,6 +9,7 @@ takes only runs of a commit as it is, without changes. The figures of other comm
 """
 
 import argparse
+import datetime
 import json
 import re
 import subprocess
@@ -46,6 +47,11 @@ def settings_of(build, file):
     return dict(re.findall(r'^set\((\w+) "([^"]*)"\)', text, re.MULTILINE))
 
 
+def utc_date(local):
+    """The day of a local time, which is the same wherever the run was."""
+    return local.astimezone(datetime.timezone.utc).date().isoformat()
+
+
 def record(root, build, commit):
     """The record of the run whose results are in a build folder."""
     suite = xml.etree.ElementTree.parse(build / "results.xml").getroot()
@@ -59,7 +65,7 @@ def record(root, build, commit):
         "passed": statuses.count("run"),
         "tests": len(statuses),
         "commit": commit if commit == state(root) else f"{commit}-dirty",
-        "date": suite.get("timestamp")[:10],
+        "date": utc_date(datetime.datetime.fromisoformat(suite.get("timestamp"))),
     }
 
 

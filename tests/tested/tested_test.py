@@ -63,7 +63,7 @@ class Tree(unittest.TestCase):
                    f'set(CMAKE_CXX_COMPILER_ID "{compiler}")\nset(CMAKE_CXX_COMPILER_VERSION "12.2.0")\n')
         cases = "".join(f'<testcase name="A" status="{status}"/>\n' for status in statuses)
         self.write(f"{build}/results.xml",
-                   f'<testsuite name="(empty)" timestamp="2026-11-22T10:00:00">\n{cases}</testsuite>\n')
+                   f'<testsuite name="(empty)" timestamp="2026-11-22T13:30:00">\n{cases}</testsuite>\n')
         run = tested.record(self.root, self.root / build, self.commit if commit is None else commit)
         self.write(f"{build}/tested.json", json.dumps(run))
         return run
