@@ -101,8 +101,8 @@ class TreeBuilder {
     place.mValueType = token.isInteger ? IntegerType(number) : json::DoubleVal;
     place.mDoubleVal = number;
     using Int = std::numeric_limits<int>;
-    if (number > Int::min() &&
-        number < Int::max()) {  // Most often: nothing but the sign can be out of range.
+    // Most often: nothing but the sign can be out of range.
+    if (number > Int::min() && number < Int::max()) {
       place.mIntVal = static_cast<int>(number);
       place.mFloatVal = static_cast<float>(number);
       place.mUnsignedIntVal = static_cast<unsigned int>(std::max(place.mIntVal, 0));

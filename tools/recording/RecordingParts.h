@@ -72,6 +72,6 @@ class RecordingParts {
   std::uint64_t m_oldest = 0;  // The first part that was there, and the last one; 0: of no set.
   std::uint64_t m_latest = 0;
   bool m_isFull = false;
-  std::map<std::uint64_t, std::string>
-      m_others;  // The names of others that were joined, by their first parts.
+  // The names of others that were joined, by their first parts.
+  std::map<std::uint64_t, std::string> m_others;
 };
