@@ -2,7 +2,7 @@
 // What the page says of one change.
 import { formatMicroseconds, formatTime } from "./format.js";
 
-/** Whether it is one: the others mark where a part of the recording begins, events were lost, and a call ends. */
+/** Whether it is one: the others mark where a part begins, events were lost, a call ends or comes again. */
 export function isChange(change) {
   return change.type === "set" || change.type === "remove" || change.type === "apply";
 }

@@ -7,7 +7,10 @@ const MAX_FINDINGS = 1000; // Of each kind; all are counted.
 /** What a recording says, as the page asks for it. */
 export class Recording {
   calls = new Map(); // Per id {id, from, to, subscribers: Map per id}.
-  /** Sets, removals and imports in the order of their times; where parts begin, calls end and events were lost, too. */
+  /**
+   * Sets, removals and imports in the order of their times; where parts begin, calls end or come again, and events were
+   * lost, too.
+   */
   changes = [];
   /** Per number of a set, how many heard of it, and how long the slowest took. */
   heard = new Map();
@@ -107,10 +110,16 @@ const TAKE = {
   },
   call(recording, event) {
     const call = recording.calls.get(event.call);
-    call.to = event.event === "ended" ? event.t : undefined;
-    if (event.event !== "ended") return;
-    recording.insertChange({ type: "end", t: event.t, call: event.call });
-    recording.endStatistics(event.call, undefined, event.t);
+    const { t } = event;
+    if (event.event === "ended") {
+      call.to = t;
+      recording.insertChange({ type: "end", t, call: event.call });
+      recording.endStatistics(event.call, undefined, t);
+    } else if (call.to !== undefined) {
+      // Behind the end, also where the times of two threads say something else.
+      recording.insertChange({ type: "again", t: Math.max(t, call.to), call: event.call });
+      call.to = undefined;
+    }
   },
   set(recording, event) {
     recording.insertChange(event);

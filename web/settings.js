@@ -9,15 +9,20 @@ export function settingsAt(recording, call, time) {
   let settings = new Map();
   let hasUnknownNames = false;
   let hasLost = false;
+  let hasEnded = false;
   for (const change of recording.changes) {
     if (change.t > time) break;
     if (change.type === "begin" || (change.type === "end" && change.call === call)) {
       settings = new Map();
       hasUnknownNames = false;
-      if (change.type === "begin") hasLost = false; // Its picture has all that is there.
+      hasEnded = change.type === "end";
+      if (!hasEnded) hasLost = false; // Its picture has all that is there.
     } else if (change.type === "lost") {
       hasLost = true;
-    } else if (change.call === call && change.result !== "refused") {
+      hasEnded = false; // What says that the call is there again may be lost.
+    } else if (change.type === "again" && change.call === call) {
+      hasEnded = false;
+    } else if (change.call === call && !hasEnded && change.result !== "refused") {
       hasUnknownNames = take(settings, change) || hasUnknownNames;
     }
   }

@@ -348,6 +348,20 @@ test("Refused and transient sets leave no setting; what a call's end takes is go
   assert.equal(documentOf(settingsAt(recording, 1, 2).settings), "{}");
 });
 
+test("A set behind its call's end leaves no setting, unless the call is there again or that may be lost", () => {
+  const ended = '{"type":"call","t":2,"call":1,"event":"ended"}\n';
+  const made = (t) => `{"type":"call","t":${t},"call":1,"event":"made"}\n`;
+  const behind = (...lines) =>
+    settingsAt(read(BEGIN, set({}), ended, ...lines, set({ t: 3, new: "2" })), 1, 3).settings.get("Audio/A")?.new;
+  assert.equal(behind(), undefined);
+  assert.equal(behind(made(2).replace('"call":1', '"call":8')), undefined);
+  assert.equal(behind(made(2)), "2");
+  assert.equal(behind(made(1.999999)), "2");
+  assert.equal(behind(made(2), ended), undefined);
+  assert.equal(behind('{"type":"lost","t":2,"count":1}\n'), "2");
+  assert.equal(behind(BEGIN.replace('"t":0', '"t":2')), "2");
+});
+
 test("A value that the recording does not have whole is left out and named", () => {
   const recording = read(
     BEGIN,
