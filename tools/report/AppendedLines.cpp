@@ -10,7 +10,7 @@
 
 namespace {
 
-// A longer line is damaged in any case: it is given in pieces.
+// A longer line is damaged in any case, whatever it is.
 constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
 }  // namespace
@@ -27,10 +27,11 @@ std::string AppendedLines::Next() {
   // What ends a line of an event is no part of a line of JSON.
   std::replace(chunk.data(), chunk.data() + count, '\r', ' ');
   m_rest.append(chunk.data(), static_cast<std::size_t>(count));
-  std::size_t end = m_rest.rfind('\n');
+  const std::size_t end = m_rest.rfind('\n');
   if (end == std::string::npos) {
-    if (m_rest.size() <= kLongestLine) return "";
-    end = m_rest.size();
+    // As much as shows that it is too long: the page says so, and counts one line.
+    m_rest.resize(std::min(m_rest.size(), kLongestLine + 1));
+    return "";
   }
   std::string event = eventOf(std::string_view(m_rest).substr(0, end));
   m_rest.erase(0, end + 1);

@@ -6,7 +6,8 @@
 
 #include "recording/RecordingParts.h"
 
-/// The lines of a recording that grows, as server-sent events.
+/// The lines of a recording that grows, as server-sent events. A line that is too long for a recording is cut
+/// behind the length that shows it.
 class AppendedLines {
  public:
   explicit AppendedLines(const std::string& file);
