@@ -28,9 +28,10 @@ constexpr int kLook = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 }
 
 // The number is none of a standard stream that is closed: what is written to that would be in the file.
-int OpenToWrite(const std::string& file) {
+int OpenToWrite(const std::string& file, int flags) {
   constexpr mode_t kOwner = S_IRUSR | S_IWUSR;
-  const int first = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwner);
+  const int first =
+      ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | flags, kOwner);
   if (first < 0 || first > STDERR_FILENO) return first;
   const int descriptor = ::fcntl(first, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   const int fault = errno;
@@ -49,6 +50,11 @@ bool IsOthers(const std::string& file) {
   const bool isOthers = IsOthers(descriptor, LOCK_SH);
   ::close(descriptor);
   return isOthers;
+}
+
+// Whatever has the name, and nobody writes; not what a link leads to.
+void Remove(const std::string& file) {
+  if (::unlink(file.c_str()) != 0 && errno != ENOENT) ThrowSystemFault();
 }
 
 // Whether the file that is open has the name.
@@ -91,7 +97,7 @@ RecordingOutput::~RecordingOutput() {
 // Of a set, a symbolic link would be renamed, and the file be none of the next recording's: the set is where
 // the file is.
 void RecordingOutput::Open() {
-  m_current = open(m_file);
+  m_current = open(m_file, 0);
   if (std::error_code fault; std::filesystem::is_symlink(m_file, fault)) {
     const std::filesystem::path file = std::filesystem::canonical(m_file, fault);
     if (fault) throw RecordingFault(fault.message());
@@ -104,15 +110,16 @@ void RecordingOutput::Open() {
 // The next file is whole before it takes its place, and all names are there before one is changed: whatever
 // fails, the recording's file has its name, and its end can be written to it. The oldest one goes first:
 // the others are as many as there may be with the next one. The full file has both names for a moment, so
-// that the set always has a last file; where no file can have two, it has none for a moment.
+// that the set always has a last file; where no file can have two, it has none for a moment. The next file is
+// a new one: what a crash has left, or a link to a file of somebody else, goes.
 void RecordingOutput::Rotate(std::string_view end, std::string_view begin) {
   const std::string full = nameOf(m_part);
   if (!HasName(m_current.descriptor, m_file)) throw RecordingFault("another file has its name");
-  if (IsOthers(full)) throw RecordingFault("another recording writes its next part");
-  if (::unlink(full.c_str()) != 0 && errno != ENOENT) ThrowSystemFault();
-  if (m_part >= m_files && ::unlink(nameOf(m_part + 1 - m_files).c_str()) != 0 && errno != ENOENT)
-    ThrowSystemFault();
-  Opened next = open(m_next);
+  if (IsOthers(full) || IsOthers(m_next)) throw RecordingFault("another recording writes its next part");
+  Remove(full);
+  if (m_part >= m_files) Remove(nameOf(m_part + 1 - m_files));
+  Remove(m_next);
+  Opened next = open(m_next, O_EXCL);
   try {
     write(next, begin);
     write(m_current, end);
@@ -142,9 +149,9 @@ void RecordingOutput::CheckIsThere() const {
 
 // It is emptied only once it is known to be nobody else's. A pipe is refused: its reader could hold up the
 // recording, and end the process by leaving.
-RecordingOutput::Opened RecordingOutput::open(const std::string& file) const {
+RecordingOutput::Opened RecordingOutput::open(const std::string& file, int flags) const {
   Opened opened;
-  opened.descriptor = OpenToWrite(file);
+  opened.descriptor = OpenToWrite(file, flags);
   // What a pipe says that nobody reads.
   if (opened.descriptor < 0 && errno == ENXIO) throw RecordingFault(kNoRegularFile);
   if (opened.descriptor < 0) ThrowSystemFault();

@@ -48,7 +48,7 @@ class RecordingOutput {
     bool isDevice = false;
   };
 
-  Opened open(const std::string& file) const;
+  Opened open(const std::string& file, int flags) const;
   static void write(Opened& opened, std::string_view lines);
   static void close(Opened& opened);
   void removeParts() const;

@@ -157,6 +157,29 @@ TEST_F(RecordingRotation, RemovesThePartsOfAnEarlierSetAndNothingElse) {
   for (const std::string& other : others) EXPECT_TRUE(std::filesystem::exists(File(other))) << other;
 }
 
+// The name of the next file may be a link to a file of somebody else.
+TEST_F(RecordingRotation, WritesThroughNoLink) {
+  const auto link = [&](bool isSymbolic) {
+    if (isSymbolic) {
+      std::filesystem::create_symlink("foreign", File("call.tessel.next"));
+    } else {
+      std::filesystem::create_hard_link(File("foreign"), File("call.tessel.next"));
+    }
+  };
+  for (const bool isSymbolic : {true, false}) {
+    std::ofstream(File("foreign"), std::ios::trunc) << "something else\n";
+    Recording recording(File(), {.largestFile = kLargest, .files = 3});
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    link(isSymbolic);
+    SetOften(recording, 100);
+    EXPECT_TRUE(recording.IsOn());
+    EXPECT_EQ(Text(File("foreign")), "something else\n");
+    EXPECT_FALSE(std::filesystem::is_symlink(File()));
+    EXPECT_FALSE(std::filesystem::exists(File("call.tessel.next")));
+    EXPECT_GT(std::stoul(Lines().front().Get("part")), 1u);
+  }
+}
+
 // Who looks meanwhile, or begins a recording of the name, finds the full file or the next one.
 TEST_F(RecordingRotation, AlwaysHasAFileOfItsName) {
   std::atomic<bool> isOver{false};
