@@ -65,9 +65,8 @@ class WithoutBrokenPipe {
   bool m_wasPending;
 };
 
-/// Whether standard error takes something, or refuses it, without a wait.
-bool IsReady(std::chrono::milliseconds longestWait) {
-  const Clock::time_point end = Clock::now() + longestWait;
+/// Whether standard error takes something, or refuses it, before `end`.
+bool IsReady(Clock::time_point end) {
   pollfd standardError{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
   for (;;) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
@@ -84,9 +83,14 @@ std::size_t LongestPiece() {
   return isFile ? std::numeric_limits<std::size_t>::max() : PIPE_BUF;
 }
 
-/// Writes the first bytes of the parts, `longest` at most, and takes them off. Returns false when they are
-/// refused.
-bool WritePiece(std::span<iovec>& parts, std::size_t longest) {
+enum class Outcome {
+  kTaken,
+  kNotNow,  ///< somebody else took the room that was there, or a signal came
+  kRefused,
+};
+
+/// Writes the first bytes of the parts, `longest` at most, and takes them off.
+Outcome WritePiece(std::span<iovec>& parts, std::size_t longest) {
   std::array<iovec, kParts> piece{};
   std::transform(parts.begin(), parts.end(), piece.begin(), [&](const iovec& part) {
     const std::size_t size = std::min(part.iov_len, longest);
@@ -94,14 +98,15 @@ bool WritePiece(std::span<iovec>& parts, std::size_t longest) {
     return iovec{part.iov_base, size};
   });
   const ssize_t result = ::writev(STDERR_FILENO, piece.data(), static_cast<int>(parts.size()));
-  if (result <= 0) return false;
+  if (result < 0 && (errno == EAGAIN || errno == EINTR)) return Outcome::kNotNow;
+  if (result <= 0) return Outcome::kRefused;
   auto written = static_cast<std::size_t>(result);
   for (; !parts.empty() && parts.front().iov_len <= written; parts = parts.subspan(1))
     written -= parts.front().iov_len;
-  if (parts.empty()) return true;
+  if (parts.empty()) return Outcome::kTaken;
   parts.front().iov_base = static_cast<char*>(parts.front().iov_base) + written;
   parts.front().iov_len -= written;
-  return true;
+  return Outcome::kTaken;
 }
 
 /// Returns false when standard error does not take all of the line: when it takes nothing for so long. After
@@ -109,21 +114,30 @@ bool WritePiece(std::span<iovec>& parts, std::size_t longest) {
 bool WriteLine(int level, const char* module, const char* text, std::size_t length,
                std::chrono::milliseconds wait) UTIL_LOCKING(requires_capability(g_mutex)) {
   char digits[12];
-  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, level);
+  const char* const digitsEnd = std::to_chars(digits, digits + sizeof digits, level).ptr;
   const auto part = [](const char* from, std::size_t size) { return iovec{const_cast<char*>(from), size}; };
   std::array<iovec, kParts> line = {part("\n", g_isCutOff ? 1 : 0),
                                     part("[", 1),
                                     part(module, std::strlen(module)),
                                     part(" ", 1),
-                                    part(digits, static_cast<std::size_t>(end.ptr - digits)),
+                                    part(digits, static_cast<std::size_t>(digitsEnd - digits)),
                                     part("] ", 2),
                                     part(text, length),
                                     part("\n", 1)};
   std::span<iovec> left(line);
-  for (const std::size_t longest = LongestPiece(); !left.empty(); wait = kLongestWait) {
-    if (!IsReady(wait)) return false;
-    if (!WritePiece(left, longest)) return true;
-    g_isCutOff = !left.empty();
+  Clock::time_point end = Clock::now() + wait;
+  for (const std::size_t longest = LongestPiece(); !left.empty();) {
+    if (!IsReady(end)) return false;
+    switch (WritePiece(left, longest)) {
+      case Outcome::kRefused:
+        return true;
+      case Outcome::kNotNow:
+        if (Clock::now() >= end) return false;
+        break;
+      case Outcome::kTaken:
+        g_isCutOff = !left.empty();
+        end = Clock::now() + kLongestWait;
+    }
   }
   return true;
 }

@@ -3,13 +3,17 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <climits>
 #include <csignal>
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <thread>
 
@@ -69,6 +73,22 @@ class ErrorPipe {
   std::array<int, 2> m_ends{};
 };
 
+/// What another process does each time standard error has been found ready, for as long as this lives.
+class WhenReady {
+ public:
+  explicit WhenReady(std::function<void()> act) { s_act = std::move(act); }
+  ~WhenReady() { s_act = nullptr; }
+  WhenReady(const WhenReady&) = delete;
+  WhenReady& operator=(const WhenReady&) = delete;
+
+  static void Act() {
+    if (s_act) s_act();
+  }
+
+ private:
+  static inline std::function<void()> s_act;
+};
+
 bool IsBrokenPipePending() {
   sigset_t pending;
   sigpending(&pending);
@@ -76,6 +96,15 @@ bool IsBrokenPipePending() {
 }
 
 }  // namespace
+
+// The libraries call this one, for the program comes first where it is looked up.
+extern "C" __attribute__((visibility("default"))) int poll(pollfd* files, nfds_t count, int timeout) {
+  timespec limit{.tv_sec = timeout / 1000, .tv_nsec = timeout % 1000 * 1'000'000L};
+  const auto ready =
+      static_cast<int>(syscall(SYS_ppoll, files, count, timeout < 0 ? nullptr : &limit, nullptr, 0));
+  if (ready > 0) WhenReady::Act();
+  return ready;
+}
 
 TEST(StandardError, MayBeClosed) {
   const ErrorPipe pipe;
@@ -151,6 +180,51 @@ TEST(StandardError, HasALineAsAWholeThatIsLongerThanThePipe) {
   EXPECT_EQ(text, "[UTIL 0] " + line + '\n');
   TraceText("next");
   EXPECT_EQ(pipe.Read(), "[UTIL 0] next\n");
+}
+
+TEST(StandardError, WhoseRoomAnotherTakesIsWaitedFor) {
+  const ErrorPipe pipe;
+  fcntl(STDERR_FILENO, F_SETFL, O_NONBLOCK);
+  const std::string line(2 * std::size_t{PIPE_BUF}, 'a');
+  for (const bool isFullAtOnce : {true, false}) {
+    int looks = isFullAtOnce ? 1 : 0;
+    std::string text;
+    std::atomic<bool> isOver{false};
+    std::thread reader;
+    const WhenReady taken([&] {
+      if (++looks != 2) return;  // Between the look and the first piece, or the second one.
+      text = pipe.Read();
+      pipe.Fill();
+      fcntl(STDERR_FILENO, F_SETFL, O_NONBLOCK);
+      reader = std::thread([&] {
+        std::string part;
+        while (!isOver) part += pipe.Read();
+        part += pipe.Read();
+        text += part.substr(part.find_last_of('x') + 1);
+      });
+    });
+    TraceText(line);
+    isOver = true;
+    reader.join();
+    EXPECT_EQ(text, "[UTIL 0] " + line + '\n');
+  }
+}
+
+TEST(StandardError, WhoseRoomAnotherAlwaysTakesLosesTheLineAndSaysSo) {
+  const ErrorPipe pipe;
+  {
+    const WhenReady taken([&] {
+      pipe.Read();
+      pipe.Fill();
+      fcntl(STDERR_FILENO, F_SETFL, O_NONBLOCK);
+    });
+    TraceText("nobody sees it");
+  }
+  pipe.Read();
+  TraceText("somebody sees it");
+  EXPECT_EQ(pipe.Read(),
+            "[UTIL 0] 1 lines lost: nobody read standard error\n"
+            "[UTIL 0] somebody sees it\n");
 }
 
 TEST(StandardError, ThatNobodyReadsDoesNotHoldTheRegistryForEver) {
