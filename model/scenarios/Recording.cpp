@@ -45,10 +45,13 @@ MODEL_SCENARIO(JournalIsUsedByTwo) {
   Check(!IsJournalOn(), "the last one turns it off");
 }
 
-// A journal that somebody else has started is not turned off by its last use.
+// A journal that somebody else has started, also after stopping it, is not turned off by its last use.
 MODEL_SCENARIO(JournalIsUsedBesideAStart) {
   std::int32_t started = kResultUnchanged;
-  std::thread other([&] { started = StartJournal(8); });
+  std::thread other([&] {
+    StopJournal();
+    started = StartJournal(8);
+  });
   {
     const JournalUse own(8);
   }

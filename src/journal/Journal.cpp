@@ -81,6 +81,11 @@ std::uint64_t JournalStartNumber() {
 using namespace internal;
 
 std::int32_t StartJournal(std::size_t capacity) {
+  std::uint64_t start = 0;
+  return StartOwnJournal(capacity, start);
+}
+
+std::int32_t StartOwnJournal(std::size_t capacity, std::uint64_t& start) {
   if (capacity == 0 || capacity > kJournalLargestCapacity) return kResultBadArgument;
   const detail::Lock lock(g_startMutex);
   if (JournalIsOn()) return kResultUnchanged;
@@ -88,7 +93,7 @@ std::int32_t StartJournal(std::size_t capacity) {
   const bool isAnother = g_ring.load(std::memory_order_relaxed) != &ring;
   g_ring.store(&ring, std::memory_order_release);
   // Relaxed: whoever acquires a number that was drawn since the start finds it counted, by the next step.
-  g_starts.fetch_add(1, std::memory_order_relaxed);
+  start = g_starts.fetch_add(1, std::memory_order_relaxed) + 1;
   // Draws no number, but takes its turn among those who do.
   const std::uint64_t first = g_next.fetch_add(0, std::memory_order_acq_rel);
   if (isAnother) g_ringBegin.store(first, std::memory_order_release);
@@ -101,6 +106,12 @@ std::int32_t StartJournal(std::size_t capacity) {
 // Beside a start that has not turned the journal on yet, it finds it off.
 std::int32_t StopJournal() {
   return g_isJournalOn.exchange(false, std::memory_order_relaxed) ? kResultOk : kResultUnchanged;
+}
+
+// No start comes between the look and the stop.
+std::int32_t StopOwnJournal(std::uint64_t start) {
+  const detail::Lock lock(g_startMutex);
+  return JournalStarts() == start ? StopJournal() : kResultUnchanged;
 }
 
 bool IsJournalOn() {

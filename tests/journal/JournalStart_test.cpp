@@ -51,6 +51,26 @@ TEST_F(JournalStart, CountsTheStartsAndGivesTheCapacityOfTheLastOne) {
   EXPECT_EQ(JournalCapacity(), 128u);
 }
 
+TEST_F(JournalStart, StopsItsOwnStartAndNoOther) {
+  std::uint64_t start = 0, other = 0;
+  EXPECT_EQ(StartOwnJournal(0, start), kResultBadArgument);
+  EXPECT_EQ(start, 0u);
+  EXPECT_EQ(StartOwnJournal(5, start), kResultOk);
+  EXPECT_EQ(start, JournalStarts());
+  EXPECT_EQ(JournalCapacity(), 8u);
+  EXPECT_EQ(StartOwnJournal(5, other), kResultUnchanged);
+  EXPECT_EQ(other, 0u);
+  EXPECT_EQ(StopOwnJournal(other), kResultUnchanged);
+  EXPECT_TRUE(IsJournalOn());
+  EXPECT_EQ(StopOwnJournal(start), kResultOk);
+  EXPECT_FALSE(IsJournalOn());
+  EXPECT_EQ(StopOwnJournal(start), kResultUnchanged);
+  EXPECT_EQ(StartJournal(5), kResultOk);
+  EXPECT_EQ(StopOwnJournal(start), kResultUnchanged);
+  EXPECT_TRUE(IsJournalOn());
+  EXPECT_EQ(StopOwnJournal(start + 1), kResultOk);
+}
+
 TEST_F(JournalStart, OffNothingIsWritten) {
   const std::uint64_t number = NextJournalNumber();
   {
