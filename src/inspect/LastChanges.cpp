@@ -60,7 +60,7 @@ void FindLastChanges(std::uint32_t callId, const CopyNumbers& numbers, Settings&
   const std::uint64_t overwritten = journal.end - std::min(journal.end, journal.ring->Capacity());
   std::uint64_t number = std::max({journal.begin, JournalStartNumber(), overwritten});
   for (JournalRing::Words words; number < journal.end; ++number) {
-    if (journal.ring->Read(number, words) != JournalRing::Found::kWhole) continue;
+    if (journal.ring->Read(number, words, &RecordSize) != JournalRing::Found::kWhole) continue;
     JournalEvent event = Decode(words);
     if (event.callId != callId || !IsChange(event) || event.name.isCut) continue;
     event.number = number;

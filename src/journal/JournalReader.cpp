@@ -22,7 +22,7 @@ bool JournalReader::Next(JournalEvent& event) {
     if (m_next < oldest) m_missed += oldest - std::exchange(m_next, oldest);
 
     JournalRing::Words words;
-    const JournalRing::Found found = journal.ring->Read(m_next, words);
+    const JournalRing::Found found = journal.ring->Read(m_next, words, &RecordSize);
     // In a ring of one, the newest is all there is.
     const std::uint64_t waitedFor = std::max<std::uint64_t>(capacity / 2, 1);
     if (found == JournalRing::Found::kPending && journal.end - m_next <= waitedFor) return false;
@@ -34,7 +34,7 @@ bool JournalReader::Next(JournalEvent& event) {
     JournalEvent read = Decode(words);
     // A delivery has the name and the values of its set, which is right before it.
     if (read.kind == JournalKind::kDelivered && read.cause != 0 &&
-        journal.ring->Read(read.cause, words) == JournalRing::Found::kWhole) {
+        journal.ring->Read(read.cause, words, &RecordSize) == JournalRing::Found::kWhole) {
       JournalEvent set = Decode(words);
       read.name = std::move(set.name);
       read.oldValue = std::move(set.oldValue);

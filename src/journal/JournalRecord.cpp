@@ -188,6 +188,17 @@ void Encode(const JournalEntry& entry, JournalRing::PlaceWords& words) {
   words[0].store(std::bit_cast<std::uint64_t>(tags), std::memory_order_release);
 }
 
+std::size_t RecordSize(std::uint64_t first) {
+  const auto tags = std::bit_cast<Tags>(first);
+  std::size_t words = kHeadWords;
+  if ((tags.flags & kHasDelivery) != 0) words += kDeliveryWords;
+  if ((tags.flags & kHasPlace) != 0) ++words;
+  for (const std::uint8_t size : tags.sizes) {
+    if (size != kNone) words += ((size & ~kCut) + kWord - 1) / kWord;
+  }
+  return words;
+}
+
 JournalEvent Decode(const JournalRing::Words& words) {
   RecordReader reader(words.data());
   const auto tags = std::bit_cast<Tags>(reader.Take());

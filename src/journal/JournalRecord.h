@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -43,6 +44,8 @@ struct JournalEntry {
 
 /// Puts an entry into the words of a place, its strings cut.
 void Encode(const JournalEntry& entry, JournalRing::PlaceWords& words);
+/// How many words a record has with this first one.
+std::size_t RecordSize(std::uint64_t first);
 /// Makes an event of the words; all but its number and what was missed.
 JournalEvent Decode(const JournalRing::Words& words);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "journal/JournalRing.h"
 
+#include <algorithm>
+
 namespace kalStore::internal {
 
 JournalRing::JournalRing(unsigned int bits)
@@ -13,7 +15,7 @@ void JournalRing::lose(Place& place, std::uint64_t number) {
   }
 }
 
-JournalRing::Found JournalRing::Read(std::uint64_t number, Words& words) const {
+JournalRing::Found JournalRing::Read(std::uint64_t number, Words& words, Size size) const {
   const Place& place = placeOf(number);
   const std::uint64_t before = place.state.load(std::memory_order_acquire);
   if (before >> 1 < number) {
@@ -22,7 +24,9 @@ JournalRing::Found JournalRing::Read(std::uint64_t number, Words& words) const {
   }
   if (before == number << 1) return Found::kPending;
   if (before != (number << 1 | kWhole)) return Found::kGone;
-  for (std::size_t i = 0; i < kWords; ++i) words[i] = place.words[i].load(std::memory_order_acquire);
+  words[0] = place.words[0].load(std::memory_order_acquire);
+  const std::size_t count = std::min(size(words[0]), kWords);
+  for (std::size_t i = 1; i < count; ++i) words[i] = place.words[i].load(std::memory_order_acquire);
   return place.state.load(std::memory_order_relaxed) == before ? Found::kWhole : Found::kGone;
 }
 

@@ -17,7 +17,8 @@ JournalEvent Recorded(const JournalEntry& entry) {
   for (auto& word : place) word = ~std::uint64_t{0};
   Encode(entry, place);
   JournalRing::Words words;
-  for (std::size_t i = 0; i < words.size(); ++i) words[i] = place[i];
+  words.fill(0x4545454545454545);  // A reader has the record's own and no more.
+  for (std::size_t i = 0; i < RecordSize(place[0]); ++i) words[i] = place[i];
   return Decode(words);
 }
 

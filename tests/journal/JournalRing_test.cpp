@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace kalStore::internal {
@@ -20,9 +21,13 @@ void Write(JournalRing& ring, std::uint64_t number) {
   ring.Write(number, [&](JournalRing::PlaceWords& words) { Fill(words, number); });
 }
 
+std::size_t AllWords(std::uint64_t /*first*/) {
+  return JournalRing::kWords;
+}
+
 Found Read(const JournalRing& ring, std::uint64_t number) {
   JournalRing::Words words;
-  const Found found = ring.Read(number, words);
+  const Found found = ring.Read(number, words, &AllWords);
   if (found == Found::kWhole) {
     for (const std::uint64_t word : words) EXPECT_EQ(word, number);
   }
@@ -39,6 +44,24 @@ TEST(JournalRing, HasTheLastRecords) {
     for (std::uint64_t old = 1; old < number; ++old) {
       EXPECT_EQ(Read(ring, old), number - old < ring.Capacity() ? Found::kWhole : Found::kGone);
     }
+  }
+}
+
+TEST(JournalRing, GivesAsManyWordsAsTheRecordHas) {
+  JournalRing ring(0);
+  const std::pair<std::uint64_t, std::size_t> rows[] = {
+      {0, 1}, {1, 1}, {2, 2}, {45, 45}, {46, 46}, {47, 46}, {~std::uint64_t{0}, 46}};
+  std::uint64_t number = 0;
+  for (const auto& [first, count] : rows) {
+    ring.Write(++number, [&](JournalRing::PlaceWords& words) {
+      Fill(words, number);
+      words[0].store(first, std::memory_order_release);
+    });
+    JournalRing::Words words;
+    words.fill(~number);
+    EXPECT_EQ(ring.Read(number, words, [](std::uint64_t size) { return std::size_t{size}; }), Found::kWhole);
+    EXPECT_EQ(words[0], first);
+    for (std::size_t i = 1; i < words.size(); ++i) EXPECT_EQ(words[i], i < count ? number : ~number) << i;
   }
 }
 
@@ -87,7 +110,7 @@ TEST(JournalRing, ReadsARecordThatIsShorterThanTheLast) {
   Write(ring, 1);
   ring.Write(2, [](JournalRing::PlaceWords& place) { place[0] = place[1] = 2; });
   JournalRing::Words words;
-  ASSERT_EQ(ring.Read(2, words), Found::kWhole);
+  ASSERT_EQ(ring.Read(2, words, &AllWords), Found::kWhole);
   EXPECT_EQ(words[0], 2u);
   EXPECT_EQ(words[1], 2u);
 }
