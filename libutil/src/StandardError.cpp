@@ -14,6 +14,7 @@
 #include <chrono>
 #include <climits>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <ctime>
 #include <limits>
@@ -83,7 +84,7 @@ std::size_t LongestPiece() {
   return isFile ? std::numeric_limits<std::size_t>::max() : PIPE_BUF;
 }
 
-enum class Outcome {
+enum class Outcome : std::uint8_t {
   kTaken,
   kNotNow,  ///< somebody else took the room that was there, or a signal came
   kRefused,
