@@ -130,15 +130,15 @@ TESSEL_API std::int32_t StartJournal(std::size_t capacity);
 /// @return kResultOk; kResultUnchanged when it is off.
 TESSEL_API std::int32_t StopJournal();
 
-/// Turns the journal on as StartJournal() does, for somebody who ends it with StopOwnJournal(): others may stop
-/// and start it meanwhile.
+/// Turns the journal on as StartJournal() does, for somebody who ends it with StopOwnJournal(): others may
+/// stop and start it meanwhile.
 /// @param capacity  see StartJournal()
 /// @param start  receives the number of this start, from 1, when the result is kResultOk
 /// @return See StartJournal().
 TESSEL_API std::int32_t StartOwnJournal(std::size_t capacity, std::uint64_t& start);
 
-/// Turns the journal off if it is on by a certain start, in one step: whatever other threads do, no other start
-/// is undone.
+/// Turns the journal off if it is on by a certain start, in one step: whatever other threads do, no other
+/// start is undone.
 /// @param start  as StartOwnJournal() gave it; 0: none
 /// @return kResultOk; kResultUnchanged when the journal is off, or on by another start.
 TESSEL_API std::int32_t StopOwnJournal(std::uint64_t start);
@@ -146,8 +146,8 @@ TESSEL_API std::int32_t StopOwnJournal(std::uint64_t start);
 /// @return Whether the journal is on.
 TESSEL_API bool IsJournalOn();
 
-/// @return How often the journal was turned on: the number of the last start. Another number than before: events may be missing that nobody
-/// can count.
+/// @return How often the journal was turned on: the number of the last start. Another number than before:
+/// events may be missing that nobody can count.
 TESSEL_API std::uint64_t JournalStarts();
 
 /// @return How many events the ring of the last start has; 0 when there was none.

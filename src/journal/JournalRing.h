@@ -58,8 +58,8 @@ class JournalRing {
     fill(*words);
     End(number);
   }
-  /// How many words a record has, as its first one says. That may be of a later record, which then is found to
-  /// have come.
+  /// How many words a record has, as its first one says. That may be of a later record, which then is found
+  /// to have come.
   using Size = std::size_t (*)(std::uint64_t first);
   /// Reads the record of a number: as many words as it has. The others have any value.
   Found Read(std::uint64_t number, Words& words, Size size) const;
