@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "record/RecordingOutput.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -10,6 +11,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -199,18 +201,18 @@ void RecordingOutput::close(Opened& opened) {
 }
 
 // Of an earlier set. They would stay for ever, or be taken for parts of this one. What cannot be removed
-// stays.
+// stays. The standard's directory_iterator would end the process where memory runs out.
 void RecordingOutput::removeParts() const {
-  const std::filesystem::path path(m_file);
-  const std::string prefix = path.filename().string() + ".";
-  std::error_code fault;
-  for (std::filesystem::directory_iterator entry(path.parent_path(), fault), end; !fault && entry != end;
-       entry.increment(fault)) {
-    const std::string name = entry->path().filename().string();
+  const std::size_t nameAt = m_file.rfind('/') + 1;
+  const std::string folder = m_file.substr(0, nameAt), prefix = m_file.substr(nameAt) + ".";
+  const std::unique_ptr<DIR, int (*)(DIR*)> list(::opendir(folder.c_str()), ::closedir);
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): the list is this thread's own.
+  while (const dirent* const entry = list ? ::readdir(list.get()) : nullptr) {
+    const std::string_view name = entry->d_name;
     if (!name.starts_with(prefix)) continue;
-    const std::string_view number = std::string_view(name).substr(prefix.size());
+    const std::string_view number = name.substr(prefix.size());
     if (number != kNext && number.find_first_not_of("0123456789") != std::string_view::npos) continue;
-    const std::string file = entry->path().string(), part = PartIn(file);
+    const std::string file = m_file + "." + std::string(number), part = PartIn(file);
     // A crash may have left the recording's file the name of a part as well.
     if (std::error_code none; std::filesystem::equivalent(file, m_file, none)) ::unlink(file.c_str());
     if (!part.empty() && (number == kNext || number == part)) ::unlink(file.c_str());
