@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """The exported headers as a program compiles them: each one alone, and all together by every compiler at hand, for each
 language standard that the compiler knows, without a warning; without run-time type information; without exceptions.
-usage: headers_test.py COMPILER [OTHER...]
 """
 
+import argparse
 import os
 import shutil
 import subprocess
@@ -18,8 +18,13 @@ SOURCE = Path(__file__).resolve().parents[2]
 FOLDERS = [SOURCE / "include", SOURCE / "libutil" / "include"]
 HEADERS = [path.relative_to(folder).as_posix() for folder in FOLDERS for path in sorted(folder.glob("*/*.h"))]
 NEEDS_EXCEPTIONS = "tessel/ScopedConfig.h"
-COMPILER, *OTHERS = sys.argv[1:]
-COMPILERS = [COMPILER] + [found for found in filter(None, map(shutil.which, OTHERS)) if found != COMPILER]
+PARSER = argparse.ArgumentParser(description=__doc__)
+PARSER.add_argument("--only", metavar="TEST", help="one of the tests, instead of all")
+PARSER.add_argument("compiler")
+PARSER.add_argument("others", nargs="*", help="those that the machine has of them")
+ARGUMENTS = PARSER.parse_args()
+COMPILER = ARGUMENTS.compiler
+COMPILERS = [COMPILER] + [found for found in filter(None, map(shutil.which, ARGUMENTS.others)) if found != COMPILER]
 STANDARDS = ("c++20", "c++23", "c++26")
 WARNINGS = ("-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror")
 
@@ -74,4 +79,4 @@ class Headers(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=sys.argv[:1], defaultTest=ARGUMENTS.only and f"Headers.{ARGUMENTS.only}")
