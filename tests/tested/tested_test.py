@@ -79,6 +79,19 @@ class Tree(unittest.TestCase):
         self.assertEqual(self.rows(),
                          [f"| x86_64 | GCC 12.2.0 | As it ships | 1,234 of 1,236 | {self.commit}, 2026-11-22 |"])
 
+    def write_program(self, *tests):
+        """Leaves behind what a program of tests does."""
+        self.write("build/release/programs/A.xml", f"<testsuites>{''.join(tests)}</testsuites>")
+
+    def test_each_test_of_a_program_that_ran_as_a_whole_counts(self):
+        passed, skipped = '<testcase result="completed"/>', '<testcase result="skipped"><skipped/></testcase>'
+        failed = '<testcase result="completed"><failure/></testcase>'
+        for tests, status, expected in (([passed] * 3, "run", (3, 3)), ([passed, failed, skipped], "fail", (1, 3)),
+                                        ([passed, skipped], "run", (1, 2)), ([passed] * 3, "fail", (3, 4))):
+            self.write_program(*tests)
+            run = self.run_tests(statuses=[status])
+            self.assertEqual((run["passed"], run["tests"]), expected)
+
     def test_nothing_else_of_the_readme_changes(self):
         self.run_tests()
         tested.keep(self.root)
