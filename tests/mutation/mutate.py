@@ -3,51 +3,60 @@
 """Changes the libraries and the tools in one place at a time and shows whether the tests find the change.
 
 A mutant is one changed operator, constant or condition, one statement or lock left out, two neighbouring statements
-swapped, or the order of one atomic operation weakened. Each is built in a copy of the tree and tried with the tests, of
-its own folder first, then with the model checker, then with the tests under ThreadSanitizer; what threads share, with
-the model checker first. It is killed when a program fails, crashes or takes five times as long as usual. Mutants that
-do not compile, or are in no program of the suites, do not count. Survivors with their reasons are in survivors.json.
+swapped, or the order of one atomic operation weakened. Many are built into the programs at once, in a copy of the tree;
+a variable of the environment chooses the one that runs. A first run of every test shows which mutants it reaches. Then
+each mutant is tried with the tests that reach it: quick ones first, those of its own folder before the others; then
+with the model checker, then under ThreadSanitizer. It is killed when a test fails, crashes or takes ten times as long
+as usual, and does not without the mutant. What a program cannot choose, such as a constant of the compiler's or a lock,
+is built alone. Mutants that do not compile do not count. Survivors with their reasons are in survivors.json.
 """
 import argparse
+import collections
 import difflib
 import json
 import pathlib
 import random
+import re
 import shutil
+import subprocess
 import sys
 import time
 
 import places
-from suites import SUITES, UNSEEN
+from schema import Schema
+from suites import RUNTIME, SUITES
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SURVIVORS = "tests/mutation/survivors.json"
 FOLDERS = ("include", "libutil/include", "libutil/src", "src", "tools")
-SHARED_KINDS = ("lock", "order", "swap")
+MESSAGE = re.compile(r"^([^\s:][^:\n]*):(\d+):(\d+): +(\w+)", re.M)
 TARGET_PERCENT = 85
 
 
-def copy_tree(tree):
-    """Brings the copy up to date; unchanged files keep their time stamps, so that little is rebuilt."""
+def copy_tree(tree, written=()):
+    """Brings the copy up to date but for the files that are `written` into it. What is unchanged keeps its time stamp,
+    so that little is rebuilt."""
     for part in ROOT.iterdir():
         if part.name.startswith((".", "build")):
             continue
         files = [part] if part.is_file() else [f for f in part.rglob("*") if f.is_file()]
         for file in files:
-            copy = tree / file.relative_to(ROOT)
-            if not copy.exists() or copy.read_bytes() != file.read_bytes():
+            name = file.relative_to(ROOT)
+            copy = tree / name
+            if not copy.exists() or (str(name) not in written and copy.read_bytes() != file.read_bytes()):
                 copy.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copy(file, copy)
-    for file in [f for f in tree.rglob("*") if f.is_file()]:
-        if not (ROOT / file.relative_to(tree)).exists():
-            file.unlink()
+    for part in tree.iterdir():
+        for file in [part] if part.is_file() else [f for f in part.rglob("*") if f.is_file()]:
+            if part.name != "build" and not (ROOT / file.relative_to(tree)).exists():
+                file.unlink()
 
 
-def all_mutants(tree, only, kinds):
-    files = sorted(file for folder in FOLDERS for suffix in ("*.cpp", "*.h") for file in (tree / folder).rglob(suffix))
-    names = [str(file.relative_to(tree)) for file in files]
-    return [mutant for name in names if name.startswith(only)
-            for mutant in places.mutants_of(name, (tree / name).read_text()) if mutant.kind in kinds]
+def all_mutants(only, kinds):
+    files = sorted(file for folder in FOLDERS for suffix in ("*.cpp", "*.h") for file in (ROOT / folder).rglob(suffix))
+    names = [str(file.relative_to(ROOT)) for file in files]
+    return [mutant for name in names if re.match(only, name)
+            for mutant in places.mutants_of(name, (ROOT / name).read_text()) if mutant.kind in kinds]
 
 
 def chosen(mutants, seed, shard):
@@ -64,18 +73,135 @@ def difference(mutant, code):
     return "\n".join(list(lines)[2:])
 
 
-def try_out(mutant, code, suites):
-    """What killed the mutant: "" when nothing did, None when it does not compile or no suite has it."""
-    folder = mutant.file.split("/")[1 if mutant.file.startswith("src/") else 0]
-    is_seen = False
-    for suite in sorted(suites, key=lambda suite: suite.name != "model") if mutant.kind in SHARED_KINDS else suites:
-        outcome = suite.try_out(mutant.file, places.changed(mutant, code), folder)
-        if outcome == UNSEEN:
-            continue
-        if outcome is None or outcome:
+class Schemas:
+    """The copy's files, with those of the mutants in them that a program can choose from."""
+
+    def __init__(self, tree, mutants):
+        self.tree, self.mutants = tree, mutants  # By number.
+        self.code = {file: (ROOT / file).read_text() for file in sorted({mutant.file for mutant in mutants.values()})}
+        self.chosen = set(mutants)
+        self.schemas = {}
+
+    def write(self, file, text):
+        path = self.tree / file
+        if path.read_text() != text:
+            path.write_text(text)
+
+    def show(self, numbers):
+        """Writes files that have these mutants to choose from."""
+        self.chosen &= set(numbers)
+        for file, code in self.code.items():
+            of_file = {number: self.mutants[number] for number in sorted(self.chosen)
+                       if self.mutants[number].file == file}
+            schema = Schema(self.tree / f"{RUNTIME}.h", code, of_file)
+            self.chosen -= set(schema.left_out)
+            self.schemas[str(self.tree / file)] = schema
+            self.write(file, schema.text)
+
+    def show_alone(self, number):
+        """Writes files that have this mutant and nothing to choose from."""
+        self.show([])
+        mutant = self.mutants[number]
+        self.write(mutant.file, places.changed(mutant, self.code[mutant.file]))
+
+    def blamed(self, messages):
+        """The mutants that a compiler's messages are about: those at the errors, or else at what led to them."""
+        found = [(self.schemas[file], int(line), int(column), kind)
+                 for file, line, column, kind in MESSAGE.findall(messages) if file in self.schemas]
+        errors = [one for one in found if one[3] == "error"]
+        for named, look in ((errors, Schema.numbers_at), (found, Schema.numbers_at),
+                            (errors, Schema.numbers_on), (found, Schema.numbers_on)):
+            numbers = {number for schema, line, column, _ in named for number in look(schema, line, column)}
+            if numbers:
+                return numbers
+        return set()
+
+    def compile(self, compiled, numbers):
+        """Leaves out of these mutants those with which it does not compile."""
+        self.show(numbers)
+        while messages := compiled():
+            bad = self.blamed(messages)
+            if not bad:
+                sys.exit(messages)
+            self.show(self.chosen - bad)
+
+
+class Check:
+    """Whether what has mutants compiles: each folder as one source, in seconds, as nothing is made of it."""
+
+    def __init__(self, schemas):
+        self.schemas, self.good = schemas, set()
+
+    def __call__(self):
+        """"" or what the compiler says of the first folder that does not compile."""
+        folders = collections.defaultdict(list)
+        for file, schema in sorted(self.schemas.schemas.items()):
+            if schema.regions:
+                folders[pathlib.Path(file).parent].append((file, schema.text))
+        for files in folders.values():
+            if tuple(files) not in self.good:
+                messages = self.messages([file for file, _ in files])
+                if messages:
+                    return messages
+                self.good.add(tuple(files))
+        return ""
+
+    def messages(self, files):
+        folders = [f"-I{self.schemas.tree / folder}" for folder in ("include", "libutil/include", "src", "tools")]
+        includes = "".join(f'#include "{file}"\n' for file in files)
+        done = subprocess.run(["g++", "-std=c++20", "-fsyntax-only", '-DTESSEL_VERSION=""', *folders, "-x", "c++", "-"],
+                              input=includes, stderr=subprocess.PIPE, text=True, check=False)
+        return done.stderr if done.returncode else ""
+
+
+def folder_of(mutant):
+    return mutant.file.split("/")[1 if mutant.file.startswith("src/") else 0]
+
+
+def try_together(schemas, check, suites):
+    """Yields (number, what killed it), "" when nothing did, of those that a program can choose and a test reaches."""
+    reached = set()
+    numbers = list(schemas.mutants)
+    for suite in suites:
+        schemas.compile(check, numbers)
+        schemas.compile(lambda: suite.build(keep_going=True), numbers)  # pylint: disable=cell-var-from-loop
+        suite.measure(max(schemas.mutants))
+        for number in [number for number in numbers if number in schemas.chosen]:
+            outcome = suite.try_out(folder_of(schemas.mutants[number]), number)
+            if outcome is not None:
+                reached.add(number)
+            if outcome:
+                numbers.remove(number)
+                yield number, outcome
+    for number in numbers:
+        if number in reached:
+            yield number, ""
+
+
+def try_alone(schemas, check, suites, number):
+    """What killed the mutant, "" when nothing did, None when it does not compile."""
+    schemas.show_alone(number)
+    if check.messages([schemas.tree / schemas.mutants[number].file]):
+        return None
+    for suite in suites:
+        if suite.build(keep_going=False):
+            return None
+        outcome = suite.try_out(folder_of(schemas.mutants[number]))
+        if outcome:
             return outcome
-        is_seen = True
-    return "" if is_seen else None
+    return ""
+
+
+def outcomes(schemas, suites):
+    """Yields (number, outcome) of every mutant."""
+    tried = set()
+    check = Check(schemas)
+    for number, outcome in try_together(schemas, check, suites):
+        tried.add(number)
+        yield number, outcome
+    for number in schemas.mutants:
+        if number not in tried:
+            yield number, try_alone(schemas, check, suites, number)
 
 
 def reason(mutant, code, survivors):
@@ -109,37 +235,37 @@ def main():
     parser.add_argument("--shard", type=shard_of, default=(1, 1), metavar="K/N",
                         help="the K-th of N parts of all (1/1)")
     parser.add_argument("--minutes", type=float, default=0, help="stop after so many minutes (no limit)")
-    parser.add_argument("--only", default="", help="only files whose path starts so, for example src/json/")
+    parser.add_argument("--only", default="",
+                        help="only files whose path begins with this pattern, for example src/json/")
     parser.add_argument("--kinds", type=some_of(places.KINDS), default=places.KINDS,
                         help=f"only these: {','.join(places.KINDS)}")
     parser.add_argument("--suites", type=some_of(SUITES), default=list(SUITES),
                         help=f"try only with these: {','.join(SUITES)}")
+    parser.add_argument("--programs", default=r"\w+_test",
+                        help="only test programs of this pattern, for example json_test")
     parser.add_argument("--model-seconds", type=int, default=30, help="for each run of the model checker (30)")
     arguments = parser.parse_args()
 
-    folder = ROOT / "build/mutation"
-    tree = folder / "tree"
-    tree.mkdir(parents=True, exist_ok=True)
-    copy_tree(tree)
-    mutants = all_mutants(tree, arguments.only, arguments.kinds)
-    survivors = json.loads((tree / SURVIVORS).read_text())
-    suites = [SUITES[name](tree, folder / name, arguments.model_seconds) for name in arguments.suites]
-    for suite in suites:
-        suite.time_programs()
+    mutants = all_mutants(arguments.only, arguments.kinds)
+    drawn = chosen(mutants, arguments.seed, arguments.shard)[:arguments.count or None]
     print(f"{len(mutants)} places; seed {arguments.seed}; suites: {', '.join(arguments.suites)}", flush=True)
+    tree = ROOT / "build/mutation/tree"
+    tree.mkdir(parents=True, exist_ok=True)
+    copy_tree(tree, {mutant.file for mutant in drawn})
+    schemas = Schemas(tree, dict(enumerate(drawn, 1)))
+    suites = [SUITES[name](tree, tree / "build" / name, arguments) for name in arguments.suites]
+    survivors = json.loads((ROOT / SURVIVORS).read_text())
 
     start = time.monotonic()
     killed = survived = broken = 0
-    for mutant in chosen(mutants, arguments.seed, arguments.shard):
-        if arguments.count and killed + survived == arguments.count:
-            break
+    for number, outcome in outcomes(schemas, suites):
         if arguments.minutes and time.monotonic() - start > 60 * arguments.minutes:
             break
-        code = (tree / mutant.file).read_text()
-        outcome = try_out(mutant, code, suites)
         if outcome is None:
             broken += 1
             continue
+        mutant = schemas.mutants[number]
+        code = schemas.code[mutant.file]
         killed += bool(outcome)
         survived += not outcome
         why = reason(mutant, code, survivors)

@@ -3,6 +3,7 @@
 """What mutate.py changes, in which order and with what it tries it; and its copy of the tree."""
 
 import argparse
+import shutil
 import sys
 import tempfile
 import unittest
@@ -11,7 +12,6 @@ from pathlib import Path
 sys.dont_write_bytecode = True  # The sources stay as they are.
 import mutate  # pylint: disable=wrong-import-position
 import places  # pylint: disable=wrong-import-position
-from suites import UNSEEN  # pylint: disable=wrong-import-position
 
 
 class CopyTree(unittest.TestCase):
@@ -35,6 +35,15 @@ class CopyTree(unittest.TestCase):
         self.assertEqual(self.copied("CMakeLists.txt", "src/a/b.cpp", "a new folder/c", "build/mutation/d", ".git/e"),
                          ["CMakeLists.txt", "a new folder/c", "src/a/b.cpp"])
 
+    def test_keeps_what_is_built_and_written(self):
+        self.copied("a", "b")
+        (self.copy / "build").mkdir()
+        (self.copy / "build/kept").write_text("")
+        (self.copy / "a").write_text("a schema")
+        mutate.copy_tree(self.copy, {"a"})
+        self.assertEqual((self.copy / "a").read_text(), "a schema")
+        self.assertTrue((self.copy / "build/kept").exists())
+
     def test_follows_the_tree_and_touches_only_what_changed(self):
         self.copied("a", "b", "c")
         before = (self.copy / "a").stat().st_mtime_ns
@@ -46,14 +55,84 @@ class CopyTree(unittest.TestCase):
 
 
 class Suite:
-    """Records what it tries; finds it or not."""
+    """Finds and reaches certain numbers, and cannot be compiled with others."""
 
-    def __init__(self, name, outcome, tried):
-        self.name, self.outcome, self.tried = name, outcome, tried
+    def __init__(self, tree, finds, reaches, refuses=()):
+        self.tree, self.finds, self.reaches, self.refuses = tree, finds, reaches, refuses
+        self.shown, self.alone = [], []
 
-    def try_out(self, file, code, folder):
-        self.tried.append((self.name, file, code, folder))
-        return self.outcome
+    def build(self, keep_going):
+        text = (self.tree / "src/a.cpp").read_text()
+        self.shown.append(text)
+        for at, line in enumerate(text.splitlines(), 1):
+            for number in self.refuses:
+                column = line.find(f"Is({number})") + 1
+                if column and keep_going:
+                    return f"{self.tree}/src/a.cpp:{at}:{column}: error: no\n"
+        return "no" if "-" in text and not keep_going else ""
+
+    def measure(self, highest):
+        self.highest = highest
+
+    def try_out(self, folder, number=0):
+        assert folder == "a.cpp"
+        if number == 0:
+            self.alone.append(self.shown[-1])
+            return "alone"
+        return None if number not in self.reaches else "found" if number in self.finds else ""
+
+
+class Together(unittest.TestCase):
+    CODE = "void F() {\n  x = a + 1;\n  y = 2;\n}\n"  # 1: -, 2: 0, 3: no x, 4: 3, 5: no y, 6: swapped.
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.addCleanup(setattr, mutate, "ROOT", mutate.ROOT)
+        mutate.ROOT = Path(folder.name, "root")
+        self.tree = Path(folder.name, "tree")
+        for root in (mutate.ROOT, self.tree):
+            (root / "src").mkdir(parents=True)
+            (root / "src/a.cpp").write_text(self.CODE)
+        check = mutate.Check.__call__
+        self.addCleanup(setattr, mutate.Check, "__call__", check)
+        mutate.Check.__call__ = lambda check: ""
+        messages = mutate.Check.messages
+        self.addCleanup(setattr, mutate.Check, "messages", messages)
+        mutate.Check.messages = lambda check, files: ""
+        self.messages = messages
+        self.mutants = dict(enumerate(places.mutants_of("src/a.cpp", self.CODE), 1))
+        self.assertEqual([mutant.kind for mutant in self.mutants.values()],
+                         ["operator", "number", "statement", "number", "statement", "swap"])
+
+    def outcomes(self, *suites):
+        return dict(mutate.outcomes(mutate.Schemas(self.tree, self.mutants), suites))
+
+    def test_are_tried_until_a_suite_finds_them(self):
+        first = Suite(self.tree, {1, 2}, {1, 2, 3})
+        second = Suite(self.tree, {3, 4}, {3, 4, 5, 6})
+        self.assertEqual(self.outcomes(first, second),
+                         {1: "found", 2: "found", 3: "found", 4: "found", 5: "", 6: ""})
+        self.assertIn("Is(1)", first.shown[0])
+        self.assertNotIn("Is(1)", second.shown[0])
+        self.assertEqual((first.highest, first.alone, second.alone), (6, [], []))
+
+    def test_that_no_program_can_choose_or_reaches_are_tried_alone(self):
+        suite = Suite(self.tree, {1, 2, 3}, {1, 2, 3, 5, 6}, refuses=(2,))
+        self.assertEqual(self.outcomes(suite), {1: "found", 2: "alone", 3: "found", 4: "alone", 5: "", 6: ""})
+        self.assertEqual(suite.alone, [self.CODE.replace("1", "0"), self.CODE.replace("2", "3")])
+
+    def test_that_do_not_compile_have_no_outcome(self):
+        self.assertIsNone(self.outcomes(Suite(self.tree, {}, {2, 3, 4, 5, 6}, refuses=(1,)))[1])
+
+    def test_compile_by_folder_before_anything_is_built(self):
+        schemas = mutate.Schemas(self.tree, self.mutants)
+        shutil.copytree(Path(__file__).parent / "runtime", (self.tree / mutate.RUNTIME).parent)
+        schemas.show(self.mutants)
+        check = mutate.Check(schemas)
+        messages = self.messages(check, [str(self.tree / "src/a.cpp")])
+        self.assertRegex(messages, r"a\.cpp:\d+:\d+: error: .x. was not declared")
+        self.assertTrue(schemas.blamed(messages))
 
 
 class Mutants(unittest.TestCase):
@@ -62,37 +141,12 @@ class Mutants(unittest.TestCase):
     def mutant(self, kind, file="src/store/A.cpp"):
         return next(one for one in places.mutants_of(file, self.CODE) if one.kind == kind)
 
-    def try_out(self, kind, file="src/store/A.cpp", **outcomes):
-        """The outcome, and which suites had to say something."""
-        tried = []
-        suites = [Suite(name, outcome, tried) for name, outcome in outcomes.items()]
-        mutant = self.mutant(kind, file)
-        outcome = mutate.try_out(mutant, self.CODE, suites)
-        for _, file_of_it, code, folder in tried:
-            self.assertEqual((file_of_it, code), (file, places.changed(mutant, self.CODE)))
-            self.assertEqual(folder, "store" if file.startswith("src/") else file.partition("/")[0])
-        return outcome, [name for name, *_ in tried]
-
-    def test_are_tried_until_a_suite_finds_them(self):
-        self.assertEqual(self.try_out("number", tests="", model="found", tsan=""), ("found", ["tests", "model"]))
-        self.assertEqual(self.try_out("number", tests="", model="", tsan=""), ("", ["tests", "model", "tsan"]))
-        self.assertEqual(self.try_out("number", "tools/A.cpp", tests=None, model=""), (None, ["tests"]))
-
-    def test_that_no_suite_has_are_not_survivors(self):
-        self.assertEqual(self.try_out("order", tests="", model=UNSEEN)[0], "")
-        self.assertEqual(self.try_out("order", tests="found", model=UNSEEN)[0], "found")
-        self.assertIsNone(self.try_out("order", model=UNSEEN)[0])
-
-    def test_of_what_threads_share_are_tried_with_the_model_first(self):
-        for kind in ("order", "swap"):
-            self.assertEqual(self.try_out(kind, tests="", model="", tsan=""), ("", ["model", "tests", "tsan"]))
-
     def test_are_those_of_sources_exported_headers_and_tools(self):
-        mutants = mutate.all_mutants(mutate.ROOT, "", ("order", "lock", "number"))
+        mutants = mutate.all_mutants("", ("order", "lock", "number"))
         for folder in ("include/tessel/", "libutil/include/util/", "libutil/src/", "src/", "tools/"):
             self.assertTrue(any(mutant.file.startswith(folder) for mutant in mutants), folder)
         self.assertEqual({mutant.kind for mutant in mutants}, {"order", "lock", "number"})
-        only = mutate.all_mutants(mutate.ROOT, "src/json/", ("number",))
+        only = mutate.all_mutants("src/json/", ("number",))
         self.assertEqual({mutant.file[:9] for mutant in only}, {"src/json/"})
 
     def test_are_drawn_by_the_seed_each_in_one_shard(self):

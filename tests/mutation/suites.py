@@ -1,34 +1,41 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What a mutant is tried with: builds of a copy of the tree, and the programs in them that must find the change."""
+"""What mutants are tried with: builds of a copy of the tree, and the tests in them that must find the change."""
 
-import collections
-import json
 import os
 import pathlib
 import re
 import resource
-import shutil
 import subprocess
 import sys
 import threading
 import time
+from typing import NamedTuple
 
 MEMORY_LIMIT = 4 << 30
 JOBS = ["-j", os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count()))]
 # What a program prints first when it has found something: the model checker goes on with its other scenarios.
 FAILED = re.compile(r"FAILED: ")
-UNSEEN = "no program has it"  # An outcome.
+RUNTIME = "tests/mutation/runtime/Chosen"
+QUICK_SECONDS = 0.3  # Tests that take less come first.
 
 
-def run(command, seconds, work, has_limit):
-    """None when the command passed, otherwise what it did instead."""
+class Test(NamedTuple):
+    program: str
+    name: str
+    seconds: float
+    reached: frozenset  # The numbers of the mutants that it runs through.
+
+
+def run(command, seconds, work, has_limit, variables=None):
+    """None when the command passed, otherwise what it did instead; and what it printed."""
     def limits():
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         if has_limit:
             resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
 
     process = subprocess.Popen(command, cwd=work, preexec_fn=limits, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-                               stdin=subprocess.DEVNULL, start_new_session=True, text=True, errors="replace")
+                               stdin=subprocess.DEVNULL, start_new_session=True, text=True, errors="replace",
+                               env=os.environ | (variables or {}))
     late = threading.Event()
 
     def end():
@@ -43,17 +50,20 @@ def run(command, seconds, work, has_limit):
 
     timer = threading.Timer(seconds, give_up)
     timer.start()
+    printed = []
     try:
         for line in process.stdout:
+            printed.append(line)
             if FAILED.match(line) and not late.is_set():
-                return line.strip()
+                return line.strip(), printed
         status = process.wait()
     finally:
         timer.cancel()
         end()
         process.stdout.close()
         process.wait()
-    return "took too long" if late.is_set() else None if status == 0 else "crashed" if status < 0 else "failed"
+    fault = "took too long" if late.is_set() else None if status == 0 else "crashed" if status < 0 else "failed"
+    return fault, printed
 
 
 def command(arguments):
@@ -63,95 +73,138 @@ def command(arguments):
     return done.stdout
 
 
-def sources_in(file):
-    """What is compiled with a file: several sources where they are compiled together."""
-    return re.findall('#include "(.*)"', file.read_text()) if file.parent.name == "Unity" else [file]
+class GoogleTest:
+    """How the tests of a program are listed, run and named."""
+
+    def names(self, path):
+        names, suite = [], ""
+        for line in command([path, "--gtest_list_tests"]).splitlines():
+            name = line.split("#")[0].strip()
+            if line.startswith("  "):
+                names.append(suite + name)
+            elif name.endswith("."):
+                suite = name
+        return [name for name in names if ".DISABLED_" not in name and not name.startswith("DISABLED_")]
+
+    def arguments(self, names):
+        return ["--gtest_fail_fast", f"--gtest_filter={':'.join(names)}"]
+
+    def last(self, printed, names):
+        """The test that ran last."""
+        run_line = next((line for line in reversed(printed) if line.startswith("[ RUN ")), None)
+        return [run_line[12:].strip()] if run_line else names
+
+
+class Model:
+    """A scenario of the model checker is a test; the simulations are one, too."""
+    SIMULATIONS = "simulations"
+
+    def __init__(self, seconds):
+        self.seconds = seconds
+
+    def names(self, path):
+        scenarios = re.findall(r"^(\S+) +\d+ schedules", command([path, "--seconds", "1"]), re.M)
+        return [*scenarios, self.SIMULATIONS]
+
+    def arguments(self, names):
+        if names == [self.SIMULATIONS]:
+            return ["--seeds", "1", "1000"]
+        return ["--seconds", str(self.seconds if len(names) > 1 else 1),
+                *(name for name in names if name != self.SIMULATIONS)]
+
+    def last(self, printed, names):
+        found = re.match(r"FAILED: ([^:]+): ", printed[-1]) if printed else None
+        return [found[1]] if found and found[1] in names else names
 
 
 class Suite:
-    """One build of the copy. `programs` is a pattern of targets; `arguments` are those of each run of a program."""
+    """One build of the copy. `programs` is a pattern of targets, `kind` how their tests are run."""
 
-    def __init__(self, name, tree, objects, options, programs, arguments=(("--gtest_fail_fast", "--gtest_brief=1"),),
-                 has_limit=True):
-        self.name, self.tree, self.objects, self.arguments, self.has_limit = name, tree, objects, arguments, has_limit
-        command(["cmake", "-G", "Ninja", "-S", tree, "-B", objects, "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON",
-                 "-DTESSEL_BUILD_EXAMPLES=OFF", *options])
-        targets = command(["ninja", "-C", objects, "-t", "targets", "all"])
-        self.programs = sorted(re.findall(rf"^(?!cmake_)({programs}): phony", targets, re.M))
-        self.ninja = ["ninja", "-C", objects, *JOBS, *self.programs]
-        command(self.ninja)
-        self.paths = {name: next(p for p in objects.rglob(name) if p.is_file()) for name in self.programs}
-        self.object_files = collections.defaultdict(list)
-        for compiled in json.loads((objects / "compile_commands.json").read_text()):
-            output = objects / re.search(r" -o (\S+)", compiled["command"]).group(1)
-            if output.exists():
-                for source in sources_in(pathlib.Path(compiled["file"])):
-                    self.object_files[os.path.realpath(source)].append(output)
-        self.allowed = {}
+    def __init__(self, name, tree, objects, options, programs, kind, has_limit=True):
+        self.name, self.tree, self.objects, self.options, self.pattern = name, tree, objects, options, programs
+        self.kind, self.has_limit = kind, has_limit
+        self.paths, self.tests = {}, []
 
-    def time_programs(self):
-        """Runs everything unchanged: how many seconds each program may take."""
-        for name in self.programs:
-            start = time.monotonic()
-            fault = self.run(name, 600)
-            if fault:
-                sys.exit(f"{self.name}: {name} {fault} before anything was changed")
-            self.allowed[name] = 10 + 5 * (time.monotonic() - start)
+    def configure(self):
+        runtime = self.objects / "runtime"
+        runtime.mkdir(parents=True, exist_ok=True)
+        command(["g++", "-std=c++20", "-O1", "-fPIC", "-shared", "-o", runtime / "libmutation.so",
+                 self.tree / f"{RUNTIME}.cpp"])
+        command(["cmake", "-G", "Ninja", "-S", self.tree, "-B", self.objects, "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON",
+                 f"-DCMAKE_CXX_STANDARD_LIBRARIES=-L\"{runtime}\" -Wl,-rpath,\"{runtime}\" -lmutation",
+                 "-DTESSEL_BUILD_EXAMPLES=OFF", *self.options])
+        targets = command(["ninja", "-C", self.objects, "-t", "targets", "all"])
+        lines = re.finditer(rf"^(?!cmake_)({self.pattern}): phony", targets, re.M)
+        self.programs = sorted(line[1] for line in lines)
 
-    def run(self, name, seconds):
-        for arguments in self.arguments:
-            fault = run([self.paths[name], *arguments], seconds, self.objects, self.has_limit)
-            if fault:
-                return fault
-        return None
+    def build(self, keep_going):
+        """"" when everything compiles, otherwise what the compiler said."""
+        self.configure()
+        done = subprocess.run(["ninja", "-C", self.objects, *JOBS, "-k", "0" if keep_going else "1", *self.programs],
+                              text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+        if done.returncode != 0:
+            return done.stdout
+        self.paths = {name: next(p for p in self.objects.rglob(name) if p.is_file()) for name in self.programs}
+        return ""
 
-    def linked(self):
-        """When each program and library was made."""
-        files = [*self.paths.values(), self.objects / "bin/tessel", self.objects / "tools/reference/tessel_reference",
-                 *(f for f in (self.objects / "lib").rglob("*.so*") if not f.is_symlink())]
-        return {file: file.stat().st_mtime_ns for file in files if file.exists()}
+    def run(self, program, names, seconds, **variables):
+        return run([self.paths[program], *self.kind.arguments(names)], seconds, self.objects, self.has_limit,
+                   variables)
 
-    def try_out(self, file, code, folder):
-        """What found that the file of the copy has this code: "" when nothing did, UNSEEN when no program has the file
-        in it, None when it does not compile."""
-        path = self.tree / file
-        before, times, linked = path.read_text(), path.stat(), self.linked()
-        kept = [(output, output.with_suffix(".kept")) for output in self.object_files[os.path.realpath(path)]]
-        for output, copy in kept:
-            shutil.copy2(output, copy)
-        try:
-            path.write_text(code)
-            built = subprocess.run(self.ninja, text=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-                                   check=False)
-            if built.returncode != 0:
-                return None
-            if "Building" not in built.stdout:
-                return UNSEEN
-            for name in sorted(self.programs, key=lambda name: (not name.startswith(folder), self.allowed[name])):
-                fault = self.run(name, self.allowed[name])
+    def measure(self, highest):
+        """Runs each test alone and unchanged: how long it takes, and which mutants up to this number it reaches."""
+        self.tests = []
+        marks = self.objects / "reached"
+        for program in self.programs:
+            for name in self.kind.names(self.paths[program]):
+                marks.write_bytes(bytes(highest + 1))
+                start = time.monotonic()
+                fault, _ = self.run(program, [name], 600, TESSEL_MUTANTS_REACHED=str(marks))
+                seconds = time.monotonic() - start
                 if fault:
-                    return f"{self.name}: {name} {fault}"
-            return ""
-        finally:
-            path.write_text(before)
-            if kept:  # The object of the unchanged source is put back; only what was linked is made again.
-                os.utime(path, ns=(times.st_atime_ns, times.st_mtime_ns))
-                for output, copy in kept:
-                    shutil.move(copy, output)
-            for output, when in self.linked().items():
-                if when != linked.get(output):
-                    output.unlink()
+                    print(f"left out: {self.name}: {program}: {name} {fault} before anything was changed", flush=True)
+                    continue
+                reached = frozenset(number for number, mark in enumerate(marks.read_bytes()) if mark)
+                self.tests.append(Test(program, name, seconds, reached))
+
+    def batches(self, folder, number):
+        """The tests that reach a mutant (0: all), in the order of trying: (program, names, usual seconds)."""
+        batches = {}
+        for test in self.tests:
+            if not number or number in test.reached:
+                is_alone = test.name == Model.SIMULATIONS
+                batches.setdefault((test.seconds > QUICK_SECONDS, is_alone, test.program), []).append(test)
+        timed = [(key, [test.name for test in tests], sum(test.seconds for test in tests))
+                 for key, tests in batches.items()]
+        timed.sort(key=lambda one: (*one[0][:2], not one[0][2].startswith(folder), one[2]))
+        return [(program, names, seconds) for (_, _, program), names, seconds in timed]
+
+    def try_out(self, folder, number=0):
+        """What finds the mutant of a number, or what the build was made of (0): "" when nothing does, None when no
+        test reaches it. A failure counts when it does not come without the mutant, or else comes twice."""
+        batches = self.batches(folder, number)
+        for program, names, usual in batches:
+            seconds = 10 + 10 * usual
+            fault, printed = self.run(program, names, seconds, TESSEL_MUTANT=str(number))
+            if not fault:
+                continue
+            last = self.kind.last(printed, names)
+            again, _ = self.run(program, last, seconds, TESSEL_MUTANT="0")
+            if (again is None) == bool(number):
+                return f"{self.name}: {program}: {', '.join(last) if len(last) < 3 else ''} {fault}"
+        return "" if batches else None
 
 
 # By name, what makes a suite of a tree and a folder for its objects. The first to try is the first here.
 SUITES = {
-    "tests": lambda tree, objects, _: Suite(
-        "tests", tree, objects, ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0"], r"\w+_test"),
-    "model": lambda tree, objects, seconds: Suite(
-        "model", tree, objects, ["-DCMAKE_BUILD_TYPE=Release"], "tessel_model",
-        (("--seconds", str(seconds)), ("--seeds", "1", "1000")), has_limit=False),
+    "tests": lambda tree, objects, given: Suite(
+        "tests", tree, objects, ["-DCMAKE_BUILD_TYPE=Release"], given.programs, GoogleTest()),
+    "model": lambda tree, objects, given: Suite(
+        "model", tree, objects, ["-DCMAKE_BUILD_TYPE=Release"], "tessel_model", Model(given.model_seconds),
+        has_limit=False),
     # ThreadSanitizer reserves more addresses than the limit has.
-    "tsan": lambda tree, objects, _: Suite(
+    "tsan": lambda tree, objects, given: Suite(
         "tsan", tree, objects, ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g1",
-                                "-DCMAKE_UNITY_BUILD=ON", "-DTESSEL_SANITIZE=thread"], r"\w+_test", has_limit=False),
+                                "-DCMAKE_UNITY_BUILD=ON", "-DTESSEL_SANITIZE=thread"], given.programs, GoogleTest(),
+        has_limit=False),
 }

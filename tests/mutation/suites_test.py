@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""A suite finds what its programs find, and leaves its copy of the tree as it was."""
+"""A suite measures its tests, and finds what they find."""
 
+import shutil
 import sys
 import tempfile
 import unittest
@@ -12,20 +13,41 @@ import suites  # pylint: disable=wrong-import-position
 
 CMAKE = """cmake_minimum_required(VERSION 3.25)
 project(Fixture CXX)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_CXX_STANDARD 20)
 add_subdirectory(tests)
 """
-TESTS = """add_executable(add_test ../add_test.cpp ../add.cpp)
-add_executable(other ../add_test.cpp ../add.cpp)
-add_executable(unified_test ../add_test.cpp ../add.cpp)
-set_target_properties(unified_test PROPERTIES UNITY_BUILD ON)
+TESTS = """add_executable(add_test add_test.cpp)
+add_executable(other add_test.cpp)
 """
-ADD = "int Add(int a, int b) { return a + b; }\nint Unused() { return 1; }\n"
-TEST = '#include "add.h"\nint main() { return Add(1, kTwo) == 3 ? 0 : 1; }\n'
+# A program of the tests and options that GoogleTest would have.
+TEST = r"""#include "%s"
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+int Add(int a, int b) { return mutation::Is(1) ? a - b : mutation::Is(3) ? std::abort(), 0 : a + b; }
+bool Adds() { return Add(1, 2) == 3; }
+bool IsTrue() { return !mutation::Is(4); }
+bool Fails() { return false; }
+int main(int, char** arguments) {
+  if (std::strcmp(arguments[1], "--gtest_list_tests") == 0) {
+    std::puts("Sums.\n  Adds\n  IsTrue  # GetParam() = 1\n  DISABLED_No\nOthers.\n  Fails");
+    return 0;
+  }
+  struct { const char* name; bool (*run)(); } tests[] = {
+      {"Sums.Adds", &Adds}, {"Sums.IsTrue", &IsTrue}, {"Others.Fails", &Fails}};
+  for (auto test : tests) {
+    if (std::string(arguments[2]).find(test.name) == std::string::npos) continue;
+    std::printf("[ RUN      ] %%s\n", test.name);
+    std::fflush(stdout);
+    if (!test.run()) return 1;
+  }
+}
+"""
 
 
 def run(script, seconds=600):
-    return suites.run(["sh", "-c", script], seconds, "/", has_limit=True)
+    return suites.run(["sh", "-c", script], seconds, "/", has_limit=True)[0]
 
 
 class Run(unittest.TestCase):
@@ -47,47 +69,70 @@ class TryOut(unittest.TestCase):
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
-        cls.tree = Path(folder.name, "tree")
-        (cls.tree / "tests").mkdir(parents=True)
-        for name, text in (("CMakeLists.txt", CMAKE), ("tests/CMakeLists.txt", TESTS), ("add.cpp", ADD),
-                           ("add_test.cpp", TEST), ("add.h", "int Add(int, int);\nconstexpr int kTwo = 2;\n"),
-                           ("of_no_program.h", "1\n")):
-            (cls.tree / name).write_text(text)
-        cls.suite = suites.Suite("tests", cls.tree, Path(folder.name, "objects"), [], r"\w+_test", [[]])
-        cls.suite.time_programs()
+        tree = Path(folder.name, "a tree")
+        shutil.copytree(Path(__file__).parent / "runtime", tree / "tests/mutation/runtime")
+        (tree / "CMakeLists.txt").write_text(CMAKE)
+        (tree / "tests/CMakeLists.txt").write_text(TESTS)
+        (tree / "tests/add_test.cpp").write_text(TEST % (tree / f"{suites.RUNTIME}.h"))
+        cls.suite = suites.Suite("tests", tree, tree / "build/tests", [], r"(add)_test", suites.GoogleTest())
+        assert cls.suite.build(keep_going=False) == ""
+        cls.suite.measure(4)
+        cls.tree = tree
 
-    def try_out(self, file, before, after):
-        code = (self.tree / file).read_text()
-        self.assertIn(before, code)
-        outcome = self.suite.try_out(file, code.replace(before, after), "add")
-        self.assertEqual((self.tree / file).read_text(), code)
-        suites.command(self.suite.ninja)
-        self.assertEqual([self.suite.run(name, 600) for name in self.suite.programs], [None, None])
-        return outcome
+    def test_knows_the_tests_of_its_programs_and_which_mutants_each_reaches(self):
+        self.assertEqual(self.suite.programs, ["add_test"])
+        self.assertEqual([(test.name, test.reached) for test in self.suite.tests],
+                         [("Sums.Adds", {1, 3}), ("Sums.IsTrue", {4})])
 
-    def test_finds_a_change_and_undoes_it(self):
-        self.assertEqual(self.suite.programs, ["add_test", "unified_test"])
-        self.assertEqual(self.try_out("add.cpp", "a + b", "a - b"), "tests: add_test failed")
-        self.assertEqual(self.try_out("add.cpp", "return 1", "return 2"), "")
+    def test_leaves_out_tests_that_fail_unchanged(self):
+        self.assertNotIn("Others.Fails", [test.name for test in self.suite.tests])
 
-    def test_finds_a_change_of_a_header_and_undoes_it(self):
-        self.assertEqual(self.try_out("add.h", "kTwo = 2", "kTwo = 3"), "tests: add_test failed")
-        self.assertEqual(self.try_out("add.h", "int, int);", "int a, int b);"), "")
+    def test_finds_mutants_with_the_tests_that_reach_them(self):
+        self.assertEqual(self.suite.try_out("add", 1), "tests: add_test: Sums.Adds failed")
+        self.assertEqual(self.suite.try_out("add", 3), "tests: add_test: Sums.Adds crashed")
+        self.assertEqual(self.suite.try_out("add", 4), "tests: add_test: Sums.IsTrue failed")
+        self.assertIsNone(self.suite.try_out("add", 2))
 
-    def test_says_that_a_change_does_not_compile(self):
-        self.assertIsNone(self.try_out("add.cpp", "a + b", "a +"))
-        self.assertEqual(self.try_out("add.cpp", "return 1", "return 3"), "")
+    def test_finds_nothing_in_what_is_unchanged(self):
+        self.assertEqual(self.suite.try_out("add"), "")
 
-    def test_runs_nothing_for_a_file_of_no_program(self):
-        self.suite.allowed, allowed = {}, self.suite.allowed  # Without it, none can run.
-        self.addCleanup(setattr, self.suite, "allowed", allowed)
-        self.assertEqual(self.try_out("of_no_program.h", "1", "2"), suites.UNSEEN)
+    def test_does_not_count_what_fails_without_the_mutant_too(self):
+        tests = self.suite.tests
+        self.addCleanup(setattr, self.suite, "tests", tests)
+        self.suite.tests = [suites.Test("add_test", "Others.Fails", 0.1, frozenset({2}))]
+        self.assertEqual(self.suite.try_out("add", 2), "")
+        self.assertEqual(self.suite.try_out("add"), "tests: add_test: Others.Fails failed")
 
-    def test_refuses_to_begin_with_programs_that_fail(self):
-        self.addCleanup(setattr, self.suite, "paths", self.suite.paths)
-        self.suite.paths = dict.fromkeys(self.suite.programs, "/bin/false")
-        with self.assertRaisesRegex(SystemExit, "tests: add_test failed before anything was changed"):
-            self.suite.time_programs()
+    def test_says_what_does_not_compile(self):
+        source = self.tree / "tests/add_test.cpp"
+        self.addCleanup(source.write_text, source.read_text())
+        source.write_text("int main() { return x; }\n")
+        self.assertIn("add_test.cpp:1:21: error", self.suite.build(keep_going=True))
+
+
+class Order(unittest.TestCase):
+    def test_is_quick_tests_first_then_those_of_the_folder(self):
+        suite = suites.Suite("tests", "/", "/", [], "", suites.GoogleTest())
+        suite.tests = [suites.Test(program, name, seconds, frozenset({1})) for program, name, seconds in (
+            ("json_test", "A", 9), ("json_test", "B", 0.1), ("store_test", "C", 0.2), ("store_test", "D", 0.1),
+            ("store_test", "E", 2))]
+        self.assertEqual([(program, names) for program, names, _ in suite.batches("store", 1)],
+                         [("store_test", ["C", "D"]), ("json_test", ["B"]), ("store_test", ["E"]),
+                          ("json_test", ["A"])])
+        self.assertEqual(suite.batches("store", 2), [])
+
+
+class ModelRuns(unittest.TestCase):
+    MODEL = suites.Model(30)
+
+    def test_are_of_scenarios_or_simulations(self):
+        self.assertEqual(self.MODEL.arguments(["A", "B"]), ["--seconds", "30", "A", "B"])
+        self.assertEqual(self.MODEL.arguments(["A"]), ["--seconds", "1", "A"])
+        self.assertEqual(self.MODEL.arguments(["simulations"]), ["--seeds", "1", "1000"])
+
+    def test_name_the_scenario_that_failed(self):
+        self.assertEqual(self.MODEL.last(["x\n", "FAILED: B: a race\n"], ["A", "B"]), ["B"])
+        self.assertEqual(self.MODEL.last(["x\n"], ["A", "B"]), ["A", "B"])
 
 
 if __name__ == "__main__":
