@@ -2,6 +2,7 @@
 #include "SettingsModel.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "tessel/json.h"
 
@@ -16,10 +17,9 @@ namespace {
 std::string Quoted(const std::string& text) {
   std::string out = "\"";
   for (const char c : text.substr(0, text.find('\0'))) {
-    constexpr const char kEscaped[] = "\"\\\b\f\n\r\t";
+    constexpr std::string_view kEscaped = "\"\\\b\f\n\r\t";
     constexpr const char kLetters[] = "\"\\bfnrt";
-    const std::string::size_type at = std::string(kEscaped).find(c);
-    if (at != std::string::npos) {
+    if (const std::size_t at = kEscaped.find(c); at != std::string_view::npos) {
       out += {'\\', kLetters[at]};
     } else if (static_cast<unsigned char>(c) < 0x20) {
       out += {'\\', 'u', '0', '0', c < 0x10 ? '0' : '1', "0123456789abcdef"[c % 16]};
