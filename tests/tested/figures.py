@@ -95,6 +95,7 @@ class Figure(NamedTuple):
     cells: Callable  # (row) -> its cells in the table, before those of commit and command
     key: tuple = ()  # A row takes the place of one that has the same in these; of all rows where this is empty.
     least_seconds: int = 0
+    sums: str = ""  # The number of a run that adds up over all runs, which is in `in_all`.
 
 
 FIGURES = {
@@ -115,8 +116,9 @@ FIGURES = {
                      f"{row['places']:,}" if "places" in row else ""), ("command",)),
     "fuzz": Figure(
         each(r"^fuzz (?P<target>\w+): ok, (?P<executions>\d+) executions, (?P<edges>\d+) edges covered"),
-        ("target", "executions", "edges reached, the model's own included"),
-        lambda row: (f"`{row['target']}`", f"{row['executions']:,}", f"{row['edges']:,}"), ("target",), 30),
+        ("target", "executions", "in all runs", "edges reached, the model's own included"),
+        lambda row: (f"`{row['target']}`", f"{row['executions']:,}", f"{row['in_all']:,}", f"{row['edges']:,}"),
+        ("target",), 30, "executions"),
     "soak": Figure(read_soak, ("operations", "per second", "deliveries per second", "calls",
                                "memory after a tenth, at the end"), soak_cells, ("command",), 60),
     "page": Figure(read_page, ("what", "CPU time", "floor", "ratio"), page_cells),
@@ -136,11 +138,16 @@ def record(root, name, commit, seconds, command, output):
         path.write_text(json.dumps(with_rows(earlier, [run | row for row in rows])) + "\n")
 
 
-def with_rows(kept, rows):
-    """The kept rows with new ones in the place of those that they are about."""
-    def about(row):
-        return [row["figure"], *(row[name] for name in FIGURES[row["figure"]].key)]
+def about(row):
+    return [row["figure"], *(row[name] for name in FIGURES[row["figure"]].key)]
 
+
+def with_rows(kept, rows):
+    """The kept rows with new ones in the place of those that they are about, and added up with them."""
+    for row in rows:
+        if summed := FIGURES[row["figure"]].sums:
+            before = sum(old.get("in_all", old[summed]) for old in kept if about(old) == about(row))
+            row["in_all"] = row.get("in_all", row[summed]) + before
     new = [about(row) for row in rows]
     return sorted([*(row for row in kept if about(row) not in new), *rows],
                   key=lambda row: list(FIGURES).index(row["figure"]))
@@ -186,10 +193,10 @@ def keep(root):
         committed = [row for row in rows if re.fullmatch("[0-9a-f]+", row["commit"])]
         if committed != rows:
             lines.append(f"{file.stem}: not kept, it ran with changes that no commit has")
-        new = [row for row in committed if row not in kept]
-        if new:
-            kept = with_rows(kept, new)
-            lines.append(f"{file.stem}: {new[-1]['command']}, at {new[-1]['commit']}")
+        if committed:
+            kept = with_rows(kept, committed)
+            lines.append(f"{file.stem}: {committed[-1]['command']}, at {committed[-1]['commit']}")
+        file.unlink()  # What adds up is added once.
     path.write_text("[\n" + ",\n".join("  " + json.dumps(row, ensure_ascii=False) for row in kept) + "\n]\n")
     for name in PAGES:
         page = root / name

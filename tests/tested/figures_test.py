@@ -223,12 +223,21 @@ class Tree(unittest.TestCase):
                             "fuzz b: ok, 7 executions, 8 edges covered\n")
         self.rows("fuzz")
         self.record("fuzz", "fuzz a: ok, 2000 executions, 30 edges covered\nfuzz b: FAILED, see b.log\n", "89abcde")
-        self.assertEqual([row[:4] for row in self.rows("fuzz")],
-                         [["`b`", "7", "8", "1234567"], ["`a`", "2,000", "30", "89abcde"]])
+        self.assertEqual([row[:5] for row in self.rows("fuzz")],
+                         [["`b`", "7", "7", "8", "1234567"], ["`a`", "2,000", "3,000", "30", "89abcde"]])
         self.record("model", MODEL)
         self.rows("model")
         self.record("model", MODEL.replace("3 scenarios", "4 scenarios"))
         self.assertEqual([row[0] for row in self.rows("model")], ["4"])
+
+    def test_executions_add_up_whether_or_not_they_are_kept_between_the_runs(self):
+        fuzz = "fuzz a: ok, 1000 executions, 20 edges covered\n"
+        for runs in (1, 3, 1):
+            for _ in range(runs):
+                self.record("fuzz", fuzz)
+            self.rows("fuzz")
+            figures.keep(self.root)
+        self.assertEqual(self.rows("fuzz")[0][:3], ["`a`", "1,000", "5,000"])
 
     def test_the_same_run_again_is_the_same_row(self):
         for _ in range(2):
