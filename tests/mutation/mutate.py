@@ -20,7 +20,6 @@ import re
 import shutil
 import subprocess
 import sys
-import time
 
 import places
 from schema import Schema
@@ -31,6 +30,7 @@ SURVIVORS = "tests/mutation/survivors.json"
 FOLDERS = ("include", "libutil/include", "libutil/src", "src", "tools")
 MESSAGE = re.compile(r"^([^\s:][^:\n]*):(\d+):(\d+): +(\w+)", re.M)
 TARGET_PERCENT = 85
+UNTRIED = "untried"  # An outcome.
 
 
 def copy_tree(tree, written=()):
@@ -178,11 +178,8 @@ def try_together(schemas, check, suites):
             yield number, ""
 
 
-def try_alone(schemas, check, suites, number):
+def try_alone(schemas, suites, number):
     """What killed the mutant, "" when nothing did, None when it does not compile."""
-    schemas.show_alone(number)
-    if check.messages([schemas.tree / schemas.mutants[number].file]):
-        return None
     for suite in suites:
         if suite.build(keep_going=False):
             return None
@@ -192,16 +189,20 @@ def try_alone(schemas, check, suites, number):
     return ""
 
 
-def outcomes(schemas, suites):
-    """Yields (number, outcome) of every mutant."""
+def outcomes(schemas, suites, is_alone_tried=True):
+    """Yields (number, outcome) of every mutant; UNTRIED for those that would be built alone where they are not."""
     tried = set()
     check = Check(schemas)
     for number, outcome in try_together(schemas, check, suites):
         tried.add(number)
         yield number, outcome
-    for number in schemas.mutants:
+    for number, mutant in schemas.mutants.items():
         if number not in tried:
-            yield number, try_alone(schemas, check, suites, number)
+            schemas.show_alone(number)
+            if check.messages([schemas.tree / mutant.file]):
+                yield number, None
+            else:
+                yield number, try_alone(schemas, suites, number) if is_alone_tried else UNTRIED
 
 
 def reason(mutant, code, survivors):
@@ -234,7 +235,8 @@ def main():
     parser.add_argument("--seed", type=int, default=1, help="in which order they are drawn (1)")
     parser.add_argument("--shard", type=shard_of, default=(1, 1), metavar="K/N",
                         help="the K-th of N parts of all (1/1)")
-    parser.add_argument("--minutes", type=float, default=0, help="stop after so many minutes (no limit)")
+    parser.add_argument("--together", action="store_true",
+                        help="leave out those that have to be built alone, which takes minutes for each")
     parser.add_argument("--only", default="",
                         help="only files whose path begins with this pattern, for example src/json/")
     parser.add_argument("--kinds", type=some_of(places.KINDS), default=places.KINDS,
@@ -256,13 +258,11 @@ def main():
     suites = [SUITES[name](tree, tree / "build" / name, arguments) for name in arguments.suites]
     survivors = json.loads((ROOT / SURVIVORS).read_text())
 
-    start = time.monotonic()
-    killed = survived = broken = 0
-    for number, outcome in outcomes(schemas, suites):
-        if arguments.minutes and time.monotonic() - start > 60 * arguments.minutes:
-            break
-        if outcome is None:
-            broken += 1
+    killed = survived = broken = untried = 0
+    for number, outcome in outcomes(schemas, suites, not arguments.together):
+        broken += outcome is None
+        untried += outcome == UNTRIED
+        if outcome in (None, UNTRIED):
             continue
         mutant = schemas.mutants[number]
         code = schemas.code[mutant.file]
@@ -274,6 +274,8 @@ def main():
     percent = 100 * killed / max(1, killed + survived)
     print(f"{killed} of {killed + survived} killed ({percent:.0f} %), {broken} more did not compile; of {len(mutants)}"
           " places")
+    if untried:
+        print(f"{untried} more have to be built alone")
     return percent < TARGET_PERCENT
 
 

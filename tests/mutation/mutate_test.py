@@ -122,6 +122,12 @@ class Together(unittest.TestCase):
         self.assertEqual(self.outcomes(suite), {1: "found", 2: "alone", 3: "found", 4: "alone", 5: "", 6: ""})
         self.assertEqual(suite.alone, [self.CODE.replace("1", "0"), self.CODE.replace("2", "3")])
 
+    def test_that_have_to_be_built_alone_may_be_left_out(self):
+        suite = Suite(self.tree, {}, {1, 2, 3, 4, 5})
+        schemas = mutate.Schemas(self.tree, self.mutants)
+        self.assertEqual(dict(mutate.outcomes(schemas, [suite], is_alone_tried=False))[6], mutate.UNTRIED)
+        self.assertEqual(suite.alone, [])
+
     def test_that_do_not_compile_have_no_outcome(self):
         self.assertIsNone(self.outcomes(Suite(self.tree, {}, {2, 3, 4, 5, 6}, refuses=(1,)))[1])
 

@@ -201,6 +201,15 @@ TEST_F(Subscriptions, NeverRunWhenRemovedBeforeTheFacadeIsBound) {
   EXPECT_EQ(m_notified, 0);
 }
 
+TEST_F(Subscriptions, RemovedBeforeTheFacadeIsBoundReleaseWhatTheirCallbackCaptured) {
+  KalConfigHelper late;
+  const auto captured = std::make_shared<int>();
+  Subscription subscription(late, KAL_CONFIG_GROUP_AUDIO, "A", [captured](const KalConfigEvent&) {});
+  EXPECT_EQ(captured.use_count(), 2);
+  subscription.Remove();
+  EXPECT_EQ(captured.use_count(), 1) << "while the facade lives";
+}
+
 TEST_F(Subscriptions, AreReplacedByALaterOneOfAFacadeThatIsNotBound) {
   KalConfigHelper late;
   int earlierNotified = 0;
