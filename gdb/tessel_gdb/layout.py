@@ -5,7 +5,7 @@ from types import SimpleNamespace
 
 import gdb
 
-from tessel_gdb.reading import (each_of_array, each_of_list, each_of_map, each_of_vector, is_callable, member,
+from tessel_gdb.reading import (each_of_array, each_of_map, each_of_vector, is_callable, member,
                                 optional, plain, pointer_of, require, size_of_map, sole, target, variable)
 
 # ConfigData, ACmThread, timer_fact
@@ -92,7 +92,7 @@ def named_values(atom_map):
 def named_handlers(observers):
     """The subscriptions and bindings of a KalConfigObserverMgr: pairs of name and pointer to a handler."""
     return ((name, handler) for name, entry in pairs(member(observers, "m_map"))
-            for handler in each_of_list(member(entry, "handlers")))
+            for handler in each_of_vector(member(entry, "handlers")))
 
 
 def is_empty(names):
@@ -167,7 +167,7 @@ def handler_is_posted(handler):
 
 def handler_deliveries(handler):
     """The number of deliveries that a removal waits for."""
-    return int(sole(member(handler, "m_nPendingNotify")))
+    return int(sole(member(handler, "m_nPendingNotify"))) + (member(handler, "m_notifyThreadId") != 0)
 
 
 # KalConfigEvent

@@ -133,18 +133,6 @@ def each_of_map(tree):
     require(seen == size_of_map(tree))
 
 
-def each_of_list(chain):
-    """The elements of a std::list. A node is accepted only when it points to the one before it."""
-    element = plain(chain.type).template_argument(0)
-    header = member(chain, "_M_impl", "_M_node")
-    require(header.address is not None)
-    before, node = header.address, header["_M_next"]
-    while node != header.address:
-        require(node["_M_prev"] == before)
-        yield target((node + 1).cast(element.pointer()))
-        before, node = node, node["_M_next"]
-
-
 def each_of_vector(row):
     """The elements of a std::vector."""
     first, end, limit = (member(row, "_M_impl", name) for name in ("_M_start", "_M_finish", "_M_end_of_storage"))

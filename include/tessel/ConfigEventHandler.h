@@ -36,8 +36,8 @@ struct TESSEL_API ConfigEventHandler {
   KalConfigGroup m_group = KAL_CONFIG_GROUP_DEFAULT;  ///< where the value is
   std::string m_strName;                              ///< which value
   std::atomic<std::int32_t> m_nCallLevel{0};          ///< callback runs in progress
-  std::atomic<std::int32_t> m_nPendingNotify{
-      0};  ///< deliveries announced and not finished; removal waits for 0
+  /// Deliveries announced and not finished, beside that of m_notifyThreadId; removal waits for 0 of both.
+  std::atomic<std::int32_t> m_nPendingNotify{0};
   alignas(8) std::uint64_t m_notifyThreadId = 0;  ///< the thread that delivers at the moment; 0: none
   ACmThread* m_pRunThread = nullptr;              ///< not owned; null: callbacks run on the setter's thread
   bool m_bAsync = false;                          ///< posted rather than handed over and waited for

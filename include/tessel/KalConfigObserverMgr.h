@@ -2,51 +2,23 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <functional>
 #include <iterator>
-#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "tessel/ResultCode.h"
 #include "tessel/locking.h"
 
 namespace kalStore {
 
-namespace detail {
-
-/// Some of a name's handlers in the order of registration, as they were at one moment. Keeps them alive.
-template <class T>
-class HandlerSnapshot {
- public:
-  HandlerSnapshot() = default;
-  /// Takes those of `handlers` that `isWanted`. Allocates once when there are several.
-  template <class IsWanted>
-  HandlerSnapshot(const std::list<T>& handlers, IsWanted isWanted)
-      : m_size(static_cast<std::size_t>(std::count_if(handlers.begin(), handlers.end(), isWanted))) {
-    if (m_size > 1) m_several = std::make_shared<T[]>(m_size);
-    std::copy_if(handlers.begin(), handlers.end(), m_size > 1 ? m_several.get() : &m_one, isWanted);
-  }
-
-  bool IsEmpty() const { return m_size == 0; }
-  std::span<const T> Handlers() const { return {m_size > 1 ? m_several.get() : &m_one, m_size}; }
-
- private:
-  std::size_t m_size = 0;
-  T m_one{};                       // The only one,
-  std::shared_ptr<T[]> m_several;  // or all of them.
-};
-
-}  // namespace detail
-
-/// The subscriptions and bindings of one group: per configuration name a list of handlers in the order of
-/// registration. T is a pointer to a handler. A name's entry, once made, stays.
+/// The subscriptions and bindings of one group: per configuration name a list of handlers. T is a pointer
+/// to a handler. A name's entry, once made, stays.
 ///
 /// On cache lines of its own, like atomMap.
 ///
@@ -65,16 +37,23 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
  public:
   /// What is registered for a name.
   struct Entry {
-    /// In the order of registration.
-    std::list<T> handlers;
-    /// Those that a change notifies, for deliveries to share. The first delivery after a change of the list
-    /// makes it.
-    detail::HandlerSnapshot<T> subscriptions;
-    /// Those that compute a value, likewise.
-    detail::HandlerSnapshot<T> bindings;
+    /// The binding, if there is one, for reads to find at once; then the subscriptions in the order of
+    /// registration.
+    std::vector<T> handlers;
+    /// The subscriptions, when they are several, for deliveries to share. The first delivery after a change
+    /// of the list makes it.
+    std::shared_ptr<T[]> shared;
 
-    /// Empties the snapshots; under the lock, after each change of the list.
-    void Forget() { subscriptions = bindings = {}; }
+    /// Puts a handler before `place`.
+    void Insert(typename std::vector<T>::const_iterator place, T handler) {
+      handlers.insert(place, std::move(handler));
+      shared.reset();
+    }
+    /// Takes a handler out. Allocates nothing.
+    void Erase(typename std::vector<T>::const_iterator place) {
+      handlers.erase(place);
+      shared.reset();
+    }
   };
   /// By configuration name.
   using Map = std::map<std::string, Entry, std::less<>>;
@@ -117,8 +96,7 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
     if (std::find(entry.handlers.begin(), entry.handlers.end(), handler) != entry.handlers.end()) {
       return kResultNoSuchOrExists;
     }
-    entry.handlers.push_back(std::move(handler));
-    entry.Forget();
+    entry.Insert(entry.handlers.end(), std::move(handler));
     std::forward<OnAdded>(onAdded)(entry.handlers.back());
     return kResultOk;
   }
@@ -137,8 +115,7 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
     // From the end: the latest is the likeliest to be removed.
     const auto after = std::find(entry.handlers.rbegin(), entry.handlers.rend(), handler);
     if (after == entry.handlers.rend()) return kResultNoSuchOrExists;
-    entry.handlers.erase(std::prev(after.base()));
-    entry.Forget();
+    entry.Erase(std::prev(after.base()));
     std::forward<OnRemoved>(onRemoved)();
     return kResultOk;
   }

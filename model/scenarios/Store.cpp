@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // A store: sets against removals, in whatever way a change is delivered.
+#include <array>
 #include <atomic>
 #include <memory>
 #include <thread>
@@ -32,6 +33,21 @@ MODEL_SCENARIO(SetAgainstRemoval) {
   Check(store.UnsubscribeConfig(id) == kResultOk, "it is removed");
   used.reset();
   setter.join();
+}
+
+// The same with deliveries of two threads, one after the other or at once.
+MODEL_SCENARIO(SetsOfTwoAgainstRemoval) {
+  KalConfig store(7);
+  auto used = std::make_unique<std::array<int, 2>>();
+  const SubscribeId_t id = store.SubscribeConfig(
+      kGroup, kName, [&](const KalConfigEvent& event) { ++(*used)[event.m_newValue.ToInt() == 30]; }, nullptr,
+      false);
+  std::thread first([&] { Set(store, 30); });
+  std::thread second([&] { Set(store, 15); });
+  Check(store.UnsubscribeConfig(id) == kResultOk, "it is removed");
+  used.reset();
+  first.join();
+  second.join();
 }
 
 MODEL_SCENARIO(HandOverAgainstRemoval) {

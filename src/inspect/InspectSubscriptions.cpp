@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <span>
+#include <utility>
 
 #include "inspect/StoreParts.h"
 #include "store/DeliverySnapshot.h"
@@ -37,10 +39,11 @@ SubscriptionHead HeadOf(ConfigEventHandler& handler) noexcept {
     head.way = JournalWay::kDirect;
   }
   // Relaxed: numbers to report, by which nothing else is reached.
-  const std::int32_t deliveries = handler.m_nPendingNotify.load(std::memory_order_relaxed);
-  head.deliveries = static_cast<std::uint32_t>(std::max(deliveries, 0));
   head.deliveringThreadId =
       static_cast<unsigned long>(DeliveringThread(handler).load(std::memory_order_relaxed));
+  const std::int32_t overlapping = handler.m_nPendingNotify.load(std::memory_order_relaxed);
+  head.deliveries =
+      static_cast<std::uint32_t>(std::max(overlapping, 0)) + (head.deliveringThreadId != 0 ? 1 : 0);
   return head;
 }
 
@@ -53,7 +56,20 @@ std::vector<InspectedSubscription> InspectSubscriptions(std::uint32_t callId) {
       [](auto& copy, KalConfig& store, KalConfigGroup group) {
         StoreParts::Observers::Locked names(StoreParts::ObserversOf(store, group));
         for (const auto& [name, entry] : *names) {
-          for (const ConfigEventHandler::Ptr& handler : entry.handlers) copy.Put(HeadOf(*handler), name);
+          std::span handlers(entry.handlers);
+          // The binding is the first of the list: it goes to where it was registered.
+          const ConfigEventHandler::Ptr* binding = nullptr;
+          if (DeliverySnapshot::HasBinding(entry)) {
+            binding = &handlers.front();
+            handlers = handlers.subspan(1);
+          }
+          for (const ConfigEventHandler::Ptr& handler : handlers) {
+            if (binding != nullptr && (*binding)->m_SubscribeId < handler->m_SubscribeId) {
+              copy.Put(HeadOf(**std::exchange(binding, nullptr)), name);
+            }
+            copy.Put(HeadOf(*handler), name);
+          }
+          if (binding != nullptr) copy.Put(HeadOf(**binding), name);
         }
       },
       [&](const SubscriptionHead& head, std::string_view name, std::string_view) {

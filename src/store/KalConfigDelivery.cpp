@@ -74,8 +74,8 @@ template <class Delivery>
     for (std::size_t left = snapshot.AnnounceToSubscriptions(observers, name); left > 0; --left) {
       TESSEL_TRACE(1, "kalStore::KalConfig::fireEvents", ", fireEvents Multiple notification" << cid << self);
     }
-    delivery.Begin(snapshot.IsEmpty() ? kResultNobody : kResultOk, snapshot.Size());
-    if (snapshot.IsEmpty()) return kResultNobody;
+    delivery.Begin(snapshot.HasNext() ? kResultOk : kResultNobody, snapshot.Size());
+    if (!snapshot.HasNext()) return kResultNobody;
 
     const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
                                group, SessionTypeOfGroup(group)};
@@ -136,26 +136,13 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
                ", " << name << ", " << defaultValue.ToCstr() << cid << self);
   if (*name == '\0') return kResultNobody;
 
-  unsigned int callees = 0;
-  {
-    DeliverySnapshot snapshot;
-    for (std::size_t left = snapshot.AnnounceToBinding(observers, name); left > 0; --left) {
-      TESSEL_TRACE(1, "kalStore::KalConfig::invokeEvent",
-                   ", invokeEvent Multiple notification" << cid << self);
-    }
-    if (snapshot.IsEmpty()) return kResultNobody;
-
-    const KalConfigEvent event{name, {}, {}, std::move(defaultValue), group, SessionTypeOfGroup(group)};
-    while (snapshot.HasNext()) {
-      snapshot.DeliverNext([&](ConfigEventHandler& handler) {
-        if (callees++ == 0) value = handler.Invoke(event);
-      });
-    }
+  DeliverySnapshot snapshot;
+  if (snapshot.AnnounceToBinding(observers, name) > 0) {
+    TESSEL_TRACE(1, "kalStore::KalConfig::invokeEvent", ", invokeEvent Multiple notification" << cid << self);
   }
-  if (callees > 1) {
-    TESSEL_TRACE(0, "kalStore::KalConfig::invokeEvent",
-                 ", Bind too much, " << "nCallees=" << callees << cid << self);
-  }
+  if (!snapshot.HasNext()) return kResultNobody;
+  const KalConfigEvent event{name, {}, {}, std::move(defaultValue), group, SessionTypeOfGroup(group)};
+  snapshot.DeliverNext([&](ConfigEventHandler& handler) { value = handler.Invoke(event); });
   return kResultOk;
 }
 

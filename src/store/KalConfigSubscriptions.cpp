@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
 #include <utility>
 
 #include "store/DeliveryJournal.h"
@@ -19,11 +18,6 @@ using namespace internal;
 namespace {
 
 constexpr long kRemovalReportMs = 500;
-
-// Pairs with FinishDelivery(): what the last callback did happens before the callbacks are emptied.
-bool HasPendingDelivery(const ConfigEventHandler& handler) {
-  return handler.m_nPendingNotify.load(std::memory_order_acquire) >= 1;
-}
 
 // Asked after a failure: a callback may have removed the handler, or ended the store, of which nothing may be
 // used then. Nothing is synchronised here: the callback has returned, and its end is known to this thread.
@@ -91,7 +85,7 @@ SubscribeId_t KalConfig::subscribeConfig(KalConfigGroup group, const char* name,
   const unsigned long threadId = GetThreadSelfId();
   handlerPtr->m_SubscribeId = m_nSubscribeSeq.fetch_add(1, std::memory_order_relaxed) + 1;
   handlerPtr->m_group = group;
-  handlerPtr->m_strName = name;
+  handlerPtr->m_strName = std::string(name);  // Of its size; assigned, it would have room for more.
   handlerPtr->m_pRunThread = pRunThread;
   handlerPtr->m_bAsync = bAsync;
   const SubscribeId_t id = handlerPtr->m_SubscribeId;
@@ -152,7 +146,7 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
   const SubscribeId_t id = m_nSubscribeSeq.fetch_add(1, std::memory_order_relaxed) + 1;
   handlerPtr->m_SubscribeId = id;
   handlerPtr->m_group = group;
-  handlerPtr->m_strName = name;
+  handlerPtr->m_strName = std::string(name);  // Of its size; assigned, it would have room for more.
   TESSEL_TRACE(2, "kalStore::KalConfig::bindConfig",
                ", " << name << ", " << Id{id} << ", m_TotalObservers=" << m_TotalObservers.load()
                     << Cid{m_callId} << This{this});
@@ -160,16 +154,11 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
   {
     ObserverMgr::Locked names(observersOf(group));
     ObserverMgr::Entry& entry = names->try_emplace(handlerPtr->m_strName).first->second;
-    const bool isRefused =
-        std::any_of(entry.handlers.begin(), entry.handlers.end(), [&](const ConfigEventHandler::Ptr& other) {
-          return other == handlerPtr || other->m_fnInvoke != nullptr;
-        });
-    if (isRefused) {
+    if (DeliverySnapshot::HasBinding(entry)) {
       handlerPtr->m_SubscribeId = 0;
       return 0;
     }
-    entry.handlers.push_back(handlerPtr);
-    entry.Forget();
+    entry.Insert(entry.handlers.begin(), handlerPtr);
     m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
     handlerPtr->m_bRegistered.store(true, std::memory_order_relaxed);
     if (JournalIsOn()) [[unlikely]]

@@ -239,13 +239,14 @@ void ShowDamagedContainers() {
   SetCount(tooMany, 2);
 
   using Observers = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
-  auto& listWithoutEnd = *new Observers;
+  auto& listPastItsEnd = *new Observers;
   for (int i = 0; i < 3; ++i) {
-    listWithoutEnd.Subscribe("a", std::make_shared<ConfigEventHandler>(), [](const auto&) {});
+    listPastItsEnd.Subscribe("a", std::make_shared<ConfigEventHandler>(), [](const auto&) {});
   }
   {
-    auto& handlers = Observers::Locked(listWithoutEnd)->find("a")->second.handlers;
-    std::next(handlers.begin())._M_node->_M_next = handlers.begin()._M_node;
+    auto& handlers = Observers::Locked(listPastItsEnd)->find("a")->second.handlers;
+    // A vector is three pointers: the second is where its elements end, the third where its memory does.
+    std::memcpy(reinterpret_cast<void**>(&handlers) + 2, &handlers, sizeof(void*));
   }
 
   const ConfigData& textWithoutEnd = *new ConfigData("text");
