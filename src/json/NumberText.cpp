@@ -5,25 +5,25 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <string>
 #include <system_error>
 
+#include "json/TextWriter.h"
 #include "util/ConfigData.h"
 
 namespace kalStore::internal {
 
 namespace {
 
-template <class Number, class... Format>
-void Append(std::string& out, Number number, Format... format) {
-  char text[500];  // the largest double has 317 characters
-  const std::to_chars_result result = std::to_chars(text, text + sizeof text, number, format...);
-  out.append(text, result.ptr);
-}
+constexpr std::size_t kLongestInteger = 20;  // With the sign of the least one.
+constexpr std::size_t kLongestDouble = 317;  // The largest, with a sign and six decimals.
 
 // The number with six decimals, rounded to the nearest and halves to even, in integers: the digits are those
-// of to_chars, in less than half of its time (WriteDecimals in bench/json_bench.cpp). False, and nothing is
-// written, when the number is too large.
+// of to_chars, in less than half of its time (WriteDecimals in bench/json_bench.cpp). Returns where they end;
+// null, and nothing is written, when the number is too large.
 //
 // A double is significand / 2^shift, with a significand of up to 53 bits. Its millionths are
 // significand * 1,000,000 / 2^shift. The product takes 53 + 20 bits, hence 128. For example:
@@ -34,16 +34,16 @@ void Append(std::string& out, Number number, Format... format) {
 //   2^-7       2^52                  59              7,812   one half        0.007812   (to even)
 //   3 * 2^-7   3 * 2^51              58             23,437   one half        0.023438   (to even)
 //   4e-7       7555786372591432      74                  0   0.4             0.000000
-bool AppendSixDecimals([[maybe_unused]] std::string& out, [[maybe_unused]] double number) {
+char* WriteSixDecimals([[maybe_unused]] char* at, [[maybe_unused]] double number) {
 #ifndef __SIZEOF_INT128__
-  return false;  // 32-bit processors have no such products.
+  return nullptr;  // 32-bit processors have no such products.
 #else
   __extension__ using Wide = unsigned __int128;
   constexpr int kFractionBits = 52;
   constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kFractionBits;
   constexpr std::uint64_t kMillion = 1'000'000;
   constexpr double kTooLarge = 9e12;  // Millionths of all below fit in 63 bits.
-  if (!(std::fabs(number) < kTooLarge)) return false;
+  if (!(std::fabs(number) < kTooLarge)) return nullptr;
 
   const std::uint64_t bits = std::bit_cast<std::uint64_t>(number);
   const int biased = static_cast<int>(bits >> kFractionBits) & 0x7FF;
@@ -61,18 +61,15 @@ bool AppendSixDecimals([[maybe_unused]] std::string& out, [[maybe_unused]] doubl
     if (rest > half || (rest == half && (millionths & 1) != 0)) ++millionths;
   }
 
-  char text[32];
-  char* at = text;
   if (std::signbit(number)) *at++ = '-';
-  at = std::to_chars(at, text + sizeof text, millionths / kMillion).ptr;
+  at = std::to_chars(at, at + kLongestInteger, millionths / kMillion).ptr;
   *at++ = '.';
   std::uint64_t decimals = millionths % kMillion;
   for (int place = 5; place >= 0; --place) {
     at[place] = static_cast<char>('0' + decimals % 10);
     decimals /= 10;
   }
-  out.append(text, at + 6);
-  return true;
+  return at + 6;
 #endif
 }
 
@@ -111,18 +108,18 @@ std::int64_t MagnitudeOf(std::string_view token) {
 
 }  // namespace
 
-void AppendNumber(std::string& out, std::int64_t number) {
-  Append(out, number);
+void TextWriter::PutNumber(std::int64_t number) {
+  char* const at = room(kLongestInteger);
+  m_at = std::to_chars(at, at + kLongestInteger, number).ptr;
 }
 
-void AppendNumber(std::string& out, double number) {
-  if (std::isnan(number)) {
-    out += "null";
-  } else if (std::isinf(number)) {
-    out += number < 0 ? "-1e999" : "1e999";
-  } else if (!AppendSixDecimals(out, number)) {
-    Append(out, number, std::chars_format::fixed, 6);
-  }
+void TextWriter::PutNumber(double number) {
+  if (std::isnan(number)) return Put("null");
+  if (std::isinf(number)) return Put(number < 0 ? "-1e999" : "1e999");
+  char* const at = room(kLongestDouble);
+  char* const end = WriteSixDecimals(at, number);
+  m_at =
+      end != nullptr ? end : std::to_chars(at, at + kLongestDouble, number, std::chars_format::fixed, 6).ptr;
 }
 
 double ParseReal(std::string_view token) {

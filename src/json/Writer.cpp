@@ -1,65 +1,61 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "json/Writer.h"
 
-#include "json/NumberText.h"
+#include <cstdint>
+#include <utility>
+
 #include "json/StringScan.h"
+#include "json/TextWriter.h"
 #include "tessel/json_text.h"
 
 namespace kalStore::internal {
 
 namespace {
 
-void AppendEscape(std::string& out, char c) {
+void PutEscape(TextWriter& out, char c) {
   constexpr const char* kHex = "0123456789abcdef";
-  out += '\\';
+  out.Put('\\');
   switch (c) {
     case '"':
     case '\\':
-      out += c;
-      return;
+      return out.Put(c);
     case '\b':
-      out += 'b';
-      return;
+      return out.Put('b');
     case '\f':
-      out += 'f';
-      return;
+      return out.Put('f');
     case '\n':
-      out += 'n';
-      return;
+      return out.Put('n');
     case '\r':
-      out += 'r';
-      return;
+      return out.Put('r');
     case '\t':
-      out += 't';
-      return;
+      return out.Put('t');
     default:
-      out += "u00";
-      out += kHex[c >> 4];
-      out += kHex[c & 0xF];
+      out.Put("u00");
+      out.Put(kHex[c >> 4]);
+      out.Put(kHex[c & 0xF]);
   }
 }
 
 }  // namespace
 
-void AppendString(std::string& out, std::string_view text) {
+void TextWriter::PutString(std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();
-  const char* special = FindSpecial<true>(at, end);
-  if (special == end) {  // Most strings: between the first and the last of as many quotes, in one step.
-    const std::size_t start = out.size();
-    out.append(text.size() + 2, '"');
-    text.copy(out.data() + start + 1, text.size());
-    return;
-  }
-  out += '"';
+  Put('"');
   for (;;) {
-    out.append(at, special);
+    const char* const special = FindSpecial<true>(at, end);
+    Put(std::string_view(at, special));
     if (special == end) break;
-    AppendEscape(out, *special);
+    PutEscape(*this, *special);
     at = special + 1;
-    special = FindSpecial<true>(at, end);
   }
-  out += '"';
+  Put('"');
+}
+
+void AppendString(std::string& out, std::string_view text) {
+  TextWriter writer(out);
+  writer.PutString(text);
+  writer.Flush();
 }
 
 }  // namespace kalStore::internal
@@ -70,56 +66,63 @@ using namespace kalStore::internal;
 
 namespace {
 
-void AppendArray(std::string& out, const Array& array);
-void AppendObject(std::string& out, const Object& object);
+void PutArray(TextWriter& out, const Array& array);
+void PutObject(TextWriter& out, const Object& object);
 
-void AppendValue(std::string& out, const Value& value) {
+void PutValue(TextWriter& out, const Value& value) {
   switch (value.GetType()) {
     case NullVal:
-      out += "null";
-      return;
+      return out.Put("null");
     case StringVal:
-      return AppendString(out, value.ToString());
+      return out.PutString(value.ToString());
     case IntVal:
-      return AppendNumber(out, value.ToInt());
+      return out.PutNumber(std::int64_t{value.ToInt()});
     case Int64Val:
-      return AppendNumber(out, value.ToInt64());
+      return out.PutNumber(value.ToInt64());
     case FloatVal:
-      return AppendNumber(out, static_cast<double>(value.ToFloat()));
+      return out.PutNumber(static_cast<double>(value.ToFloat()));
     case DoubleVal:
-      return AppendNumber(out, value.ToDouble());
+      return out.PutNumber(value.ToDouble());
     case ObjectVal:
-      return AppendObject(out, value.ToObject());
+      return PutObject(out, value.ToObject());
     case ArrayVal:
-      return AppendArray(out, value.ToArray());
+      return PutArray(out, value.ToArray());
     case BoolVal:
-      out += value.ToBool() ? "true" : "false";
-      return;
+      return out.Put(value.ToBool() ? "true" : "false");
     case UnsignedIntVal:
-      return AppendNumber(out, value.ToUnsignedInt());
+      return out.PutNumber(std::int64_t{value.ToUnsignedInt()});
   }
 }
 
-void AppendArray(std::string& out, const Array& array) {
-  out += '[';
+void PutArray(TextWriter& out, const Array& array) {
+  out.Put('[');
   bool first = true;
   for (const Value& element : array) {
-    if (!std::exchange(first, false)) out += ',';
-    AppendValue(out, element);
+    if (!std::exchange(first, false)) out.Put(',');
+    PutValue(out, element);
   }
-  out += ']';
+  out.Put(']');
 }
 
-void AppendObject(std::string& out, const Object& object) {
-  out += '{';
+void PutObject(TextWriter& out, const Object& object) {
+  out.Put('{');
   bool first = true;
   for (const auto& [key, value] : object) {
-    if (!std::exchange(first, false)) out += ',';
-    AppendString(out, key);
-    out += ':';
-    AppendValue(out, value);
+    if (!std::exchange(first, false)) out.Put(',');
+    out.PutString(key);
+    out.Put(':');
+    PutValue(out, value);
   }
-  out += '}';
+  out.Put('}');
+}
+
+template <class Put>
+std::string Written(Put put) {
+  std::string text;
+  TextWriter out(text);
+  put(out);
+  out.Flush();
+  return text;
 }
 
 }  // namespace
@@ -130,15 +133,11 @@ std::string Serialize(const Value& document) {
 }
 
 std::string SerializeValue(const Value& value) {
-  std::string out;
-  AppendValue(out, value);
-  return out;
+  return Written([&](TextWriter& out) { PutValue(out, value); });
 }
 
 std::string SerializeArray(const Array& array) {
-  std::string out;
-  AppendArray(out, array);
-  return out;
+  return Written([&](TextWriter& out) { PutArray(out, array); });
 }
 
 }  // namespace json

@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <limits>
 #include <random>
+#include <string>
 
 #include "tessel/json.h"
 
@@ -131,6 +133,27 @@ TEST(Writer, EscapesKeys) {
   Value object = json::Object();
   object["a\"\n"] = 1;
   EXPECT_EQ(json::Serialize(object), R"({"a\"\n":1})");
+}
+
+// A text is put together in pieces, whose borders fall anywhere: here before, in and behind each element.
+TEST(Writer, WritesWholeWhatIsLong) {
+  const Value greatest = std::numeric_limits<double>::max();
+  const std::string digits = SerializeValue(greatest);
+  for (std::size_t size = 3750; size <= 4110; ++size) {
+    for (const std::size_t before : {size, 2 * size}) {
+      json::Array array;
+      array.push_back(std::string(before, 'a'));
+      array.push_back("\x01\"");
+      array.push_back(std::numeric_limits<std::int64_t>::min());
+      array.push_back(greatest);
+      array.push_back(-0.25);
+      array.push_back(std::string(before, 'b'));
+      ASSERT_EQ('[' + ('"' + std::string(before, 'a') + '"') + R"(,"\u0001\"",-9223372036854775808,)" +
+                    digits + ",-0.250000," + ('"' + std::string(before, 'b') + '"') + ']',
+                json::SerializeArray(array))
+          << before;
+    }
+  }
 }
 
 }  // namespace
