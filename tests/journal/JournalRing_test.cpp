@@ -59,7 +59,8 @@ TEST(JournalRing, GivesAsManyWordsAsTheRecordHas) {
     });
     JournalRing::Words words;
     words.fill(~number);
-    EXPECT_EQ(ring.Read(number, words, [](std::uint64_t size) { return std::size_t{size}; }), Found::kWhole);
+    EXPECT_EQ(ring.Read(number, words, [](std::uint64_t size) { return static_cast<std::size_t>(size); }),
+              Found::kWhole);
     EXPECT_EQ(words[0], first);
     for (std::size_t i = 1; i < words.size(); ++i) EXPECT_EQ(words[i], i < count ? number : ~number) << i;
   }
