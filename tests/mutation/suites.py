@@ -90,9 +90,11 @@ class GoogleTest:
         return ["--gtest_fail_fast", f"--gtest_filter={':'.join(names)}"]
 
     def last(self, printed, names):
-        """The test that ran last."""
-        run_line = next((line for line in reversed(printed) if line.startswith("[ RUN ")), None)
-        return [run_line[12:].strip()] if run_line else names
+        """The test that failed, or that ran last."""
+        failed = (line for line in printed if line.startswith("[  FAILED  ] "))
+        begun = (line for line in reversed(printed) if line.startswith("[ RUN      ] "))
+        line = next(failed, None) or next(begun, None)
+        return [re.match(r"[^\s,]+", line[13:])[0]] if line else names
 
 
 class Model:

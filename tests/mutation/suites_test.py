@@ -122,6 +122,15 @@ class Order(unittest.TestCase):
         self.assertEqual(suite.batches("store", 2), [])
 
 
+class GoogleTests(unittest.TestCase):
+    def test_are_named_by_what_failed_or_ran_last(self):
+        last = suites.GoogleTest().last
+        self.assertEqual(last(["[ RUN      ] A.B\n", "[  FAILED  ] A.B (0 ms)\n", "[ RUN      ] A.C\n"], []), ["A.B"])
+        self.assertEqual(last(["[  FAILED  ] A/B.C/0, where GetParam() = 1 (0 ms)\n"], []), ["A/B.C/0"])
+        self.assertEqual(last(["[ RUN      ] A.B\n", "[       OK ] A.B\n", "[ RUN      ] A.C\n"], []), ["A.C"])
+        self.assertEqual(last(["x\n"], ["A.B"]), ["A.B"])
+
+
 class ModelRuns(unittest.TestCase):
     MODEL = suites.Model(30)
 
