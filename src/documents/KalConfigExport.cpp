@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "documents/GroupOrder.h"
+#include "json/TextWriter.h"
 #include "json/Writer.h"
 #include "tessel/KalConfig.h"
 #include "trace/TraceLine.h"
@@ -20,19 +21,20 @@ const char* KalConfig::DumpKalConfigs(ConfigMultGroup_t groups) {
   std::array<std::string, KAL_CONFIG_GROUP_LAST> arrays;
   for (std::size_t group = 0; group < arrays.size(); ++group) {
     if ((groups >> group & 1) == 0) continue;
-    std::string& array = arrays[group];
-    array = "[";
+    TextWriter array(arrays[group]);
+    array.Put('[');
     const char* separator = "";
     ConfigMap::Locked values(m_configs[group]);
     for (const auto& [name, value] : *values) {
-      array += std::exchange(separator, ",");
-      array += R"({"key":)";
-      AppendString(array, name);
-      array += R"(,"value":)";
-      AppendString(array, value.ToCstr());
-      array += '}';
+      array.Put(std::exchange(separator, ","));
+      array.Put(R"({"key":)");
+      array.PutString(name);
+      array.Put(R"(,"value":)");
+      array.PutString(value.ToCstr());
+      array.Put('}');
     }
-    array += ']';
+    array.Put(']');
+    array.Flush();
   }
 
   std::string text = "{";
