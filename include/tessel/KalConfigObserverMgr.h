@@ -96,8 +96,8 @@ class alignas(64) [[gnu::visibility("default")]] KalConfigObserverMgr {
     if (std::find(entry.handlers.begin(), entry.handlers.end(), handler) != entry.handlers.end()) {
       return kResultNoSuchOrExists;
     }
-    entry.Insert(entry.handlers.end(), std::move(handler));
-    std::forward<OnAdded>(onAdded)(entry.handlers.back());
+    entry.Insert(entry.handlers.end(), handler);
+    std::forward<OnAdded>(onAdded)(handler);  // Not that of the list, which onAdded may add to.
     return kResultOk;
   }
 

@@ -240,6 +240,17 @@ TEST(KalConfigObserverMgr, RefusesWhatItCannotKeep) {
   EXPECT_EQ(kResultOk, observers.Subscribe("name2", handler, onAdded));
 }
 
+TEST(KalConfigObserverMgr, AHandlerStaysWhileWhatRunsOnItAddsOthers) {
+  KalConfigObserverMgr<ConfigEventHandler::Ptr> observers;
+  const auto handler = std::make_shared<ConfigEventHandler>();
+  observers.Subscribe("name", handler, [&](const ConfigEventHandler::Ptr& added) {
+    for (int i = 0; i < 100; ++i) {
+      observers.Subscribe("name", std::make_shared<ConfigEventHandler>(), [](const auto&) {});
+    }
+    EXPECT_EQ(handler, added);
+  });
+}
+
 TEST(KalConfigObserverMgr, KeepsANameAfterItsLastHandler) {
   using Observers = KalConfigObserverMgr<ConfigEventHandler::Ptr>;
   Observers observers;
