@@ -42,6 +42,11 @@ JournalRing& RingOf(std::size_t capacity) TESSEL_LOCKING(requires_capability(g_s
   return *ring;
 }
 
+// Under the lock, so that the next start comes after what is done by the answer.
+bool IsLastStart(std::uint64_t start) TESSEL_LOCKING(requires_capability(g_startMutex)) {
+  return JournalStarts() == start;
+}
+
 }  // namespace
 
 // Two numbers that are drawn under one lock have the order in which it was held: what happens before a change
@@ -108,10 +113,9 @@ std::int32_t StopJournal() {
   return g_isJournalOn.exchange(false, std::memory_order_relaxed) ? kResultOk : kResultUnchanged;
 }
 
-// No start comes between the look and the stop.
 std::int32_t StopOwnJournal(std::uint64_t start) {
   const detail::Lock lock(g_startMutex);
-  return JournalStarts() == start ? StopJournal() : kResultUnchanged;
+  return IsLastStart(start) ? StopJournal() : kResultUnchanged;
 }
 
 bool IsJournalOn() {
