@@ -53,9 +53,9 @@ TEST(JournalRing, GivesAsManyWordsAsTheRecordHas) {
       {0, 1}, {1, 1}, {2, 2}, {45, 45}, {46, 46}, {47, 46}, {~std::uint64_t{0}, 46}};
   std::uint64_t number = 0;
   for (const auto& [first, count] : rows) {
-    ring.Write(++number, [&](JournalRing::PlaceWords& words) {
+    ring.Write(++number, [&, size = first](JournalRing::PlaceWords& words) {
       Fill(words, number);
-      words[0].store(first, std::memory_order_release);
+      words[0].store(size, std::memory_order_release);
     });
     JournalRing::Words words;
     words.fill(~number);
