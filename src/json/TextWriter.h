@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -22,7 +22,7 @@ class TextWriter {
     ++m_at;
   }
   void Put(std::string_view text) {
-    if (text.size() > sizeof m_chunk) {
+    if (text.size() > m_chunk.size()) {
       Flush();
       m_out += text;
     } else {
@@ -39,20 +39,20 @@ class TextWriter {
 
   /// The last step: the string has everything from here on.
   void Flush() {
-    m_out.append(m_chunk, m_at);
-    m_at = m_chunk;
+    m_out.append(m_chunk.data(), m_at);
+    m_at = m_chunk.data();
   }
 
  private:
   // Room for that many characters, at m_at. REQUIRES: not more than a chunk has.
   char* room(std::size_t size) {
-    if (size > static_cast<std::size_t>(std::end(m_chunk) - m_at)) Flush();
+    if (size > static_cast<std::size_t>(m_chunk.data() + m_chunk.size() - m_at)) Flush();
     return m_at;
   }
 
   std::string& m_out;
-  char* m_at = m_chunk;
-  char m_chunk[4096];
+  std::array<char, 4096> m_chunk;
+  char* m_at = m_chunk.data();
 };
 
 }  // namespace kalStore::internal
