@@ -200,7 +200,8 @@ class Suite:
 # By name, what makes a suite of a tree and a folder for its objects. The first to try is the first here.
 SUITES = {
     "tests": lambda tree, objects, given: Suite(
-        "tests", tree, objects, ["-DCMAKE_BUILD_TYPE=Release"], given.programs, GoogleTest()),
+        "tests", tree, objects, ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG",
+                                 "-DCMAKE_UNITY_BUILD=ON"], given.programs, GoogleTest()),
     "model": lambda tree, objects, given: Suite(
         "model", tree, objects, ["-DCMAKE_BUILD_TYPE=Release"], "tessel_model", Model(given.model_seconds),
         has_limit=False),
