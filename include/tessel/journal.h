@@ -70,7 +70,7 @@ enum class JournalKind : std::uint8_t {
   kStoreShared,     ///< CreateKalConfig() shared a store; `count`: its references
   kStoreCleanedUp,  ///< CleanUpKalConfig(); `count`: the references left
   kStoreEnded,      ///< the last reference was released, or DestroyKalConfig() called
-  kStatisticsMade,  ///< a statistics object was made
+  kStatisticsMade,  ///< a statistics object was made; `count`: its references
   kStatisticsReleased,  ///< releaseTesselEntity(); `count`: the references left
   kStatisticsEnded,     ///< a statistics object ended
 };

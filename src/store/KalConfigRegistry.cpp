@@ -53,7 +53,7 @@ void DropAll(EndedStores& ended) TESSEL_LOCKING(requires_capability(g_storesMute
 // finds it.
 constinit Stores* g_mapConfigs TESSEL_LOCKING(pt_guarded_by(g_storesMutex)) = nullptr;
 
-void MakeStores() {
+Stores* MadeStores() {
   static const struct Lifetime {
     Lifetime() {
       g_mapConfigs = new Stores;
@@ -67,13 +67,14 @@ void MakeStores() {
     // Never freed: threads that still run use them.
     EndedStores* const endedAtExit = new EndedStores;
   } lifetime;
+  return g_mapConfigs;
 }
 
 // Made at the latest when the library is loaded, in a static program before every constructor of a later
 // priority: static objects end before the stores do, whether or not they have used one by then. The registry
 // of the statistics comes first.
 [[gnu::constructor(102)]] void MakeEarly() {
-  MakeStores();
+  MadeStores();
 }
 
 // Takes one reference and returns how many are left; at none, ends the store, which `ended` then owns, and
@@ -124,8 +125,7 @@ class LimitedTracer {
 }  // namespace
 
 Stores& internal::TheStores() {
-  MakeStores();
-  return *g_mapConfigs;
+  return *MadeStores();
 }
 
 std::int32_t CreateKalConfig(std::uint32_t callId, IKalConfig** ppConfig) {

@@ -14,6 +14,7 @@
 #include "tessel/journal.h"
 #include "tessel/tessel.h"
 #include "tessel/typed.h"
+#include "util/util_trace.h"
 
 namespace kalStore {
 

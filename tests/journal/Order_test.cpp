@@ -264,7 +264,9 @@ TEST_F(JournalTest, HasTheEndOfAStatisticsObjectWhoseRegistryIsGone) {
     CKalTessel registry;
     entity = registry.createOrGetTesselEntity(KAL_TESSEL_VIDEO, kCall);
   }
-  EXPECT_THAT(KindsOf(Events()), ElementsAre(JournalKind::kStatisticsMade));
+  const auto made = Events();
+  EXPECT_THAT(KindsOf(made), ElementsAre(JournalKind::kStatisticsMade));
+  EXPECT_EQ(made[0].count, 1U);
   static_cast<KalVideoStatisticInfo*>(static_cast<IKalVideoInfo*>(entity))->Release();
   const auto events = Events();
   EXPECT_THAT(KindsOf(events), ElementsAre(JournalKind::kStatisticsEnded));

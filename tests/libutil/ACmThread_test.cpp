@@ -190,25 +190,29 @@ TEST(Thread, StopsAnotherOneFromADestructorOfAThreadLocalObject) {
 TEST(Thread, EndsByItselfWhenAnEventDestroysIt) {
   EventCounts counts;
   std::promise<void> ended;
-  auto* const thread = new ACmThread;
-  ASSERT_EQ(thread->Start(), 0);
-  ICmEventQueue* const queue = thread->GetEventQueue();
-  Gate gate(*queue);
-  queue->PostEvent(new CountedEvent(counts, [&] { t_atThreadEnd.function = [&] { ended.set_value(); }; }),
-                   128, 0);
-  queue->PostEvent(new CountedEvent(counts,
-                                    [&] {
-                                      delete thread;
-                                      EXPECT_EQ(queue->PostEvent(new CountedEvent(counts), 128, 0),
-                                                ESHUTDOWN);
-                                      EXPECT_EQ(queue->SendEvent(new CountedEvent(counts), 0), ESHUTDOWN);
-                                    }),
-                   128, 0);
-  for (int i = 0; i < 10; ++i) queue->PostEvent(new CountedEvent(counts), 128, 0);
-  gate.Open();
+  const long allocations = LiveAllocations();
+  {
+    auto* const thread = new ACmThread;
+    ASSERT_EQ(thread->Start(), 0);
+    ICmEventQueue* const queue = thread->GetEventQueue();
+    Gate gate(*queue);
+    queue->PostEvent(new CountedEvent(counts, [&] { t_atThreadEnd.function = [&] { ended.set_value(); }; }),
+                     128, 0);
+    queue->PostEvent(new CountedEvent(counts,
+                                      [&] {
+                                        delete thread;
+                                        EXPECT_EQ(queue->PostEvent(new CountedEvent(counts), 128, 0),
+                                                  ESHUTDOWN);
+                                        EXPECT_EQ(queue->SendEvent(new CountedEvent(counts), 0), ESHUTDOWN);
+                                      }),
+                     128, 0);
+    for (int i = 0; i < 10; ++i) queue->PostEvent(new CountedEvent(counts), 128, 0);
+    gate.Open();
+  }
   ended.get_future().wait();
   EXPECT_EQ(counts.fired, 12);
   EXPECT_EQ(counts.ended, 14);
+  EXPECT_EQ(LiveAllocations(), allocations);
 }
 
 TEST(Thread, KeepsItsIdWhileItDrains) {

@@ -16,8 +16,9 @@ constexpr std::uint32_t kCall = 7;
 class StatisticsAllocationFailure : public testing::TestWithParam<KalTesselEntityType> {};
 
 TEST_P(StatisticsAllocationFailure, AnEntityIsMadeWholeOrNotAtAll) {
+  static int before = 0;
   struct Slot {
-    void* entity = nullptr;
+    void* entity = &before;  // Null when it is not made.
   };
   const std::size_t failed = FailEachAllocation(
       [] { return Slot{}; }, [](Slot& slot) { createTesselEntity(GetParam(), kCall, &slot.entity); },
