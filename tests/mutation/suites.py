@@ -75,6 +75,7 @@ def command(arguments):
 
 class GoogleTest:
     """How the tests of a program are listed, run and named."""
+    seconds = 0  # That a run takes by itself.
 
     def names(self, path):
         names, suite = [], ""
@@ -86,7 +87,7 @@ class GoogleTest:
                 suite = name
         return [name for name in names if ".DISABLED_" not in name and not name.startswith("DISABLED_")]
 
-    def arguments(self, names):
+    def arguments(self, names, _):
         return ["--gtest_fail_fast", f"--gtest_filter={':'.join(names)}"]
 
     def last(self, printed, names):
@@ -108,11 +109,10 @@ class Model:
         scenarios = re.findall(r"^(\S+) +\d+ schedules", command([path, "--seconds", "1"]), re.M)
         return [*scenarios, self.SIMULATIONS]
 
-    def arguments(self, names):
+    def arguments(self, names, is_brief):
         if names == [self.SIMULATIONS]:
             return ["--seeds", "1", "1000"]
-        return ["--seconds", str(self.seconds if len(names) > 1 else 1),
-                *(name for name in names if name != self.SIMULATIONS)]
+        return ["--seconds", str(1 if is_brief else self.seconds), *names]
 
     def last(self, printed, names):
         found = re.match(r"FAILED: ([^:]+): ", printed[-1]) if printed else None
@@ -149,9 +149,9 @@ class Suite:
         self.paths = {name: next(p for p in self.objects.rglob(name) if p.is_file()) for name in self.programs}
         return ""
 
-    def run(self, program, names, seconds, **variables):
-        return run([self.paths[program], *self.kind.arguments(names)], seconds, self.objects, self.has_limit,
-                   variables)
+    def run(self, program, names, seconds, is_brief=False, **variables):
+        return run([self.paths[program], *self.kind.arguments(names, is_brief)], seconds, self.objects,
+                   self.has_limit, variables)
 
     def measure(self, highest):
         """Runs each test alone and unchanged: how long it takes, and which mutants up to this number it reaches."""
@@ -161,7 +161,7 @@ class Suite:
             for name in self.kind.names(self.paths[program]):
                 marks.write_bytes(bytes(highest + 1))
                 start = time.monotonic()
-                fault, _ = self.run(program, [name], 600, TESSEL_MUTANTS_REACHED=str(marks))
+                fault, _ = self.run(program, [name], 600, True, TESSEL_MUTANTS_REACHED=str(marks))
                 seconds = time.monotonic() - start
                 if fault:
                     print(f"left out: {self.name}: {program}: {name} {fault} before anything was changed", flush=True)
@@ -186,12 +186,12 @@ class Suite:
         test reaches it. A failure counts when it does not come without the mutant, or else comes twice."""
         batches = self.batches(folder, number)
         for program, names, usual in batches:
-            seconds = 10 + 10 * usual
+            seconds = 10 + 10 * usual + self.kind.seconds
             fault, printed = self.run(program, names, seconds, TESSEL_MUTANT=str(number))
             if not fault:
                 continue
             last = self.kind.last(printed, names)
-            again, _ = self.run(program, last, seconds, TESSEL_MUTANT="0")
+            again, _ = self.run(program, last, seconds, number != 0, TESSEL_MUTANT="0")
             if (again is None) == bool(number):
                 return f"{self.name}: {program}: {', '.join(last) if len(last) < 3 else ''} {fault}"
         return "" if batches else None

@@ -135,9 +135,9 @@ class ModelRuns(unittest.TestCase):
     MODEL = suites.Model(30)
 
     def test_are_of_scenarios_or_simulations(self):
-        self.assertEqual(self.MODEL.arguments(["A", "B"]), ["--seconds", "30", "A", "B"])
-        self.assertEqual(self.MODEL.arguments(["A"]), ["--seconds", "1", "A"])
-        self.assertEqual(self.MODEL.arguments(["simulations"]), ["--seeds", "1", "1000"])
+        self.assertEqual(self.MODEL.arguments(["A"], is_brief=False), ["--seconds", "30", "A"])
+        self.assertEqual(self.MODEL.arguments(["A", "B"], is_brief=True), ["--seconds", "1", "A", "B"])
+        self.assertEqual(self.MODEL.arguments(["simulations"], is_brief=False), ["--seeds", "1", "1000"])
 
     def test_name_the_scenario_that_failed(self):
         self.assertEqual(self.MODEL.last(["x\n", "FAILED: B: a race\n"], ["A", "B"]), ["B"])
