@@ -17,6 +17,8 @@ JOBS = ["-j", os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count()))]
 FAILED = re.compile(r"FAILED: ")
 RUNTIME = "tests/mutation/runtime/Chosen"
 QUICK_SECONDS = 0.3  # Tests that take less come first.
+# With ThreadSanitizer's first report the test that runs ends, as with a crash: that is the one that found it.
+ENDS_WITH_A_REPORT = {"TSAN_OPTIONS": "halt_on_error=1"}
 
 
 class Test(NamedTuple):
@@ -35,7 +37,7 @@ def run(command, seconds, work, has_limit, variables=None):
 
     process = subprocess.Popen(command, cwd=work, preexec_fn=limits, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                stdin=subprocess.DEVNULL, start_new_session=True, text=True, errors="replace",
-                               env=os.environ | (variables or {}))
+                               env=os.environ | ENDS_WITH_A_REPORT | (variables or {}))
     late = threading.Event()
 
     def end():

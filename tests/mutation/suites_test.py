@@ -3,6 +3,7 @@
 """A suite measures its tests, and finds what they find."""
 
 import shutil
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -45,6 +46,19 @@ int main(int, char** arguments) {
 }
 """
 
+RACE = r"""#include <cstdio>
+#include <thread>
+int g_number = 0;
+int main() {
+  std::puts("begin");
+  std::fflush(stdout);
+  std::thread other([] { ++g_number; });
+  ++g_number;
+  other.join();
+  std::puts("end");
+}
+"""
+
 
 def run(script, seconds=600):
     return suites.run(["sh", "-c", script], seconds, "/", has_limit=True)[0]
@@ -62,6 +76,14 @@ class Run(unittest.TestCase):
 
     def test_ends_the_children_of_a_program_that_took_too_long(self):
         self.assertEqual(run("sleep 1000 & wait", seconds=0.1), "took too long")
+
+
+    def test_ends_with_the_first_report_of_a_race(self):
+        with tempfile.TemporaryDirectory() as folder:
+            program = Path(folder, "race")
+            subprocess.run(["g++", "-fsanitize=thread", "-x", "c++", "-", "-o", program], input=RACE, text=True,
+                           check=True)
+            self.assertEqual(suites.run([program], 600, folder, has_limit=False), ("failed", ["begin\n"]))
 
 
 class TryOut(unittest.TestCase):
