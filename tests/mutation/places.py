@@ -23,7 +23,8 @@ CONDITION = re.compile(r"\b(?:if|while) \(")
 STATEMENT = re.compile(r"(?:\*?[A-Za-z_][\w:.\[\]]*(?:->[\w.]+)*(?:\(.*| [-+|&]?= .*|\+\+|--)"
                        r"|(?:\+\+|--)[A-Za-z_][\w:.\[\]>-]*);$")
 NO_STATEMENT = re.compile(
-    r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert)\b")
+    r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert)\b"
+    r"|.* = (default|delete);$")
 LOCK = re.compile(r"(?:const )?[\w:]*(?:Lock|Guard) \w+[({].*[)}];$")
 NOT_CODE = re.compile(r"\s*(#|static_assert|using |namespace |template )")
 

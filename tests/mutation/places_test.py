@@ -109,6 +109,10 @@ class Others(unittest.TestCase):
         for line in ("++m_calls[a];", "*at = 1;", "a->b.Call();", "x--;", "std::swap(a, b);"):
             self.assertEqual(made("statement", in_function(line)), [";"], line)
 
+    def test_declarations_stay(self):
+        code = in_function("Array() = default;", "Array(const Array&) = delete;")
+        self.assertEqual(made("statement", code) + made("swap", code), [])
+
     def test_every_mutant_differs_from_its_place(self):
         code = in_function("Same();", "Same();", "x.store(1 + 2, std::memory_order_release);", "if (true) --x;")
         for mutant in places.mutants_of("a.cpp", code):
