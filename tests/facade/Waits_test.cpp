@@ -96,8 +96,15 @@ TEST_P(Waits, ForTheEndOfAPostedRun) {
 
 TEST_P(Waits, NotForItsOwnPostedRunUnlessTheFacadeEnds) {
   std::function<void()> remove;
-  remove = GetParam().subscribe([&](const KalConfigEvent&) { remove(); }, &m_thread, true);
+  Gate hasSet;  // Until its end, a set has a delivery in progress of its own.
+  remove = GetParam().subscribe(
+      [&](const KalConfigEvent&) {
+        hasSet.Wait();
+        remove();
+      },
+      &m_thread, true);
   m_setter.SetKalConfig("a", 1, kGroup);
+  hasSet.Open();
   Send(m_thread, [] {});
   EXPECT_EQ(m_clock.Sleeps(), 0);
   EXPECT_EQ(m_clock.Yields(), IsEndOfAFacade() ? 50000 : 0);

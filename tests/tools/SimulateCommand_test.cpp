@@ -132,7 +132,7 @@ TEST(SimulateCommand, WorksWithWhateverNumbersADocumentSets) {
                              .Run({"simulate", "--seconds", "0.2", "--calls", "1", "--settings", "x.json",
                                    "--settings", "later.json"});
     EXPECT_EQ(run.err, "") << value;
-    EXPECT_EQ(run.status, 0) << value;
+    EXPECT_EQ(run.status, 0) << value << run.out;
   }
 }
 

@@ -6,6 +6,7 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,8 +51,13 @@ class Ledger {
   /// Deliveries that are expected and have not arrived.
   std::size_t Missing() const;
 
+  /// Held by each set, together with others, and by a document alone while it is applied: what it changes is
+  /// known beforehand, unless another thread sets meanwhile. So callbacks make no sets.
+  std::shared_mutex& Sets() { return m_sets; }
+
  private:
   Recorder& m_recorder;
+  std::shared_mutex m_sets;
   mutable kalStore::detail::Mutex<std::mutex> m_mutex;
   // Subscribers are safe by themselves.
   std::map<SettingKey, Setting> m_settings TESSEL_LOCKING(guarded_by(m_mutex));

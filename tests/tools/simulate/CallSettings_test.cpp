@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tessel/CallStore.h"
@@ -115,6 +116,33 @@ TEST_F(CallSettingsTest, FollowsAValue) {
   setter.Join(kCallId);
   setter.Set(kAudioBitrate, 24000);
   EXPECT_EQ(bitrate, 24000);
+}
+
+TEST_F(CallSettingsTest, KnowsWhatADocumentChangesAlsoBesideAnotherSetter) {
+  constexpr ConfigKey<int> kTarget{kalStore::KAL_CONFIG_GROUP_AUDIO, "TargetBitrate", 0};
+  const TemporaryFile file(
+      R"({"Audio":[{"key":"Bitrate","value":"1"},{"key":"TargetBitrate","value":"2"}]})");
+  const SettingsDocument document = SettingsDocument::Load(file.name);
+  CallSettings setter(ledger, recorder);
+  setter.Join(kCallId);
+  setter.Set(kTarget, 2);
+  std::atomic<bool> hasSet{false};
+  std::thread other;
+  settings.Subscribe<int>(kTarget, Way::kDirect, [&](int value) { seen.push_back(value); });
+  settings.Subscribe<int>(kAudioBitrate, Way::kDirect, [&](int) {
+    other = std::thread([&] {
+      setter.Set(kTarget, 3);
+      hasSet = true;
+    });
+    // The other one must wait, which nothing shows; but it had time not to.
+    for (int yields = 0; yields < 1000 && !hasSet; ++yields) std::this_thread::yield();
+  });
+  settings.Join(kCallId);
+  settings.Apply(document);
+  other.join();
+  EXPECT_EQ(seen, (std::vector<int>{2, 3}));
+  EXPECT_EQ(ledger.Missing(), 0U);
+  EXPECT_EQ(recorder.unexpectedDeliveries, 0U);
 }
 
 TEST_F(CallSettingsTest, EntersWhatADocumentChangesIntoTheBooks) {
