@@ -3,9 +3,10 @@
 """What the tests have run on: from the run of a preset to the table of the README.
 
 `record BUILD COMMIT` writes BUILD/tested.json of the run whose results are there: processor, compiler, how many tests
-passed, commit and date. COMMIT is what the tree was at before the build. `keep` takes all such records into
-docs/tested.json, in place of an earlier one of the same preset, and writes the README's table of what is kept there. It
-takes only runs of a commit as it is, without changes. The figures of other commands it keeps by figures.py.
+passed and how many skipped themselves, commit and date. COMMIT is what the tree was at before the build. `keep` takes
+all such records into docs/tested.json, in place of an earlier one of the same preset, and writes the README's table of
+what is kept there. It takes only runs of a commit as it is, without changes. The figures of other commands it keeps by
+figures.py.
 """
 
 import argparse
@@ -52,30 +53,39 @@ def utc_date(local):
     return local.astimezone(datetime.timezone.utc).date().isoformat()
 
 
-def passes_of(case, build):
-    """Whether each test passed that CTest ran as one: a program that ran as a whole has left results of its own."""
-    has_passed = case.get("status") == "run"
+def outcome(has_run, skipped, failure=None):
+    """What became of a test: it passed, skipped itself, or failed."""
+    if has_run and failure is None:
+        return "passed"
+    return "skipped" if skipped else "failed"
+
+
+def outcomes_of(case, build):
+    """The outcome of each test that CTest ran as one: a program that ran as a whole has left results of its own."""
+    skip = case.find("skipped")
+    whole = outcome(case.get("status") == "run", skip is not None and skip.get("message", "").startswith("SKIP_"))
     program = build / "programs" / f"{case.get('name')}.xml"
     if not program.exists():
-        return [has_passed]
-    tests = xml.etree.ElementTree.parse(program).getroot().iter("testcase")
-    passes = [test.get("result") == "completed" and test.find("failure") is None for test in tests]
+        return [whole]
+    outcomes = [outcome(test.get("result") == "completed", test.get("result") == "skipped", test.find("failure"))
+                for test in xml.etree.ElementTree.parse(program).getroot().iter("testcase")]
     # It may fail behind its last test, too.
-    return passes if has_passed or not all(passes) else [*passes, False]
+    return [*outcomes, whole] if whole == "failed" and whole not in outcomes else outcomes
 
 
 def record(root, build, commit):
     """The record of the run whose results are in a build folder."""
     suite = xml.etree.ElementTree.parse(build / "results.xml").getroot()
-    passes = [has_passed for case in suite.iter("testcase") for has_passed in passes_of(case, build)]
+    outcomes = [one for case in suite.iter("testcase") for one in outcomes_of(case, build)]
     system, compiler = settings_of(build, "CMakeSystem.cmake"), settings_of(build, "CMakeCXXCompiler.cmake")
     processor, vendor = system["CMAKE_SYSTEM_PROCESSOR"], compiler["CMAKE_CXX_COMPILER_ID"]
     return {
         "preset": build.name,
         "processor": PROCESSORS.get(processor, processor),
         "compiler": f"{COMPILERS.get(vendor, vendor)} {compiler['CMAKE_CXX_COMPILER_VERSION']}",
-        "passed": sum(passes),
-        "tests": len(passes),
+        "passed": outcomes.count("passed"),
+        "skipped": outcomes.count("skipped"),
+        "tests": len(outcomes),
         "commit": commit if commit == state(root) else f"{commit}-dirty",
         "date": utc_date(datetime.datetime.fromisoformat(suite.get("timestamp"))),
     }
@@ -86,7 +96,10 @@ def table(root, records):
     lines = ["| processor | compiler | check | tests passed | at |", "|---|---|---|---|---|"]
     for preset, check in presets(root).items():
         for run in (run for run in records if run["preset"] == preset):
-            lines.append(f"| {run['processor']} | {run['compiler']} | {check} | {run['passed']:,} of {run['tests']:,} "
+            passed = f"{run['passed']:,} of {run['tests']:,}"
+            if run.get("skipped"):
+                passed += f", {run['skipped']:,} skipped"
+            lines.append(f"| {run['processor']} | {run['compiler']} | {check} | {passed} "
                          f"| {run['commit']}, {run['date']} |")
     return "".join(line + "\n" for line in lines)
 

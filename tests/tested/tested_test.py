@@ -61,7 +61,10 @@ class Tree(unittest.TestCase):
                    f'set(CMAKE_HOST_SYSTEM_PROCESSOR "x86_64")\nset(CMAKE_SYSTEM_PROCESSOR "{processor}")\n')
         self.write(f"{build}/CMakeFiles/3.25.1/CMakeCXXCompiler.cmake",
                    f'set(CMAKE_CXX_COMPILER_ID "{compiler}")\nset(CMAKE_CXX_COMPILER_VERSION "12.2.0")\n')
-        cases = "".join(f'<testcase name="A" status="{status}"/>\n' for status in statuses)
+        # CTest gives a test that skipped itself the status of one that could not be started.
+        skipped = '<testcase name="A" status="notrun"><skipped message="SKIP_RETURN_CODE=1"/></testcase>\n'
+        cases = "".join(skipped if status == "skipped" else f'<testcase name="A" status="{status}"/>\n'
+                        for status in statuses)
         self.write(f"{build}/results.xml",
                    f'<testsuite name="(empty)" timestamp="2026-11-22T13:30:00">\n{cases}</testsuite>\n')
         run = tested.record(self.root, self.root / build, self.commit if commit is None else commit)
@@ -79,6 +82,12 @@ class Tree(unittest.TestCase):
         self.assertEqual(self.rows(),
                          [f"| x86_64 | GCC 12.2.0 | As it ships | 1,234 of 1,236 | {self.commit}, 2026-11-22 |"])
 
+    def test_tests_that_skipped_themselves_are_named(self):
+        self.run_tests(statuses=["run", "skipped", "notrun"])
+        tested.keep(self.root)
+        self.assertEqual(self.rows(),
+                         [f"| x86_64 | GCC 12.2.0 | As it ships | 1 of 3, 1 skipped | {self.commit}, 2026-11-22 |"])
+
     def write_program(self, *tests):
         """Leaves behind what a program of tests does."""
         self.write("build/release/programs/A.xml", f"<testsuites>{''.join(tests)}</testsuites>")
@@ -86,11 +95,13 @@ class Tree(unittest.TestCase):
     def test_each_test_of_a_program_that_ran_as_a_whole_counts(self):
         passed, skipped = '<testcase result="completed"/>', '<testcase result="skipped"><skipped/></testcase>'
         failed = '<testcase result="completed"><failure/></testcase>'
-        for tests, status, expected in (([passed] * 3, "run", (3, 3)), ([passed, failed, skipped], "fail", (1, 3)),
-                                        ([passed, skipped], "run", (1, 2)), ([passed] * 3, "fail", (3, 4))):
+        for tests, status, expected in (([passed] * 3, "run", (3, 0, 3)),
+                                        ([passed, failed, skipped], "fail", (1, 1, 3)),
+                                        ([passed, skipped], "run", (1, 1, 2)), ([passed] * 3, "fail", (3, 0, 4)),
+                                        ([passed, skipped], "fail", (1, 1, 3))):
             self.write_program(*tests)
             run = self.run_tests(statuses=[status])
-            self.assertEqual((run["passed"], run["tests"]), expected)
+            self.assertEqual((run["passed"], run["skipped"], run["tests"]), expected)
 
     def test_nothing_else_of_the_readme_changes(self):
         self.run_tests()
