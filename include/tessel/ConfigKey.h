@@ -44,8 +44,8 @@ namespace detail {
 template <class T>
 using ConfigDefault = std::conditional_t<std::same_as<T, std::string>, const char*, T>;
 
-// Never defined: what the compiler names when a key is refused.
-void TheKeyNeedsAGroupANameAndADefaultWithinRange();
+// No constant calls it: what the compiler names when a key is refused.
+inline void TheKeyNeedsAGroupANameAndADefaultWithinRange() {}
 
 // As std::chrono converts without a cast, and no count is cut.
 template <class From, class T>
@@ -130,13 +130,20 @@ class ConfigKey {
                 "kalStore::ConfigEnum");
 
  public:
-  /// All three are constants, checked by the compiler.
+  /// All three are constants, checked by the compiler. Clang before 19 checks those of a `constexpr` key
+  /// alone; for any other, the store refuses a wrong group or name.
   /// @param group  0 to 12, or KAL_CONFIG_GROUP_DEFAULT for a facade's default group
   /// @param name  not null, not empty
   /// @param defaultValue  within the range of T; for a std::string a C string, for an enum a value that has a
   /// name, for a duration also one of a larger unit
   template <detail::ConfigDefaultFor<T> Default>
-  consteval ConfigKey(KalConfigGroup group, const char* name, Default defaultValue)
+#if defined(__clang__) && __clang_major__ < 19
+  // A consteval one leaves temporaries unset, and what is initialised from them.
+  constexpr
+#else
+  consteval
+#endif
+      ConfigKey(KalConfigGroup group, const char* name, Default defaultValue)
       : m_group(group), m_name(name), m_default(static_cast<detail::ConfigDefault<T>>(defaultValue)) {
     const bool fits = (IsConfigGroup(group) || group == KAL_CONFIG_GROUP_DEFAULT) && name && *name != '\0' &&
                       detail::IsDefaultWithinRange<T>(defaultValue);

@@ -187,6 +187,18 @@ TEST_F(Key, SaysWhetherASetNotifiedSomebody) {
   EXPECT_FALSE(kDevice.Set(m_facade, static_cast<const char*>(nullptr)).WasTold());
 }
 
+TEST_F(Key, NeedNotBeAConstantOfTheProgram) {
+  const auto defaultOf = [](ConfigKey<int> key) { return key.Default(); };
+  const ConfigKey<int> local{KAL_CONFIG_GROUP_VIDEO, "Local", 15};
+  for (const ConfigRef ref : m_refs) {
+    EXPECT_EQ(local.Get(ref), 15);
+    EXPECT_EQ(defaultOf({KAL_CONFIG_GROUP_VIDEO, "Argument", 20}), 20);
+    EXPECT_EQ(ConfigKey<int>(KAL_CONFIG_GROUP_VIDEO, "Temporary", 25).Get(ref), 25);
+    ConfigKey<bool>(KAL_CONFIG_GROUP_AUDIO, "Temporary", false).Set(ref, true);
+    EXPECT_TRUE(ConfigKey<bool>(KAL_CONFIG_GROUP_AUDIO, "Temporary", false).Get(ref));
+  }
+}
+
 TEST_F(Key, CanBeInAFacadesDefaultGroup) {
   {
     const TraceLog silent;
