@@ -25,7 +25,8 @@ PARSER.add_argument("others", nargs="*", help="those that the machine has of the
 ARGUMENTS = PARSER.parse_args()
 COMPILER = ARGUMENTS.compiler
 COMPILERS = [COMPILER] + [found for found in filter(None, map(shutil.which, ARGUMENTS.others)) if found != COMPILER]
-STANDARDS = ("c++20", "c++23", "c++26")
+# Each standard by its names, that of its draft last, which older compilers know.
+STANDARDS = (("c++20",), ("c++23", "c++2b"), ("c++26", "c++2c"))
 WARNINGS = ("-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror")
 
 
@@ -43,8 +44,11 @@ class Headers(unittest.TestCase):
         run = subprocess.run(command, stderr=subprocess.PIPE, text=True, check=False, env=os.environ | {"LC_ALL": "C"})
         return run.stderr or ("" if run.returncode == 0 else f"status {run.returncode}")
 
-    def knows(self, compiler, standard):
-        return not self.compile(compiler, [], f"-std={standard}")
+    def known_standards(self, compiler):
+        """The options of those that the compiler knows."""
+        for names in STANDARDS:
+            options = (f"-std={name}" for name in names)
+            yield from [option for option in options if not self.compile(compiler, [], option)][:1]
 
     def assert_compiles(self, arguments):
         """Compiles many files, as many at a time as there are processors."""
@@ -56,9 +60,9 @@ class Headers(unittest.TestCase):
         self.assert_compiles([(COMPILER, [header], "-std=c++20") for header in HEADERS])
 
     def test_all_compile_with_every_compiler_and_standard(self):
-        cases = [(compiler, HEADERS, f"-std={standard}") for compiler in COMPILERS for standard in STANDARDS
-                 if self.knows(compiler, standard)]
-        self.assertGreaterEqual(len(cases), len(COMPILERS))
+        cases = [(compiler, HEADERS, option) for compiler in COMPILERS for option in self.known_standards(compiler)]
+        # GCC 12 and Clang 14 know C++23.
+        self.assertGreaterEqual(len(cases), 2 * len(COMPILERS))
         self.assert_compiles(cases)
 
     def test_all_compile_without_run_time_type_information(self):
