@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Makes the site build/docs/html of the guides and the exported headers, and checks it: every operation is described,
-links lead somewhere, no page loads anything from another host, and none is wider than a phone. Any warning of Doxygen
-or Sphinx is an error.
+links lead somewhere, no page loads anything from another host, none is wider than a phone, and the scripts run. Any
+warning of Doxygen or Sphinx is an error.
 """
 
 import re
@@ -11,7 +11,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from checks import check_links, check_widths
+from checks import check_links, check_in_browser
 from contents import SECTIONS
 from headers import read_compounds, run_doxygen, tidy
 from operations import check_operations
@@ -52,9 +52,10 @@ def stage(compounds):
                  *(path.relative_to(ROOT) for path in ROOT.glob("docs/guides/*.svg"))]:
         link(path)
     parts = write_reference(ROOT, SOURCE / "reference", compounds)
-    # The start page is one folder above its place in the tree.
+    # The start page is one folder above its place in the tree, and leads to pages rather than headers.
     start = (ROOT / "docs" / "index.md").read_text()
-    lines = [re.sub(r"\]\((\.\./)?(?=[\w./-]+\))", lambda up: "](" if up[1] else "](docs/", start)]
+    start = re.sub(r"\]\((\.\./)?(?=[\w./-]+\))", lambda up: "](" if up[1] else "](docs/", start)
+    lines = [re.sub(r"\]\(include/\w+/(\w+)\.h\)", r"](reference/\1.rst)", start)]
     for section, pages in sections(parts):
         lines += ["```{toctree}", ":hidden:", f":caption: {section}", *pages, "```", ""]
     (SOURCE / "index.md").write_text("\n".join(lines))
@@ -79,7 +80,7 @@ def main():
     results.append(check_operations(compounds))
     stage(compounds)
     tidy(OUT / "xml")
-    results += [run_sphinx(), check_links(HTML), check_widths(HTML)]
+    results += [run_sphinx(), check_links(HTML), check_in_browser(HTML)]
     print(f"docs: {(HTML / 'index.html').relative_to(ROOT)}")
     return 0 if all(results) else 1
 

@@ -62,7 +62,8 @@ def check_links(folder):
     return bool(pages) and not wrong
 
 
-# Opens one page after the other in a frame as wide as a phone, and writes as JSON which are wider.
+# Opens one page after the other in a frame as wide as a phone, and writes as JSON what is wrong with which: it is
+# wider, or the theme's script, which takes a class away, has not run.
 LAYOUT = """<!DOCTYPE html><meta charset="utf-8"><body><script>
 const pages = %PAGES%, found = [];
 const frame = document.createElement("iframe");
@@ -70,6 +71,7 @@ frame.width = %WIDTH%, frame.height = 844;
 frame.onload = () => {
   const root = frame.contentDocument.documentElement;
   if (root.scrollWidth > root.clientWidth) found.push(pages[0] + " is " + root.scrollWidth + " px wide");
+  if (root.classList.contains("no-js")) found.push(pages[0] + ": the theme's script does not run");
   pages.shift();
   next();
 };
@@ -82,11 +84,12 @@ document.body.append(frame);
 </script>"""
 
 
-def check_widths(folder):
-    """Prints the pages that a phone would have to scroll sideways; whether there are none."""
+def check_in_browser(folder):
+    """Prints the pages that a phone would have to scroll sideways, and those without their script; whether there are
+    none."""
     browser = shutil.which("chromium")
     if browser is None:
-        print(f"docs: SKIPPED, no chromium: that pages fit into {PHONE} px", file=sys.stderr)
+        print(f"docs: SKIPPED, no chromium: that pages fit into {PHONE} px and their scripts run", file=sys.stderr)
         return True
     pages = sorted(str(path.relative_to(folder)) for path in folder.rglob("*.html") if "_static" not in path.parts)
     page = folder.parent / "layout.html"
@@ -100,8 +103,8 @@ def check_widths(folder):
     if not found:
         print(f"the pages cannot be looked at: {run.stdout}{run.stderr}", file=sys.stderr)
         return False
-    wide = json.loads(html.unescape(found[1]))
-    for complaint in wide:
+    wrong = json.loads(html.unescape(found[1]))
+    for complaint in wrong:
         print(complaint, file=sys.stderr)
-    print(f"docs: {len(pages)} pages looked at {PHONE} px wide, {len(wide)} too wide")
-    return bool(pages) and not wide
+    print(f"docs: {len(pages)} pages looked at {PHONE} px wide, {len(wrong)} too wide or without their script")
+    return bool(pages) and not wrong

@@ -57,10 +57,39 @@ def arrange(_, document):
             content.insert(content.index(headed), fields)
 
 
-def use_own_style_sheets(app, error):
+def entries_of(parent, page):
+    """A list of the classes and functions below a node: each name once, which leads to its first overload."""
+    entries = {}
+    for child in parent.children:
+        if isinstance(child, addnodes.desc) and child["objtype"] in ("class", "struct", "function"):
+            signature = child[0]
+            name = [part.astext() for part in signature.findall(addnodes.desc_name)][-1]
+            if name not in entries:
+                link = nodes.reference(text=name, internal=True, refuri=page, anchorname=f"#{signature['ids'][0]}")
+                line = addnodes.compact_paragraph("", "", link)
+                entries[name] = nodes.list_item("", line, *entries_of(child[-1], page))
+        elif not isinstance(child, (addnodes.desc, nodes.Text)):
+            for entry in entries_of(child, page):
+                entries |= {item.astext(): item for item in entry}
+    return [nodes.bullet_list("", *entries.values())] if entries else []
+
+
+def list_operations(app, document):
+    """The contents of a page of the reference, in which Sphinx lists no more than headings, have its operations."""
+    page = app.env.docname
+    if page.startswith("reference/"):
+        app.env.tocs[page][0] += entries_of(document, page)
+
+
+def make_files_work(app, error):
+    """The distribution's furo has a script that imports another one, which no page can that loads it as it does."""
     if error is None:
-        sheet = Path(app.outdir) / "_static/styles/furo.css"
+        static = Path(app.outdir) / "_static"
+        sheet = static / "styles/furo.css"
         sheet.write_text(sheet.read_text().replace("/javascript/normalize.css/normalize.css", "../normalize.css"))
+        script = static / "scripts/furo.js"
+        imported = re.compile(r'^import \w+ from "\./(.*)";\n', re.M)
+        script.write_text(imported.sub(lambda line: (script.parent / line[1]).read_text(), script.read_text()))
 
 
 class IdRole(XRefRole):
@@ -74,4 +103,5 @@ class IdRole(XRefRole):
 def setup(app):
     app.add_role("id", IdRole(innernodeclass=nodes.inline, warn_dangling=True))
     app.connect("doctree-read", arrange)
-    app.connect("build-finished", use_own_style_sheets)
+    app.connect("doctree-read", list_operations, priority=600)  # when Sphinx has made the contents
+    app.connect("build-finished", make_files_work)
