@@ -50,6 +50,9 @@ def faults(tree, version):
         found.append(f"a release is made on main, not on {branch or 'a commit without a branch'}")
     if git(tree, "status", "--porcelain"):
         found.append("the tree has changes that are not committed")
+    for key in ("user.name", "user.email"):
+        if subprocess.run(["git", "-C", tree, "config", key], stdout=subprocess.PIPE, check=False).returncode != 0:
+            found.append(f"git has no {key}, which the release's commit has as its author's")
     released = [tag[1:] for tag in git(tree, "tag", "--list", "v*").split() if re.fullmatch(r"v\d+\.\d+\.\d+", tag)]
     if released and numbers(version) <= max(map(numbers, released)):
         found.append(f"{version} is not newer than {max(released, key=numbers)}, which is released")

@@ -125,6 +125,13 @@ class Release(unittest.TestCase):
             self.commit()
             self.assert_refused("1.0.0", "lists nothing under Unreleased")
 
+    def test_a_release_without_an_author_is_refused(self):
+        for key in ("name", "email"):
+            value = self.git("config", f"user.{key}")
+            self.git("config", "--unset", f"user.{key}")
+            self.assert_refused("1.0.0", f"git has no user.{key}")
+            self.git("config", f"user.{key}", value)
+
     def test_every_fault_is_named_at_once(self):
         self.write("CHANGELOG.md", "")
         self.git("checkout", "--quiet", "-b", "feature")
