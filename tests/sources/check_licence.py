@@ -16,7 +16,8 @@ IDENTIFIER = "SPDX-License-Identifier: Apache-2.0"
 SLASHES, HASH, STARS = f"// {IDENTIFIER}", f"# {IDENTIFIER}", f"/* {IDENTIFIER} */"
 LINES = {".cpp": SLASHES, ".h": SLASHES, ".def": SLASHES, ".js": SLASHES, ".mjs": SLASHES, ".css": STARS,
          ".html": f"<!-- {IDENTIFIER} -->", ".cmake": HASH, ".in": HASH, ".map": HASH, ".py": HASH, ".sh": HASH,
-         "CMakeLists.txt": HASH}
+         ".dict": HASH, "CMakeLists.txt": HASH, "Doxyfile": HASH, ".clang-format": HASH, ".clang-tidy": HASH,
+         ".cppcheck": SLASHES, ".editorconfig": HASH, ".gitignore": HASH}
 
 
 def line_of(path, first):

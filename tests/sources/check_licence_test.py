@@ -37,7 +37,8 @@ class CheckLicence(unittest.TestCase):
     def test_a_file_without_the_line_is_named(self):
         for file in ("src/a.cpp", "include/a.h", "include/a.def", "docs/a.js", "tests/a.mjs", "docs/a.css",
                      "web/a.html", "cmake/a.cmake", "cmake/a.pc.in", "src/a.map", "tests/a.py", "tests/a.sh",
-                     "src/CMakeLists.txt", "fuzz/corpus_of_code/a.cpp"):
+                     "src/CMakeLists.txt", "fuzz/a.dict", "docs/Doxyfile", ".clang-format", ".clang-tidy", ".cppcheck",
+                     ".editorconfig", ".gitignore", "fuzz/corpus_of_code/a.cpp"):
             self.assertEqual(self.faults(file, b"text\n"), [f"{file}:1"])
             self.assertEqual(self.faults(file, b""), [f"{file}:1"])
         self.assertEqual(self.faults("web/a.html", b"<!DOCTYPE html>\n<html>\n"), ["web/a.html:2"])
