@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "json/EventReader.h"
@@ -82,17 +84,19 @@ class TreeBuilder {
 
   void Key(const JsonString& key) {
     auto& members = m_open.back().object->m_members;
-    std::string decoded;
-    key.AppendTo(decoded);
     const std::size_t size = members.size();
-    m_member = &members.try_emplace(members.end(), std::move(decoded))->second;
+    // The node before its place: looked up first, the place would be checked a second time.
+    m_member = &members
+                    .emplace_hint(members.end(), std::piecewise_construct,
+                                  std::forward_as_tuple(key.Decoded()), std::tuple())
+                    ->second;
     if (members.size() == size) m_member->Clear();  // The last of equal keys counts.
   }
 
   void String(const JsonString& string) {
     json::Value& place = next();
     place.mValueType = json::StringVal;
-    string.AppendTo(place.mStringVal);
+    place.mStringVal = string.Decoded();
   }
 
   void Number(const JsonNumber& token) {

@@ -26,13 +26,16 @@ class JsonString {
     }
   }
 
-  /// Whether the string means these bytes.
-  bool Is(std::string_view bytes) const {
-    if (!m_hasEscapes) return m_contents == bytes;
+  /// The bytes that the string means, in a string of their size: one that is appended to has room for more.
+  std::string Decoded() const {
+    if (!m_hasEscapes) return std::string(m_contents);
     std::string decoded;
     appendDecoded(decoded);
-    return decoded == bytes;
+    return decoded;
   }
+
+  /// Whether the string means these bytes.
+  bool Is(std::string_view bytes) const { return m_hasEscapes ? Decoded() == bytes : m_contents == bytes; }
 
  private:
   void appendDecoded(std::string& out) const;

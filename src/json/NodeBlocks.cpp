@@ -56,6 +56,41 @@ struct alignas(kStep) NodeBlocks::Block {
   const std::size_t size;
 };
 
+// The nodes that a thread has freed and not yet taken off their block's count.
+struct NodeBlocks::Released {
+  void Add(Block& freed) noexcept {
+    if (m_block == &freed) {
+      ++m_count;
+    } else {
+      replace(&freed, 1);
+    }
+  }
+  void Drop() noexcept { replace(nullptr, 0); }
+
+  std::size_t depth = 0;  // Of the ReleasedTogether that live.
+
+ private:
+  // The last step frees a block: a program's own operator delete may free documents as well.
+  void replace(Block* next, std::size_t nextCount) noexcept {
+    Block* const last = std::exchange(m_block, next);
+    const std::size_t lastCount = std::exchange(m_count, nextCount);
+    if (last) last->Drop(lastCount);
+  }
+
+  Block* m_block = nullptr;
+  std::size_t m_count = 0;
+};
+
+[[gnu::tls_model("initial-exec")]] constinit thread_local NodeBlocks::Released NodeBlocks::t_released;
+
+NodeBlocks::ReleasedTogether::ReleasedTogether() noexcept {
+  ++t_released.depth;
+}
+
+NodeBlocks::ReleasedTogether::~ReleasedTogether() {
+  if (--t_released.depth == 0) t_released.Drop();
+}
+
 NodeBlocks::NodeBlocks() noexcept : m_outer(std::exchange(t_innermost, this)) {}
 
 NodeBlocks::~NodeBlocks() {
@@ -81,7 +116,11 @@ bool NodeBlocks::Has(const void* node) noexcept {
 void NodeBlocks::Release(void* node, std::size_t size) noexcept {
   Block* const block = static_cast<Block**>(node)[-1];
   if (__asan_poison_memory_region) __asan_poison_memory_region(node, size);
-  block->Drop(1);
+  if (t_released.depth == 0) {
+    block->Drop(1);
+  } else {
+    t_released.Add(*block);
+  }
 }
 
 void* NodeBlocks::cut(std::size_t size) {

@@ -27,8 +27,21 @@ class NodeBlocks {
   /// REQUIRES: Has(node), and nobody uses it any more.
   static void Release(void* node, std::size_t size) noexcept;
 
+  /// While it lives, nodes that are freed on its thread one after the other, and lie in one block, are taken
+  /// off the block's count together: one locked instruction for all of them.
+  class ReleasedTogether {
+   public:
+    ReleasedTogether() noexcept;
+    ~ReleasedTogether();
+    ReleasedTogether(const ReleasedTogether&) = delete;
+    ReleasedTogether& operator=(const ReleasedTogether&) = delete;
+  };
+
  private:
   struct Block;
+  struct Released;
+
+  [[gnu::tls_model("initial-exec")]] static thread_local Released t_released;
 
   void* cut(std::size_t size);
   void close() noexcept;

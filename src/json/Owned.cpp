@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "json/NodeBlocks.h"
 #include "tessel/json_array.h"
 #include "tessel/json_node_allocator.h"
 #include "tessel/json_object.h"
@@ -43,6 +44,7 @@ T* Owned<T>::take(T&& value) {
 
 template <class T>
 void Owned<T>::destroy(T* held) noexcept {
+  const kalStore::internal::NodeBlocks::ReleasedTogether nodes;
   held->~T();
   detail::FreeNode(held, sizeof(T));
 }

@@ -105,6 +105,19 @@ TEST(NodeBlocks, ACopyKeepsNothingOfWhatWasParsed) {
   EXPECT_EQ(json::Serialize(copy), R"({"inner":1})");
 }
 
+TEST(NodeBlocks, AFreeingInsideADeletionOfAnotherOneFreesAll) {
+  const std::string text = ObjectOf(100);
+  const long before = LiveAllocations();
+  {
+    json::Value inner = json::Deserialize(text);
+    json::Value outer = json::Deserialize(text);
+    const AtDeletion place(kHasBlocks ? 2000 : 1, [&] { inner.Clear(); });
+    outer.Clear();
+    EXPECT_TRUE(place.Fired());
+  }
+  EXPECT_EQ(LiveAllocations(), before);
+}
+
 TEST(NodeBlocks, AReadInsideAnAllocationOfAnotherOneHasItsOwn) {
   const std::string text = ObjectOf(100);
   const std::string expected = json::Serialize(json::Deserialize(text));
