@@ -196,11 +196,8 @@ int createTesselEntity(KalTesselEntityType type, std::uint32_t callId, void** ou
   return *out == nullptr ? kResultNotFound : kResultOk;
 }
 
-int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
-  return release(type, callId, entity, __builtin_return_address(0));
-}
-
-int CKalTessel::release(KalTesselEntityType type, std::uint32_t callId, void* entity, const void* caller) {
+inline int CKalTessel::release(KalTesselEntityType type, std::uint32_t callId, void* entity,
+                               const void* caller) {
   const RegistryGuard guard(m_mutex);
   if (entity == nullptr) return -1;
   const Entry* const entry = find({type, callId});
@@ -217,6 +214,15 @@ int CKalTessel::release(KalTesselEntityType type, std::uint32_t callId, void* en
   if (IsTraced(2)) [[unlikely]]
     TraceReleased(this, type, callId, entity, registered, count);
   return static_cast<int>(count);
+}
+
+int CKalTessel::releaseTesselEntity(KalTesselEntityType type, std::uint32_t callId, void* entity) {
+  return release(type, callId, entity, __builtin_return_address(0));
+}
+
+int internal::ProcessRegistry::Release(KalTesselEntityType type, std::uint32_t callId, void* entity,
+                                       const void* caller) {
+  return Get().release(type, callId, entity, caller);
 }
 
 bool CKalTessel::isTesselEntityExisted(KalTesselEntityType type, std::uint32_t callId) {

@@ -41,11 +41,6 @@ CKalTessel& ProcessRegistry::Get() {
   return *s_registry;
 }
 
-int ProcessRegistry::Release(KalTesselEntityType type, std::uint32_t callId, void* entity,
-                             const void* caller) {
-  return Get().release(type, callId, entity, caller);
-}
-
 void ProcessRegistry::ForEachEntity(const Look& look) {
   CKalTessel& registry = Get();
   const RegistryGuard guard(registry.m_mutex);
