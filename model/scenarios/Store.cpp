@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <memory>
+#include <string>
 #include <thread>
 
 #include "scenarios/Registry.h"
@@ -138,6 +139,27 @@ MODEL_SCENARIO(BindingAgainstRemoval) {
   store.UnsubscribeConfig(id);
   used.reset();
   reader.join();
+}
+
+// Two reads ask with defaults of their own, one after the other or at once; one asks again in the callback.
+MODEL_SCENARIO(BindingAskedByTwo) {
+  KalConfig store(7);
+  const std::string name = "a name that does not fit into the string itself";
+  const auto ask = [&](int given) {
+    ConfigData value;
+    const std::int32_t result = store.GetDynamicConfig(kGroup, name.c_str(), value, given);
+    Check(result == kResultNobody || value.ToInt() == given, "its own default");
+  };
+  const SubscribeId_t id = store.BindConfig(kGroup, name.c_str(), [&](const KalConfigEvent& event) {
+    if (event.m_defaultValue.ToInt() == 1) ask(3);
+    Check(event.m_name == name, "the name");
+    return event.m_defaultValue;
+  });
+  std::thread first([&] { ask(1); });
+  std::thread second([&] { ask(2); });
+  store.UnsubscribeConfig(id);
+  first.join();
+  second.join();
 }
 
 // Reads, removals and exports beside a set: each sees the value whole.

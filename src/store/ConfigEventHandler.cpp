@@ -35,11 +35,12 @@ class CallLevel {
 };
 
 // Runs a callback of the handler at a raised call level, and reports one that overlaps another or is slow.
+// Returns what it returns.
 template <class Callback>
-void RunCallback(const char* label, ConfigEventHandler& handler, const KalConfigEvent& event,
+auto RunCallback(const char* label, ConfigEventHandler& handler, const KalConfigEvent& event,
                  Callback callback) {
   std::optional<long> startMs;  // Nobody reads how long a callback took unless level 1 is traced.
-  {
+  auto result = [&] {
     const CallLevel level(handler.m_nCallLevel);
     if (level.Value() > 1) {
       TESSEL_TRACE(1, label,
@@ -47,15 +48,16 @@ void RunCallback(const char* label, ConfigEventHandler& handler, const KalConfig
                               << KalConfigGroup2GroupName(event.m_group) << This{&handler});
     }
     if (IsTraced(1)) startMs = CurrentWaitClock().nowMs();
-    callback();
-  }
-  if (!startMs) return;
+    return callback();
+  }();
+  if (!startMs) return result;
   const long costMs = ElapsedMs(*startMs, CurrentWaitClock().nowMs());
   if (costMs > kSlowMs) {
     TESSEL_TRACE(1, label,
                  ", " << event.m_name << ", " << KalConfigGroup2GroupName(event.m_group)
                       << ", cost=" << static_cast<unsigned long>(costMs) << "ms" << This{&handler});
   }
+  return result;
 }
 
 // Calls, posts or hands over, as the subscription asks for: `call` calls, and `make` makes what takes the
@@ -86,7 +88,7 @@ JournalWay Deliver(ConfigEventHandler& handler, Call call, Make make) {
 bool ConfigEventHandler::Notify(const KalConfigEvent& event) {
   if (!m_fnNotify) return false;
   RunCallback(kNotify, *this, event, [&] {
-    Deliver(
+    return Deliver(
         *this, [&] { m_fnNotify(event); },
         [&](JournalWay) { return new CSwitchThreadEvent(event, m_fnNotify); });
   });
@@ -109,18 +111,16 @@ bool internal::NotifyInJournal(ConfigEventHandler& handler, const KalConfigEvent
         [&](JournalWay asked) {
           return new SwitchEventInJournal(change, handler.m_SubscribeId, asked, event, handler.m_fnNotify);
         });
-    if (way == JournalWay::kDirect) return;
     if (way == JournalWay::kDropped) WriteJournal(change.Delivery(handler.m_SubscribeId, event));
-    change.nowNs = JournalNowNs();
+    if (way != JournalWay::kDirect) change.nowNs = JournalNowNs();
+    return way;
   });
   return true;
 }
 
 ConfigValue ConfigEventHandler::Invoke(const KalConfigEvent& event) {
-  ConfigValue value;
-  if (!m_fnInvoke) return value;
-  RunCallback("kalStore::ConfigEventHandler::Invoke", *this, event, [&] { value = m_fnInvoke(event); });
-  return value;
+  if (!m_fnInvoke) return {};
+  return RunCallback("kalStore::ConfigEventHandler::Invoke", *this, event, [&] { return m_fnInvoke(event); });
 }
 
 }  // namespace kalStore

@@ -137,12 +137,19 @@ std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, Co
   if (*name == '\0') return kResultNobody;
 
   DeliverySnapshot snapshot;
-  if (snapshot.AnnounceToBinding(observers, name) > 0) {
+  LentEvent lent;
+  if (snapshot.AnnounceToBinding(observers, name, lent) > 0) {
     TESSEL_TRACE(1, "kalStore::KalConfig::invokeEvent", ", invokeEvent Multiple notification" << cid << self);
   }
   if (!snapshot.HasNext()) return kResultNobody;
-  const KalConfigEvent event{name, {}, {}, std::move(defaultValue), group, SessionTypeOfGroup(group)};
-  snapshot.DeliverNext([&](ConfigEventHandler& handler) { value = handler.Invoke(event); });
+  const auto ask = [&](const KalConfigEvent& event) {
+    snapshot.DeliverNext([&](ConfigEventHandler& handler) { value = handler.Invoke(event); });
+  };
+  if (const KalConfigEvent* const event = lent.With(defaultValue)) {
+    ask(*event);
+  } else {
+    ask({name, {}, {}, std::move(defaultValue), group, SessionTypeOfGroup(group)});
+  }
   return kResultOk;
 }
 

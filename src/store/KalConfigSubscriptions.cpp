@@ -47,7 +47,7 @@ SubscribeId_t KalConfig::SubscribeConfig(KalConfigGroup group, const char* name,
 }
 
 SubscribeId_t KalConfig::BindConfig(KalConfigGroup group, const char* name, fnConfigInvokeCallBack fn) {
-  auto handlerPtr = std::make_shared<StoredHandler>();
+  auto handlerPtr = std::make_shared<StoredBinding>();
   handlerPtr->m_fnInvoke = std::move(fn);
   return bindConfig(group, name, std::move(handlerPtr), __builtin_return_address(0));
 }
@@ -147,6 +147,10 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
   handlerPtr->m_SubscribeId = id;
   handlerPtr->m_group = group;
   handlerPtr->m_strName = std::string(name);  // Of its size; assigned, it would have room for more.
+  KalConfigEvent& event = static_cast<StoredBinding&>(*handlerPtr).event;
+  event.m_name = std::string(name);
+  event.m_group = group;
+  event.m_sessionType = SessionTypeOfGroup(group);
   TESSEL_TRACE(2, "kalStore::KalConfig::bindConfig",
                ", " << name << ", " << Id{id} << ", m_TotalObservers=" << m_TotalObservers.load()
                     << Cid{m_callId} << This{this});

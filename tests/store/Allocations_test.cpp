@@ -69,6 +69,24 @@ TEST_F(StoreAllocations, OfADynamicReadAreNone) {
   EXPECT_EQ(0U, AllocationsOf([&] { m_store.GetDynamicConfig(kAudio, "other", value, 7); }));
 }
 
+TEST_F(StoreAllocations, OfADynamicReadByALongNameAreNoneUnlessTheBindingIsAskedAlready) {
+  const std::string name(40, 'n');
+  std::size_t inner = 0;
+  Bind(name.c_str(), [&](const KalConfigEvent& event) {
+    ConfigData value;
+    if (event.m_defaultValue.IsValid()) {
+      inner = AllocationsOf([&] { m_store.GetDynamicConfig(kAudio, name.c_str(), value, {}); });
+    }
+    return ConfigValue();
+  });
+  ConfigData value;
+  EXPECT_EQ(0U, AllocationsOf([&] { m_store.GetDynamicConfig(kAudio, name.c_str(), value, {}); }));
+  const long before = LiveAllocations();
+  m_store.GetDynamicConfig(kAudio, name.c_str(), value, std::string(40, 'd'));
+  EXPECT_EQ(1U, inner);
+  EXPECT_EQ(before, LiveAllocations());
+}
+
 TEST_F(StoreAllocations, OfAPostOrAHandOverAreTheEventAndTheCallbacksCopy) {
   ACmThread thread;
   ASSERT_EQ(0, thread.Start());

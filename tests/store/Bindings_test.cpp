@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <stdexcept>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "StoreFixture.h"
 
@@ -145,6 +148,66 @@ TEST_F(StoreBindings, MayUseTheStoreWhileTheyCompute) {
   EXPECT_EQ(kResultOk, m_store.GetDynamicConfig(kAudio, "name", value, {}));
   EXPECT_STREQ("7", value.ToCstr());
   EXPECT_EQ("1", Get("seen"));
+}
+
+TEST_F(StoreBindings, MayAskThemselvesEachTimeWithAnEventOfItsOwn) {
+  const std::string name(40, 'n');
+  std::vector<const KalConfigEvent*> events;
+  const auto ask = [&](const char* given) {
+    ConfigData value;
+    EXPECT_EQ(kResultOk, m_store.GetDynamicConfig(kAudio, name.c_str(), value, given));
+    return std::string(value.ToCstr());
+  };
+  Bind(name.c_str(), [&](const KalConfigEvent& event) {
+    const std::string given = event.m_defaultValue.ToCstr();
+    EXPECT_THAT(events, ::testing::Not(::testing::Contains(&event)));
+    events.push_back(&event);
+    // Twice in turn: the first inner read has ended when the second begins, and this one has not.
+    const std::string inner = given.size() < 3 ? ask((given + "a").c_str()) + ask((given + "b").c_str()) : "";
+    events.pop_back();
+    EXPECT_EQ(name, event.m_name);
+    EXPECT_EQ(given, event.m_defaultValue.ToCstr());
+    return ConfigValue(given + inner);
+  });
+  for (int time = 0; time < 2; ++time) EXPECT_EQ("xxaxaaxabxbxbaxbb", ask("x"));
+}
+
+TEST_F(StoreBindings, AskedByTwoThreadsHandEachAnEventOfItsOwn) {
+  const std::string name(40, 'n');
+  const std::string defaults[] = {std::string(40, '1'), std::string(40, '2'), std::string(40, '3')};
+  const auto ask = [&](int reader) {
+    ConfigData value;
+    EXPECT_EQ(kResultOk, m_store.GetDynamicConfig(kAudio, name.c_str(), value, defaults[reader]));
+    EXPECT_EQ(defaults[reader], value.ToString());
+  };
+  int depth = 0;
+  Bind(name.c_str(), [&](const KalConfigEvent& event) {
+    const std::string given = event.m_defaultValue.ToString();
+    if (++depth < 3) {
+      // The read in between has ended, this one has not: a third finds only its mark gone.
+      if (depth == 1) ask(1);
+      std::thread([&] { ask(2); }).join();
+    }
+    EXPECT_EQ(name, event.m_name);
+    EXPECT_EQ(given, event.m_defaultValue.ToString());
+    return event.m_defaultValue;
+  });
+  ask(0);
+}
+
+TEST_F(StoreBindings, HandOnNoDefaultOfAnEarlierRead) {
+  Bind("name", [](const KalConfigEvent& event) {
+    if (event.m_defaultValue.ToString() == "throw") throw std::runtime_error("bound");
+    return event.m_defaultValue;
+  });
+  ConfigData value;
+  EXPECT_THROW(m_store.GetDynamicConfig(kAudio, "name", value, "throw"), std::runtime_error);
+  EXPECT_EQ(kResultOk, m_store.GetDynamicConfig(kAudio, "name", value, {}));
+  EXPECT_FALSE(value.IsValid());
+  m_store.GetDynamicConfig(kAudio, "name", value, std::string(40, 'd'));
+  EXPECT_EQ(std::string(40, 'd'), value.ToString());
+  m_store.GetDynamicConfig(kAudio, "name", value, {});
+  EXPECT_FALSE(value.IsValid());
 }
 
 TEST_F(StoreBindings, MayGiveAnEmptyValue) {

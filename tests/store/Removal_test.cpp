@@ -162,6 +162,24 @@ TEST_F(StoreRemoval, WaitsForABindingThatComputes) {
   reader.join();
 }
 
+TEST_F(StoreRemoval, OfABindingInItsCallbackLeavesThatReadItsEvent) {
+  const TestClock clock;  // The removal waits in vain for the read that it is part of.
+  const std::string name(40, 'n');
+  SubscribeId_t id = 0;
+  id = Bind(name.c_str(), [&](const KalConfigEvent& event) {
+    EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(id));
+    Bind(name.c_str(), [](const KalConfigEvent& inner) { return inner.m_defaultValue; });
+    ConfigData value;
+    EXPECT_EQ(kResultOk, m_store.GetDynamicConfig(kAudio, name.c_str(), value, "inner"));
+    EXPECT_STREQ("inner", value.ToCstr());
+    EXPECT_EQ(name, event.m_name);
+    return event.m_defaultValue;
+  });
+  ConfigData value;
+  EXPECT_EQ(kResultOk, m_store.GetDynamicConfig(kAudio, name.c_str(), value, "outer"));
+  EXPECT_STREQ("outer", value.ToCstr());
+}
+
 TEST_F(StoreRemoval, HappensOnceWhenSeveralThreadsTry) {
   for (int round = 0; round < 50; ++round) {
     Recorder notified;
