@@ -7,6 +7,7 @@ from pathlib import Path
 import furo
 from docutils import nodes
 from sphinx import addnodes
+from sphinx.domains.cpp import CPPDomain
 from sphinx.roles import XRefRole
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -92,6 +93,13 @@ def make_files_work(app, error):
         script.write_text(imported.sub(lambda line: (script.parent / line[1]).read_text(), script.read_text()))
 
 
+class Declarations(CPPDomain):
+    """A search finds what a header declares, without the parameters of each operation."""
+
+    def get_objects(self):
+        return (found for found in super().get_objects() if found[2] not in ("functionParam", "templateParam"))
+
+
 class IdRole(XRefRole):
     """`text <id>`: a link to what has this id in Doxygen's XML, for which Breathe makes a label; letter case counts."""
 
@@ -101,6 +109,7 @@ class IdRole(XRefRole):
 
 
 def setup(app):
+    app.add_domain(Declarations, override=True)
     app.add_role("id", IdRole(innernodeclass=nodes.inline, warn_dangling=True))
     app.connect("doctree-read", arrange)
     app.connect("doctree-read", list_operations, priority=600)  # when Sphinx has made the contents
