@@ -20,7 +20,7 @@ def rst(element):
             pass
         elif part.tag == "computeroutput":
             text += f"``{text_of(part)}``"
-        elif part.tag == "ref":
+        elif part.tag == "ref" and not part.get("refid").endswith("_8h"):  # a header need not have a page
             text += link(text_of(part), part.get("refid"))
         else:
             text += rst(part)
@@ -57,7 +57,7 @@ def first_sentence(compound):
     for kind in ("brief", "detailed"):
         paragraph = compound.find(f"{kind}description/para")
         if paragraph is not None and (text := rst(paragraph).strip()):
-            return re.match(r".*?[.:;](?= |$)|.*", text)[0].rstrip(".:;") + "."
+            return re.match(r".*?[.;](?= |$)|.*", text)[0].rstrip(".:;") + "."
     return ""
 
 
@@ -86,8 +86,10 @@ class Page:
         return re.sub(r"<.*", "", text_of(compound.find("compoundname"))).split("::")[-1].strip()
 
     def brief(self):
-        subject = self.main if self.main is not None else self.header
-        return first_sentence(subject) or " ".join(first_sentence(compound) for compound in self.classes[:1])
+        """What the page is about: of the class of its name, of the header, or of what comes first in that."""
+        subjects = [self.main] if self.main is not None else [self.header, *self.classes, *self.free_members()]
+        brief = next(filter(None, map(first_sentence, subjects)), None)
+        return brief or sys.exit(f"{self.include} has nothing that says in a sentence what it is for: add it as @file")
 
     def free_members(self):
         """What the header declares outside of classes."""

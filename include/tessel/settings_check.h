@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+/// @file
+/// Finds what import skips of a settings document, and what does not fit declarations.
+
 #include <cstddef>
 #include <cstdint>
 #include <map>

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+/// @file
+/// What a setting is called, may be and is for, as a file declares it; and that file's reader.
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
