@@ -27,7 +27,8 @@ constexpr int kCleanYields = 50000;
 class InFlight {
  public:
   explicit InFlight(int& counter) : m_counter(counter) { m_counter.fetch_add(1); }
-  ~InFlight() { m_counter.fetch_sub(1); }
+  // Release pairs with waitForCallbacks(): what the run did happens before Clean() returns.
+  ~InFlight() { m_counter.fetch_sub(1, std::memory_order_release); }
   InFlight(const InFlight&) = delete;
   InFlight& operator=(const InFlight&) = delete;
 
@@ -70,7 +71,7 @@ void KalConfigObserverHelper::SetStore(IKalConfig& store) {
 
 void KalConfigObserverHelper::ForgetStore() {
   Clean();
-  m_store.store(nullptr, std::memory_order_release);
+  m_store.store(nullptr, std::memory_order_relaxed);  // Who sees no store uses none.
 }
 
 SubscribeId_t KalConfigObserverHelper::BindConfig(KalConfigGroup group, const char* szConfigName,
