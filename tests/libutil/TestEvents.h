@@ -4,6 +4,7 @@
 #include <atomic>
 #include <functional>
 #include <future>
+#include <memory>
 #include <utility>
 
 #include "util/util.h"
@@ -39,8 +40,9 @@ class Gate {
  public:
   explicit Gate(ICmEventQueue& queue) {
     std::promise<void> entered;
-    queue.PostEvent(new CountedEvent(m_counts,
-                                     [&entered, open = m_open.get_future().share()] {
+    const auto counts = std::make_shared<EventCounts>();  // The event may end after the gate.
+    queue.PostEvent(new CountedEvent(*counts,
+                                     [counts, &entered, open = m_open.get_future().share()] {
                                        entered.set_value();
                                        open.wait();
                                      }),
@@ -50,6 +52,5 @@ class Gate {
   void Open() { m_open.set_value(); }
 
  private:
-  EventCounts m_counts;
   std::promise<void> m_open;
 };
