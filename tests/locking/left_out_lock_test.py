@@ -42,15 +42,17 @@ def name_of(path):
 
 
 def function_of(lines, number):
-    """The line on which the function around a line begins: the nearest one above with a smaller indentation that opens
-    a body, but for blocks within it."""
+    """The line on which the function around a line begins: the nearest one above with a smaller indentation whose
+    head, of one line or more, opens a body, but for blocks within it."""
     indent = len(lines[number]) - len(lines[number].lstrip())
     for above in range(number - 1, -1, -1):
         line = lines[above]
         here = len(line) - len(line.lstrip())
         if line.strip() and here < indent:
             indent = here
-            if line.rstrip().endswith("{") and not re.match(r"\s*(if|for|while|else|try|do|switch|\{|})", line):
+            parts = (part.rstrip() for part in lines[above:number + 1])
+            head = next(part for part in parts if part.endswith(("{", "}", ";", ":")))
+            if head.endswith("{") and not re.match(r"\s*(if|for|while|else|try|do|switch|\{|})", line):
                 return above
     raise ValueError(f"no function around line {number + 1}")
 

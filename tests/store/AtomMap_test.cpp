@@ -76,20 +76,19 @@ TEST(AtomMap, LosesNothingUnderConcurrentUse) {
   atomMap<unsigned long, int> map;
   constexpr unsigned long kEach = 500;
   std::atomic<int> inserted{0};
-  {
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < 4; ++t) {
-      threads.emplace_back([&] {
-        for (unsigned long key = 0; key < kEach; ++key) {
-          if (map.SetEx(key, 1)) ++inserted;
-          map.Set(key, 2);
-          int value = 0;
-          EXPECT_TRUE(map.Get(key, value));
-          EXPECT_EQ(2, value);
-        }
-      });
-    }
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (unsigned long key = 0; key < kEach; ++key) {
+        if (map.SetEx(key, 1)) ++inserted;
+        map.Set(key, 2);
+        int value = 0;
+        EXPECT_TRUE(map.Get(key, value));
+        EXPECT_EQ(2, value);
+      }
+    });
   }
+  for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(static_cast<int>(kEach), inserted);
 }
 

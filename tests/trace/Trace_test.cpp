@@ -63,10 +63,9 @@ TEST(GetCurrentModuleName, ReturnsTheNameItselfAndOneBufferOtherwise) {
 
 TEST(GetCurrentModuleName, IsTheSameForThreadsThatAskAtOnce) {
   const char* names[4] = {};
-  {
-    std::vector<std::jthread> threads;
-    for (const char*& name : names) threads.emplace_back([&name] { name = GetCurrentModuleName(nullptr); });
-  }
+  std::vector<std::thread> threads;
+  for (const char*& name : names) threads.emplace_back([&name] { name = GetCurrentModuleName(nullptr); });
+  for (std::thread& thread : threads) thread.join();
   for (const char* name : names) EXPECT_EQ(names[0], name);
 }
 

@@ -2,8 +2,6 @@
 #include "simulate/CallSettings.h"
 
 #include <map>
-#include <mutex>
-#include <shared_mutex>
 
 #include "tessel/KalConfigRegistry.h"
 #include "tessel/ResultCode.h"
@@ -33,7 +31,7 @@ double CallSettings::ReadComputed(const kalStore::ConfigKey<double>& key) {
 
 // What the import changes is known beforehand: an entry whose value is not the one in the store.
 void CallSettings::Apply(const SettingsDocument& document) {
-  const std::scoped_lock alone(m_ledger.Sets());
+  const kalStore::detail::Lock lock(m_ledger.sets);
   std::map<SettingKey, ConfigData> current;
   std::vector<const SettingKey*> changed;
   for (const SettingsEntry& entry : document.Entries()) {
@@ -67,7 +65,7 @@ void CallSettings::subscribe(SettingKey key, Way way, std::function<void(const C
 }
 
 void CallSettings::set(const SettingKey& key, ConfigData value) {
-  const std::shared_lock together(m_ledger.Sets());
+  const kalStore::detail::Lock lock(m_ledger.sets);
   const std::uint64_t set = m_ledger.Announce(key, value);
   const std::int32_t result = m_facade.SetKalConfig(key.second.c_str(), std::move(value), key.first);
   if (result == kalStore::kResultUnchanged) {

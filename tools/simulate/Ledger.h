@@ -6,7 +6,6 @@
 #include <deque>
 #include <map>
 #include <mutex>
-#include <shared_mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,8 +36,13 @@ class Ledger {
   /// A new subscription, which stays as long as the ledger.
   Subscriber& Add(const SettingKey& key, Way way);
 
+  /// Held by each set, and while a document is applied: what it changes is known beforehand unless another
+  /// thread sets meanwhile. So callbacks make no sets.
+  kalStore::detail::Mutex<std::mutex> sets;
+
   /// A set is about to be made. Returns its number, for Keep() or Withdraw().
-  std::uint64_t Announce(const SettingKey& key, const ConfigData& value);
+  std::uint64_t Announce(const SettingKey& key, const ConfigData& value)
+      TESSEL_LOCKING(requires_capability(sets));
   /// The set has changed the setting.
   void Keep(const SettingKey& key);
   /// The set has changed nothing.
@@ -51,13 +55,8 @@ class Ledger {
   /// Deliveries that are expected and have not arrived.
   std::size_t Missing() const;
 
-  /// Held by each set, together with others, and by a document alone while it is applied: what it changes is
-  /// known beforehand, unless another thread sets meanwhile. So callbacks make no sets.
-  std::shared_mutex& Sets() { return m_sets; }
-
  private:
   Recorder& m_recorder;
-  std::shared_mutex m_sets;
   mutable kalStore::detail::Mutex<std::mutex> m_mutex;
   // Subscribers are safe by themselves.
   std::map<SettingKey, Setting> m_settings TESSEL_LOCKING(guarded_by(m_mutex));
