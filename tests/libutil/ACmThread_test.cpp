@@ -208,8 +208,8 @@ TEST(Thread, EndsByItselfWhenAnEventDestroysIt) {
                      128, 0);
     for (int i = 0; i < 10; ++i) queue->PostEvent(new CountedEvent(counts), 128, 0);
     gate.Open();
+    ended.get_future().wait();
   }
-  ended.get_future().wait();
   EXPECT_EQ(counts.fired, 12);
   EXPECT_EQ(counts.ended, 14);
   EXPECT_EQ(LiveAllocations(), allocations);
