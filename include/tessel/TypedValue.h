@@ -35,9 +35,15 @@ concept ConfigDuration = kIsConfigDuration<T>;
 // Where the standard library's from_chars() is for integers alone. A float is rounded twice.
 template <std::floating_point T>
 std::optional<T> ReadReal(const ConfigData& value) noexcept {
+  using Limits = std::numeric_limits<T>;
   const double read = value.ToDouble(0);
   if (!std::isnan(read) && read != value.ToDouble(1)) return std::nullopt;
-  if (std::isfinite(read) && std::abs(read) > std::numeric_limits<T>::max()) return std::nullopt;
+  if (std::isfinite(read) && std::abs(read) > Limits::max()) {
+    // Less than half of its last bit beyond the greatest number, it is rounded to that.
+    const double beyond = std::abs(read) - Limits::max();
+    if (beyond >= std::ldexp(1.0, Limits::max_exponent - Limits::digits - 1)) return std::nullopt;
+    return std::copysign(Limits::max(), static_cast<T>(std::signbit(read) ? -1 : 1));
+  }
   const T number = static_cast<T>(read);
   return number == 0 && read != 0 ? std::nullopt : std::optional(number);
 }

@@ -10,7 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
+#include <cstdlib>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -59,11 +59,21 @@ void Remove(const std::string& file) {
   if (::unlink(file.c_str()) != 0 && errno != ENOENT) ThrowSystemFault();
 }
 
+bool AreOne(const struct stat& first, const struct stat& second) {
+  return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+// Whether both names are those of one file.
+bool AreOne(const std::string& first, const std::string& second) {
+  struct stat one{}, other{};
+  return ::stat(first.c_str(), &one) == 0 && ::stat(second.c_str(), &other) == 0 && AreOne(one, other);
+}
+
 // Whether the file that is open has the name.
 bool HasName(int descriptor, const std::string& file) {
   struct stat opened{}, named{};
   if (::fstat(descriptor, &opened) != 0 || ::stat(file.c_str(), &named) != 0) ThrowSystemFault();
-  return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+  return AreOne(opened, named);
 }
 
 // The number that the file has in a set, as its first line says; "" when it is in none, or still written.
@@ -100,10 +110,10 @@ RecordingOutput::~RecordingOutput() {
 // the file is.
 void RecordingOutput::Open() {
   m_current = open(m_file, 0);
-  if (std::error_code fault; std::filesystem::is_symlink(m_file, fault)) {
-    const std::filesystem::path file = std::filesystem::canonical(m_file, fault);
-    if (fault) throw RecordingFault(fault.message());
-    m_file = file.string();
+  if (struct stat named{}; ::lstat(m_file.c_str(), &named) == 0 && S_ISLNK(named.st_mode)) {
+    const std::unique_ptr<char, decltype(&std::free)> file(::realpath(m_file.c_str(), nullptr), std::free);
+    if (file == nullptr) ThrowSystemFault();
+    m_file = file.get();
     m_next = m_file + "." + kNext;
   }
   if (!m_current.isDevice) removeParts();
@@ -201,7 +211,7 @@ void RecordingOutput::close(Opened& opened) {
 }
 
 // Of an earlier set. They would stay for ever, or be taken for parts of this one. What cannot be removed
-// stays. The standard's directory_iterator would end the process where memory runs out.
+// stays. The standard's directory_iterator, as its equivalent(), would end the process where memory runs out.
 void RecordingOutput::removeParts() const {
   const std::size_t nameAt = m_file.rfind('/') + 1;
   const std::string folder = m_file.substr(0, nameAt), prefix = m_file.substr(nameAt) + ".";
@@ -214,7 +224,7 @@ void RecordingOutput::removeParts() const {
     if (number != kNext && number.find_first_not_of("0123456789") != std::string_view::npos) continue;
     const std::string file = m_file + "." + std::string(number), part = PartIn(file);
     // A crash may have left the recording's file the name of a part as well.
-    if (std::error_code none; std::filesystem::equivalent(file, m_file, none)) ::unlink(file.c_str());
+    if (AreOne(file, m_file)) ::unlink(file.c_str());
     if (!part.empty() && (number == kNext || number == part)) ::unlink(file.c_str());
   }
 }

@@ -173,7 +173,7 @@ TEST(ThreadAllocationFailure, AThreadThatCouldNotBeStartedCanBeStartedLater) {
         EXPECT_NE(late->thread.GetEventQueue(), nullptr);
         EXPECT_EQ(late->thread.Stop(), 0);
       });
-  EXPECT_EQ(failed, 1U);
+  EXPECT_GT(failed, 0U);
 }
 
 TEST(ThreadAllocationFailure, AThreadIsMadeWholeOrNotAtAll) {

