@@ -23,7 +23,8 @@ COMMAND = [COMPILER, "-std=c++20", "-fsyntax-only", "-Wthread-safety", "-fno-car
 
 ANNOTATED = ("include/tessel/locking.h", "src/record/Lock.h", "libutil/src/Mutex.h")  # The classes themselves.
 # These locks protect nothing that is written under them alone: the order of steps with atomic variables, or a wait.
-ORDER_ONLY = ("src/facade/KalConfigHelper.cpp", "libutil/src/EventQueue.cpp", "tools/Progress.cpp")
+ORDER_ONLY = ("src/facade/KalConfigHelper.cpp", "libutil/src/EventQueue.cpp", "tools/Progress.cpp",
+              "tools/simulate/CallSettings.cpp")
 
 LOCK = re.compile(r" *(?:const )?(?:[\w:]+::)?(?:Lock lock|RegistryGuard guard)\(.*\);.*")
 WAIT = re.compile(r"lock\.Wait\w*\(|waitFor\(lock\b")

@@ -41,8 +41,7 @@ class Ledger {
   kalStore::detail::Mutex<std::mutex> sets;
 
   /// A set is about to be made. Returns its number, for Keep() or Withdraw().
-  std::uint64_t Announce(const SettingKey& key, const ConfigData& value)
-      TESSEL_LOCKING(requires_capability(sets));
+  std::uint64_t Announce(const SettingKey& key, const ConfigData& value);
   /// The set has changed the setting.
   void Keep(const SettingKey& key);
   /// The set has changed nothing.
