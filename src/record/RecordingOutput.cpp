@@ -211,7 +211,7 @@ void RecordingOutput::close(Opened& opened) {
 }
 
 // Of an earlier set. They would stay for ever, or be taken for parts of this one. What cannot be removed
-// stays. The standard's directory_iterator, as its equivalent(), would end the process where memory runs out.
+// stays. The standard's directory_iterator and equivalent() would end the process where memory runs out.
 void RecordingOutput::removeParts() const {
   const std::size_t nameAt = m_file.rfind('/') + 1;
   const std::string folder = m_file.substr(0, nameAt), prefix = m_file.substr(nameAt) + ".";
