@@ -139,5 +139,3 @@ BENCHMARK(Peak<Tessel>)->Iterations(1);
 BENCHMARK(Peak<Text>)->Iterations(1);
 
 }  // namespace
-
-BENCHMARK_MAIN();
