@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "json/AsciiCase.h"
+#include "json/EightBytes.h"
 #include "json/HexDigit.h"
 #include "json/JsonToken.h"
 #include "json/StringScan.h"
@@ -210,6 +211,12 @@ class EventReader {
     return true;
   }
   void skipDigits() {
+    for (; m_end - m_at >= 8; m_at += 8) {
+      if (const std::uint64_t others = EightBytes(m_at).NoDigits(); others != 0) {
+        m_at += EightBytes::Before(others);
+        return;
+      }
+    }
     while (isAtDigit()) ++m_at;
   }
 

@@ -1,25 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdint>
-#include <cstring>
+#include "json/EightBytes.h"
 
 namespace kalStore::internal {
 
 /// The first byte of a string's contents that cannot be taken over as it is: a quote or a backslash, and with
-/// `Controls` also a byte below 0x20. `end` when there is none. Looks at eight bytes at a time.
+/// `Controls` also a byte below 0x20. `end` when there is none.
 template <bool Controls>
 const char* FindSpecial(const char* at, const char* end) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101;
-  constexpr std::uint64_t kHighs = 0x8080808080808080;
-  const auto hasZero = [](std::uint64_t word) { return (word - kOnes) & ~word & kHighs; };
-
   for (; end - at >= 8; at += 8) {
-    std::uint64_t word;
-    std::memcpy(&word, at, sizeof word);
-    std::uint64_t hits = hasZero(word ^ (kOnes * '"')) | hasZero(word ^ (kOnes * '\\'));
-    if constexpr (Controls) hits |= (word - kOnes * 0x20) & ~word & kHighs;
-    if (hits) break;
+    const EightBytes bytes(at);
+    std::uint64_t hits = bytes.Equal('"') | bytes.Equal('\\');
+    if constexpr (Controls) hits |= bytes.Below(0x20);
+    if (hits != 0) return at + EightBytes::Before(hits);
   }
   for (; at != end; ++at) {
     if (*at == '"' || *at == '\\') break;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <string>
+#include <string_view>
+
 #include "tessel/json.h"
 
 namespace {
@@ -44,6 +47,30 @@ TEST(ReaderFault, IsAtTheFirstByteThatDoesNotFit) {
   for (const auto& test : cases) {
     EXPECT_EQ(FaultOf(test.text).offset, test.offset) << test.text;
     EXPECT_STREQ(FaultOf(test.text).reason, test.reason) << test.text;
+  }
+}
+
+// Digits and the contents of strings are looked at in groups of bytes: each byte, in each place of a group,
+// with more groups after it.
+TEST(ReaderFault, IsAtAnyByteAfterDigitsThatCannotFollowThem) {
+  const std::string_view continues = "0123456789.eE,] \t\n\v\f\r";
+  for (std::size_t digits = 1; digits <= 20; ++digits) {
+    for (int byte = 0; byte < 256; ++byte) {
+      if (continues.find(static_cast<char>(byte)) != std::string_view::npos) continue;
+      const std::string text = '[' + std::string(digits, '9') + static_cast<char>(byte) + "123456789]";
+      ASSERT_EQ(FaultOf(text).offset, digits + 1) << digits << " digits, then byte " << byte;
+    }
+  }
+}
+
+TEST(ReaderFault, IsAtAnyByteAfterAStringThatCannotFollowIt) {
+  for (std::size_t length = 0; length <= 20; ++length) {
+    for (int byte = 0; byte < 256; ++byte) {
+      if (std::string_view(",] \t\n\v\f\r").find(static_cast<char>(byte)) != std::string_view::npos) continue;
+      const std::string text =
+          "[\"" + std::string(length, 'a') + '"' + static_cast<char>(byte) + "123456789]";
+      ASSERT_EQ(FaultOf(text).offset, length + 3) << length << " letters and a quote, then byte " << byte;
+    }
   }
 }
 
