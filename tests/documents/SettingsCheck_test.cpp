@@ -195,6 +195,18 @@ TEST(SettingsCheck, FindsTheEarlierOfTwoEqualGroups) {
   EXPECT_EQ(Problems(text)[0], Problem::kRepeatedGroup);
 }
 
+TEST(SettingsCheck, FindsNothingInTheEntriesOfTheEarlierOfTwoEqualGroups) {
+  EXPECT_EQ(Lines(R"({"Audio":[{"key":"","value":"1"},{"key":"A","value":"1"}],
+"Audio":[7,
+{"key":"","value":"2"},
+{"key":"A","value":"3"}]})"),
+            (Expected{
+                "1:2 Audio: the group is repeated below; only the last one is read",
+                "2:10 Audio[0]: expected an object with \"key\" and \"value\", found a number",
+                "3:8 Audio[1].key: the name is empty",
+            }));
+}
+
 TEST(SettingsCheck, FindsTheEarlierOfTwoEqualMembers) {
   const std::string text = R"({"Audio":[{"key":7,"value":"1","\u006bey":"A","value":"2","x":1,"x":2}]})";
   EXPECT_EQ(Lines(text), (Expected{

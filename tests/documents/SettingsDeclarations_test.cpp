@@ -110,6 +110,8 @@ TEST(SettingsDeclarations, NameEnumeratorsAndConstantsInCamelCase) {
       R"("group":"Video","name":"2nd max_fps","type":"enum","default":"a","values":["a","low-latency","1080p"])"));
   EXPECT_EQ(setting.identifier, "Video2ndMaxFps");
   EXPECT_EQ(setting.enumerators, (Expected{"A", "LowLatency", "1080p"}));
+  EXPECT_EQ(Read(One(R"("group":"Video","name":"az ~zA[09`9Z","type":"int","default":1)")).identifier,
+            "VideoAzZA099Z");
 }
 
 TEST(SettingsDeclarations, AreOneListAcrossDocuments) {
@@ -148,13 +150,14 @@ TEST(SettingsDeclarations, SayWhereADocumentIsNone) {
 }
 
 TEST(SettingsDeclarations, TakeOnlyNamespacesThatAComponentMayHave) {
-  for (const char* name : {"a", "a::b2::c_d", "Media"}) {
+  for (const char* name : {"a", "a::b2::c_d", "Media", "Az09", "zA::Za", "A_a"}) {
     EXPECT_EQ(LinesOf({std::string(R"({"settings":[],"namespace":")") + name + "\"}"}), Expected()) << name;
   }
   for (const char* name :
        {"",         "::a",    "a::",      "a::::b", "2a",     "_a",     "a__b",   "a-b",
         "std",      "std::a", "kalStore", "a::kal", "class",  "a::int", "xor_eq", "alignas",
-        "\xc3\xa4", "assert", "errno",    "linux",  "stdout", "unix",   "EOF",    "a::NULL"}) {
+        "\xc3\xa4", "assert", "errno",    "linux",  "stdout", "unix",   "EOF",    "a::NULL",
+        "a@",       "a[",     "a`",       "a{",     "a/",     "a;b",    "@a",     "{a"}) {
     EXPECT_EQ(LinesOf({std::string(R"({"settings":[],"namespace":")") + name + "\"}"}).size(), 1U) << name;
   }
 }

@@ -41,6 +41,18 @@ TEST(LockedCopyTest, WalksAgainUntilAllFitsAndGivesTheLastWalkAlone) {
   EXPECT_EQ(found, "2c 2after ");
 }
 
+// Its head and sizes take some of the room: one of these strings fills what is left to the last byte.
+TEST(LockedCopyTest, GivesARecordThatJustHasRoom) {
+  for (std::size_t size = 4000; size < 4100; ++size) {
+    LockedCopy<int> copy;
+    const std::string put(size, 'x');
+    copy.Make([&] { copy.Put(1, "", put); });
+    std::string found;
+    copy.ForEach([&](int, std::string_view, std::string_view second) { found += second; });
+    ASSERT_EQ(found, put) << size;
+  }
+}
+
 TEST(LockedCopyTest, AllocatesNothingWhileItIsPutInto) {
   LockedCopy<int> copy;
   const std::string big(100000, 'x');

@@ -79,6 +79,20 @@ TEST_F(JournalDeliveries, ComeAfterTheirSetAndNameIt) {
   }
 }
 
+TEST_F(JournalDeliveries, AreNoneToTheBindingOfTheName) {
+  m_store.BindConfig(kVideo, "MaxFps", [](const KalConfigEvent&) { return ConfigData(30); });
+  Events();
+  EXPECT_EQ(Set(15), kResultNobody);
+  Subscribe([](const KalConfigEvent&) {});
+  EXPECT_EQ(Set(30), kResultOk);
+  const auto sets = Events({JournalKind::kSet});
+  ASSERT_THAT(sets, SizeIs(2));
+  EXPECT_EQ(sets[0].result, kResultNobody);
+  EXPECT_EQ(sets[0].count, 0u);
+  EXPECT_EQ(sets[1].result, kResultOk);
+  EXPECT_EQ(sets[1].count, 1u);
+}
+
 TEST_F(JournalDeliveries, HaveNoNameWhenTheirSetIsOverwritten) {
   int others = 0;
   Subscribe([&](const KalConfigEvent&) {
@@ -223,6 +237,7 @@ TEST_F(JournalDeliveries, InitialOnesFollowTheirSubscription) {
   ASSERT_THAT(KindsOf(events), ElementsAre(JournalKind::kSubscribed, JournalKind::kDelivered));
   EXPECT_EQ(events[1].id, id);
   EXPECT_EQ(events[1].cause, 0u);
+  EXPECT_EQ(events[1].name.text, "MaxFps");
   EXPECT_EQ(ChangeOf(events[1]), "- -> 15");
   EXPECT_EQ(events[1].caller, events[0].caller);
 }

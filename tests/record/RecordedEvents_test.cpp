@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <stdexcept>
 #include <thread>
 
 #include "RecordingTest.h"
 #include "support/Gate.h"
+#include "support/TraceLog.h"
 #include "tessel/tessel.h"
 
 namespace kalStore {
@@ -95,11 +97,15 @@ TEST_F(RecordedEvents, HaveTheNumbersTimesAndThreadsOfTheJournal) {
     const Recording recording(File());
     JournalReader reader;
     CallStore store(kCall, CallStore::kEndsCall);
-    store->SubscribeConfig(kVideo, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+    store->SubscribeConfig(
+        kVideo, "MaxFps",
+        [](const KalConfigEvent&) { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }, nullptr,
+        false);
     std::thread([&] { store->SetKalConfig(kVideo, "MaxFps", 15, false, false); }).join();
     for (JournalEvent event; reader.Next(event);) events.push_back(event);
   }
   ASSERT_EQ(events.size(), 4u);
+  ASSERT_GT(events[3].ranNs, 0);
   const auto lines = Lines();
   double last = 0;
   for (std::size_t i = 0; i < events.size(); ++i) {
@@ -111,10 +117,62 @@ TEST_F(RecordedEvents, HaveTheNumbersTimesAndThreadsOfTheJournal) {
       EXPECT_NEAR(line.Number("t") - lines[1].Number("t"),
                   static_cast<double>(events[i].timeNs - events[0].timeNs) / kSecond, kError);
     }
+    EXPECT_EQ(line.Has("wait_us"), i == 3);
+    EXPECT_EQ(line.Has("run_us"), events[i].ranNs != 0);
     EXPECT_GE(line.Number("t"), last);
     if (line.Get("type") != "deliver") last = line.Number("t");
   }
   EXPECT_EQ(lines.at(4).Get("cause"), std::to_string(events[2].number));
+  constexpr double kNsOfUs = 1000;
+  EXPECT_DOUBLE_EQ(lines[4].Number("wait_us"), static_cast<double>(events[3].waitedNs) / kNsOfUs);
+  EXPECT_DOUBLE_EQ(lines[4].Number("run_us"), static_cast<double>(events[3].ranNs) / kNsOfUs);
+}
+
+TEST_F(RecordedEvents, SayOnWhatWayAChangeWasDelivered) {
+  {
+    const Recording recording(File());
+    const CallStore store(kCall, CallStore::kEndsCall);
+    ACmThread worker("worker"), notStarted("not started");
+    worker.Start();
+    const auto subscribe = [&](ACmThread* thread, bool isPosted) {
+      store->SubscribeConfig(kVideo, "MaxFps", [](const KalConfigEvent&) {}, thread, isPosted);
+    };
+    subscribe(nullptr, false);
+    subscribe(&worker, false);
+    subscribe(&notStarted, true);
+    subscribe(&worker, true);
+    const TraceLog noQueue(0);
+    store->SetKalConfig(kVideo, "MaxFps", 15, false, false);
+    worker.Stop();
+  }
+  std::string ways;
+  for (const RecordedLine& line : OfType("deliver"))
+    ways += line.Get("id") + " " + line.Get("way") + (line.Get("dropped") == "true" ? "dropped" : "") + "; ";
+  EXPECT_EQ(ways, "1 direct; 2 handed over; 3 dropped; 4 posted; ");
+}
+
+// The recording keeps the origins of some labels, and none of a document's place.
+TEST_F(RecordedEvents, SayWhoDidThemForManyLabelsAndPlaces) {
+  constexpr int kLabels = 20;
+  {
+    const Recording recording(File());
+    const CallStore store(kCall, CallStore::kEndsCall);
+    for (int i = 0; i < 2 * kLabels; ++i) {
+      const std::string label = "controller " + std::to_string(i % kLabels);
+      const JournalOrigin origin(label.c_str());
+      store->SetKalConfig(kVideo, "MaxFps", i, false, false);
+    }
+    store->ApplyKalConfigs("{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"},\n{\"key\":\"B\",\"value\":\"2\"}]}");
+  }
+  const auto sets = OfType("set");
+  ASSERT_EQ(sets.size(), 2u * kLabels + 2);
+  for (int i = 0; i < 2 * kLabels; ++i) {
+    EXPECT_EQ(sets[i].Origin("label"), "controller " + std::to_string(i % kLabels));
+    EXPECT_EQ(sets[i].Origin("line"), "");
+  }
+  EXPECT_EQ(sets[2 * kLabels].Origin("line"), "1");
+  EXPECT_EQ(sets[2 * kLabels + 1].Origin("line"), "2");
+  EXPECT_EQ(sets[2 * kLabels].Origin("document"), "");
 }
 
 TEST_F(RecordedEvents, SayWhoDidThem) {
@@ -138,17 +196,22 @@ TEST_F(RecordedEvents, SayWhoDidThem) {
 
 TEST_F(RecordedEvents, SayWhatOfThemIsCut) {
   const std::string name(kJournalLongestValue + 1, 'n'), value(kJournalLongestValue + 1, 'v');
-  const std::string label(kJournalLongestLabel + 1, 'l');
+  const std::string label(kJournalLongestLabel + 1, 'l'), file(kJournalLongestDetail + 1, 'd');
   {
     const Recording recording(File());
     CallStore store(kCall, CallStore::kEndsCall);
     const JournalOrigin origin(label.c_str());
     store->SetKalConfig(kVideo, name.c_str(), ConfigData(value), false, false);
+    const JournalDocument document(file.c_str());
+    store->RemoveKalConfig(kVideo, name.c_str());
+    store->ApplyKalConfigs("{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"}]}");
   }
   const auto sets = OfType("set");
-  ASSERT_EQ(sets.size(), 1u);
+  ASSERT_EQ(sets.size(), 2u);
   EXPECT_EQ(sets[0].Get("cut"), R"(["name","new","label"])");
   EXPECT_EQ(sets[0].Get("new"), value.substr(1));
+  EXPECT_EQ(OfType("remove").at(0).Get("cut"), R"(["name","old","label"])");
+  EXPECT_EQ(sets[1].Get("cut"), R"(["label","document"])");
 }
 
 TEST_F(RecordedEvents, OfAGroupThatIsNoneHaveNoGroup) {

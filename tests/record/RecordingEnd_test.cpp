@@ -39,6 +39,13 @@ TEST_F(RecordingEnd, TurnsTheJournalOffThatItTurnedOn) {
   EXPECT_FALSE(IsJournalOn());
 }
 
+TEST_F(RecordingEnd, DoesNotComeForWantOfRoomInTheJournal) {
+  Recording recording(File(), {.journalCapacity = 0});
+  EXPECT_TRUE(IsJournalOn());
+  EXPECT_EQ(JournalCapacity(), 1u);
+  EXPECT_EQ(recording.Flush(), kResultOk);
+}
+
 TEST_F(RecordingEnd, LeavesAJournalOnThatWasOn) {
   ASSERT_EQ(StartJournal(1024), kResultOk);
   {

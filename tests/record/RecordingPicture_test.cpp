@@ -85,6 +85,40 @@ TEST_F(RecordingPicture, CutsWhatIsTooLongForALine) {
   EXPECT_EQ(sets[1].Get("new").size() % 2, 1u);  // Before a character.
 }
 
+// Whatever the size of its characters and wherever they lie.
+TEST_F(RecordingPicture, CutsAValueBehindTheLastWholeCharacterThatHasRoom) {
+  constexpr std::size_t kLongest = std::size_t{128} << 10;
+  for (const std::string character : {"a", "\u00E9", "\u0800", "\U0001F3A5"}) {
+    for (std::size_t before = 0; before < character.size(); ++before) {
+      std::string value(before, 'x');
+      while (value.size() <= kLongest) value += character;
+      const std::string name = std::to_string(character.size()) + std::to_string(before);
+      m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, name.c_str(), ConfigData(value), false, false);
+    }
+  }
+  {
+    const Recording recording(File());
+  }
+  const auto sets = OfType("set");
+  ASSERT_EQ(sets.size(), 10u);
+  for (const RecordedLine& set : sets) {
+    const std::size_t size = set.Get("name")[0] - '0', before = set.Get("name")[1] - '0';
+    EXPECT_EQ(set.Get("new").size(), kLongest - (kLongest - before) % size) << set.Get("name");
+  }
+}
+
+TEST_F(RecordingPicture, LeavesAValueOfTheLongestSizeWhole) {
+  const std::string value(std::size_t{128} << 10, 'v'), name(std::size_t{32} << 10, 'n');
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, name.c_str(), ConfigData(value), false, false);
+  {
+    const Recording recording(File());
+  }
+  const RecordedLine set = OfType("set").at(0);
+  EXPECT_EQ(set.Get("new").size(), value.size());
+  EXPECT_EQ(set.Get("name").size(), name.size());
+  EXPECT_FALSE(set.Has("cut"));
+}
+
 TEST_F(RecordingPicture, SaysWhoSetAValueLast) {
   ASSERT_EQ(StartJournal(64), kResultOk);
   {

@@ -113,10 +113,33 @@ TEST_F(RecordingStatistics, WritesWhatIsNoNumberInJsonAsAString) {
   {
     const StatsRef<AudioStats> audio(7);
     const Recording recording(File(), {.statisticsInterval = hours(1)});
-    audio->updateAECLevel(std::numeric_limits<float>::infinity(), std::nanf(""), -2.5F);
+    audio->updateAECLevel(-std::numeric_limits<float>::infinity(), std::nanf(""), -2.5F);
   }
   EXPECT_EQ(Members().back(),
-            R"(audio {"sent.aecLevel[0]":"inf","sent.aecLevel[1]":"nan","sent.aecLevel[2]":-2.500000})");
+            R"(audio {"sent.aecLevel[0]":"-inf","sent.aecLevel[1]":"nan","sent.aecLevel[2]":-2.500000})");
+}
+
+TEST_F(RecordingStatistics, WritesTextAsAStringAlsoWhenItLooksLikeANumber) {
+  {
+    const StatsRef<VideoStats> video(7);
+    Recording recording(File(), {.statisticsInterval = hours(1)});
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    video->UpdateAV1Metrics(9, "10", "-1");
+  }
+  EXPECT_EQ(Members().back(), R"(video {"call.av1Metric":9,"call.av1Name1":"10","call.av1Name2":"-1"})");
+}
+
+TEST_F(RecordingStatistics, NameTheKindOfTheirObject) {
+  {
+    const StatsRef<AudioStats> audio(7);
+    const StatsRef<VideoStats> video(7);
+    const StatsRef<ContentVideoStats> contentVideo(7);
+    const StatsRef<ContentAudioStats> contentAudio(7);
+    const Recording recording(File(), {.statisticsInterval = hours(1)});
+  }
+  std::string kinds;
+  for (const RecordedLine& line : OfType("statistics")) kinds += line.Get("entity") + "; ";
+  EXPECT_EQ(kinds, "audio; video; content video; content audio; ");
 }
 
 TEST_F(RecordingStatistics, MayNeverComeByThemselves) {

@@ -62,6 +62,13 @@ TEST_F(StoreAllocations, OfASetNotifiedDirectlyAreOneAfterTheSubscribersChangedA
   }
 }
 
+TEST_F(StoreAllocations, OfASetNotifiedToOneBesideABindingAreNone) {
+  Set("name", "0");
+  Bind("name", [](const KalConfigEvent&) { return ConfigValue("1"); });
+  Subscribe("name", [](const KalConfigEvent&) {});
+  EXPECT_EQ(0U, AllocationsOf([&] { Set("name", "1"); }));
+}
+
 TEST_F(StoreAllocations, OfADynamicReadAreNone) {
   Bind("name", [](const KalConfigEvent&) { return ConfigValue("1"); });
   ConfigData value;

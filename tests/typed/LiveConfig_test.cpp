@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <new>
 #include <optional>
@@ -10,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "ForeignStore.h"
@@ -510,6 +512,35 @@ TEST_F(LiveEnd, OutlivesDestroyKalConfig) {
   const LiveConfig maxFps(*store, kMaxFps);
   kMaxFps.Set(*store, 15);
   DestroyKalConfig();
+  EXPECT_EQ(15, maxFps.Get());
+}
+
+// Of the stores that end together, the one of the highest id ends first.
+TEST_F(LiveEnd, KeepsTheLastValueWhenWhatAnotherStoreOwnedSetsAfterTheEnd) {
+  struct AtEnd {
+    std::function<void()> call;
+    ~AtEnd() { call(); }
+  };
+  const auto subscribe = [](IKalConfig& store, std::function<void()> atEnd) {
+    const auto owned = std::shared_ptr<AtEnd>(new AtEnd{std::move(atEnd)});
+    store.SubscribeConfig(
+        KAL_CONFIG_GROUP_VIDEO, "MinFps", [owned](const KalConfigEvent&) {}, nullptr, false);
+  };
+  IKalConfig* later = nullptr;
+  IKalConfig* earlier = nullptr;
+  CreateKalConfig(kCall, &later);
+  CreateKalConfig(kCall + 1, &earlier);
+  const LiveConfig maxFps(*earlier, kMaxFps);
+  kMaxFps.Set(*earlier, 15);
+  bool hasSet = false;
+  subscribe(*earlier, [&] {
+    subscribe(*later, [&] {
+      kMaxFps.Set(*earlier, 60);
+      hasSet = true;
+    });
+  });
+  DestroyKalConfig();
+  EXPECT_TRUE(hasSet);
   EXPECT_EQ(15, maxFps.Get());
 }
 
