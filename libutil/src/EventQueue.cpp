@@ -96,7 +96,8 @@ void EventQueue::release(Completion* sender, int result) {
 }
 
 void EventQueue::Close() {
-  if ((m_inbox.fetch_or(kClosed, std::memory_order_relaxed) & kSleeping) != 0) wake();
+  m_inbox.fetch_or(kClosed, std::memory_order_relaxed);
+  wake();
 }
 
 bool EventQueue::IsOpen() const {

@@ -61,7 +61,6 @@ class GuardedCallback {
     std::optional<UnwaitedRemoval> unwaited;
     if (m_delivery == Delivery::kByExecutor && RunsOnThisThread() > 0) unwaited.emplace();
     const std::int32_t result = unsubscribe();
-    unwaited.reset();
     awaitPostedRuns(startMs);
     return result;
   }
