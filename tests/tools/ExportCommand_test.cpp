@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "Program.h"
 #include "Recordings.h"
+#include "recording/BufferedFile.h"
 #include "recording/StatisticsTables.h"
 
 namespace {
@@ -152,6 +154,20 @@ TEST(StatisticsTables, LeaveOutMembersThatWereRecordedAfterTheirLineOfNames) {
   tables.Write(statistics(R"({"a":2,"b":3})"));
   tables.Finish();
   EXPECT_EQ(program.Contents("tables/call-7-audio.csv"), "t,\"b\"\n1,1\n1,3\n");
+}
+
+// There may be more tables than files that a process can have open.
+TEST(BufferedFile, IsNotOpenBetweenItsPieces) {
+  const auto openFiles = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  const Program program;
+  const auto before = openFiles();
+  BufferedFile file(program.Path("a"));
+  EXPECT_EQ(openFiles(), before);
+  file.Append(std::string(100000, 'x'));
+  EXPECT_EQ(openFiles(), before);
+  EXPECT_EQ(program.Contents("a"), std::string(100000, 'x'));
 }
 
 TEST(ExportCommand, RefusesWhatItCannotReadOrWrite) {

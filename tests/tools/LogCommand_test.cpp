@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <future>
@@ -450,5 +451,14 @@ TEST(LogCommand, FollowsNoLongerWhenNobodyReads) {
 TEST(LogCommand, ReadsStandardInput) {
   const Finished run = Program().Input(Recording("call")).Run({"log", "-", "--type", "lost", "--follow"});
   EXPECT_EQ(run.out, kLost);
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(LogCommand, FollowsAPipeToItsEnd) {
+  const Finished run = Program()
+                           .LateInput(Recording("cut_off"), std::chrono::milliseconds(1))
+                           .Run({"log", "-", "--type", "recording", "--follow"});
+  EXPECT_EQ(run.out, kBegin);
+  EXPECT_EQ(run.err, "<stdin>:10: the recording ends within this line\n");
   EXPECT_EQ(run.status, 0);
 }

@@ -92,6 +92,10 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 
 Program::Program(Terminal terminal)
     : m_environment{terminal == Terminal::kDumb ? "TERM=dumb" : "TERM=xterm"} {
+  // Which of its changes a mutated program runs, and where it marks those that it reaches.
+  for (const std::string name : {"TESSEL_MUTANT", "TESSEL_MUTANTS_REACHED"}) {
+    if (const char* const value = std::getenv(name.c_str())) m_environment.push_back(name + "=" + value);
+  }
   std::string folder = (std::filesystem::temp_directory_path() / "tessel_test_XXXXXX").string();
   if (::mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no folder for the test");
   m_folder = folder;

@@ -46,7 +46,7 @@ class Program {
   Program& MemoryLimit(std::size_t bytes);
   /// Makes standard error a terminal.
   Program& ErrorsToTerminal();
-  /// Sets a variable, "NAME=value", in an environment that has only TERM otherwise.
+  /// Sets a variable, "NAME=value", in an environment that has only TERM otherwise, and the mutant's number.
   Program& Environment(std::string variable);
 
   /// Sends the program SIGINT once it has made that file.

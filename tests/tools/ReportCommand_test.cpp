@@ -52,6 +52,14 @@ std::vector<std::string> PartsOf(const std::string& page) {
   return parts;
 }
 
+// Columns of one number each, as JSON.
+std::string OneRow(const std::vector<const char*>& names, const std::vector<double>& numbers) {
+  std::string json;
+  for (std::size_t i = 0; i < names.size(); ++i)
+    json += (json.empty() ? "{\"" : ",\"") + std::string(names[i]) + "\":" + PackedColumn({numbers[i]});
+  return json + '}';
+}
+
 // Without dygraphs there is no page to look at.
 class ReportCommand : public testing::Test {
  protected:
@@ -181,6 +189,44 @@ TEST(EmbeddedRecording, HasNoMarkupOfNames) {
 
 TEST(EmbeddedRecording, WritesControlCharactersAndBytesThatAreNoUtf8AsJson) {
   EXPECT_NE(Embedded("a", "\r\1\xE9\"\\é").find(R"("\r\u0001\u00e9\"\\é")"), std::string::npos);
+}
+
+TEST(EmbeddedRecording, HasAColumnForEachMember) {
+  std::string page;
+  {
+    EmbeddedRecording recording(page, 0, "a");
+    for (const char* const line :
+         {R"({"type":"statistics","t":1,"number":2,"cause":3,"call":4,"id":5,"told":6,"count":7,"wait_us":8,)"
+          R"("run_us":9,"group":"Video","name":"n","old":"o","new":"w","result":"told","way":"direct",)"
+          R"("threw":"x","entity":"audio","event":"ended","wall":"l","reason":"r","transient":true,)"
+          R"("dropped":true,"picture":true,"cut":["old","new"],"hidden":["name"],)"
+          R"("origin":{"module":"m","symbol":"s","label":"b","document":"d","line":10,"column":11},)"
+          R"("members":{"p":12,"q":"t"}})",
+          R"({"type":"deliver","t":13,"number":14,"call":15,"id":16,"way":"posted","old":"y","new":"z"})"}) {
+      RecordingEvent event;
+      ASSERT_EQ(ReadRecordingLine(line, event), "");
+      recording.Add(event);
+    }
+  }
+  // Values are places in the list, and the members are in columns of their own.
+  EXPECT_EQ(
+      PartsOf(page),
+      std::vector<std::string>{
+          R"({"list":["statistics","Video","n","o","w","told","direct","x","audio","ended","l","r",true,)"
+          R"(["old","new"],["name"],)"
+          R"({"module":"m","symbol":"s","label":"b","document":"d","line":10,"column":11},)"
+          R"("p","q","t","deliver","posted"],"order":)" +
+          PackedColumn({0, 1}) + R"(,"tables":[{"numbers":)" +
+          OneRow({"t", "number", "cause", "call", "id", "told", "count", "wait_us", "run_us", "sizes"},
+                 {1, 2, 3, 4, 5, 6, 7, 8, 9, 2}) +
+          ",\"values\":" +
+          OneRow({"type", "group", "name", "old", "new", "result", "way", "threw", "entity", "event", "wall",
+                  "reason", "transient", "dropped", "picture", "cut", "hidden", "origin"},
+                 {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 12, 12, 13, 14, 15}) +
+          ",\"names\":" + PackedColumn({16, 17}) + ",\"areTexts\":" + PackedColumn({0, 1}) + ",\"members\":" +
+          PackedColumn({12, 18}) + R"(},{"numbers":)" + OneRow({"t", "call", "id"}, {13, 15, 16}) +
+          ",\"values\":" + OneRow({"type", "way"}, {19, 20}) + ",\"names\":" + PackedColumn({}) +
+          ",\"areTexts\":" + PackedColumn({}) + ",\"members\":" + PackedColumn({}) + "}]}"});
 }
 
 TEST(EmbeddedRecording, WritesALongRecordingInParts) {

@@ -200,7 +200,7 @@ std::string ReadMembers(const json::Object& object, RecordingEvent& event) {
   reader.Read("wait_us", event.waitUs);
   reader.Read("run_us", event.runUs);
   reader.Read("threw", event.thrown);
-  reader.Read("thread", event.thread, kLargestExact * 2048);  // An address, on some systems.
+  reader.Read("thread", event.thread, kLargestExact * 1024);  // An address, on some systems.
   reader.Read("entity", event.entity, {"audio", "video", "content video", "content audio"});
   reader.Read("members", event.members);
   reader.Read("picture", event.isPicture);
