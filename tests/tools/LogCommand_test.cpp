@@ -381,12 +381,16 @@ TEST(LogCommand, LooksForNoMoreFilesOfASetThanThereAre) {
 
 TEST(LogCommand, NamesTheFileOfASetThatIsDamagedAndReadsTheNext) {
   Program program;
-  MakeSet(program).File("set/a.tessel.1", RecordingPart(1) + "{}\n" + RecordingPart(1).substr(0, 20));
+  MakeSet(program)
+      .File("set/a.tessel.1", RecordingPart(1) + "{}\n" + RecordingPart(1).substr(0, 20))
+      .File("set/a.tessel.2", RecordingPart(2) + "[]\n" + RecordingPartEnd(2));
   const Finished run = program.Run({"log", "set/a.tessel", "--json"});
   EXPECT_EQ(run.out,
             RecordingPart(1) + RecordingPart(2) + RecordingPartEnd(2) + RecordingPart(3) + kLastPartEnd);
   EXPECT_EQ(run.err,
-            "set/a.tessel.1:3: type: missing\nset/a.tessel.1:4: the recording ends within this line\n");
+            "set/a.tessel.1:3: type: missing\n"
+            "set/a.tessel.1:4: the recording ends within this line\n"
+            "set/a.tessel.2:3: expected an object\n");
   EXPECT_EQ(run.status, 2);
 }
 

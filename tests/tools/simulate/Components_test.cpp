@@ -214,10 +214,13 @@ TEST_F(SimulatedComponents, VideoSenderSendsAnIdrFrameNowAndThen) {
   VideoSender sender(call);
   sender.Start();
   Set(simulate::kTargetFps, simulate::kMostFps);
-  while (SentVideo().layer[0].idrSent == 0) Work(sender);
-  const kalStore::st_KalVideoLayer layer = SentVideo().layer[0];
-  EXPECT_EQ(layer.idrSent, layer.counter / 90);
-  EXPECT_EQ(layer.idrRequests, layer.idrSent);
+  kalStore::st_KalVideoLayer layer{};
+  while (layer.idrSent == 0) {
+    Work(sender);
+    layer = SentVideo().layer[0];
+    ASSERT_EQ(layer.idrSent, layer.counter / 90);
+    ASSERT_EQ(layer.idrRequests, layer.idrSent);
+  }
 }
 
 TEST_F(SimulatedComponents, VideoSenderSendsATenthMoreAgainstLosses) {
