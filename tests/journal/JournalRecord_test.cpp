@@ -69,6 +69,19 @@ TEST(JournalRecord, KeepsEveryMember) {
   EXPECT_EQ(Recorded(entry).document.text, "");
 }
 
+TEST(JournalRecord, KeepsEachNumberOfADeliveryAlone) {
+  constexpr auto kDelivered = JournalKind::kDelivered;
+  for (const JournalEntry& entry :
+       {JournalEntry{.kind = kDelivered, .id = 1}, JournalEntry{.kind = kDelivered, .cause = 2},
+        JournalEntry{.kind = kDelivered, .waitedNs = 3}, JournalEntry{.kind = kDelivered, .ranNs = 4}}) {
+    const JournalEvent event = Recorded(entry);
+    EXPECT_EQ(event.id, entry.id);
+    EXPECT_EQ(event.cause, entry.cause);
+    EXPECT_EQ(event.waitedNs, entry.waitedNs);
+    EXPECT_EQ(event.ranNs, entry.ranNs);
+  }
+}
+
 TEST(JournalRecord, HasTheTypeOfAStatisticsObject) {
   const JournalEvent event = Recorded({.kind = JournalKind::kStatisticsEnded, .entityType = 2});
   EXPECT_EQ(event.entityType, 2);

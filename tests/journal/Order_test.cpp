@@ -106,6 +106,27 @@ TEST_F(JournalOrder, LetsReadersWaitForASetThatIsNotWrittenYet) {
   EXPECT_EQ(events[0].number, m_first);
 }
 
+TEST_F(JournalOrder, LetsReadersWaitForHalfARingAndCountsWhatIsStillNotWrittenThen) {
+  StopJournal();
+  StartJournal(16);
+  m_reader = JournalReader(NextJournalNumber());
+  {
+    const InTraceLine within("fireEvents", [this] {
+      set_external_trace_mask(0);
+      for (int i = 1; i < 8; ++i) m_store.SetKalConfig(kVideo, "Other", i, false, false);
+      EXPECT_TRUE(Events().empty());
+      EXPECT_EQ(m_reader.Missed(), 0u);
+      m_store.SetKalConfig(kVideo, "Other", 8, false, false);
+      const auto events = Events();
+      ASSERT_EQ(events.size(), 8u);
+      EXPECT_EQ(events[0].missed, 1u);
+      EXPECT_EQ(events[0].newValue->text, "1");
+    });
+    m_store.SetKalConfig(kVideo, "Key", 1, false, false);
+  }
+  EXPECT_TRUE(Events().empty());
+}
+
 TEST_F(JournalOrder, HasTheSetThatFailedOnceItsValueWasStored) {
   const std::string name(100, 'n');
   for (std::size_t n = 1;; ++n) {
