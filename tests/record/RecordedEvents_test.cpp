@@ -91,6 +91,28 @@ TEST_F(RecordedEvents, AreWhatTheCallDid) {
           "unsubscribe call=7 group=Metrics name=Load id=2"));
 }
 
+TEST_F(RecordedEvents, AreAlsoWhatComesToNothing) {
+  {
+    const Recording recording(File());
+    const CallStore store(kCall, CallStore::kEndsCall);
+    const CallStore shared(kCall);
+    store->SubscribeConfig(kVideo, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+    ConfigData value;
+    store->GetDynamicConfig(kVideo, "MaxFps", value, {});
+    store->RemoveKalConfig(kVideo, "MaxFps");
+    store->RemoveKalConfigByGroup(kVideo);
+    store->ApplyKalConfigs("{}");
+  }
+  EXPECT_THAT(
+      Events(),
+      ElementsAre("call event=made call=7 references=2", "call event=shared call=7 references=3",
+                  "subscribe call=7 group=Video name=MaxFps id=1",
+                  "bind event=asked call=7 group=Video name=MaxFps result=refused",
+                  "remove call=7 group=Video name=MaxFps count=0", "remove call=7 group=Video count=0",
+                  "apply call=7 count=0", "call event=cleaned up call=7 references=1",
+                  "call event=ended call=7 references=0", "unsubscribe call=7 group=Video name=MaxFps id=1"));
+}
+
 TEST_F(RecordedEvents, HaveTheNumbersTimesAndThreadsOfTheJournal) {
   std::vector<JournalEvent> events;
   {
