@@ -126,6 +126,44 @@ MODEL_SCENARIO(JournalStartIsCountedBeforeItsEvents) {
   starter.join();
 }
 
+// What a writer had written before it drew a later number is there for whoever finds that one drawn.
+MODEL_SCENARIO(JournalHasAllOfOneWriter) {
+  KalConfig store(7);
+  StartJournal(2);
+  std::thread setter([&] {
+    SetInJournal(store, "First", 1);
+    SetInJournal(store, "Second", 2);
+  });
+  JournalReader reader;
+  JournalEvent event;
+  while (reader.Next(event)) {
+    CheckInJournal(event);
+    Check(event.missed == 0, "nothing is missed");
+  }
+  Check(reader.Missed() == 0, "nothing is missed");
+  setter.join();
+}
+
+// A reader that begins with a start has the ring of that start.
+MODEL_SCENARIO(JournalReaderBeginsBesideAStart) {
+  KalConfig store(7);
+  StartJournal(1);
+  const std::uint64_t before = NextJournalNumber();
+  SetInJournal(store, "First", 1);
+  std::thread starter([&] {
+    StopJournal();
+    StartJournal(8);
+    SetInJournal(store, "Second", 2);
+    SetInJournal(store, "Third", 3);
+  });
+  JournalReader reader;
+  JournalEvent event;
+  bool hasRead = reader.Next(event);
+  starter.join();
+  if (!hasRead) hasRead = reader.Next(event);
+  Check(hasRead && (event.missed == 0 || event.number - event.missed == before), "nothing of it is missed");
+}
+
 // A ring of one place: each writer is a lap ahead of the one before.
 MODEL_SCENARIO(JournalOfOnePlaceIsReadBesideAWriter) {
   KalConfig store(7);
