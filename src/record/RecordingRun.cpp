@@ -202,7 +202,6 @@ void RecordingRun::record() {
     answer(request.flush);
   }
   appendLost(m_pending);
-  add();
   appendEnd(m_pending, nullptr, sinceStart());
   write();
   const Lock lock(m_mutex);
