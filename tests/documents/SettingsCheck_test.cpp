@@ -270,6 +270,29 @@ TEST(SettingsCheck, FindsNamesThatAreNotKnown) {
   EXPECT_EQ(finding.nearest, "Bitrate");
 }
 
+TEST(SettingsCheck, TakesTwoLettersThatChangedPlacesForOneWrongLetter) {
+  const kalStore::SettingsNames known = {{kalStore::KAL_CONFIG_GROUP_AUDIO, {"Dtxy"}}};
+  for (const char* name : {"tDxy", "Dxty", "Dtyx", "TDxy"}) {
+    const auto findings =
+        CheckSettings(R"({"Audio":[{"key":")" + std::string(name) + R"(","value":"1"}]})", known);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].nearest, "Dtxy") << name;
+  }
+}
+
+// A letter may have changed its place with the one before it, and a value ends before the name begins.
+TEST(SettingsCheck, SuggestsTheNearestNameWhateverComesBeforeIt) {
+  const kalStore::SettingsNames known = {
+      {kalStore::KAL_CONFIG_GROUP_AUDIO, {"Known", "zzpqcdefg", "pcdxyg"}}};
+  for (const char last : {'q', 'r'}) {
+    const auto findings = CheckSettings(
+        std::string(R"({"Audio":[{"key":"Known","value":")") + last + R"("},{"key":"pcdefg","value":"1"}]})",
+        known);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].nearest, "pcdxyg") << last;
+  }
+}
+
 TEST(SettingsCheck, FindsValuesThatAToggleCannotHave) {
   const std::string text = R"({"Feature":[
 {"key":"EnableMusicDetection","value":"off"},

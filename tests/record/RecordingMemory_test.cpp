@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <optional>
+#include <thread>
 
 #include "RecordingTest.h"
 #include "support/AllocationCount.h"
@@ -81,6 +82,25 @@ TEST_F(RecordingMemory, ThatRunsOutLeavesWholeFilesAndCountsWhatIsMissing) {
   EXPECT_GT(failed, 20u);
   EXPECT_EQ(m_reason, "");
   EXPECT_EQ(trace.Count("reason=std::bad_alloc"), failed);
+}
+
+// The first line that is not whole is that of the large value.
+TEST_F(RecordingMemory, ThatRunsOutInThePictureLeavesTheReasonAlone) {
+  const TraceLog trace(0);
+  const CallStore store(7, CallStore::kEndsCall);
+  store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "Large", ConfigData(std::string(100'000, 'x')), false, false);
+  {
+    std::optional<FailAllocation> first;  // Begins and fails on the recording's thread.
+    const Recording recording(File(), {.filter = [&](auto, auto, auto) {
+                                if (!first) first.emplace(1);
+                                return RecordingShows::kAll;
+                              }});
+    while (recording.IsOn()) std::this_thread::yield();
+  }
+  const std::vector<RecordedLine> lines = Lines();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].Get("event"), "ended");
+  EXPECT_EQ(lines[0].Get("reason"), "std::bad_alloc");
 }
 
 }  // namespace

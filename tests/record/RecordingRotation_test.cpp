@@ -82,6 +82,17 @@ TEST_F(RecordingRotation, HasTheLastFilesOfThatSizeWithNothingMissing) {
   EXPECT_EQ(value, std::to_string(kSets));
 }
 
+TEST_F(RecordingRotation, HasFilesThatOnlyTheirOwnerMayReadAndWrite) {
+  {
+    Recording recording(File(), {.largestFile = kLargest, .files = 2});
+    SetOften(recording, 100);
+  }
+  using std::filesystem::perms;
+  for (const std::string& file : {File(), Part(std::stoul(Lines().front().Get("part")) - 1)}) {
+    EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
+  }
+}
+
 TEST_F(RecordingRotation, BeginsEachFileWithAPicture) {
   {
     CallStore store(8, CallStore::kEndsCall);
