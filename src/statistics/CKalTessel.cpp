@@ -119,7 +119,7 @@ inline CKalTessel::Entry* CKalTessel::find(const Key& key) {
 void Registration::Enter(CKalTessel& registry, KalTesselEntityType type, std::uint32_t callId) {
   m_type = type;
   m_callId = callId;
-  m_registry.store(&registry);
+  m_registry.store(&registry, std::memory_order_relaxed);  // Nobody else has the object yet.
 }
 
 // The end is numbered before the other object is made. Its event is written by the thread on which it ends.

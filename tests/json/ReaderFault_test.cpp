@@ -40,6 +40,8 @@ TEST(ReaderFault, IsAtTheFirstByteThatDoesNotFit) {
       {"[1e+x]", 4, "expected a digit"},
       {"[01]", 2, "expected ',' or ']'"},
       {"[\"a\\x\"]", 4, "unknown escape in a string"},
+      {"{\"a\\1}", 4, "unknown escape in a string"},
+      {"{\"a", 3, "the string is not closed"},
       {"[\"\\u00g0\"]", 6, "expected four hexadecimal digits after \\u"},
       // the first of two faults, though the string is not closed either
       {"[\"a\\x", 4, "unknown escape in a string"},

@@ -28,6 +28,14 @@ void TraceText(const std::string& text) {
   util_adapter_trace(0, "UTIL", text.c_str(), static_cast<unsigned int>(text.size()));
 }
 
+/// A line whose pieces all differ.
+std::string LongLine(std::size_t size) {
+  std::string line(size, ' ');
+  std::size_t place = 0;
+  for (char& letter : line) letter = static_cast<char>('a' + place++ % 23);
+  return line;
+}
+
 /// Standard error is a pipe as long as this lives.
 class ErrorPipe {
  public:
@@ -202,7 +210,7 @@ TEST(StandardError, ThatNobodyReadsCutsALongLineOff) {
 
 TEST(StandardError, HasALineAsAWholeThatIsLongerThanThePipe) {
   const ErrorPipe pipe;
-  const std::string line(std::size_t{64} * PIPE_BUF + 1, 'a');
+  const std::string line = LongLine(std::size_t{64} * PIPE_BUF + 1);
   std::string text;
   std::thread reader([&] {
     while (text.find('\n') == std::string::npos) text += pipe.ReadPart();
@@ -216,7 +224,7 @@ TEST(StandardError, HasALineAsAWholeThatIsLongerThanThePipe) {
 
 TEST(StandardError, IsAwaitedForASecondByEachPieceOfALine) {
   const ErrorPipe pipe;
-  const std::string line(3 * std::size_t{PIPE_BUF}, 'a');
+  const std::string line = LongLine(3 * std::size_t{PIPE_BUF});
   {
     const LateReader reader;
     TraceText(line);
@@ -227,7 +235,7 @@ TEST(StandardError, IsAwaitedForASecondByEachPieceOfALine) {
 TEST(StandardError, WhoseRoomAnotherTakesIsWaitedFor) {
   const ErrorPipe pipe;
   fcntl(STDERR_FILENO, F_SETFL, O_NONBLOCK);
-  const std::string line(2 * std::size_t{PIPE_BUF}, 'a');
+  const std::string line = LongLine(2 * std::size_t{PIPE_BUF});
   for (const bool isFullAtOnce : {true, false}) {
     int looks = isFullAtOnce ? 1 : 0;
     std::string text;

@@ -73,6 +73,20 @@ TEST_F(Calls, MoveWithTheirReferenceAndRole) {
   EXPECT_EQ(GetKalConfigSizeForUT(), 1U);
 }
 
+TEST_F(Calls, TakeTheRoleOfWhatIsAssigned) {
+  CallStore call(kCall);
+  call = CallStore(kCall + 1, CallStore::kEndsCall);
+  {
+    CallStore other(kCall + 2, CallStore::kEndsCall);
+    other = CallStore(kCall + 3);
+  }
+  EXPECT_EQ(GetKalConfigSizeForUT(), 3U);  // The last one's call goes on, as the first one's does.
+  {
+    const CallStore ended = std::move(call);
+  }
+  EXPECT_EQ(GetKalConfigSizeForUT(), 2U);
+}
+
 TEST_F(Calls, MayEndOnAnotherThreadWhileTheStoreIsInUse) {
   for (int i = 0; i < 100; ++i) {
     const CallStore user(kCall);
