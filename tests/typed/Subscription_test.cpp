@@ -421,14 +421,17 @@ TEST_F(Subscriptions, OwnedByACallbackOfTheSameFacadeEndWithItWhetherOrNotItIsBo
   const KalConfigGroup kOwner = KAL_CONFIG_GROUP_VIDEO;
   for (const std::uint32_t callId : {kCall, kNoCallId}) {
     for (const KalConfigGroup owned : {KAL_CONFIG_GROUP_AUDIO, kOwner, KAL_CONFIG_GROUP_UNIT_TEST}) {
-      std::weak_ptr<Subscription> watch;
-      {
-        KalConfigHelper facade(callId);
-        auto subscription = std::make_shared<Subscription>(facade, owned, "B", [](const KalConfigEvent&) {});
-        watch = subscription;
-        facade.SubscribeConfig("A", [subscription](const KalConfigEvent&) {}, kOwner);
+      for (const char* owner : {"A", "C"}) {
+        std::weak_ptr<Subscription> watch;
+        {
+          KalConfigHelper facade(callId);
+          auto subscription =
+              std::make_shared<Subscription>(facade, owned, "B", [](const KalConfigEvent&) {});
+          watch = subscription;
+          facade.SubscribeConfig(owner, [subscription](const KalConfigEvent&) {}, kOwner);
+        }
+        EXPECT_TRUE(watch.expired()) << callId << ", " << owned << ", " << owner;
       }
-      EXPECT_TRUE(watch.expired()) << callId << ", " << owned;
     }
   }
 }
