@@ -252,7 +252,7 @@ def journal_is_on():
 
 def journal_next():
     """The number that the next event will have."""
-    return int(sole(variable("kalStore::internal::(anonymous namespace)::g_next")))
+    return int(sole(variable("kalStore::internal::g_journalNext")))
 
 
 def journal_begin():
@@ -262,7 +262,7 @@ def journal_begin():
 
 def journal_ring():
     """Where the records are; None before the first start."""
-    pointer = sole(variable("kalStore::internal::(anonymous namespace)::g_ring"))
+    pointer = sole(variable("kalStore::internal::g_journalRing"))
     if pointer == 0:
         return None
     ring = target(pointer)

@@ -19,7 +19,7 @@ namespace kalStore {
 namespace internal {
 class LiveRegistration;
 class LiveRegistrations;
-struct JournalEntry;
+struct SetInJournal;
 struct StoreParts;
 }  // namespace internal
 
@@ -99,7 +99,7 @@ class TESSEL_API KalConfig : public IKalConfig {
                                                           const char* name, ConfigData&& value,
                                                           bool bForceNotify, bool bTransient);
   [[gnu::visibility("hidden")]] std::int32_t fireInJournal(ObserverMgr& observers,
-                                                           internal::JournalEntry& set, const char* name,
+                                                           internal::SetInJournal& set, const char* name,
                                                            ConfigValue&& oldValue, ConfigValue&& newValue,
                                                            bool bForceNotify);
   [[gnu::visibility("hidden")]] std::int32_t invokeInJournal(const void* caller, const char* name,

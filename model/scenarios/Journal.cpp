@@ -24,9 +24,10 @@ std::size_t RecordWords(std::uint64_t number) {
 }
 
 void WriteRecord(JournalRing& ring, std::uint64_t number) {
-  ring.Write(number, [number](JournalRing::PlaceWords& words) {
-    for (std::size_t i = 0; i < RecordWords(number); ++i) words[i].store(number, std::memory_order_release);
-  });
+  JournalRing::PlaceWords* const words = ring.Begin(number);
+  if (words == nullptr) return;
+  for (std::size_t i = 0; i < RecordWords(number); ++i) (*words)[i].store(number, std::memory_order_release);
+  ring.End(number);
 }
 
 JournalRing::Found ReadRecord(const JournalRing& ring, std::uint64_t number) {

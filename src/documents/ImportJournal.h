@@ -16,8 +16,7 @@ class ImportJournal {
   /// Calls `import`, which returns the import's result, and writes the event of the whole.
   template <class Import>
   std::int32_t Run(Import import) {
-    std::int64_t endNs = 0;
-    RunInJournal(m_entry, endNs, [&] { m_entry.result = import(); });
+    RunInJournal(m_entry, [&] { m_entry.result = import(); });
     return m_entry.result;
   }
 

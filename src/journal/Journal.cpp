@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "journal/JournalState.h"
+#include "journal/JournalWriter.h"
 #include "tessel/locking.h"
 
 namespace kalStore {
@@ -15,14 +16,12 @@ namespace kalStore {
 namespace internal {
 
 alignas(64) constinit std::atomic<bool> g_isJournalOn{false};
+alignas(128) constinit std::atomic<std::uint64_t> g_journalNext{1};
+alignas(128) constinit std::atomic<JournalRing*> g_journalRing{nullptr};
 
 namespace {
 
-// The running number, which every writer changes, on a pair of cache lines of its own: processors fetch both.
-alignas(128) constinit std::atomic<std::uint64_t> g_next{1};
-
-alignas(128) constinit std::atomic<JournalRing*> g_ring{nullptr};
-constinit std::atomic<std::uint64_t> g_ringBegin{1};    // The first number that is in g_ring, or was.
+constinit std::atomic<std::uint64_t> g_ringBegin{1};    // The first number that is in g_journalRing, or was.
 constinit std::atomic<std::uint64_t> g_startNumber{1};  // The first number since the last start.
 constinit std::atomic<std::uint64_t> g_starts{0};
 
@@ -49,32 +48,14 @@ bool IsLastStart(std::uint64_t start) TESSEL_LOCKING(requires_capability(g_start
 
 }  // namespace
 
-// Two numbers that are drawn under one lock have the order in which it was held: what happens before a change
-// of a variable comes before it in the variable's order, too.
-std::uint64_t DrawJournalNumber() noexcept {
-  const std::uint64_t number = g_next.fetch_add(1, std::memory_order_acq_rel);
-  const JournalRing* const ring = g_ring.load(std::memory_order_acquire);
-  if (ring != nullptr) ring->Prefetch(number);
-  return number;
-}
-
-// The number comes first, then the ring: a number from g_ringBegin on was drawn after the start that
-// published the ring had drawn that one in the same order, by operations that acquire and release, so it is
-// written in that ring, or in a later one.
 std::uint64_t WriteJournal(const JournalEntry& entry) noexcept {
-  const std::uint64_t number =
-      entry.number != 0 ? entry.number : g_next.fetch_add(1, std::memory_order_acq_rel);
-  JournalRing* const ring = g_ring.load(std::memory_order_acquire);
-  // The switch is read without order: its change may be seen before that of the ring.
-  if (ring == nullptr) return number;
-  ring->Write(number, [&](JournalRing::PlaceWords& words) { Encode(entry, words); });
-  return number;
+  return WriteJournalHere(entry);
 }
 
 JournalState CurrentJournal() {
   // The ring before its first number: one that is newer than the ring only makes events of it missed.
-  const JournalRing* const ring = g_ring.load(std::memory_order_acquire);
-  return {ring, g_ringBegin.load(std::memory_order_acquire), g_next.load(std::memory_order_acquire)};
+  const JournalRing* const ring = g_journalRing.load(std::memory_order_acquire);
+  return {ring, g_ringBegin.load(std::memory_order_acquire), g_journalNext.load(std::memory_order_acquire)};
 }
 
 std::uint64_t JournalStartNumber() {
@@ -95,12 +76,12 @@ std::int32_t StartOwnJournal(std::size_t capacity, std::uint64_t& start) {
   const detail::Lock lock(g_startMutex);
   if (JournalIsOn()) return kResultUnchanged;
   JournalRing& ring = RingOf(capacity);
-  const bool isAnother = g_ring.load(std::memory_order_relaxed) != &ring;
-  g_ring.store(&ring, std::memory_order_release);
+  const bool isAnother = g_journalRing.load(std::memory_order_relaxed) != &ring;
+  g_journalRing.store(&ring, std::memory_order_release);
   // Relaxed: whoever acquires a number that was drawn since the start finds it counted, by the next step.
   start = g_starts.fetch_add(1, std::memory_order_relaxed) + 1;
   // Draws no number, but takes its turn among those who do.
-  const std::uint64_t first = g_next.fetch_add(0, std::memory_order_acq_rel);
+  const std::uint64_t first = g_journalNext.fetch_add(0, std::memory_order_acq_rel);
   if (isAnother) g_ringBegin.store(first, std::memory_order_release);
   g_startNumber.store(first, std::memory_order_release);
   JournalNowNs();  // The stretch begins over which the rate of its counter is measured.
@@ -127,12 +108,12 @@ std::uint64_t JournalStarts() {
 }
 
 std::size_t JournalCapacity() {
-  const JournalRing* const ring = g_ring.load(std::memory_order_acquire);
+  const JournalRing* const ring = g_journalRing.load(std::memory_order_acquire);
   return ring == nullptr ? 0 : static_cast<std::size_t>(ring->Capacity());
 }
 
 std::uint64_t NextJournalNumber() {
-  return g_next.load(std::memory_order_acquire);
+  return g_journalNext.load(std::memory_order_acquire);
 }
 
 }  // namespace kalStore

@@ -6,6 +6,7 @@
 
 #include "journal/JournalClock.h"
 #include "journal/JournalRecord.h"
+#include "journal/JournalRing.h"
 
 namespace kalStore::internal {
 
@@ -20,9 +21,23 @@ inline bool JournalIsOn() {
   return g_isJournalOn.load(std::memory_order_relaxed);
 }
 
+/// The running number, which every writer changes, on a pair of cache lines of its own: processors fetch
+/// both.
+[[gnu::visibility("hidden")]] alignas(128) extern constinit std::atomic<std::uint64_t> g_journalNext;
+/// The ring of the last start; null: there was none yet.
+[[gnu::visibility("hidden")]] alignas(128) extern constinit std::atomic<JournalRing*> g_journalRing;
+
 /// Draws the number of an event that is written later: under the lock that orders what happened. Whatever
 /// happens meanwhile, the number must then be written: readers wait for it.
-std::uint64_t DrawJournalNumber() noexcept;
+///
+/// Two numbers that are drawn under one lock have the order in which it was held: what happens before a
+/// change of a variable comes before it in the variable's order, too.
+inline std::uint64_t DrawJournalNumber() {
+  const std::uint64_t number = g_journalNext.fetch_add(1, std::memory_order_acq_rel);
+  const JournalRing* const ring = g_journalRing.load(std::memory_order_acquire);
+  if (ring != nullptr) ring->Prefetch(number);
+  return number;
+}
 
 /// Writes an event; also when the journal has just been stopped. Returns its number. REQUIRES: the journal
 /// was on once.

@@ -42,8 +42,6 @@ struct JournalEntry {
   const char* thrown = nullptr;  ///< null: nothing; an event of a document's entry has none
 };
 
-/// Puts an entry into the words of a place, its strings cut.
-void Encode(const JournalEntry& entry, JournalRing::PlaceWords& words);
 /// How many words a record has with this first one.
 std::size_t RecordSize(std::uint64_t first);
 /// Makes an event of the words; all but its number and what was missed.

@@ -50,23 +50,8 @@ class JournalRing {
     __builtin_prefetch(lines, 1);
     __builtin_prefetch(lines + 64, 1);
   }
-  /// Writes the record of a number, or loses it: `fill` stores the words.
-  template <class Fill>
-  void Write(std::uint64_t number, Fill fill) {
-    PlaceWords* const words = Begin(number);
-    if (words == nullptr) return;
-    fill(*words);
-    End(number);
-  }
-  /// How many words a record has, as its first one says. That may be of a later record, which then is found
-  /// to have come.
-  using Size = std::size_t (*)(std::uint64_t first);
-  /// Reads the record of a number: as many words as it has. The others have any value.
-  Found Read(std::uint64_t number, Words& words, Size size) const;
-
-  // The steps of Write(), apart for the tests.
-
-  // Null: lost. Taking the place acquires: the words of its last record were stored before.
+  /// Begins to write the record of a number; null: it is lost. Taking the place acquires: the words of its
+  /// last record were stored before.
   PlaceWords* Begin(std::uint64_t number) {
     Place& place = placeOf(number);
     std::uint64_t found = place.state.load(std::memory_order_relaxed);
@@ -80,11 +65,17 @@ class JournalRing {
                                                 std::memory_order_relaxed));
     return &place.words;
   }
-  // Releases, for the next writer of the place and for readers. Nobody else changes the state of a record
-  // that is being written.
+  /// Ends the record that was begun. Releases, for the next writer of the place and for readers. Nobody else
+  /// changes the state of a record that is being written.
   void End(std::uint64_t number) {
     placeOf(number).state.store(number << 1 | kWhole, std::memory_order_release);
   }
+
+  /// How many words a record has, as its first one says. That may be of a later record, which then is found
+  /// to have come.
+  using Size = std::size_t (*)(std::uint64_t first);
+  /// Reads the record of a number: as many words as it has. The others have any value.
+  Found Read(std::uint64_t number, Words& words, Size size) const;
 
  private:
   static constexpr std::uint64_t kWhole = 1;  // The lowest bit of a state; the number is above it.

@@ -7,32 +7,29 @@
 
 namespace kalStore::internal {
 
-/// Calls `function`, and then `write`: also when it throws. The entry then has what it threw, which leaves
-/// here.
+/// Calls `function`, and then `write` with what it threw, which then leaves here; null: nothing.
 template <class Function, class Write>
-void RunAndWrite(JournalEntry& entry, Function function, Write write) {
+void RunAndWrite(Function function, Write write) {
   try {
     function();
   } catch (const std::exception& error) {
-    entry.thrown = error.what();
-    write();
+    write(error.what());
     throw;
   } catch (...) {
-    entry.thrown = "not a std::exception";
-    write();
+    write("not a std::exception");
     throw;
   }
-  write();
+  write(nullptr);
 }
 
 /// Calls a function and writes the entry of it: how long it ran, and what it threw, which leaves here.
-/// `entry.timeNs` is when it begins, `endNs` receives when it ended, in any case. `function` may complete the
-/// entry. REQUIRES: a ComponentScope around, if it is a component's.
+/// `entry.timeNs` is when it begins. `function` may complete the entry. REQUIRES: a ComponentScope around, if
+/// it is a component's.
 template <class Function>
-void RunInJournal(JournalEntry& entry, std::int64_t& endNs, Function function) {
-  RunAndWrite(entry, function, [&] {
-    endNs = JournalNowNs();
-    entry.ranNs = endNs - entry.timeNs;
+void RunInJournal(JournalEntry& entry, Function function) {
+  RunAndWrite(function, [&](const char* thrown) {
+    entry.ranNs = JournalNowNs() - entry.timeNs;
+    entry.thrown = thrown;
     WriteJournal(entry);
   });
 }

@@ -104,14 +104,13 @@ bool internal::NotifyInJournal(ConfigEventHandler& handler, const KalConfigEvent
         [&] {
           // A trace sink may have taken its time since.
           if (IsTraced(1)) change.nowNs = JournalNowNs();
-          JournalEntry entry = change.Delivery(handler.m_SubscribeId, event);
-          entry.way = JournalWay::kDirect;
-          RunInJournal(entry, change.nowNs, [&] { handler.m_fnNotify(event); });
+          change.Run(handler.m_SubscribeId, JournalWay::kDirect, event, [&] { handler.m_fnNotify(event); });
         },
         [&](JournalWay asked) {
           return new SwitchEventInJournal(change, handler.m_SubscribeId, asked, event, handler.m_fnNotify);
         });
-    if (way == JournalWay::kDropped) WriteJournal(change.Delivery(handler.m_SubscribeId, event));
+    if (way == JournalWay::kDropped)
+      change.WriteDelivery(handler.m_SubscribeId, way, event, change.nowNs, nullptr);
     if (way != JournalWay::kDirect) change.nowNs = JournalNowNs();
     return way;
   });

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "journal/JournalRun.h"
 #include "store/CSwitchThreadEvent.h"
@@ -19,23 +19,30 @@ struct ChangeInJournal {
   std::int64_t nowNs;
   std::uint64_t cause = 0;  ///< the number of the set's event
 
-  /// The entry of a delivery that begins now; nobody is called yet.
-  JournalEntry Delivery(SubscribeId_t id, const KalConfigEvent& event) const {
-    JournalEntry entry{.kind = JournalKind::kDelivered,
-                       .way = JournalWay::kDropped,
-                       .callId = callId,
-                       .source = source,
-                       .timeNs = nowNs,
-                       .group = event.m_group,
-                       .id = id,
-                       .cause = cause,
-                       .waitedNs = nowNs - timeNs};
-    if (cause == 0) {  // Otherwise readers take them from the event of the set.
-      entry.name = event.m_name;
-      entry.newValue = &event.m_newValue;
-    }
-    return entry;
+  /// Delivers it by `deliver`, from now on, and writes the event of that.
+  template <class Deliver>
+  void Run(SubscribeId_t id, JournalWay way, const KalConfigEvent& event, Deliver deliver) {
+    const std::int64_t beginNs = nowNs;
+    RunAndWrite(deliver, [&](const char* thrown) {
+      nowNs = JournalNowNs();
+      WriteDelivery(id, way, event, beginNs, thrown);
+    });
   }
+  /// Writes the event of a delivery from `beginNs` to `nowNs`, which threw that; null: nothing.
+  void WriteDelivery(SubscribeId_t id, JournalWay way, const KalConfigEvent& event, std::int64_t beginNs,
+                     const char* thrown) const noexcept;
+};
+
+/// A set that the journal has.
+struct SetInJournal {
+  ChangeInJournal change;  ///< `cause` is drawn
+  JournalKind kind;
+  KalConfigGroup group;
+  std::string_view name;
+
+  /// Writes its event.
+  void Write(const ConfigData& oldValue, const ConfigData& newValue, std::int32_t result,
+             std::uint32_t subscribers, const char* thrown) const noexcept;
 };
 
 /// ConfigEventHandler::Notify() of a delivery that the journal has.

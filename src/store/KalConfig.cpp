@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "journal/JournalSource.h"
+#include "store/DeliveryJournal.h"
 #include "store/LiveRegistration.h"
 #include "trace/TraceLine.h"
 
@@ -14,6 +15,10 @@ namespace kalStore {
 using namespace internal;
 
 namespace {
+
+JournalKind KindOfSet(bool bTransient) {
+  return bTransient ? JournalKind::kTransientSet : JournalKind::kSet;
+}
 
 // What follows the store's values, or null. Asked and used under the lock of the values' group, so that what
 // follows a value changes with it, in the order of the changes. That lock shows every follower of the group;
@@ -24,7 +29,7 @@ LiveRegistrations* Followers(const std::atomic<LiveRegistrations*>& live) {
 
 // Stores the value, or takes the stored one away for a transient one, and returns the one before. Part of its
 // two callers, so that the set without the journal pays for no further call. `last` is the last step under
-// the lock: nothing fails after it.
+// the lock, with the name: nothing fails after it.
 template <class Values, class Last>
 [[gnu::always_inline]] inline ConfigData Exchange(Values& map, const std::atomic<LiveRegistrations*>& live,
                                                   KalConfigGroup group, const char* name,
@@ -51,27 +56,22 @@ template <class Values, class Last>
     values->emplace_hint(position, name, value);
   }
   if (LiveRegistrations* const followers = Followers(live)) [[unlikely]] {
-    followers->Write(group, name, bTransient ? nullptr : &value);
+    followers->Write(group, key, bTransient ? nullptr : &value);
   }
-  last();
+  last(key);
   return previous;
 }
 
-// The event of a set whose outcome is still open.
-JournalEntry EntryOfSet(const void* caller, std::uint32_t callId, KalConfigGroup group, const char* name,
-                        bool bTransient) {
-  return {.kind = bTransient ? JournalKind::kTransientSet : JournalKind::kSet,
-          .callId = callId,
-          .source = SourceOf(caller),
-          .timeNs = JournalNowNs(),
-          .group = group,
-          .name = name != nullptr ? std::string_view(name) : std::string_view()};
-}
-
-[[gnu::noinline, gnu::cold]] void WriteRefusedSet(JournalEntry set, const ConfigData& value) {
-  set.newValue = &value;
-  set.result = kResultBadArgument;
-  WriteJournal(set);
+[[gnu::noinline, gnu::cold]] void WriteRefusedSet(const void* caller, std::uint32_t callId,
+                                                  KalConfigGroup group, const char* name,
+                                                  const ConfigData& value, bool bTransient) {
+  WriteJournal({.kind = KindOfSet(bTransient),
+                .callId = callId,
+                .source = SourceOf(caller),
+                .group = group,
+                .name = name != nullptr ? std::string_view(name) : std::string_view(),
+                .newValue = &value,
+                .result = kResultBadArgument});
 }
 
 }  // namespace
@@ -98,31 +98,34 @@ bool KalConfig::End() noexcept {
 std::int32_t KalConfig::SetKalConfig(KalConfigGroup group, const char* name, ConfigData value,
                                      bool bForceNotify, bool bTransient) {
   if (!IsConfigGroup(group) || name == nullptr || !value.IsValid()) {
-    if (JournalIsOn())
-      WriteRefusedSet(EntryOfSet(__builtin_return_address(0), m_callId, group, name, bTransient), value);
+    if (JournalIsOn()) WriteRefusedSet(__builtin_return_address(0), m_callId, group, name, value, bTransient);
     TESSEL_TRACE(0, "kalStore::KalConfig::SetKalConfig", "Error parameters" << Cid{m_callId} << This{this});
     return kResultBadArgument;
   }
   if (*name == '\0') {
-    if (JournalIsOn())
-      WriteRefusedSet(EntryOfSet(__builtin_return_address(0), m_callId, group, name, bTransient), value);
+    if (JournalIsOn()) WriteRefusedSet(__builtin_return_address(0), m_callId, group, name, value, bTransient);
     return kResultBadArgument;
   }
 
   if (JournalIsOn()) [[unlikely]]
     return setInJournal(__builtin_return_address(0), group, name, std::move(value), bForceNotify, bTransient);
-  ConfigData previous = Exchange(configsOf(group), m_live, group, name, value, bTransient, [] {});
+  ConfigData previous =
+      Exchange(configsOf(group), m_live, group, name, value, bTransient, [](std::string_view) {});
   return fireEvents(observersOf(group), name, std::move(previous), std::move(value), group, bForceNotify);
 }
 
 [[gnu::noinline]] std::int32_t KalConfig::setInJournal(const void* caller, KalConfigGroup group,
                                                        const char* name, ConfigData&& value,
                                                        bool bForceNotify, bool bTransient) {
+  std::string_view key;  // The name, whose size is known then.
   std::uint64_t number = 0;
-  ConfigData previous = Exchange(configsOf(group), m_live, group, name, value, bTransient,
-                                 [&] { number = DrawJournalNumber(); });
-  JournalEntry set = EntryOfSet(caller, m_callId, group, name, bTransient);
-  set.number = number;
+  ConfigData previous =
+      Exchange(configsOf(group), m_live, group, name, value, bTransient, [&](std::string_view stored) {
+        key = stored;
+        number = DrawJournalNumber();
+      });
+  const std::int64_t nowNs = JournalNowNs();
+  SetInJournal set{{m_callId, SourceOf(caller), nowNs, nowNs, number}, KindOfSet(bTransient), group, key};
   return fireInJournal(observersOf(group), set, name, std::move(previous), std::move(value), bForceNotify);
 }
 

@@ -24,26 +24,27 @@ struct Plain {
 // The same with it.
 class InJournal {
  public:
-  explicit InJournal(JournalEntry& set)
-      : m_set(set), m_change{set.callId, set.source, set.timeNs, set.timeNs} {
-    // A delivery's event names the set's, which has the place in the document.
-    m_change.source.place = nullptr;
-  }
+  InJournal(SetInJournal& set, const ConfigValue& oldValue, const ConfigValue& newValue)
+      : m_set(set), m_oldValue(oldValue), m_newValue(newValue) {}
 
   // Writes the set before its first delivery: what the callbacks do comes after it.
   void Begin(std::int32_t result, std::size_t subscribers) {
-    m_set.result = result;
-    m_set.count = static_cast<std::uint32_t>(subscribers);
-    m_change.cause = WriteJournal(m_set);
+    m_hasBegun = true;
+    m_set.Write(m_oldValue, m_newValue, result, static_cast<std::uint32_t>(subscribers), nullptr);
   }
-  bool HasBegun() const { return m_change.cause != 0; }
   bool Notify(ConfigEventHandler& handler, const KalConfigEvent& event) {
-    return NotifyInJournal(handler, event, m_change);
+    return NotifyInJournal(handler, event, m_set.change);
+  }
+  // The set has its number: it is written also when memory runs out before the first delivery.
+  void End(std::int32_t result, const char* thrown) {
+    if (!m_hasBegun) m_set.Write(m_oldValue, m_newValue, result, 0, thrown);
   }
 
  private:
-  JournalEntry& m_set;
-  ChangeInJournal m_change;
+  SetInJournal& m_set;
+  const ConfigValue& m_oldValue;
+  const ConfigValue& m_newValue;
+  bool m_hasBegun = false;
   const ComponentScope m_component;
 };
 
@@ -105,22 +106,17 @@ std::int32_t KalConfig::fireEvents(ObserverMgr& observers, const char* name, Con
               bForceNotify, delivery);
 }
 
-std::int32_t KalConfig::fireInJournal(ObserverMgr& observers, JournalEntry& set, const char* name,
+std::int32_t KalConfig::fireInJournal(ObserverMgr& observers, SetInJournal& set, const char* name,
                                       ConfigValue&& oldValue, ConfigValue&& newValue, bool bForceNotify) {
-  set.oldValue = &oldValue;
-  set.newValue = &newValue;
-  InJournal delivery(set);
-  // The set has its number: it is written also when memory runs out before the first delivery.
+  InJournal delivery(set, oldValue, newValue);
+  std::int32_t result = kResultOk;
   RunAndWrite(
-      set,
       [&] {
-        set.result = Fire(Cid{m_callId}, This{this}, observers, name, std::move(oldValue),
-                          std::move(newValue), set.group, bForceNotify, delivery);
+        result = Fire(Cid{m_callId}, This{this}, observers, name, std::move(oldValue), std::move(newValue),
+                      set.group, bForceNotify, delivery);
       },
-      [&] {
-        if (!delivery.HasBegun()) WriteJournal(set);
-      });
-  return set.result;
+      [&](const char* thrown) { delivery.End(result, thrown); });
+  return result;
 }
 
 std::int32_t KalConfig::invokeEvent(ObserverMgr& observers, const char* name, ConfigValue& value,
@@ -166,8 +162,7 @@ std::int32_t KalConfig::invokeInJournal(const void* caller, const char* name, Co
                      .group = group,
                      .name = {asked, size}};
   const ComponentScope component;
-  std::int64_t endNs = 0;
-  RunInJournal(entry, endNs, [&] {
+  RunInJournal(entry, [&] {
     entry.result = invokeEvent(observersOf(group), name, value, std::move(defaultValue), group);
     if (entry.result == kResultOk) entry.newValue = &value;
   });

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "journal/JournalRecord.h"
+#include "journal/JournalEncoder.h"
 
 #include <gtest/gtest.h>
 

@@ -18,7 +18,10 @@ void Fill(JournalRing::PlaceWords& words, std::uint64_t number) {
 }
 
 void Write(JournalRing& ring, std::uint64_t number) {
-  ring.Write(number, [&](JournalRing::PlaceWords& words) { Fill(words, number); });
+  JournalRing::PlaceWords* const words = ring.Begin(number);
+  if (words == nullptr) return;
+  Fill(*words, number);
+  ring.End(number);
 }
 
 std::size_t AllWords(std::uint64_t /*first*/) {
@@ -53,10 +56,11 @@ TEST(JournalRing, GivesAsManyWordsAsTheRecordHas) {
       {0, 1}, {1, 1}, {2, 2}, {45, 45}, {46, 46}, {47, 46}, {~std::uint64_t{0}, 46}};
   std::uint64_t number = 0;
   for (const auto& [first, count] : rows) {
-    ring.Write(++number, [&, size = first](JournalRing::PlaceWords& words) {
-      Fill(words, number);
-      words[0].store(size, std::memory_order_release);
-    });
+    JournalRing::PlaceWords* const place = ring.Begin(++number);
+    ASSERT_NE(place, nullptr);
+    Fill(*place, number);
+    (*place)[0].store(first, std::memory_order_release);
+    ring.End(number);
     JournalRing::Words words;
     words.fill(~number);
     EXPECT_EQ(ring.Read(number, words, [](std::uint64_t size) { return static_cast<std::size_t>(size); }),
@@ -109,7 +113,10 @@ TEST(JournalRing, RefusesAWriterThatComesTooLate) {
 TEST(JournalRing, ReadsARecordThatIsShorterThanTheLast) {
   JournalRing ring(0);
   Write(ring, 1);
-  ring.Write(2, [](JournalRing::PlaceWords& place) { place[0] = place[1] = 2; });
+  JournalRing::PlaceWords* const place = ring.Begin(2);
+  ASSERT_NE(place, nullptr);
+  (*place)[0] = (*place)[1] = 2;
+  ring.End(2);
   JournalRing::Words words;
   ASSERT_EQ(ring.Read(2, words, &AllWords), Found::kWhole);
   EXPECT_EQ(words[0], 2u);
