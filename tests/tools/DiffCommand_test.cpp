@@ -176,6 +176,14 @@ TEST(DiffCommand, ComparesMomentsOfARecording) {
   EXPECT_EQ(same.out, "Audio: 1 new\n  new      Audio/Codec: \"opus\"\n");
 }
 
+TEST(DiffCommand, TakesWhatIsNoMomentForAFile) {
+  for (const std::string side : {"a.tessel@1x", "a.tessel@", "a.tessel@-1", "a.tessel@nan", "@1"}) {
+    const Finished run = Program().File("a.tessel", Recording("call")).Run({"diff", side, side});
+    EXPECT_EQ(run.err, side + ": cannot be read: No such file or directory\n");
+    EXPECT_EQ(run.status, 2);
+  }
+}
+
 TEST(DiffCommand, FindsNoDifferenceOnlyWhereTheRecordingIsWhole) {
   Program program;
   program.File("a.tessel", Recording("call")).File("b.tessel", Recording("damaged"));

@@ -12,6 +12,7 @@
 
 #include "Program.h"
 #include "Recordings.h"
+#include "recording/RecordingParts.h"
 
 namespace {
 
@@ -215,11 +216,28 @@ TEST(LogCommand, LeavesOutALineThatIsTooLong) {
   EXPECT_EQ(run.status, 2);
 }
 
+TEST(LogCommand, ReadsALineOfTheGreatestLength) {
+  std::string line = R"({"type":"lost","t":0,"count":1,"x":")";
+  line += std::string((1 << 20) - line.size() - 2, 'x') + "\"}";
+  const Finished run =
+      Program().File("a.tessel", kRecordingBegin + line + "\n").Run({"log", "a.tessel", "--type", "lost"});
+  EXPECT_EQ(run.out, "    0.000000  lost                  1 event\n");
+  EXPECT_EQ(run.err, "");
+}
+
 TEST(LogCommand, ColoursTheTypesOnATerminal) {
   Program program;
   program.File("a.tessel", Recording("call")).To(Program::Output::kTerminal);
   const std::string out = program.Run({"log", "a.tessel", "--type", "lost"}).out;
   EXPECT_EQ(out, "    2.100000  \033[31mlost\033[0m                  12 events\r\n");
+  const std::string all = program.Run({"log", "a.tessel"}).out;
+  const std::pair<const char*, const char*> rows[] = {
+      {"recording", "1"},  {"call", "1"},         {"set", "33"},  {"remove", "31"},  {"apply", "33"},
+      {"subscribe", "32"}, {"unsubscribe", "32"}, {"bind", "32"}, {"deliver", "36"}, {"statistics", "1"},
+  };
+  for (const auto& [type, colour] : rows) {
+    EXPECT_NE(all.find("\033[" + std::string(colour) + "m" + type + "\033[0m"), std::string::npos) << type;
+  }
 }
 
 TEST(LogCommand, HandsNoControlCharacterToATerminal) {
@@ -404,6 +422,20 @@ TEST(LogCommand, ReadsTheFileThatIsAboutToTakeTheNameOfItsSet) {
   const Finished foreign = program.Run({"log", "b.tessel"});
   EXPECT_EQ(foreign.err, "b.tessel: cannot be read: No such file or directory\n");
   EXPECT_EQ(foreign.status, 2);
+}
+
+// Files of a set are counted from 1.
+TEST(LogCommand, ReadsNoFileOfASetBeforeTheFirst) {
+  Program program;
+  MakeSet(program).File("set/a.tessel.0",
+                        R"({"type":"recording","t":0,"version":1,"wall":"2026-11-22T09:00:00Z","part":0})");
+  EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, kSetInOneFile);
+}
+
+TEST(RecordingParts, ExpectMoreOfAFileThatIsEmptyYet) {
+  Program program;
+  RecordingParts parts(program.File("a.tessel", "").Path("a.tessel"));
+  EXPECT_EQ(parts.OpenNext(), RecordingParts::Next::kNotYet);
 }
 
 TEST(LogCommand, FollowsAFullFileOfASetThatIsNamedToItsEnd) {

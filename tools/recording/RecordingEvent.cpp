@@ -24,9 +24,7 @@ class MemberReader {
   }
   void Read(const char* name, std::optional<std::string>& text, Names choices) {
     Read(name, text);
-    if (!text || std::ranges::find(choices, *text) != choices.end()) return;
-    text.reset();
-    fail(name, "unknown");
+    if (text && std::ranges::find(choices, *text) == choices.end()) fail(name, "unknown");
   }
   void Read(const char* name, std::optional<double>& number) {
     const json::Value* const value = find(name);

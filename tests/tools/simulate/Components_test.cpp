@@ -29,8 +29,12 @@ using simulate::VideoReceiver;
 using simulate::VideoSender;
 
 constexpr std::uint32_t kSimulatedCall = 4713;
+constexpr simulate::RunTime kSecond = 1000000000;
 
+// The link is ahead of the clock of the components: to them it stands still.
 struct SimulatedComponents : testing::Test {
+  SimulatedComponents() { link.Now(linkTime); }
+
   template <class Key, class T>
   void Set(const Key& key, T value) {
     key.Set(*store, value);
@@ -41,8 +45,19 @@ struct SimulatedComponents : testing::Test {
     component.Tick();
     component.Drain();
   }
-  // Four times as many packets as the link's queue has room for.
-  void SendTooMuch(Media media) { link.Send(media, recorder.Now(), 1000, 5e6); }
+  // The link's queue has room for 1.2 Mbit, and is empty after half a second.
+  void Carry(Media media, double bits, simulate::RunTime passing) {
+    link.Send(media, linkTime, 1000, bits);
+    linkTime += passing;
+    link.Now(linkTime);
+  }
+  void SendTooMuch(Media media) { Carry(media, 5e6, 1); }
+  // The controller works at intervals.
+  void Divide() {
+    BandwidthController controller(call);
+    controller.Start();
+    while (recorder.SetCount() == 0) Work(controller);
+  }
 
   kalStore::st_KalAudioBlock SentAudio() const {
     kalStore::st_KalAudioBlock block;
@@ -65,6 +80,7 @@ struct SimulatedComponents : testing::Test {
   const kalStore::CallStore store{kSimulatedCall, kalStore::CallStore::kEndsCall};
   simulate::Recorder recorder;
   simulate::Ledger ledger{recorder};
+  simulate::RunTime linkTime = 1000 * kSecond;
   Link link{1e9, 0};  // It stays good.
   const simulate::CallContext call{kSimulatedCall, recorder, ledger, link};
 };
@@ -83,6 +99,16 @@ TEST_F(SimulatedComponents, JitterBufferTakesStepsUpAtOnceWithinItsLimits) {
   Set(simulate::kJitterMinDelayMs, 100000);
   Work(buffer);
   EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), 10000);
+}
+
+TEST_F(SimulatedComponents, JitterBufferHoldsSixTimesTheJitter) {
+  SendTooMuch(Media::kAudio);
+  JitterBuffer buffer(call);
+  buffer.Start();
+  Work(buffer);
+  const double jitterMs = link.Now(0).jitterMs;
+  EXPECT_GT(jitterMs, 20);
+  EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), std::ceil((15 + 6 * jitterMs) / 5) * 5);
 }
 
 TEST_F(SimulatedComponents, JitterBufferReportsItsTargetAndWhatArrivedSinceTheLastTime) {
@@ -223,20 +249,58 @@ TEST_F(SimulatedComponents, VideoSenderSendsAnIdrFrameNowAndThen) {
   }
 }
 
-TEST_F(SimulatedComponents, VideoSenderSendsATenthMoreAgainstLosses) {
+TEST_F(SimulatedComponents, VideoSenderSendsPacketsAndATenthMoreAgainstLosses) {
   VideoSender sender(call);
   sender.Start();
   Set(simulate::kTargetFps, 100);
-  Set(simulate::kVideoTarget, 960000);  // A packet for each frame.
-  while (recorder.framesSent < 3) Work(sender);
-  const Link::Traffic plain = link.Received(Media::kVideo);
-  EXPECT_EQ(plain.received + plain.lost, recorder.framesSent);
-  const auto frames = static_cast<double>(recorder.framesSent);
   Set(simulate::kVideoTarget, 100000);
   Set(simulate::kRetransmissionFec, true);
-  while (static_cast<double>(recorder.framesSent) < frames + 3) Work(sender);
-  const double bits = link.Received(Media::kVideo).bits - plain.bits;
-  EXPECT_NEAR(bits, 1100 * (static_cast<double>(recorder.framesSent) - frames), 1e-3);
+  while (recorder.framesSent < 3) Work(sender);
+  const std::uint64_t frames = recorder.framesSent;
+  const Link::Traffic first = link.Received(Media::kVideo);
+  EXPECT_NEAR(first.bits, 1100 * static_cast<double>(frames), 1e-3);
+  Set(simulate::kVideoTarget, 960000);  // A packet for each frame.
+  Set(simulate::kRetransmissionFec, false);
+  while (recorder.framesSent < frames + 3) Work(sender);
+  const Link::Traffic all = link.Received(Media::kVideo);
+  EXPECT_EQ(all.received + all.lost - first.received - first.lost, recorder.framesSent - frames);
+}
+
+TEST_F(SimulatedComponents, WorkWithDefaultsUntilOtherValuesAreSet) {
+  AudioReceiver audioReceiver(call);
+  VideoReceiver videoReceiver(call);
+  audioReceiver.Start();
+  videoReceiver.Start();
+  Work(audioReceiver);
+  Work(videoReceiver);
+  const kalStore::st_KalAudioBlock received = ReceivedAudio();
+  EXPECT_EQ(received.bitrate, 0U);
+  EXPECT_EQ(received.lbrrFlag, 0);
+  EXPECT_EQ(received.e2eDelay[2], 60U);
+  kal::_tagSyncStatistics sync;
+  audioStatistics->GetAVSyncInfo(&sync, 0);
+  EXPECT_EQ(sync.value[0], 0U);
+  EXPECT_EQ(sync.value[1], 0U);
+  EXPECT_NEAR(sync.value[4], 60 - link.Now(0).delayMs, 1);
+
+  AudioSender audio(call);
+  VideoSender video(call);
+  audio.Start();
+  video.Start();
+  while (recorder.framesSent == 0 || link.Received(Media::kAudio).received == 0) {
+    Work(audio);
+    Work(video);
+  }
+  const Link::Traffic sent = link.Received(Media::kAudio);
+  EXPECT_NEAR(sent.bits, sent.received * 32000 * 0.02, 1e-6);
+  EXPECT_EQ(SentAudio().codecStat0, 0U);
+  const kalStore::st_KalVideoTxBlock block = SentVideo();
+  EXPECT_EQ(block.activeStreams, 1);
+  EXPECT_EQ(block.encoderBitrate2, 600000);
+  EXPECT_EQ(block.layer[0].targetFps, 30);
+  EXPECT_EQ(block.encodedWidth, 320U);
+  EXPECT_EQ(block.encodedHeight, 180U);
+  EXPECT_EQ(block.hardwareEncoder, 1);
 }
 
 // By the media clock, which ticks as often as it likes.
@@ -262,19 +326,13 @@ TEST_F(SimulatedComponents, SendersSendNoMoreFramesThanTheTimeThatPassedHas) {
 struct BandwidthShare {
   int limit, bandwidth, audio, video, fps, layers;
 };
-struct DividedBandwidth : SimulatedComponents, testing::WithParamInterface<BandwidthShare> {
-  void Divide(BandwidthController& controller) {
-    while (recorder.SetCount() == 0) Work(controller);  // It works at intervals.
-  }
-};
+struct DividedBandwidth : SimulatedComponents, testing::WithParamInterface<BandwidthShare> {};
 
 TEST_P(DividedBandwidth, IsThatOfTheLimits) {
   const BandwidthShare& share = GetParam();
   Set(simulate::kMinBandwidth, share.limit);
   Set(simulate::kMaxBandwidth, share.limit);
-  BandwidthController controller(call);
-  controller.Start();
-  Divide(controller);
+  Divide();
   EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), share.bandwidth);
   EXPECT_EQ(simulate::kAudioTarget.Get(*store), share.audio);
   EXPECT_EQ(simulate::kVideoTarget.Get(*store), share.video);
@@ -295,24 +353,50 @@ INSTANTIATE_TEST_SUITE_P(Bandwidths, DividedBandwidth,
                                          BandwidthShare{50000, 50000, 12000, 80000, 7, 1}),
                          [](const auto& row) { return std::to_string(row.param.limit); });
 
-// A bad link is taken for one that carries less than was thought.
-TEST_F(DividedBandwidth, ShrinksAndIsProtectedOnALinkThatLosesPackets) {
-  for (int i = 0; i < 20; ++i) SendTooMuch(Media::kVideo);
-  BandwidthController controller(call);
-  controller.Start();
-  Divide(controller);
-  EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), 680000);
-  EXPECT_EQ(simulate::kExpectedLoss.Get(*store), std::lround(link.Now(0).loss * 20) * 5);
-  EXPECT_TRUE(simulate::kAudioFec.Get(*store));
-  EXPECT_TRUE(simulate::kRetransmissionFec.Get(*store));
+TEST_F(DividedBandwidth, StaysWhileNothingIsCarriedToLearnFrom) {
+  Divide();
+  EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), 800000);
 }
+
+// The controller works after a twentieth of a second at the earliest.
+TEST_F(DividedBandwidth, GrowsWhileMuchIsCarried) {
+  for (int i = 0; i < 100; ++i) Carry(Media::kVideo, 1e6, kSecond);
+  Divide();
+  EXPECT_GE(simulate::kTargetBandwidth.Get(*store), 860000);
+}
+
+struct LinkUse {
+  const char* name;
+  double bits;
+  int times;
+  simulate::RunTime passing;
+  int bandwidth, expectedLoss;
+  bool isProtected;
+};
+struct CongestedLink : SimulatedComponents, testing::WithParamInterface<LinkUse> {};
+
+TEST_P(CongestedLink, GetsLessAndALossyOneProtection) {
+  const LinkUse& use = GetParam();
+  for (int i = 0; i < use.times; ++i) Carry(Media::kVideo, use.bits, use.passing);
+  Set(simulate::kMaxBandwidth, 800000);
+  Divide();
+  EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), use.bandwidth);
+  EXPECT_EQ(simulate::kExpectedLoss.Get(*store), use.expectedLoss);
+  EXPECT_EQ(simulate::kAudioFec.Get(*store), use.isProtected);
+  EXPECT_EQ(simulate::kRetransmissionFec.Get(*store), use.isProtected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Links, CongestedLink,
+                         testing::Values(LinkUse{"Free", 1e6, 1, kSecond, 800000, 0, false},
+                                         LinkUse{"Slow", 1e6, 1, 1, 680000, 0, false},
+                                         LinkUse{"Lossy", 5e6, 1, kSecond, 800000, 10, true},
+                                         LinkUse{"LossierStill", 5e6, 2, kSecond, 680000, 15, true}),
+                         [](const auto& row) { return row.param.name; });
 
 TEST_F(DividedBandwidth, LeavesTheFrameRateWhereTheToggleIsOff) {
   Set(simulate::kMaxBandwidth, 300000);
   store->SetKalConfig(kalStore::KAL_CONFIG_GROUP_FEATURE, "VideoStrategyEnableFPSAdjust", "0", false, false);
-  BandwidthController controller(call);
-  controller.Start();
-  Divide(controller);
+  Divide();
   EXPECT_EQ(simulate::kTargetFps.Get(*store), 30);
 }
 

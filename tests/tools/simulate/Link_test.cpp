@@ -37,7 +37,10 @@ TEST(Link, LosesFewPacketsBelowItsCapacity) {
   const Link::Traffic traffic = Send(link, 0, 3000 * kMillisecond, 1e6);
   EXPECT_EQ(traffic.received + traffic.lost, 3000U);
   EXPECT_LT(traffic.lost, 60U);
-  EXPECT_LT(link.Now(3000 * kMillisecond).delayMs, 50);
+  const Link::State state = link.Now(3000 * kMillisecond);
+  EXPECT_LT(state.delayMs, 50);
+  EXPECT_GT(state.jitterMs, 0.1);
+  EXPECT_LT(state.jitterMs, 5);
 }
 
 TEST(Link, DelaysAndLosesWhatItCannotCarry) {
