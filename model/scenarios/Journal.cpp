@@ -165,6 +165,28 @@ MODEL_SCENARIO(JournalReaderBeginsBesideAStart) {
   Check(hasRead && (event.missed == 0 || event.number - event.missed == before), "nothing of it is missed");
 }
 
+// What a reader misses by the start of another ring ends where that begins.
+MODEL_SCENARIO(JournalIsReadBesideTheStartOfAnotherRing) {
+  KalConfig store(7);
+  StartJournal(1);
+  JournalReader reader;
+  std::thread starter([&] {
+    SetInJournal(store, "First", 1);
+    SetInJournal(store, "Second", 2);
+    StopJournal();
+    StartJournal(8);
+    SetInJournal(store, "Third", 3);
+  });
+  JournalEvent event;
+  const auto read = [&] {
+    while (reader.Next(event)) CheckInJournal(event);
+  };
+  read();
+  starter.join();
+  read();
+  Check(event.name.text == "Third", "the latest event is read");
+}
+
 // A ring of one place: each writer is a lap ahead of the one before.
 MODEL_SCENARIO(JournalOfOnePlaceIsReadBesideAWriter) {
   KalConfig store(7);

@@ -16,9 +16,11 @@ JournalEvent Recorded(const JournalEntry& entry) {
   JournalRing::PlaceWords place;
   for (auto& word : place) word = ~std::uint64_t{0};
   Encode(entry, place);
+  const std::size_t size = RecordSize(place[0]);
+  EXPECT_NE(place[size - 1], ~std::uint64_t{0}) << "the last word is the older record's";
   JournalRing::Words words;
   words.fill(0x4545454545454545);  // A reader has the record's own and no more.
-  for (std::size_t i = 0; i < RecordSize(place[0]); ++i) words[i] = place[i];
+  for (std::size_t i = 0; i < size; ++i) words[i] = place[i];
   return Decode(words);
 }
 
