@@ -252,7 +252,7 @@ def journal_is_on():
 
 def journal_next():
     """The number that the next event will have."""
-    return int(sole(variable("kalStore::internal::g_journalNext")))
+    return int(sole(member(variable("kalStore::internal::g_journalNumber"), "next")))
 
 
 def journal_begin():

@@ -16,7 +16,7 @@ namespace kalStore {
 namespace internal {
 
 alignas(64) constinit std::atomic<bool> g_isJournalOn{false};
-alignas(128) constinit std::atomic<std::uint64_t> g_journalNext{1};
+constinit JournalNumber g_journalNumber;
 alignas(128) constinit std::atomic<JournalRing*> g_journalRing{nullptr};
 
 namespace {
@@ -55,7 +55,8 @@ std::uint64_t WriteJournal(const JournalEntry& entry) noexcept {
 JournalState CurrentJournal() {
   // The ring before its first number: one that is newer than the ring only makes events of it missed.
   const JournalRing* const ring = g_journalRing.load(std::memory_order_acquire);
-  return {ring, g_ringBegin.load(std::memory_order_acquire), g_journalNext.load(std::memory_order_acquire)};
+  return {ring, g_ringBegin.load(std::memory_order_acquire),
+          g_journalNumber.next.load(std::memory_order_acquire)};
 }
 
 std::uint64_t JournalStartNumber() {
@@ -81,7 +82,7 @@ std::int32_t StartOwnJournal(std::size_t capacity, std::uint64_t& start) {
   // Relaxed: whoever acquires a number that was drawn since the start finds it counted, by the next step.
   start = g_starts.fetch_add(1, std::memory_order_relaxed) + 1;
   // Draws no number, but takes its turn among those who do.
-  const std::uint64_t first = g_journalNext.fetch_add(0, std::memory_order_acq_rel);
+  const std::uint64_t first = g_journalNumber.next.fetch_add(0, std::memory_order_acq_rel);
   if (isAnother) g_ringBegin.store(first, std::memory_order_release);
   g_startNumber.store(first, std::memory_order_release);
   JournalNowNs();  // The stretch begins over which the rate of its counter is measured.
@@ -113,7 +114,7 @@ std::size_t JournalCapacity() {
 }
 
 std::uint64_t NextJournalNumber() {
-  return g_journalNext.load(std::memory_order_acquire);
+  return g_journalNumber.next.load(std::memory_order_acquire);
 }
 
 }  // namespace kalStore

@@ -21,9 +21,12 @@ inline bool JournalIsOn() {
   return g_isJournalOn.load(std::memory_order_relaxed);
 }
 
-/// The running number, which every writer changes, on a pair of cache lines of its own: processors fetch
-/// both.
-[[gnu::visibility("hidden")]] alignas(128) extern constinit std::atomic<std::uint64_t> g_journalNext;
+/// The running number, which every writer changes. Nothing else is on its pair of cache lines, of which
+/// processors fetch both.
+struct alignas(128) JournalNumber {
+  std::atomic<std::uint64_t> next{1};
+};
+[[gnu::visibility("hidden")]] extern constinit JournalNumber g_journalNumber;
 /// The ring of the last start; null: there was none yet.
 [[gnu::visibility("hidden")]] alignas(128) extern constinit std::atomic<JournalRing*> g_journalRing;
 
@@ -33,7 +36,7 @@ inline bool JournalIsOn() {
 /// Two numbers that are drawn under one lock have the order in which it was held: what happens before a
 /// change of a variable comes before it in the variable's order, too.
 inline std::uint64_t DrawJournalNumber() {
-  const std::uint64_t number = g_journalNext.fetch_add(1, std::memory_order_acq_rel);
+  const std::uint64_t number = g_journalNumber.next.fetch_add(1, std::memory_order_acq_rel);
   const JournalRing* const ring = g_journalRing.load(std::memory_order_acquire);
   if (ring != nullptr) ring->Prefetch(number);
   return number;

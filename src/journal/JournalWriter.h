@@ -18,7 +18,7 @@ namespace kalStore::internal {
 /// it is written in that ring, or in a later one.
 [[gnu::always_inline]] inline std::uint64_t WriteJournalHere(const JournalEntry& entry) {
   const std::uint64_t number =
-      entry.number != 0 ? entry.number : g_journalNext.fetch_add(1, std::memory_order_acq_rel);
+      entry.number != 0 ? entry.number : g_journalNumber.next.fetch_add(1, std::memory_order_acq_rel);
   JournalRing* const ring = g_journalRing.load(std::memory_order_acquire);
   // The switch is read without order: its change may be seen before that of the ring.
   if (ring == nullptr) return number;
