@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -158,15 +157,12 @@ TEST(StatisticsTables, LeaveOutMembersThatWereRecordedAfterTheirLineOfNames) {
 
 // There may be more tables than files that a process can have open.
 TEST(BufferedFile, IsNotOpenBetweenItsPieces) {
-  const auto openFiles = [] {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-  };
   const Program program;
-  const auto before = openFiles();
+  const auto before = OpenFiles();
   BufferedFile file(program.Path("a"));
-  EXPECT_EQ(openFiles(), before);
+  EXPECT_EQ(OpenFiles(), before);
   file.Append(std::string(100000, 'x'));
-  EXPECT_EQ(openFiles(), before);
+  EXPECT_EQ(OpenFiles(), before);
   EXPECT_EQ(program.Contents("a"), std::string(100000, 'x'));
 }
 

@@ -86,6 +86,18 @@ TEST(AppendedLines, GoOnInTheNextFilesOfASet) {
   }
 }
 
+TEST(AppendedLines, GoOnInTheNextFileOfASetThatHadNotBegun) {
+  Program program;
+  program.File("a", "");
+  AppendedLines lines(program.Path("a"));
+  EXPECT_EQ(lines.Next(), "");
+  Append(program.Path("a"), RecordingPart(1) + RecordingPartEnd(1));
+  EXPECT_NE(lines.Next(), "");
+  std::filesystem::rename(program.Path("a"), program.Path("a.1"));
+  program.File("a", RecordingPart(2));
+  EXPECT_NE(lines.Next(), "");
+}
+
 TEST(AppendedLines, BeginWithTheOldestFileOfASet) {
   Program program;
   program.File("a.1", RecordingPart(1) + RecordingPartEnd(1)).File("a", RecordingPart(2));

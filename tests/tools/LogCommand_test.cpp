@@ -82,6 +82,14 @@ TEST(LogCommand, ShowsALinePerEventInAlignedColumns) {
   EXPECT_EQ(run.status, 0);
 }
 
+TEST(LogCommand, ShowsWhomARemovalNotifiedBeforeWhatItRemoved) {
+  const std::string line = R"({"type":"remove","t":1,"call":7,"group":"Audio","name":"Codec","old":"opus",)"
+                           R"("count":1,"result":"told","told":2})";
+  const Finished run =
+      Program().File("a.tessel", kRecordingBegin + line).Run({"log", "a.tessel", "--type", "remove"});
+  EXPECT_EQ(run.out, "    1.000000  remove       call 7   Audio/Codec: \"opus\", notified 2, 1 removed\n");
+}
+
 TEST(LogCommand, WritesTheLinesAsTheRecordingHasThem) {
   const Finished run = Log({"--json"});
   EXPECT_EQ(run.out, Recording("call"));
@@ -380,11 +388,17 @@ TEST(LogCommand, ReadsTheOlderFilesOfASetUpToOneThatIsMissingOrOfAnother) {
   MakeSet(program);
   std::filesystem::remove(program.Path("set/a.tessel.2"));
   EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, RecordingPart(3) + kLastPartEnd);
-  program.File("set/a.tessel.2", Recording("call"));
-  EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, RecordingPart(3) + kLastPartEnd);
+  std::string ofAnother = RecordingPart(2);
+  ofAnother.replace(ofAnother.find("09:00"), 5, "10:00");
+  for (const std::string& second : {Recording("call"), ofAnother, RecordingPart(1)}) {
+    program.File("set/a.tessel.2", second);
+    EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, RecordingPart(3) + kLastPartEnd);
+  }
   // The one that is missing between two that are named is counted.
   EXPECT_EQ(program.Run({"log", "set/a.tessel", "set/a.tessel.1", "--json"}).out,
             RecordingPart(1) + RecordingPartEnd(1) + kLostPart + RecordingPart(3) + kLastPartEnd);
+  EXPECT_EQ(program.Run({"log", "set/a.tessel", "set/a.tessel.1", "--type", "lost"}).out,
+            "    2.000000  lost                  10 events\n");
 }
 
 TEST(LogCommand, LooksForNoMoreFilesOfASetThanThereAre) {
@@ -434,8 +448,12 @@ TEST(LogCommand, ReadsNoFileOfASetBeforeTheFirst) {
 
 TEST(RecordingParts, ExpectMoreOfAFileThatIsEmptyYet) {
   Program program;
-  RecordingParts parts(program.File("a.tessel", "").Path("a.tessel"));
-  EXPECT_EQ(parts.OpenNext(), RecordingParts::Next::kNotYet);
+  const auto before = OpenFiles();
+  {
+    RecordingParts parts(program.File("a.tessel", "").Path("a.tessel"));
+    EXPECT_EQ(parts.OpenNext(), RecordingParts::Next::kNotYet);
+  }
+  EXPECT_EQ(OpenFiles(), before);
 }
 
 TEST(LogCommand, FollowsAFullFileOfASetThatIsNamedToItsEnd) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -9,6 +10,11 @@
 inline std::string Recording(const std::string& name) {
   std::ifstream stream(std::string(TESSEL_RECORDINGS) + "/" + name + ".tessel", std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// How many files this process has open.
+inline auto OpenFiles() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 /// The first line of a recording, with its end.

@@ -265,6 +265,8 @@ TEST(PackedColumn, HasAsFewBytesAsTheNumbersNeed) {
   EXPECT_EQ(bytesOf({0, 256, 1}), R"("scale":1,"bytes":2,"data":"AAAAAQEA"})");
   EXPECT_EQ(bytesOf({0.5, 1}), R"("scale":1000,"bytes":2,"data":"AAD0AQ=="})");
   EXPECT_EQ(bytesOf({0, 4294967295.0}), R"("scale":1,"bytes":4,"data":"AAAAAP////8="})");
+  EXPECT_EQ(bytesOf({9007199254740991.0}), R"("scale":1,"bytes":0,"data":""})");
+  EXPECT_EQ(bytesOf({9007199254740992.0}), R"("scale":1,"bytes":8,"data":"AAAAAAAAQEM="})");
   for (const double number : {-0.0, 1e300, 1.0 / 3, std::numeric_limits<double>::infinity(), 4294967296.0})
     EXPECT_NE(bytesOf({0.5, number}).find("\"bytes\":8"), std::string::npos) << number;
 }

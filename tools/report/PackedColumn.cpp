@@ -32,7 +32,6 @@ std::size_t BytesFor(double greatest) {
 std::string Base64(const std::string& bytes) {
   constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
   for (std::size_t i = 0; i < bytes.size(); i += 3) {
     std::uint32_t three = 0;
     for (std::size_t j = i; j < i + 3; ++j)
