@@ -187,6 +187,43 @@ MODEL_SCENARIO(JournalIsReadBesideTheStartOfAnotherRing) {
   Check(event.name.text == "Third", "the latest event is read");
 }
 
+// The same of events that draw their number when they are written.
+MODEL_SCENARIO(JournalHasAllRemovalsOfOneWriter) {
+  KalConfig store(7);
+  StartJournal(2);
+  std::thread remover([&] {
+    store.RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "First");
+    store.RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "Second");
+  });
+  JournalReader reader;
+  for (JournalEvent event; reader.Next(event);) Check(event.missed == 0, "nothing is missed");
+  Check(reader.Missed() == 0, "nothing is missed");
+  remover.join();
+}
+
+MODEL_SCENARIO(JournalStartsAnotherRingBesideARemoval) {
+  KalConfig store(7);
+  StartJournal(1);
+  std::thread remover([&] { store.RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "First"); });
+  StopJournal();
+  StartJournal(8);
+  remover.join();
+  store.RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "Second");
+  JournalReader reader;
+  JournalEvent event;
+  while (reader.Next(event)) {
+  }
+  Check(event.name.text == "Second", "the latest event is read");
+}
+
+// The capacity is that of a ring which another thread has just made.
+MODEL_SCENARIO(JournalCapacityIsAskedBesideAStart) {
+  std::thread starter([] { StartJournal(4); });
+  const std::size_t capacity = JournalCapacity();
+  Check(capacity == 0 || capacity == 4, "none, or that of the start");
+  starter.join();
+}
+
 // A ring of one place: each writer is a lap ahead of the one before.
 MODEL_SCENARIO(JournalOfOnePlaceIsReadBesideAWriter) {
   KalConfig store(7);

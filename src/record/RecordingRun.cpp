@@ -159,7 +159,7 @@ bool RecordingRun::IsOn() {
 }
 
 void RecordingRun::run() noexcept {
-  m_writer.store(std::this_thread::get_id());
+  m_writer.store(std::this_thread::get_id(), std::memory_order_relaxed);
   ::pthread_setname_np(::pthread_self(), "tessel-record");
   try {
     record();

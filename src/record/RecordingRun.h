@@ -80,7 +80,7 @@ class RecordingRun {
   // Whether this is another process, which has no such thread.
   bool isForked() const;
   void waitFor(Lock& lock, std::uint64_t flush) TESSEL_LOCKING(requires_capability(m_mutex));
-  bool isOwnThread() const { return m_writer.load() == std::this_thread::get_id(); }
+  bool isOwnThread() const { return m_writer.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
   std::int64_t sinceStart() const { return Nanoseconds(Clock::now() - m_start).count(); }
 
   RecordingOptions m_options;
@@ -114,8 +114,8 @@ class RecordingRun {
 
   // The handle's alone.
   std::thread m_thread;
-  // Written by the thread when it begins, read by whoever asks whether it is that one: only to that one does
-  // it matter.
+  // Written by the thread when it begins, read by whoever asks whether it is that one. Relaxed: only to that
+  // one does it matter.
   std::atomic<std::thread::id> m_writer;
 
   detail::Mutex<std::mutex> m_mutex;
