@@ -173,6 +173,10 @@ TEST(CommandRecording, HasNoCallBecauseOfASetAfterItsEnd) {
   take(R"({"type":"call","t":1,"call":7,"event":"ended","references":0})");
   take(set);
   EXPECT_TRUE(settings.Calls().empty());
+  take(R"({"type":"call","t":2,"call":7,"event":"made","references":2})");
+  take(set);
+  EXPECT_THAT(settings.Calls().at(7).Document(), HasSubstr("MaxFps"));
+  take(R"({"type":"call","t":3,"call":7,"event":"ended","references":0})");
   // The line of the next store may be among those that were lost.
   take(R"({"type":"lost","t":1,"count":1})");
   take(set);

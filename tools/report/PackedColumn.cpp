@@ -44,7 +44,6 @@ std::string Base64(const std::string& bytes) {
 
 std::string Packed(const std::vector<double>& numbers, double base, double scale, std::size_t bytes) {
   std::string data;
-  data.reserve(numbers.size() * bytes);
   for (const double number : numbers) {
     std::uint64_t bits = bytes == 8 ? std::bit_cast<std::uint64_t>(number)
                                     : static_cast<std::uint64_t>(std::nearbyint(number * scale) - base);

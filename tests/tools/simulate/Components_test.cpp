@@ -395,7 +395,8 @@ INSTANTIATE_TEST_SUITE_P(Links, CongestedLink,
                          testing::Values(LinkUse{"Free", 1e6, 1, kSecond, 800000, 0, false},
                                          LinkUse{"Slow", 1e6, 1, 1, 680000, 0, false},
                                          LinkUse{"Lossy", 5e6, 1, kSecond, 800000, 10, true},
-                                         LinkUse{"LossierStill", 5e6, 2, kSecond, 680000, 15, true}),
+                                         LinkUse{"LossierStill", 5e6, 2, kSecond, 680000, 15, true},
+                                         LinkUse{"Lossiest", 5e6, 5, kSecond, 680000, 30, true}),
                          [](const auto& row) { return row.param.name; });
 
 TEST_F(DividedBandwidth, LeavesTheFrameRateWhereTheToggleIsOff) {
