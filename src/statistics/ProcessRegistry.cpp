@@ -20,7 +20,7 @@ extern CKalTessel kalTesselInstant __attribute__((alias("tesselRegistryStorage")
 
 namespace kalStore::internal {
 
-constinit CKalTessel* ProcessRegistry::s_registry = nullptr;
+constinit std::atomic<CKalTessel*> ProcessRegistry::s_registry{nullptr};
 
 namespace {
 
@@ -36,9 +36,9 @@ void* RegistryPlace() {
 
 // A function's static object: a static object that uses the registry in its constructor is destroyed before
 // the registry is emptied.
-CKalTessel& ProcessRegistry::Get() {
+CKalTessel& ProcessRegistry::make() {
   static const ProcessRegistry made;
-  return *s_registry;
+  return *s_registry.load(std::memory_order_relaxed);
 }
 
 void ProcessRegistry::ForEachEntity(const Look& look) {
@@ -51,11 +51,11 @@ void ProcessRegistry::ForEachEntity(const Look& look) {
 }
 
 ProcessRegistry::ProcessRegistry() {
-  s_registry = new (RegistryPlace()) CKalTessel;
+  s_registry.store(new (RegistryPlace()) CKalTessel, std::memory_order_release);
 }
 
 ProcessRegistry::~ProcessRegistry() {
-  if (!IsForkedChild()) s_registry->forgetAll();
+  if (!IsForkedChild()) Get().forgetAll();
 }
 
 namespace {

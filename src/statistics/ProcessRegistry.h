@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 
@@ -13,9 +14,15 @@ namespace kalStore::internal {
 /// end later still find it.
 class ProcessRegistry {
  public:
-  static CKalTessel& Get();
+  static CKalTessel& Get() {
+    // Pairs with the release in the constructor: whoever finds the registry finds it made.
+    CKalTessel* const made = s_registry.load(std::memory_order_acquire);
+    return made != nullptr ? *made : make();
+  }
   /// Whether it is the process's.
-  static bool Is(const CKalTessel* registry) { return registry == s_registry; }
+  static bool Is(const CKalTessel* registry) {
+    return registry == s_registry.load(std::memory_order_relaxed);
+  }
 
   // The entry points' operations, for their callers.
   static void* CreateOrGet(KalTesselEntityType type, std::uint32_t callId, const void* caller);
@@ -31,7 +38,9 @@ class ProcessRegistry {
   ProcessRegistry();
   ~ProcessRegistry();
 
-  static CKalTessel* s_registry;  // Null until it is made.
+  static CKalTessel& make();  // Out of line: the rare case.
+
+  static std::atomic<CKalTessel*> s_registry;  // Null until it is made.
 };
 
 }  // namespace kalStore::internal
