@@ -17,7 +17,7 @@ namespace {
 
 // How a change is delivered without the journal.
 struct Plain {
-  void Begin(std::int32_t, std::size_t) {}
+  void Begin(const KalConfigEvent&, std::size_t) {}
   bool Notify(ConfigEventHandler& handler, const KalConfigEvent& event) { return handler.Notify(event); }
 };
 
@@ -28,14 +28,15 @@ class InJournal {
       : m_set(set), m_oldValue(oldValue), m_newValue(newValue) {}
 
   // Writes the set before its first delivery: what the callbacks do comes after it.
-  void Begin(std::int32_t result, std::size_t subscribers) {
+  void Begin(const KalConfigEvent& event, std::size_t subscribers) {
     m_hasBegun = true;
-    m_set.Write(m_oldValue, m_newValue, result, static_cast<std::uint32_t>(subscribers), nullptr);
+    m_set.Write(event.m_oldValue, event.m_newValue, kResultOk, static_cast<std::uint32_t>(subscribers),
+                nullptr);
   }
   bool Notify(ConfigEventHandler& handler, const KalConfigEvent& event) {
     return NotifyInJournal(handler, event, m_set.change);
   }
-  // The set has its number: it is written also when memory runs out before the first delivery.
+  // Writes a set that notified nobody: it has its number, also when memory ran out.
   void End(std::int32_t result, const char* thrown) {
     if (!m_hasBegun) m_set.Write(m_oldValue, m_newValue, result, 0, thrown);
   }
@@ -60,10 +61,7 @@ template <class Delivery>
     TESSEL_TRACE(0, "kalStore::KalConfig::fireEvents", "Error parameters" << cid << self);
     return kResultBadArgument;
   }
-  if (!bForceNotify && oldValue == newValue) {
-    delivery.Begin(kResultUnchanged, 0);
-    return kResultUnchanged;
-  }
+  if (!bForceNotify && oldValue == newValue) return kResultUnchanged;
   TESSEL_TRACE(2, "kalStore::KalConfig::fireEvents",
                ", " << name << ", " << oldValue.ToCstr() << " -> " << newValue.ToCstr()
                     << ", bForceNotify=" << bForceNotify << cid << self);
@@ -75,11 +73,11 @@ template <class Delivery>
     for (std::size_t left = snapshot.AnnounceToSubscriptions(observers, name); left > 0; --left) {
       TESSEL_TRACE(1, "kalStore::KalConfig::fireEvents", ", fireEvents Multiple notification" << cid << self);
     }
-    delivery.Begin(snapshot.HasNext() ? kResultOk : kResultNobody, snapshot.Size());
     if (!snapshot.HasNext()) return kResultNobody;
 
     const KalConfigEvent event{name,  std::move(oldValue),      std::move(newValue), {},
                                group, SessionTypeOfGroup(group)};
+    delivery.Begin(event, snapshot.Size());
     // One subscriber's exception must not keep the change from the others.
     FirstError error;
     while (snapshot.HasNext()) {

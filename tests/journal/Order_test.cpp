@@ -129,37 +129,41 @@ TEST_F(JournalOrder, LetsReadersWaitForHalfARingAndCountsWhatIsStillNotWrittenTh
 
 TEST_F(JournalOrder, HasTheSetThatFailedOnceItsValueWasStored) {
   const std::string name(100, 'n');
-  for (std::size_t n = 1;; ++n) {
-    // Two, whose list the first delivery after a change of it allocates.
-    const SubscribeId_t ids[] = {
-        m_store.SubscribeConfig(
-            kVideo, name.c_str(), [](const KalConfigEvent&) {}, nullptr, false),
-        m_store.SubscribeConfig(kVideo, name.c_str(), [](const KalConfigEvent&) {}, nullptr, false)};
-    Events();
-    const std::string number = std::to_string(n);
-    ConfigData set(number + std::string(30, 'v'));
-    bool hasFired = false;
-    {
-      const FailAllocation nth(n);
-      try {
-        m_store.SetKalConfig(kVideo, name.c_str(), set, true, false);
-      } catch (const std::bad_alloc&) {
+  for (const bool isFirst : {true, false}) {
+    for (std::size_t n = 1;; ++n) {
+      if (isFirst) m_store.RemoveKalConfig(kVideo, name.c_str());
+      // Two, whose list the first delivery after a change of it allocates.
+      const SubscribeId_t ids[] = {
+          m_store.SubscribeConfig(
+              kVideo, name.c_str(), [](const KalConfigEvent&) {}, nullptr, false),
+          m_store.SubscribeConfig(kVideo, name.c_str(), [](const KalConfigEvent&) {}, nullptr, false)};
+      Events();
+      const std::string number = std::to_string(n);
+      ConfigData set(number + std::string(30, 'v'));
+      bool hasFired = false;
+      {
+        const FailAllocation nth(n);
+        try {
+          m_store.SetKalConfig(kVideo, name.c_str(), set, true, false);
+        } catch (const std::bad_alloc&) {
+        }
+        hasFired = nth.Fired();
       }
-      hasFired = nth.Fired();
+      ConfigData stored;
+      m_store.GetKalConfig(kVideo, name.c_str(), stored);
+      const auto events = Events();
+      ASSERT_EQ(events.empty(), !(stored == set)) << n;
+      if (!events.empty()) {
+        EXPECT_EQ(events[0].kind, JournalKind::kSet);
+        EXPECT_EQ(events[0].newValue->text, set.ToString());
+        EXPECT_EQ(events[0].missed, 0u);
+        EXPECT_EQ(events[0].thrown.has_value(), hasFired) << n;
+        EXPECT_EQ(events[0].count, hasFired ? 0u : 2u);
+        EXPECT_EQ(events.size(), hasFired ? 1u : 3u);
+      }
+      for (const SubscribeId_t id : ids) m_store.UnsubscribeConfig(id);
+      if (!hasFired) break;
     }
-    ConfigData stored;
-    m_store.GetKalConfig(kVideo, name.c_str(), stored);
-    const auto events = Events();
-    ASSERT_EQ(events.empty(), !(stored == set)) << n;
-    if (!events.empty()) {
-      EXPECT_EQ(events[0].kind, JournalKind::kSet);
-      EXPECT_EQ(events[0].newValue->text, set.ToString());
-      EXPECT_EQ(events[0].missed, 0u);
-      EXPECT_EQ(events[0].thrown.has_value(), hasFired) << n;
-      EXPECT_EQ(events.size(), hasFired ? 1u : 3u);
-    }
-    for (const SubscribeId_t id : ids) m_store.UnsubscribeConfig(id);
-    if (!hasFired) break;
   }
 }
 
