@@ -31,7 +31,7 @@ class EightBytes {
   static int Before(std::uint64_t marks) { return std::countr_zero(marks) / 8; }
 
  private:
-  static constexpr std::uint64_t each(unsigned char byte) { return 0x0101010101010101 * byte; }
+  static constexpr std::uint64_t each(unsigned char byte) { return std::uint64_t{0x0101010101010101} * byte; }
   static constexpr std::uint64_t below(std::uint64_t word, unsigned char bound) {
     return (word - each(bound)) & ~word & kHighs;
   }
