@@ -158,10 +158,15 @@ TEST_F(JournalDeliveries, PostedKeepTheLabelOfTheSetter) {
   Events();
   const std::string longest(kJournalLongestLabel, 'x');
   for (const std::string& label : {longest, longest + "y"}) {
+    std::promise<void> isOver;
+    Post(worker, [&] { isOver.get_future().wait(); });
+    std::string own = label;
     {
-      const JournalOrigin origin(label.c_str());
+      const JournalOrigin origin(own.c_str());
       m_store.SetKalConfig(kVideo, "MaxFps", 15, true, false);
     }
+    own.assign(own.size(), '-');  // The setter's scope is over before the delivery.
+    isOver.set_value();
     Send(worker, [] {});
     const auto events = Events();
     ASSERT_THAT(KindsOf(events), ElementsAre(JournalKind::kSet, JournalKind::kDelivered));
