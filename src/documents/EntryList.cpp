@@ -16,11 +16,6 @@ void EntryList::Append(const JsonString& name, const JsonString& value, const Te
       {m_bytes.size(), static_cast<std::uint32_t>(place.line), static_cast<std::uint32_t>(place.column)});
 }
 
-void EntryList::Clear() {
-  m_bytes.clear();
-  m_ends.clear();
-}
-
 EntryList::Entry EntryList::operator[](std::size_t index) const {
   const End& end = m_ends[index];
   const std::size_t start = index == 0 ? 0 : m_ends[index - 1].offset;

@@ -25,7 +25,6 @@ class EntryList {
   };
 
   void Append(const JsonString& name, const JsonString& value, const TextPlace& place);
-  void Clear();
 
   std::size_t size() const { return m_ends.size(); }
   Entry operator[](std::size_t index) const;

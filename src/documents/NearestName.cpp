@@ -56,7 +56,7 @@ std::uint64_t NearestName::distance(std::string_view known, std::uint64_t limit)
       if (i > 1 && j > 1) {
         const std::uint64_t swapped =
             ReplacementCost(m_string[i - 1], known[j - 2]) + ReplacementCost(m_string[i - 2], known[j - 1]);
-        if (swapped < kLetterCost) m_row[j] = std::min(m_row[j], m_beforeLast[j - 2] + kLetterCost + swapped);
+        m_row[j] = std::min(m_row[j], m_beforeLast[j - 2] + kLetterCost + swapped);
       }
     }
     const std::uint64_t least = *std::min_element(m_row.begin(), m_row.end());

@@ -84,9 +84,7 @@ void SettingsReader::readGroupKey(const JsonString& key) {
                                  "the group is repeated below; only the last one is read"));
     m_findings.back().name = std::move(name);
   }
-  group().entries.Clear();
-  group().origins.clear();
-  group().findings.clear();
+  group() = {};
   group().key = key.Place();
 }
 

@@ -54,10 +54,13 @@ std::int32_t InspectAudio(KalTesselEntityType type, std::uint32_t callId, Inspec
   return ReadEntity(type, callId, [&](void* entity) {
     KalAudioStatisticInfo& object = AudioOf(entity);
     object.KalAudioStatisticInfo::GetTxMediaInfo(&audio.sent, false);
-    for (int stream = 0; stream < kAudioStreamCount; ++stream) {
-      const auto index = static_cast<std::size_t>(stream);
-      object.KalAudioStatisticInfo::GetRxAudioInfo(&audio.received[index], stream, false);
-      object.KalAudioStatisticInfo::GetAVSyncInfo(&audio.avSync[index], stream);
+    std::int32_t stream = 0;
+    for (st_KalAudioBlock& block : audio.received) {
+      object.KalAudioStatisticInfo::GetRxAudioInfo(&block, stream++, false);
+    }
+    stream = 0;
+    for (kal::_tagSyncStatistics& record : audio.avSync) {
+      object.KalAudioStatisticInfo::GetAVSyncInfo(&record, stream++);
     }
   });
 }

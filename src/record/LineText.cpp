@@ -4,12 +4,13 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <limits>
 
 namespace kalStore::internal {
 
 namespace {
 
-constexpr std::size_t kMostDigits = 20;
+constexpr std::size_t kMostDigits = std::numeric_limits<std::uint64_t>::digits10 + 1;
 constexpr std::size_t kLongestEscape = 6;
 constexpr std::uint64_t kSpaces = 0x2020202020202020;
 

@@ -105,6 +105,13 @@ TEST(SettingsDeclarations, GiveDefaultsTheFormOfAStore) {
   }
 }
 
+TEST(SettingsDeclarations, MayHaveARangeOfOneValue) {
+  for (const char* type : {"int", "uint", "int64", "double"}) {
+    const std::string members = R"("default":7,"minimum":7,"maximum":7)";
+    EXPECT_EQ(Read(VideoA("\"type\":\"" + std::string(type) + "\"," + members)).defaultValue.ToString(), "7");
+  }
+}
+
 TEST(SettingsDeclarations, NameEnumeratorsAndConstantsInCamelCase) {
   const SettingDeclaration setting = Read(One(
       R"("group":"Video","name":"2nd max_fps","type":"enum","default":"a","values":["a","low-latency","1080p"])"));
@@ -142,6 +149,7 @@ TEST(SettingsDeclarations, SayWhereADocumentIsNone) {
        R"(1:14 settings[0]: expected an object with "group", "name", "type" and "default", found a number)"},
       {R"({"setings":[],"settings":[]})", "1:2 : unknown member \"setings\" (did you mean \"settings\"?)"},
       {R"({"settings":[],"settings":[]})", "1:16 : \"settings\" is repeated"},
+      {R"({"settings":[],"$schema":7})", "1:26 $schema: expected a string, found a number"},
       {R"({"settings":[],"namespace":7})", "1:28 namespace: expected a string, found a number"},
       {R"({"settings":[],"namespace":"a:b"})",
        "1:28 namespace: \"a:b\" cannot name a C++ namespace of a component"},

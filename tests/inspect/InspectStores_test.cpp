@@ -34,6 +34,22 @@ TEST_F(InspectStores, GivesTheCallsAndTheirReferences) {
   EXPECT_EQ(ReferencesOf(kInspected), 2u);
 }
 
+TEST_F(InspectStores, SaysNothingBeforeItIsFilled) {
+  const InspectedCall call;
+  EXPECT_EQ(call.callId, 0u);
+  EXPECT_EQ(call.references, 0u);
+  EXPECT_FALSE(call.isCleanedUp);
+  const InspectedSubscription subscription;
+  EXPECT_EQ(subscription.id, 0u);
+  EXPECT_FALSE(subscription.isBinding);
+  EXPECT_EQ(subscription.runThreadId, 0u);
+  EXPECT_EQ(subscription.deliveries, 0u);
+  EXPECT_EQ(subscription.deliveringThreadId, 0u);
+  const InspectedStatistics statistics;
+  EXPECT_EQ(statistics.callId, 0u);
+  EXPECT_EQ(statistics.references, 0u);
+}
+
 TEST_F(InspectStores, GivesNothingOfACallWithoutAStoreAndMakesNone) {
   EXPECT_THAT(InspectSettings(1), IsEmpty());
   EXPECT_THAT(InspectSubscriptions(1), IsEmpty());

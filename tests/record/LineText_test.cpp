@@ -85,6 +85,15 @@ TEST(LineText, WritesAByteThatIsNoUtf8AsAnEscape) {
   for (const auto& row : rows) EXPECT_EQ(JsonString(row.text), std::string("\"") + row.json + '"');
 }
 
+TEST(LineText, TakesNothingBehindTheStringForTheEndOfACharacter) {
+  for (const std::string_view text : {"\u00E9", "\u0800", "\U0001F3A5"}) {
+    EXPECT_EQ(CharacterSize(text), text.size());
+    for (std::size_t size = 0; size < text.size(); ++size) {
+      EXPECT_EQ(CharacterSize(text.substr(0, size)), 0U) << text << ' ' << size;
+    }
+  }
+}
+
 TEST(LineText, EscapesAByteWhereverItIs) {
   for (int code = 0; code < 256; ++code) {
     const std::string byte(1, static_cast<char>(code));

@@ -188,19 +188,23 @@ TEST_F(RecordingFaults, AFileThatAForkedProcessStillHasIsFree) {
 
 // Trace lines would be in it.
 TEST_F(RecordingFaults, AClosedStandardErrorIsNotTheFile) {
-  const int before = ::dup(STDERR_FILENO);
-  ASSERT_GE(before, 0);
-  ::close(STDERR_FILENO);
-  std::int32_t result = kResultNotFound;
-  {
-    Recording recording(File());
-    result = recording.Flush();
-    util_adapter_trace(0, "UTIL", "a line", 6);
+  for (const std::vector<int>& closed : {std::vector{STDERR_FILENO}, {STDIN_FILENO, STDERR_FILENO}}) {
+    std::vector<int> before;
+    for (const int stream : closed) before.push_back(::dup(stream));
+    for (const int stream : closed) ::close(stream);
+    std::int32_t result = kResultNotFound;
+    {
+      Recording recording(File());
+      result = recording.Flush();
+      util_adapter_trace(0, "UTIL", "a line", 6);
+    }
+    for (std::size_t i = 0; i < closed.size(); ++i) {
+      ::dup2(before[i], closed[i]);
+      ::close(before[i]);
+    }
+    EXPECT_EQ(result, kResultOk);
+    EXPECT_EQ(Text(File()).find("a line"), std::string::npos) << closed.size();
   }
-  ::dup2(before, STDERR_FILENO);
-  ::close(before);
-  EXPECT_EQ(result, kResultOk);
-  EXPECT_EQ(Text(File()).find("a line"), std::string::npos);
 }
 
 // It would be renamed. Here only its link would.

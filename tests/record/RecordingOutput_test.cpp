@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "record/RecordingOutput.h"
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <new>
 
 #include "RecordingTest.h"
+#include "record/RecordingFault.h"
 #include "support/AllocationCount.h"
 
 namespace kalStore::internal {
@@ -35,6 +39,23 @@ TEST_F(RecordingOutputTest, ThatCannotOpenForWantOfMemoryThrowsAndAnotherOpensLa
     EXPECT_FALSE(std::filesystem::exists(OfPart(1)));
     EXPECT_FALSE(std::filesystem::exists(OfPart(2)));
   }
+}
+
+// Its end can be written to it, then: it has none yet.
+TEST_F(RecordingOutputTest, WhoseNextFileHasNoRoomLeavesTheFullOneAsItIs) {
+  RecordingOutput output(File(), 0, 2);
+  output.Open();
+  output.Write("full\n");
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit small{20, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+  EXPECT_THROW(output.Rotate("end\n", std::string(30, 'x')), RecordingFault);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(Text(File()), "full\n");
+  EXPECT_FALSE(std::filesystem::exists(File() + ".next"));
 }
 
 }  // namespace

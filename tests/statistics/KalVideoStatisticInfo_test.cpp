@@ -156,6 +156,22 @@ TEST(KalVideoStatisticInfo, StartsAnewOnReset) {
   EXPECT_TRUE(Same(Read(info), expected.Put<std::int32_t>(1752, -1)));
 }
 
+// A class that a component derives may use the block of received video.
+class WithReceived : public KalVideoStatisticInfo {
+ public:
+  using KalVideoStatisticInfo::KalVideoStatisticInfo;
+  using KalVideoStatisticInfo::m_rxBlock;
+};
+
+TEST(KalVideoStatisticInfo, StartsTheReceivedBlockAnewOnResetAlone) {
+  WithReceived info(1);
+  info.m_rxBlock.encodedWidth = 640;
+  info.resetTxVideoStatisticInfo();
+  EXPECT_EQ(info.m_rxBlock.encodedWidth, 640U);
+  info.reset(1);
+  EXPECT_EQ(info.m_rxBlock.encodedWidth, 0U);
+}
+
 TEST(KalVideoStatisticInfo, KeepsTheCallIdWhenOnlyTheSentStatisticsAreReset) {
   KalVideoStatisticInfo info(77);
   Fill(info, VideoBytes::Pattern());

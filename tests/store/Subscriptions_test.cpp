@@ -12,6 +12,14 @@ ConfigValue NoValue(const KalConfigEvent&) {
   return {};
 }
 
+// The last id of a store, which a stray pointer may reach. An explicit instantiation may name what is private.
+std::atomic<std::uint64_t> KalConfig::* LastId();
+template <auto member>
+struct Reached {
+  friend std::atomic<std::uint64_t> KalConfig::* LastId() { return member; }
+};
+template struct Reached<&KalConfig::m_nSubscribeSeq>;
+
 class StoreSubscriptions : public StoreTest {};
 
 TEST_F(StoreSubscriptions, HaveIdsFromOneUpwardSharedWithBindings) {
@@ -23,6 +31,19 @@ TEST_F(StoreSubscriptions, HaveIdsFromOneUpwardSharedWithBindings) {
   EXPECT_EQ(kResultOk, m_store.UnsubscribeConfig(4));
   EXPECT_EQ(5U, Subscribe("name", notified.Callback()));
   EXPECT_EQ(1U, KalConfig(6).SubscribeConfig(kAudio, "name", notified.Callback(), nullptr, false));
+}
+
+TEST_F(StoreSubscriptions, ReportAnIdThatAnotherOneHas) {
+  const std::string assertion = "[KAL_ASSERT] KalConfig:";
+  const std::string failed = " Assert failed: !m_mapIDs.Find(handlerPtr->m_SubscribeId)";
+  const TraceLog log(0);
+  Recorder notified;
+  EXPECT_EQ(1U, Subscribe("name", notified.Callback()));
+  m_store.*LastId() = 0;
+  EXPECT_EQ(1U, Subscribe("name", notified.Callback()));
+  m_store.*LastId() = 0;
+  EXPECT_EQ(1U, Bind("name", NoValue));
+  EXPECT_THAT(log.Matching("Assert"), ElementsAre(assertion + "557" + failed, assertion + "612" + failed));
 }
 
 TEST_F(StoreSubscriptions, LoseNoIdToBadArguments) {
