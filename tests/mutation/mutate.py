@@ -23,7 +23,7 @@ import sys
 
 import places
 from schema import Schema
-from suites import RUNTIME, SUITES
+from suites import RUNTIME, SUITES, at_once
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SURVIVORS = "tests/mutation/survivors.json"
@@ -166,8 +166,9 @@ def try_together(schemas, check, suites):
         schemas.compile(check, numbers)
         schemas.compile(lambda: suite.build(keep_going=True), numbers)  # pylint: disable=cell-var-from-loop
         suite.measure(max(schemas.mutants))
-        for number in [number for number in numbers if number in schemas.chosen]:
-            outcome = suite.try_out(folder_of(schemas.mutants[number]), number)
+        built = [number for number in numbers if number in schemas.chosen]
+        tried = at_once(lambda number: suite.try_out(folder_of(schemas.mutants[number]), number), built)
+        for number, outcome in zip(built, tried):
             if outcome is not None:
                 reached.add(number)
             if outcome:

@@ -83,7 +83,7 @@ class Suite:
 
 
 class Together(unittest.TestCase):
-    CODE = "void F() {\n  x = a + 1;\n  y = 2;\n}\n"  # 1: -, 2: 0, 3: no x, 4: 3, 5: no y, 6: swapped.
+    CODE = "void F() {\n  x = a + 1;\n  y[x] = 2;\n}\n"  # 1: -, 2: 0, 3: no x, 4: 3, 5: no y, 6: swapped.
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()

@@ -25,6 +25,11 @@ STATEMENT = re.compile(r"(?:\*?[A-Za-z_][\w:.\[\]]*(?:->[\w.]+)*(?:\(.*| [-+|&]?
 NO_STATEMENT = re.compile(
     r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert)\b"
     r"|.* = (default|delete);$")
+ASSIGNMENT = re.compile(r"(?:relaxed::Store\((?P<stored>PATH), (?P<of>.*)\)|(?P<to>PATH) [-+|&]?= (?P<value>.*));$"
+                        .replace("PATH", r"[\w.]+(?:->[\w.]+)*(?:\[\d+\])?"))
+PATH = re.compile(r"[A-Za-z_][\w.]*(?:->[\w.]+)*(?:\[\d+\])?")
+MOVED = re.compile(rf"std::move\(({PATH.pattern})\)")
+PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|move)(?:<[\w:]+>)?|\bstatic_cast<[\w:*& ]+>|(?:\.|->)(?:size|empty)|[^\w>])\(")
 LOCK = re.compile(r"(?:const )?[\w:]*(?:Lock|Guard) \w+[({].*[)}];$")
 NOT_CODE = re.compile(r"\s*(#|static_assert|using |namespace |template )")
 
@@ -85,6 +90,28 @@ def weaker_orders(path, plain):
             yield Mutant(path, "order", end, end, f"{comma}std::memory_order_{of_operation['seq_cst'][0]}")
 
 
+def is_within(path, other):
+    """Whether one names a part of the other, or the same."""
+    return path == other or path.startswith((f"{other}.", f"{other}->", f"{other}["))
+
+
+def assigned(statement):
+    """The paths that an assignment writes, where it calls nothing that might write more; otherwise none."""
+    found = ASSIGNMENT.match(statement)
+    value = found and (found["of"] or found["value"])
+    if not value or len(PURE_CALL.findall(f" {value}")) != value.count("("):
+        return []
+    return [found["stored"] or found["to"], *MOVED.findall(value)]
+
+
+def are_independent(first, second):
+    """Whether these do the same in either order: assignments, none of which writes what the other names."""
+    statements = first, second
+    return all(assigned(one) for one in statements) and not any(
+        is_within(path, other) or is_within(other, path)
+        for one, another in (statements, statements[::-1]) for path in assigned(one) for other in PATH.findall(another))
+
+
 def mutants_of(path, code):
     plain = masked(code)
     at, before, neighbour = 0, ";", None
@@ -110,7 +137,8 @@ def mutants_of(path, code):
             if is_lock or (STATEMENT.match(statement) and not NO_STATEMENT.match(statement)):
                 here = (at + indent, at + indent + len(statement), indent)
                 yield Mutant(path, "lock" if is_lock else "statement", *here[:2], ";")
-                if neighbour and neighbour[2] == indent:
+                if neighbour and neighbour[2] == indent and not are_independent(
+                        plain[neighbour[0]:neighbour[1]], plain[here[0]:here[1]]):
                     yield Mutant(path, "swap", neighbour[0], here[1],
                                  code[here[0]:here[1]] + code[neighbour[1]:here[0]] + code[neighbour[0]:neighbour[1]])
         if line.strip("\x01 \n"):  # Not of comments and empty lines.

@@ -99,6 +99,18 @@ class Swaps(unittest.TestCase):
             self.assertEqual(made("swap", in_function(*lines)), [], lines)
 
 
+    def test_assignments_that_do_not_depend_on_each_other_stay(self):
+        for lines in (("x = 1;", "y += 2;"), ("a.x = b.x;", "a.y = b.y;"), ("a = std::move(b.a);", "c = d->size();"),
+                      ("relaxed::Store(a[0], x);", "relaxed::Store(a[1], static_cast<int>(std::max(x, 1)));"),
+                      ("a = b ? (c + d) * 2 : 0;", "e = Pair{c, d};")):
+            self.assertEqual(made("swap", in_function(*lines)), [], lines)
+        for lines in (("x = 1;", "y = x;"), ("x = y;", "y = 1;"), ("x = 1;", "x = 2;"), ("a.x = 1;", "a = b;"),
+                      ("a = b;", "a[0] = 1;"), ("a = b;", "c = a->x;"), ("a = std::move(b);", "c = b;"),
+                      ("x = f();", "y = 1;"), ("x = a.f(1);", "y = 1;"), ("x.store(1);", "y = 1;"),
+                      ("relaxed::Store(x, 1);", "relaxed::Store(y, f(x));")):
+            self.assertEqual(len(made("swap", in_function(*lines))), 1, lines)
+
+
 class Others(unittest.TestCase):
     def test_operators_numbers_conditions_and_statements_change(self):
         code = in_function("if (a < 1) Do(b);", "Done();")

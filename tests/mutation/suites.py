@@ -4,15 +4,15 @@
 import os
 import pathlib
 import re
-import resource
 import subprocess
 import sys
 import threading
 import time
+from concurrent.futures import ThreadPoolExecutor
 from typing import NamedTuple
 
 MEMORY_LIMIT = 4 << 30
-JOBS = ["-j", os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count()))]
+JOBS = int(os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL") or os.cpu_count())
 # What a program prints first when it has found something: the model checker goes on with its other scenarios.
 FAILED = re.compile(r"FAILED: ")
 RUNTIME = "tests/mutation/runtime/Chosen"
@@ -28,14 +28,16 @@ class Test(NamedTuple):
     reached: frozenset  # The numbers of the mutants that it runs through.
 
 
+def at_once(function, values):
+    """The results in the order of the values, as soon as each is there: of as many as the machine has processors."""
+    with ThreadPoolExecutor(JOBS) as threads:
+        yield from threads.map(function, values)
+
+
 def run(command, seconds, work, has_limit, variables=None):
     """None when the command passed, otherwise what it did instead; and what it printed."""
-    def limits():
-        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-        if has_limit:
-            resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
-
-    process = subprocess.Popen(command, cwd=work, preexec_fn=limits, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+    limits = ["prlimit", "--core=0", *([f"--as={MEMORY_LIMIT}"] if has_limit else []), "--"]
+    process = subprocess.Popen([*limits, *command], cwd=work, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                stdin=subprocess.DEVNULL, start_new_session=True, text=True, errors="replace",
                                env=os.environ | ENDS_WITH_A_REPORT | (variables or {}))
     late = threading.Event()
@@ -144,7 +146,7 @@ class Suite:
     def build(self, keep_going):
         """"" when everything compiles, otherwise what the compiler said."""
         self.configure()
-        done = subprocess.run(["ninja", "-C", self.objects, *JOBS, "-k", "0" if keep_going else "1", *self.programs],
+        done = subprocess.run(["ninja", "-C", self.objects, f"-j{JOBS}", "-k", "0" if keep_going else "1", *self.programs],
                               text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
         if done.returncode != 0:
             return done.stdout
@@ -157,19 +159,21 @@ class Suite:
 
     def measure(self, highest):
         """Runs each test alone and unchanged: how long it takes, and which mutants up to this number it reaches."""
-        self.tests = []
-        marks = self.objects / "reached"
-        for program in self.programs:
-            for name in self.kind.names(self.paths[program]):
-                marks.write_bytes(bytes(highest + 1))
-                start = time.monotonic()
-                fault, _ = self.run(program, [name], 600, True, TESSEL_MUTANTS_REACHED=str(marks))
-                seconds = time.monotonic() - start
-                if fault:
-                    print(f"left out: {self.name}: {program}: {name} {fault} before anything was changed", flush=True)
-                    continue
-                reached = frozenset(number for number, mark in enumerate(marks.read_bytes()) if mark)
-                self.tests.append(Test(program, name, seconds, reached))
+        def measured(test):
+            number, (program, name) = test
+            marks = self.objects / f"reached-{number}"
+            marks.write_bytes(bytes(highest + 1))
+            start = time.monotonic()
+            fault, _ = self.run(program, [name], 600, True, TESSEL_MUTANTS_REACHED=str(marks))
+            seconds = time.monotonic() - start
+            reached = frozenset(number for number, mark in enumerate(marks.read_bytes()) if mark)
+            marks.unlink()
+            if fault:
+                print(f"left out: {self.name}: {program}: {name} {fault} before anything was changed", flush=True)
+            return None if fault else Test(program, name, seconds, reached)
+
+        named = [(program, name) for program in self.programs for name in self.kind.names(self.paths[program])]
+        self.tests = [test for test in at_once(measured, enumerate(named)) if test]
 
     def batches(self, folder, number):
         """The tests that reach a mutant (0: all), in the order of trying: (program, names, usual seconds)."""

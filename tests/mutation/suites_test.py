@@ -6,6 +6,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import threading
 import unittest
 from pathlib import Path
 
@@ -84,6 +85,13 @@ class Run(unittest.TestCase):
             subprocess.run(["g++", "-fsanitize=thread", "-x", "c++", "-", "-o", program], input=RACE, text=True,
                            check=True)
             self.assertEqual(suites.run([program], 600, folder, has_limit=False), ("failed", ["begin\n"]))
+
+
+class AtOnce(unittest.TestCase):
+    def test_gives_results_in_the_order_of_the_values_while_others_go_on(self):
+        second = threading.Event()
+        results = suites.at_once(lambda value: second.wait(600) if value == 1 else second.set() or value, [1, 2, 3])
+        self.assertEqual(list(results), [True, 2, 3])
 
 
 class TryOut(unittest.TestCase):
