@@ -29,9 +29,13 @@ class Test(NamedTuple):
 
 
 def at_once(function, values):
-    """The results in the order of the values, as soon as each is there: of as many as the machine has processors."""
-    with ThreadPoolExecutor(JOBS) as threads:
+    """The results in the order of the values, as soon as each is there: of as many as the machine has processors. What
+    has not begun when nobody wants more results does not begin."""
+    threads = ThreadPoolExecutor(JOBS)
+    try:
         yield from threads.map(function, values)
+    finally:
+        threads.shutdown(cancel_futures=True)
 
 
 def run(command, seconds, work, has_limit, variables=None):
@@ -190,17 +194,23 @@ class Suite:
     def try_out(self, folder, number=0):
         """What finds the mutant of a number, or what the build was made of (0): "" when nothing does, None when no
         test reaches it. A failure counts when it does not come without the mutant, or else comes twice."""
-        batches = self.batches(folder, number)
-        for program, names, usual in batches:
+        def tried(batch):
+            program, names, usual = batch
             seconds = 10 + 10 * usual + self.kind.seconds
             fault, printed = self.run(program, names, seconds, TESSEL_MUTANT=str(number))
             if not fault:
-                continue
+                return ""
             last = self.kind.last(printed, names)
             again, _ = self.run(program, last, seconds, number != 0, TESSEL_MUTANT="0")
-            if (again is None) == bool(number):
-                return f"{self.name}: {program}: {', '.join(last) if len(last) < 3 else ''} {fault}"
-        return "" if batches else None
+            if (again is None) != bool(number):
+                return ""
+            return f"{self.name}: {program}: {', '.join(last) if len(last) < 3 else ''} {fault}"
+
+        batches = self.batches(folder, number)
+        if not batches:
+            return None
+        # Of what can be chosen, several are tried at once.
+        return next(filter(None, (map if number else at_once)(tried, batches)), "")
 
 
 # By name, what makes a suite of a tree and a folder for its objects. The first to try is the first here.

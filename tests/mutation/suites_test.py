@@ -9,6 +9,7 @@ import tempfile
 import threading
 import unittest
 from pathlib import Path
+from unittest import mock
 
 sys.dont_write_bytecode = True  # The sources stay as they are.
 import suites  # pylint: disable=wrong-import-position
@@ -92,6 +93,22 @@ class AtOnce(unittest.TestCase):
         second = threading.Event()
         results = suites.at_once(lambda value: second.wait(600) if value == 1 else second.set() or value, [1, 2, 3])
         self.assertEqual(list(results), [True, 2, 3])
+
+    def test_begins_nothing_more_when_nobody_wants_it(self):
+        begun = []
+        goes_on = threading.Event()
+
+        class Threads(suites.ThreadPoolExecutor):
+            def shutdown(self, wait=True, *, cancel_futures=False):
+                super().shutdown(wait=False, cancel_futures=cancel_futures)
+                goes_on.set()
+                super().shutdown(wait)
+
+        with mock.patch.object(suites, "ThreadPoolExecutor", Threads):
+            results = suites.at_once(lambda value: begun.append(value) or goes_on.wait(600 if value else 0), range(99))
+            self.assertFalse(next(results))
+            results.close()
+        self.assertLessEqual(len(begun), suites.JOBS + 1)
 
 
 class TryOut(unittest.TestCase):
