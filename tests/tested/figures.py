@@ -115,10 +115,13 @@ FIGURES = {
         lambda row: (row["killed"], row["tried"], share(row["killed"], row["tried"]), row.get("broken", ""),
                      f"{row['places']:,}" if "places" in row else ""), ("command",)),
     "fuzz": Figure(
-        each(r"^fuzz (?P<target>\w+): ok, (?P<executions>\d+) executions, (?P<edges>\d+) edges covered"),
-        ("target", "executions", "in all runs", "edges reached, the model's own included"),
-        lambda row: (f"`{row['target']}`", f"{row['executions']:,}", f"{row['in_all']:,}", f"{row['edges']:,}"),
-        ("target",), 30, "executions"),
+        each(r"^fuzz (?P<target>\w+): ok, (?P<executions>\d+) executions (?P<form>[a-z ]+), (?P<rate>\d+) a second of "
+             r"processor time, (?P<edges>\d+) edges covered"),
+        ("target", "checked", "executions", "in all runs", "a second of processor time",
+         "edges reached, the model's own included"),
+        lambda row: (f"`{row['target']}`", row["form"], f"{row['executions']:,}", f"{row['in_all']:,}",
+                     f"{row['rate']:,}" if "rate" in row else "", f"{row['edges']:,}"),
+        ("target", "form"), 30, "executions"),
     "soak": Figure(read_soak, ("operations", "per second", "deliveries per second", "calls",
                                "memory after a tenth, at the end"), soak_cells, ("command",), 60),
     "page": Figure(read_page, ("what", "CPU time", "floor", "ratio"), page_cells),
