@@ -10,31 +10,23 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace fuzz {
 namespace {
 
-struct Malformed {};
-
+// Each part is read whole or refused, without an exception: most inputs are refused.
 class ModelReader {
  public:
   explicit ModelReader(std::string_view text) : m_text(text) {}
 
-  JsonModel Document() {
-    JsonModel document = value(0);
-    if (m_at != m_text.size()) throw Malformed{};
-    return document;
-  }
+  bool Document(JsonModel& document) { return value(document, 0) && isAtEnd(); }
 
  private:
   static constexpr int kDeepest = 1000;
 
   char next() const { return m_at < m_text.size() ? m_text[m_at] : '\0'; }
   bool isAtEnd() const { return m_at == m_text.size(); }
-  char take() {
-    if (isAtEnd()) throw Malformed{};
-    return m_text[m_at++];
-  }
   bool takeIf(char c) {
     if (isAtEnd() || m_text[m_at] != c) return false;
     ++m_at;
@@ -45,86 +37,82 @@ class ModelReader {
   }
 
   // One value with the white space around it, below `depth` open brackets.
-  JsonModel value(int depth) {
+  bool value(JsonModel& model, int depth) {
     space();
-    JsonModel model;
-    if (isAtEnd()) throw Malformed{};
+    if (isAtEnd() || !bare(model, depth)) return false;
+    space();
+    return true;
+  }
+
+  bool bare(JsonModel& model, int depth) {
     if (takeIf('"')) {
       model.type = json::StringVal;
-      model.text = string();
-    } else if (next() == '{' || next() == '[') {
-      if (depth == kDeepest) throw Malformed{};
-      model = take() == '{' ? object(depth + 1) : array(depth + 1);
-    } else if (std::isalpha(static_cast<unsigned char>(next())) != 0) {
-      model = literal();
-    } else {
-      model = number();
+      return string(model.text);
     }
-    space();
-    return model;
+    if (next() == '{' || next() == '[') {
+      if (depth == kDeepest) return false;
+      return takeIf('{') ? object(model, depth + 1) : takeIf('[') && array(model, depth + 1);
+    }
+    return std::isalpha(static_cast<unsigned char>(next())) != 0 ? literal(model) : number(model);
   }
 
-  JsonModel object(int depth) {
-    JsonModel model;
+  bool object(JsonModel& model, int depth) {
     model.type = json::ObjectVal;
     space();
-    if (takeIf('}')) return model;
+    if (takeIf('}')) return true;
     do {
+      std::string key;
       space();
-      if (!takeIf('"')) throw Malformed{};
-      const std::string key = string();
+      if (!takeIf('"') || !string(key)) return false;
       space();
-      if (!takeIf(':')) throw Malformed{};
-      model.members.insert_or_assign(key, value(depth));
+      JsonModel member;
+      if (!takeIf(':') || !value(member, depth)) return false;
+      model.members.insert_or_assign(std::move(key), std::move(member));
     } while (takeIf(','));
-    if (!takeIf('}')) throw Malformed{};
-    return model;
+    return takeIf('}');
   }
 
-  JsonModel array(int depth) {
-    JsonModel model;
+  bool array(JsonModel& model, int depth) {
     model.type = json::ArrayVal;
     space();
-    if (takeIf(']')) return model;
-    do model.elements.push_back(value(depth));
-    while (takeIf(','));
-    if (!takeIf(']')) throw Malformed{};
-    return model;
+    if (takeIf(']')) return true;
+    do {
+      if (!value(model.elements.emplace_back(), depth)) return false;
+    } while (takeIf(','));
+    return takeIf(']');
   }
 
-  JsonModel literal() {
+  bool literal(JsonModel& model) {
     for (const char* word : {"true", "false", "null"}) {
       const std::string token(m_text.substr(m_at, std::string_view(word).size()));
       if (strcasecmp(token.c_str(), word) != 0) continue;
       m_at += token.size();
-      JsonModel model;
       if (*word != 'n') model.type = json::BoolVal;
       model.flag = *word == 't';
-      return model;
+      return true;
     }
-    throw Malformed{};
+    return false;
   }
 
-  void digits() {
+  bool digits() {
     const std::size_t start = m_at;
     while (next() >= '0' && next() <= '9') ++m_at;
-    if (m_at == start) throw Malformed{};
+    return m_at != start;
   }
 
-  JsonModel number() {
+  bool number(JsonModel& model) {
     const std::size_t start = m_at;
     takeIf('-');
-    if (!takeIf('0')) digits();
+    if (!takeIf('0') && !digits()) return false;
     const std::size_t integerEnd = m_at;
-    if (takeIf('.')) digits();
+    if (takeIf('.') && !digits()) return false;
     if (takeIf('e') || takeIf('E')) {
       if (!takeIf('+')) takeIf('-');
-      digits();
+      if (!digits()) return false;
     }
-    JsonModel model;
     model.number = std::strtod(std::string(m_text.substr(start, m_at - start)).c_str(), nullptr);
     model.type = m_at == integerEnd ? integerType(model.number) : json::DoubleVal;
-    return model;
+    return true;
   }
 
   static json::ValueType integerType(double number) {
@@ -135,23 +123,35 @@ class ModelReader {
   }
 
   // What follows an opening quote, up to and with the closing one.
-  std::string string() {
-    std::string text;
-    for (char c = take(); c != '"'; c = take()) text += c == '\\' ? escape() : c;
-    return text;
+  bool string(std::string& text) {
+    while (!takeIf('"')) {
+      if (isAtEnd()) return false;
+      if (takeIf('\\')) {
+        if (!escape(text)) return false;
+      } else {
+        text += m_text[m_at++];
+      }
+    }
+    return true;
   }
 
-  char escape() {
+  bool escape(std::string& text) {
     constexpr std::string_view kLetters = "\"\\/bfnrt";
     constexpr std::string_view kMeanings = "\"\\/\b\f\n\r\t";
-    const char letter = take();
-    if (const std::size_t at = kLetters.find(letter); at != std::string_view::npos) return kMeanings[at];
-    if (letter != 'u') throw Malformed{};
-    std::string code;
-    for (int i = 0; i < 4; ++i) code += take();
-    if (!std::all_of(code.begin(), code.end(), [](unsigned char c) { return std::isxdigit(c) != 0; }))
-      throw Malformed{};
-    return static_cast<char>(std::strtoul(code.c_str(), nullptr, 16) & 0xFF);
+    if (isAtEnd()) return false;
+    if (const std::size_t at = kLetters.find(m_text[m_at]); at != std::string_view::npos) {
+      ++m_at;
+      text += kMeanings[at];
+      return true;
+    }
+    if (!takeIf('u')) return false;
+    const std::string code(m_text.substr(m_at, 4));
+    if (code.size() != 4 ||
+        !std::all_of(code.begin(), code.end(), [](unsigned char c) { return std::isxdigit(c) != 0; }))
+      return false;
+    m_at += 4;
+    text += static_cast<char>(std::strtoul(code.c_str(), nullptr, 16) & 0xFF);
+    return true;
   }
 
   const std::string_view m_text;
@@ -188,11 +188,9 @@ bool SameScalars(const json::Value& left, const json::Value& right) {
 }  // namespace
 
 std::optional<JsonModel> ReadJsonModel(std::string_view text) {
-  try {
-    return ModelReader(text).Document();
-  } catch (const Malformed&) {
-    return std::nullopt;
-  }
+  std::optional<JsonModel> document(std::in_place);
+  if (!ModelReader(text).Document(*document)) document.reset();
+  return document;
 }
 
 bool Matches(const json::Value& value, const JsonModel& model) {
