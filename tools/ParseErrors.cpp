@@ -42,8 +42,9 @@ std::string AboutValues(const std::string& message) {
 // What CLI11 says of a flag's value, "Could not convert: --json = foo". The values of options pass their own
 // checks.
 std::string AboutFlag(const std::string& message) {
-  const std::size_t option = message.find("--"), value = message.find(" = ");
-  if (option == std::string::npos || value == std::string::npos) return message;
+  const std::size_t value = message.find(" = ");
+  if (value == std::string::npos) return message;
+  const std::size_t option = message.rfind(' ', value - 1) + 1;
   return message.substr(option, value - option) + ": expected no value, not \"" + message.substr(value + 3) +
          '"';
 }

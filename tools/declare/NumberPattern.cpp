@@ -71,9 +71,10 @@ std::uint64_t Magnitude(std::int64_t number) {
 
 std::string WholeNumberPattern(std::int64_t minimum, std::int64_t maximum, bool isSigned) {
   Alternatives all;
-  if (minimum < 0) AddFromTo(all, "-0*", Magnitude(std::min<std::int64_t>(maximum, -1)), Magnitude(minimum));
+  if (isSigned && minimum <= 0) {
+    AddFromTo(all, "-0*", Magnitude(std::min<std::int64_t>(maximum, 0)), Magnitude(minimum));
+  }
   if (maximum >= 0) AddFromTo(all, "0*", Magnitude(std::max<std::int64_t>(minimum, 0)), Magnitude(maximum));
-  if (isSigned && minimum <= 0 && maximum >= 0) all.push_back("-0+");
   return "^(" + Joined(all, "|") + ")$";
 }
 
