@@ -10,11 +10,15 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <regex>
 #include <string>
 #include <thread>
 
 #include "CommandError.h"
+#include "Program.h"
 #include "report/LivePage.h"
 
 namespace {
@@ -57,17 +61,57 @@ TEST(LivePage, NeverWaitsForAServerThatHasEnded) {
   listeningFails = false;
 }
 
-TEST(LivePage, EndsWithoutWaitingForAClientThatNeverSendsAllOfItsRequest) {
-  std::unique_ptr<LivePage> page;
-  try {
-    page = std::make_unique<LivePage>("a.tessel", 0);
-  } catch (const CommandError& error) {
-    // Any other fault of the server is one of the test.
-    if (std::string(error.what()).find("built without") == std::string::npos) throw;
-    GTEST_SKIP() << error.what();
+namespace {
+
+// Serves the lines of a file. Skipped where the program is built without the page.
+struct RunningLivePage : testing::Test {
+  void SetUp() override {
+    program.File("a.tessel", "one\n");
+    try {
+      page = std::make_unique<LivePage>(program.Path("a.tessel"), 0);
+    } catch (const CommandError& error) {
+      // Any other fault of the server is one of the test.
+      if (std::string(error.what()).find("built without") == std::string::npos) throw;
+      GTEST_SKIP() << error.what();
+    }
+    page->Start();
+    const std::string address = page->Address();
+    port = PortOf(address);
+    token = address.substr(address.find('?'));
   }
-  page->Start();
-  const int descriptor = ConnectedTo(PortOf(page->Address()));
+
+  // The connection, when the path was asked for.
+  int Asked(const std::string& path, const std::string& host) const {
+    const int descriptor = ConnectedTo(port);
+    const std::string request = "GET " + path + " HTTP/1.1\r\nHost: " + host + "\r\n\r\n";
+    EXPECT_EQ(::send(descriptor, request.data(), request.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(request.size()));
+    return descriptor;
+  }
+  // What is answered up to this text, or to the end of the connection.
+  static std::string Answer(int descriptor, const std::string& last = "") {
+    std::string answer;
+    for (char byte = 0; last.empty() || !answer.ends_with(last); answer += byte)
+      if (::recv(descriptor, &byte, 1, 0) <= 0) break;
+    return answer;
+  }
+  std::string WholeAnswer(const std::string& path, const std::string& host) const {
+    const int descriptor = Asked(path, host);
+    std::string answer = Answer(descriptor);
+    ::close(descriptor);
+    return answer;
+  }
+
+  Program program;
+  std::unique_ptr<LivePage> page;
+  int port = 0;
+  std::string token;  // "?token=..."
+};
+
+}  // namespace
+
+TEST_F(RunningLivePage, EndsWithoutWaitingForAClientThatNeverSendsAllOfItsRequest) {
+  const int descriptor = ConnectedTo(port);
   // The server would answer a line that is too long, which this one is after a quarter of an hour.
   std::thread client([&] {
     while (::send(descriptor, "a", 1, MSG_NOSIGNAL) == 1) {
@@ -79,6 +123,69 @@ TEST(LivePage, EndsWithoutWaitingForAClientThatNeverSendsAllOfItsRequest) {
   char answer = 0;
   EXPECT_LE(::recv(descriptor, &answer, 1, 0), 0);
   ::close(descriptor);
+}
+
+TEST_F(RunningLivePage, HasATokenThatNoOtherHas) {
+  const LivePage other("a.tessel", 0);
+  const std::regex form("http://127[.]0[.]0[.]1:[0-9]+/[?]token=[0-9a-f]{32}");
+  EXPECT_TRUE(std::regex_match(page->Address(), form)) << page->Address();
+  EXPECT_TRUE(std::regex_match(other.Address(), form)) << other.Address();
+  EXPECT_FALSE(other.Address().ends_with(token));
+}
+
+TEST_F(RunningLivePage, AnswersThoseAloneWhoKnowTheAddress) {
+  const std::string ownPort = ":" + std::to_string(port), local = "127.0.0.1" + ownPort;
+  const struct {
+    std::string path, host;
+    const char* status;
+  } rows[] = {
+      {"/" + token, local, "200"},
+      {"/" + token, "localhost" + ownPort, "200"},
+      {"/none" + token, local, "404"},
+      {"/", local, "403"},
+      {"/?token=", local, "403"},
+      {"/events", local, "403"},
+      {"/none", local, "403"},
+      {"/" + token.substr(0, token.size() - 1), local, "403"},
+      {"/" + token, "example.net", "403"},
+      {"/" + token, "example.net" + ownPort, "403"},
+      {"/" + token, "127.0.0.1", "403"},
+      {"/" + token, "localhost", "403"},
+      {"/" + token, "127.0.0.1.example.net" + ownPort, "403"},
+  };
+  for (const auto& [path, host, status] : rows) {
+    const std::string answer = WholeAnswer(path, host);
+    EXPECT_TRUE(answer.starts_with(std::string("HTTP/1.1 ") + status)) << path << ' ' << host << answer;
+    // Nobody keeps it, and nobody waits for another request.
+    for (const char* const header : {"Cache-Control: no-store", "Referrer-Policy: no-referrer",
+                                     "X-Content-Type-Options: nosniff", "Connection: close"}) {
+      EXPECT_NE(answer.find(std::string(header) + "\r\n"), std::string::npos) << path << ' ' << answer;
+    }
+  }
+}
+
+TEST_F(RunningLivePage, IsAPageThatHasTheRecordingsName) {
+  const std::string answer = WholeAnswer("/" + token, "localhost:" + std::to_string(port));
+  EXPECT_NE(answer.find("Content-Type: text/html; charset=utf-8\r\n"), std::string::npos) << answer;
+  EXPECT_NE(answer.find("data-name=\"a.tessel\""), std::string::npos);
+}
+
+TEST_F(RunningLivePage, GivesWhatIsAppendedUntilItEnds) {
+  const int descriptor = Asked("/events" + token, "localhost:" + std::to_string(port));
+  const std::string begin = Answer(descriptor, "data: one\n\n");
+  EXPECT_NE(begin.find("Content-Type: text/event-stream\r\n"), std::string::npos) << begin;
+  std::ofstream(program.Path("a.tessel"), std::ios::app) << "two\n";
+  const std::string next = Answer(descriptor, "data: two\n\n");
+  EXPECT_TRUE(next.ends_with("data: two\n\n")) << next;
+  page.reset();
+  EXPECT_EQ(Answer(descriptor).find("data"), std::string::npos);
+  ::close(descriptor);
+}
+
+TEST_F(RunningLivePage, HasNoEventsOfAFileThatIsGone) {
+  std::filesystem::remove(program.Path("a.tessel"));
+  const std::string answer = WholeAnswer("/events" + token, "localhost:" + std::to_string(port));
+  EXPECT_TRUE(answer.starts_with("HTTP/1.1 404")) << answer;
 }
 
 TEST(LivePage, HasAPortOfItsOwnBeforeItBegins) {

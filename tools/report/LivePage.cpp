@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <random>
 #include <system_error>
@@ -47,7 +46,7 @@ void EndConnections(int port) {
   std::error_code error;
   std::filesystem::directory_iterator file("/proc/self/fd", error);
   for (; file != std::filesystem::directory_iterator(); file.increment(error)) {
-    const int descriptor = static_cast<int>(std::strtol(file->path().filename().c_str(), nullptr, 10));
+    const int descriptor = std::stoi(file->path().filename().string());
     sockaddr_in own{};
     socklen_t size = sizeof own;
     if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &size) != 0) continue;
