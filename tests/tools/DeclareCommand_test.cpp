@@ -143,6 +143,21 @@ TEST(DeclareCommand, WritesASchemaThatIsJson) {
   ASSERT_EQ(error.reason, nullptr) << run.out;
   EXPECT_EQ(schema["$schema"].ToString(), "https://json-schema.org/draft/2020-12/schema");
   EXPECT_EQ(schema["properties"].ToObject().size(), 13U);
+  EXPECT_EQ(
+      json::Serialize(schema["properties"]["Video"]),
+      R"({"items":{"allOf":[)"
+      R"({"if":{"properties":{"key":{"const":"MaxFps"}},"required":["key"]},)"
+      R"("then":{"properties":{"value":{"default":"30",)"
+      R"("pattern":"^(0*[1-9]|0*[1-9][0-9]|0*1[0-1][0-9]|0*120)$"}}}},)"
+      R"({"if":{"properties":{"key":{"const":"Codec"}},"required":["key"]},)"
+      R"("then":{"properties":{"value":{"default":"h264","enum":["h264","low-latency"]}}}}],)"
+      R"("properties":{"key":{"anyOf":[)"
+      R"({"const":"MaxFps","description":"Highest frame rate\nRange: 1 to 120\nUnit: frames/s\nSince: 1.0"},)"
+      R"({"const":"Codec","deprecated":true,"description":"deprecated since 2.0: use Audio/Codec"}]},)"
+      R"("value":{"type":"string"}},"required":["key","value"],"type":"object"},"type":"array"})");
+  EXPECT_EQ(json::Serialize(schema["properties"]["Common"]),
+            R"({"items":{"properties":{"key":{"minLength":1,"type":"string"},"value":{"type":"string"}},)"
+            R"("required":["key","value"],"type":"object"},"type":"array"})");
   EXPECT_EQ(run.status, 0);
 }
 

@@ -31,6 +31,12 @@ std::string LineOf(const std::string& out, const std::string& type, int which = 
   return "";
 }
 
+// Of a set that is another recording's.
+std::string PartOfAnother(int part) {
+  std::string text = RecordingPart(part);
+  return text.replace(text.find("09:00"), 5, "10:00");
+}
+
 constexpr const char* kBegin =
     "    0.000000  recording             version 1, began 2026-11-22T08:42:05.123456Z\n";
 constexpr const char* kSet =
@@ -388,9 +394,7 @@ TEST(LogCommand, ReadsTheOlderFilesOfASetUpToOneThatIsMissingOrOfAnother) {
   MakeSet(program);
   std::filesystem::remove(program.Path("set/a.tessel.2"));
   EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, RecordingPart(3) + kLastPartEnd);
-  std::string ofAnother = RecordingPart(2);
-  ofAnother.replace(ofAnother.find("09:00"), 5, "10:00");
-  for (const std::string& second : {Recording("call"), ofAnother, RecordingPart(1)}) {
+  for (const std::string& second : {Recording("call"), PartOfAnother(2), RecordingPart(1)}) {
     program.File("set/a.tessel.2", second);
     EXPECT_EQ(program.Run({"log", "set/a.tessel", "--json"}).out, RecordingPart(3) + kLastPartEnd);
   }
@@ -464,20 +468,21 @@ TEST(LogCommand, FollowsAFullFileOfASetThatIsNamedToItsEnd) {
 }
 
 TEST(LogCommand, FollowsNoRecordingThatOnlyHasTheName) {
-  for (const bool isOther : {false, true}) {
+  for (const std::string& other :
+       {std::string(), Recording("call"), PartOfAnother(3) + kLastPartEnd, RecordingPart(1) + kLastPartEnd}) {
     Program program;
-    program.File("a.tessel", RecordingPart(1) + RecordingPartEnd(1)).File("a.tessel.2", Recording("call"));
-    program.File("other", isOther ? Recording("call") : kRecordingBegin);
+    program.File("a.tessel", RecordingPart(2) + RecordingPartEnd(2)).File("a.tessel.3", Recording("call"));
+    program.File("other", other);
     std::future<Finished> run = std::async(
         std::launch::async, [&] { return program.Run({"log", "a.tessel", "--follow", "--json"}); });
     while (program.Contents(".out").find("goes on in the next file") == std::string::npos)
       std::this_thread::yield();
-    if (isOther) {
-      std::filesystem::rename(program.Path("other"), program.Path("a.tessel"));
-    } else {  // In its place, so that it is the same file.
+    if (other.empty()) {  // In its place, so that it is the same file.
       std::filesystem::resize_file(program.Path("a.tessel"), 0);
+    } else {
+      std::filesystem::rename(program.Path("other"), program.Path("a.tessel"));
     }
-    EXPECT_EQ(run.get().out, RecordingPart(1) + RecordingPartEnd(1));
+    EXPECT_EQ(run.get().out, RecordingPart(2) + RecordingPartEnd(2));
   }
 }
 

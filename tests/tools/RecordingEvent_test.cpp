@@ -7,6 +7,8 @@
 #include <string>
 #include <utility>
 
+#include "recording/EventText.h"
+
 namespace {
 
 std::string FaultOf(const std::string& line) {
@@ -137,4 +139,18 @@ TEST(RecordingLine, IsDamagedWithoutWhatItsTypeNeeds) {
   }
   EXPECT_EQ(FaultOf(R"({"type":"lost","count":1})"), "t: missing");
   EXPECT_EQ(FaultOf(R"({"t":0,"count":1})"), "type: missing");
+}
+
+TEST(ShortNumber, HasNoExponentUpToTheLargestNumberThatIsReadable) {
+  const std::pair<double, const char*> rows[] = {
+      {0, "0"},
+      {0.1, "0.1"},
+      {100000, "100000"},
+      {1e-7, "0.0000001"},
+      {1e18, "1000000000000000000"},
+      {-1e18, "-1000000000000000000"},
+      {2e18, "2e+18"},
+      {-2e18, "-2e+18"},
+  };
+  for (const auto& [number, text] : rows) EXPECT_EQ(ShortNumber(number), text);
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <tessel/version.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -109,17 +110,22 @@ TEST(Tessel, RefusesAFileWithoutAName) {
   }
 }
 
-TEST(Tessel, ShowsExitStatusesAndExamplesInTheHelpOfEveryCommand) {
+TEST(Tessel, ShowsWhatValuesAreAndExitStatusesAndExamplesInTheHelpOfEveryCommand) {
   std::istringstream help(Program().Run({"--help"}).out);
   std::vector<std::string> commands;
   std::string line;
   while (std::getline(help, line) && line != "Subcommands:") continue;
   while (std::getline(help, line) && !line.empty()) commands.push_back(line.substr(2, line.find(' ', 2) - 2));
   EXPECT_GE(commands.size(), 5U);
+  EXPECT_TRUE(std::ranges::is_sorted(commands));
   for (const std::string& command : commands) {
     const Finished run = Program().Run({command, "--help"});
     EXPECT_EQ(run.status, 0) << command;
     EXPECT_NE(run.out.find("\n\nExit status:\n  0  "), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("\n\nExamples:\n  tessel " + command), std::string::npos) << run.out;
+    // What CLI11 calls the value of an option where nothing else is said.
+    for (const char* const type : {" TEXT ", " INT ", " UINT ", " FLOAT "}) {
+      EXPECT_EQ(run.out.find(type), std::string::npos) << run.out;
+    }
   }
 }

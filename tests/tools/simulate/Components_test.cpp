@@ -178,6 +178,83 @@ TEST_F(SimulatedComponents, AudioReceiverReportsWhatArrivesAndTheDelayWithThatOf
   EXPECT_LT(ReceivedAudio().bitrate, block.bitrate);
 }
 
+// A document may set any number.
+struct TakenNumber {
+  int set, taken;
+};
+
+TEST_F(SimulatedComponents, AudioReceiverTakesTheNearestDelayThatABufferHas) {
+  AudioReceiver receiver(call);
+  receiver.Start();
+  for (const auto& [set, taken] : {TakenNumber{-1, 0}, {0, 0}, {1, 1}, {10000, 10000}, {10001, 10000}}) {
+    Set(simulate::kJitterTargetMs, set);
+    Work(receiver);
+    EXPECT_EQ(ReceivedAudio().e2eDelay[2], taken) << set;
+  }
+}
+
+TEST_F(SimulatedComponents, AudioSenderTakesTheNearestNumbersThatItCanWorkWith) {
+  AudioSender sender(call);
+  sender.Start();
+  Set(simulate::kAudioFec, true);
+  // Bits of a frame.
+  const auto expectFrames = [&](double bits) {
+    const Link::Traffic before = link.Received(Media::kAudio);
+    Link::Traffic now = before;
+    while (now.received == before.received) {
+      Work(sender);
+      now = link.Received(Media::kAudio);
+    }
+    EXPECT_NEAR(now.bits - before.bits, (now.received - before.received) * bits, 1e-3);
+  };
+  Set(simulate::kAudioTarget, 100000);
+  for (const auto& [ms, taken] : {TakenNumber{0, 5}, {5, 5}, {6, 6}, {120, 120}, {121, 120}}) {
+    Set(simulate::kAudioFrameMs, ms);
+    expectFrames(100 * taken);
+  }
+  Set(simulate::kAudioFrameMs, 5);
+  for (const auto& [percent, taken] : {TakenNumber{-1, 0}, {0, 0}, {1, 1}, {50, 50}, {51, 50}}) {
+    Set(simulate::kExpectedLoss, percent);
+    expectFrames(5 * (100 + taken));
+  }
+  Set(simulate::kExpectedLoss, 0);
+  constexpr int kMost = simulate::kMostBitrate;
+  for (const auto& [bitrate, taken] : {TakenNumber{-1, 0}, {0, 0}, {1000, 1000}, {kMost + 1000, kMost}}) {
+    Set(simulate::kAudioTarget, bitrate);
+    expectFrames(taken * 0.005);
+  }
+}
+
+TEST_F(SimulatedComponents, VideoSenderTakesTheNearestNumbersThatItCanWorkWith) {
+  VideoSender sender(call);
+  sender.Start();
+  const auto bytesOfAFrame = [&] {
+    Work(sender);
+    kalStore::st_KalVideoTxBlock block;
+    videoStatistics->GetTxMediaInfo(&block, true);
+    return block.layer[0].intervalMaximum;
+  };
+  Set(simulate::kVideoTarget, 96000);
+  for (const auto& [fps, taken] : {TakenNumber{-1, 1}, {0, 1}, {1, 1}, {2, 2}, {240, 240}, {241, 240}}) {
+    Set(simulate::kTargetFps, fps);
+    EXPECT_EQ(bytesOfAFrame(), 12000 / taken) << fps;
+  }
+  Set(simulate::kTargetFps, 1);
+  constexpr int kMost = simulate::kMostBitrate;
+  for (const auto& [bitrate, taken] :
+       {TakenNumber{-8, 0}, {0, 0}, {8, 8}, {kMost, kMost}, {kMost + 8, kMost}}) {
+    Set(simulate::kVideoTarget, bitrate);
+    EXPECT_EQ(bytesOfAFrame(), taken / 8) << bitrate;
+  }
+  constexpr int kAll = kalStore::kVideoLayerCount;
+  for (const auto& [layers, taken] :
+       {TakenNumber{-1, 1}, {0, 1}, {1, 1}, {2, 2}, {kAll, kAll}, {kAll + 1, kAll}}) {
+    Set(simulate::kActiveLayers, layers);
+    Work(sender);
+    EXPECT_EQ(SentVideo().activeStreams, taken) << layers;
+  }
+}
+
 TEST_F(SimulatedComponents, VideoReceiverReportsWhatArrivesAndHowLongVideoWaitsForTheVoice) {
   Set(simulate::kJitterMinDelayMs, 203);
   JitterBuffer buffer(call);
