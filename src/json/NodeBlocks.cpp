@@ -62,18 +62,19 @@ struct NodeBlocks::Released {
     if (m_block == &freed) {
       ++m_count;
     } else {
-      replace(&freed, 1);
+      replace(&freed);
     }
   }
-  void Drop() noexcept { replace(nullptr, 0); }
+  void Drop() noexcept { replace(nullptr); }
 
   std::size_t depth = 0;  // Of the ReleasedTogether that live.
 
  private:
-  // The last step frees a block: a program's own operator delete may free documents as well.
-  void replace(Block* next, std::size_t nextCount) noexcept {
+  // Begins with one node of the next block. The last step frees a block: a program's own operator delete may
+  // free documents as well.
+  void replace(Block* next) noexcept {
     Block* const last = std::exchange(m_block, next);
-    const std::size_t lastCount = std::exchange(m_count, nextCount);
+    const std::size_t lastCount = std::exchange(m_count, 1);
     if (last) last->Drop(lastCount);
   }
 

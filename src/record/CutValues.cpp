@@ -8,21 +8,20 @@ namespace kalStore::internal {
 
 namespace {
 
-bool HasChanged(const JournalEvent& event) {
-  return event.kind <= JournalKind::kGroupRemoved && event.result != kResultUnchanged &&
-         event.result != kResultBadArgument;
+// Whether the event gave its name another value. That of a cut name is nobody's here: a cut one is longer.
+bool IsChange(const JournalEvent& event) {
+  return event.kind == JournalKind::kSet && event.result != kResultUnchanged &&
+         event.result != kResultBadArgument && !event.name.isCut;
 }
 
 }  // namespace
 
 void CutValues::Take(const JournalEvent& event, EventLines& lines) {
   if (event.missed != 0) m_values.clear();  // What was missed may have changed them.
-  if (!m_values.empty()) forget(event);
-  if (event.kind != JournalKind::kSet || !HasChanged(event) || event.name.isCut) return;
-  if (!event.newValue || !event.newValue->isCut) return;
+  forget(event);
+  if (!IsChange(event) || !event.newValue || !event.newValue->isCut) return;
   if (lines.Shows(event.callId, event.group, event.name.text) != RecordingShows::kAll) return;
-  m_values[{event.callId, event.group, event.name.text}] = {event.number, event.timeNs,
-                                                            std::string(lines.Origin(event))};
+  m_values[keyOf(event)] = {event.number, event.timeNs, std::string(lines.Origin(event))};
 }
 
 CutValues::Settings CutValues::Read() const {
@@ -59,20 +58,9 @@ void CutValues::Append(LineBuffer& out, std::int64_t startNs, const Settings& se
   m_values.clear();
 }
 
-// What the event has replaced or removed: found by its key, for there may be as many values as events.
+// A value that was removed needs nothing: it is not read any more, or was read before.
 void CutValues::forget(const JournalEvent& event) {
-  const auto first = [&](int group) {
-    return m_values.lower_bound({event.callId, static_cast<KalConfigGroup>(group), ""});
-  };
-  if (event.kind == JournalKind::kStoreEnded) {
-    m_values.erase(first(0), first(KAL_CONFIG_GROUP_LAST));
-  } else if (!HasChanged(event)) {
-    return;
-  } else if (event.kind == JournalKind::kGroupRemoved || event.name.isCut) {
-    m_values.erase(first(event.group), first(event.group + 1));
-  } else {
-    m_values.erase({event.callId, event.group, event.name.text});
-  }
+  if (!m_values.empty() && IsChange(event)) m_values.erase(keyOf(event));
 }
 
 }  // namespace kalStore::internal

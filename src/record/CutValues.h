@@ -42,6 +42,7 @@ class CutValues {
     std::string origin;
   };
 
+  static Key keyOf(const JournalEvent& event) { return {event.callId, event.group, event.name.text}; }
   void forget(const JournalEvent& event);
 
   std::map<Key, Cut> m_values;

@@ -13,6 +13,24 @@ using ::testing::SizeIs;
 
 using JournalEvents = JournalStoreTest;
 
+TEST_F(JournalEvents, HasInEachMemberNothingBeforeItIsRead) {
+  const JournalEvent event;
+  EXPECT_EQ(event.number, 0u);
+  EXPECT_EQ(event.missed, 0u);
+  EXPECT_EQ(event.timeNs, 0);
+  EXPECT_EQ(event.threadId, 0u);
+  EXPECT_EQ(event.callId, 0u);
+  EXPECT_EQ(event.entityType, -1);
+  EXPECT_EQ(event.count, 0u);
+  EXPECT_EQ(event.id, 0u);
+  EXPECT_EQ(event.cause, 0u);
+  EXPECT_EQ(event.waitedNs, 0);
+  EXPECT_EQ(event.ranNs, 0);
+  EXPECT_EQ(event.line, 0u);
+  EXPECT_EQ(event.column, 0u);
+  EXPECT_FALSE(event.name.isCut);
+}
+
 TEST_F(JournalEvents, HasASetWithWhatItFoundAndWhatItReturned) {
   m_store.SetKalConfig(kVideo, "MaxFps", 15, false, false);
   m_store.SetKalConfig(kVideo, "MaxFps", 30, false, false);

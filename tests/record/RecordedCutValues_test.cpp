@@ -55,7 +55,8 @@ TEST_F(RecordedCutValues, FollowWhole) {
   }
 }
 
-TEST_F(RecordedCutValues, ThatAreReplacedOrRemovedBeforeTheyAreReadDoNotFollow) {
+TEST_F(RecordedCutValues, FollowUnlessTheyAreReplacedOrRemovedBeforeTheyAreRead) {
+  const std::string longest(kJournalLongestValue, 'n');
   {
     Gate begins, goesOn, ends, isOver;
     CallStore other(8, CallStore::kEndsCall);
@@ -66,7 +67,13 @@ TEST_F(RecordedCutValues, ThatAreReplacedOrRemovedBeforeTheyAreReadDoNotFollow) 
                         }});
     Set("held up", "First");
     begins.Wait();
-    for (const char* const name : {"Removed", "Short", "Transient", "Long", "Same"}) Set(Long('a'), name);
+    for (const char* const name :
+         {"Removed", "Early", "Short", "Transient", "Long", "Same", "Refused", longest.c_str()}) {
+      Set(Long('a'), name);
+    }
+    Set("short", "Early");
+    Set("another's", (longest + "x").c_str());
+    m_store->SetKalConfig(kCutGroup, "Refused", ConfigData(), false, false);
     for (const KalConfigGroup group : {KAL_CONFIG_GROUP_AUDIO, KAL_CONFIG_GROUP_AUDIO_SLIDE}) {
       m_store->SetKalConfig(group, "Group", ConfigData(Long('a')), false, false);
       other->SetKalConfig(group, "Group", ConfigData(Long('o')), false, false);
@@ -87,7 +94,8 @@ TEST_F(RecordedCutValues, ThatAreReplacedOrRemovedBeforeTheyAreReadDoNotFollow) 
   for (const RecordedLine& line : WholeValues()) {
     values += line.Get("call") + line.Get("group") + line.Get("name") + line.Get("new")[0] + " ";
   }
-  EXPECT_EQ(values, "7CommonSamea 7AudioSlideGroupa 8AudioGroupo 8AudioSlideGroupo 7CommonLongb ");
+  EXPECT_EQ(values, "7CommonRefuseda 7CommonSamea 7Common" + longest +
+                        "a 7AudioSlideGroupa 8AudioGroupo 8AudioSlideGroupo 7CommonLongb ");
 }
 
 // What was missed may have set the value again.

@@ -12,7 +12,7 @@ ConfigValue NoValue(const KalConfigEvent&) {
   return {};
 }
 
-// The last id of a store, which a stray pointer may reach. An explicit instantiation may name what is private.
+// The last id of a store, which a stray pointer reaches: an explicit instantiation may name what is private.
 std::atomic<std::uint64_t> KalConfig::* LastId();
 template <auto member>
 struct Reached {
