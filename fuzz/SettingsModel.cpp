@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "tessel/json.h"
 
@@ -14,8 +15,8 @@ const std::array<std::string, kGroups> kGroupNames = {
 
 namespace {
 
-std::string Quoted(const std::string& text) {
-  std::string out = "\"";
+void AppendQuoted(std::string& out, std::string_view text) {
+  out += '"';
   for (const char c : text.substr(0, text.find('\0'))) {
     constexpr std::string_view kEscaped = "\"\\\b\f\n\r\t";
     constexpr const char kLetters[] = "\"\\bfnrt";
@@ -27,8 +28,17 @@ std::string Quoted(const std::string& text) {
       out += c;
     }
   }
-  return out + '"';
+  out += '"';
 }
+
+// The groups as a document begins them, in its order, which is that of their names.
+const auto kBeginningsOfGroups = [] {
+  std::map<std::string, std::uint32_t> groups;
+  for (std::uint32_t group = 0; group < kGroups; ++group) groups.emplace(kGroupNames[group], group);
+  std::vector<std::pair<std::string, std::uint32_t>> beginnings;
+  for (const auto& [name, group] : groups) beginnings.emplace_back('"' + name + "\":[", group);
+  return beginnings;
+}();
 
 std::optional<std::string> TextOf(const json::Value& entry, const char* key) {
   if (entry.GetType() != json::ObjectVal || !entry.HasKey(key)) return std::nullopt;
@@ -59,22 +69,22 @@ std::optional<std::vector<SettingsEntry>> EntriesOf(const std::string& document)
 }
 
 std::string DocumentOf(const SettingsValues& values, std::uint32_t mask) {
-  std::map<std::string, std::string> groups;
-  for (std::uint32_t group = 0; group < kGroups; ++group) {
+  std::string document = "{";
+  for (const auto& [beginning, group] : kBeginningsOfGroups) {
     if ((mask >> group & 1) == 0) continue;
-    std::string list;
+    if (document.size() > 1) document += ',';
+    document += beginning;
     for (const auto& [name, value] : values[group]) {
-      list += list.empty() ? "" : ",";
-      list += "{\"key\":" + Quoted(name) + ",\"value\":" + Quoted(value) + "}";
+      if (document.back() == '}') document += ',';
+      document += "{\"key\":";
+      AppendQuoted(document, name);
+      document += ",\"value\":";
+      AppendQuoted(document, value);
+      document += '}';
     }
-    groups[kGroupNames[group]] = "[" + list + "]";
+    document += ']';
   }
-  std::string document;
-  for (const auto& [name, list] : groups) {
-    document += document.empty() ? "" : ",";
-    document += Quoted(name) + ":" + list;
-  }
-  return "{" + document + "}";
+  return document + '}';
 }
 
 }  // namespace fuzz

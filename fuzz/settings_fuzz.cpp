@@ -4,6 +4,7 @@
 // restores it.
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -26,6 +27,9 @@ constexpr std::size_t kMostDocuments = 8;
 
 /// Group, name, old and new string; a value that was not there has no old one.
 using Change = std::tuple<std::uint32_t, std::string, std::string, bool, std::string>;
+
+/// What a document says; none when it is not read at all.
+using Entries = std::optional<std::vector<fuzz::SettingsEntry>>;
 
 std::vector<std::string> Split(std::string_view text) {
   std::vector<std::string> documents;
@@ -55,9 +59,8 @@ class Subject {
         m_store.SubscribeConfig(static_cast<KalConfigGroup>(group), name.c_str(), log, nullptr, false) != 0);
   }
 
-  void Apply(const std::string& document) {
+  void Apply(const std::string& document, const Entries& entries) {
     std::vector<Change> changes;
-    const auto entries = fuzz::EntriesOf(document);
     if (entries) {
       for (const auto& [group, name, value] : *entries) {
         const auto [place, isNew] = m_model[group].try_emplace(name, value);
@@ -115,16 +118,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::CheckTraceLines();
   const std::vector<std::string> documents = Split({reinterpret_cast<const char*>(data), size});
 
+  std::vector<Entries> contents;
   std::set<std::pair<std::uint32_t, std::string>> names;
   for (const std::string& document : documents) {
-    for (const auto& entry : fuzz::EntriesOf(document).value_or(std::vector<fuzz::SettingsEntry>())) {
-      names.emplace(entry.group, entry.name);
-    }
+    const Entries& entries = contents.emplace_back(fuzz::EntriesOf(document));
+    if (!entries) continue;
+    for (const auto& entry : *entries) names.emplace(entry.group, entry.name);
   }
   Subject subject;
   for (const auto& [group, name] : names) subject.Subscribe(group, name);
   subject.SetWatched();
-  for (const std::string& document : documents) subject.Apply(document);
+  for (std::size_t i = 0; i < documents.size(); ++i) subject.Apply(documents[i], contents[i]);
 
   for (const std::uint32_t mask :
        {0U, 1U << 3, 0xFFFFE000U, static_cast<std::uint32_t>(size) * 2654435761U}) {
@@ -134,11 +138,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FUZZ_EQUAL(subject.Dump(kalStore::kAllConfigGroups), dump);
 
   Subject copy;
-  copy.Apply(dump);
+  const Entries restored = fuzz::EntriesOf(dump);
+  copy.Apply(dump, restored);
   FUZZ_EQUAL(copy.Dump(kalStore::kAllConfigGroups), dump);
 
   const bool isWhole = !subject.HoldsNul();
-  subject.Apply(dump);
+  subject.Apply(dump, restored);
   if (isWhole) FUZZ_CHECK(!subject.WasNotified());
   FUZZ_EQUAL(subject.Dump(kalStore::kAllConfigGroups), dump);
   return 0;
