@@ -32,7 +32,6 @@ SettingDeclaration Toggle(std::string_view enumerator, const char* key, std::str
 
 std::vector<SettingDeclaration> FeatureToggleDeclarations() {
   std::vector<SettingDeclaration> toggles;
-  toggles.reserve(KAL_FT_Unknow + 1);
 #define KAL_FT(id, name, key, kind, meaning) toggles.push_back(Toggle(#name, key, #kind, meaning));
 #define KAL_FT_RANGE(name, least, most)     \
   toggles[KAL_FT_##name].minimum = (least); \

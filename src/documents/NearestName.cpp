@@ -43,11 +43,10 @@ bool NearestName::MayBeImproved(std::size_t edits) const {
 // What it costs to turn the string into the name by inserting, removing, replacing and swapping letters; more
 // than `limit` when it is more.
 std::uint64_t NearestName::distance(std::string_view known, std::uint64_t limit) {
-  m_beforeLast.assign(known.size() + 1, 0);
+  m_beforeLast.resize(known.size() + 1);
   m_last.resize(known.size() + 1);
   m_row.resize(known.size() + 1);
   for (std::size_t column = 0; column <= known.size(); ++column) m_last[column] = column * kLetterCost;
-  std::uint64_t lastLeast = 0;
   for (std::size_t i = 1; i <= m_string.size(); ++i) {
     m_row[0] = i * kLetterCost;
     for (std::size_t j = 1; j <= known.size(); ++j) {
@@ -60,8 +59,8 @@ std::uint64_t NearestName::distance(std::string_view known, std::uint64_t limit)
       }
     }
     const std::uint64_t least = *std::min_element(m_row.begin(), m_row.end());
-    if (least > limit && lastLeast > limit) return least;  // Costs build on the last two rows and only rise.
-    lastLeast = least;
+    // No later row has less: a swap passes over a row, but costs as much as to leave a letter out there.
+    if (least > limit) return least;
     std::swap(m_beforeLast, m_last);
     std::swap(m_last, m_row);
   }

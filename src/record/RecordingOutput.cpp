@@ -135,11 +135,13 @@ void RecordingOutput::Rotate(std::string_view end, std::string_view begin) {
   try {
     write(next, begin);
     write(m_current, end);
-    const bool isLinked = ::link(m_file.c_str(), full.c_str()) == 0;
-    if (!isLinked && std::rename(m_file.c_str(), full.c_str()) != 0) ThrowSystemFault();
+    if (::link(m_file.c_str(), full.c_str()) != 0 && std::rename(m_file.c_str(), full.c_str()) != 0) {
+      ThrowSystemFault();
+    }
     if (std::rename(m_next.c_str(), m_file.c_str()) != 0) {
       const int fault = errno;
-      if (!isLinked || ::unlink(full.c_str()) != 0) std::rename(full.c_str(), m_file.c_str());
+      // Of a file that has both names, this renames nothing.
+      if (std::rename(full.c_str(), m_file.c_str()) == 0) ::unlink(full.c_str());
       errno = fault;
       ThrowSystemFault();
     }

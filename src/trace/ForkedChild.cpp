@@ -37,7 +37,7 @@ bool HasNeverHadThreads() {
 // it is marked as exiting before pthread_join() returns.
 bool IsOver(const char* thread) {
   constexpr unsigned long kExiting = 4;
-  char text[512];
+  char text[512] = {};
   std::snprintf(text, sizeof text, "/proc/self/task/%s/stat", thread);
   const int file = open(text, O_RDONLY | O_CLOEXEC);
   if (file == -1) return errno == ENOENT;
@@ -45,7 +45,6 @@ bool IsOver(const char* thread) {
   const bool isGone = size == -1 && errno == ESRCH;
   close(file);
   if (size <= 0) return isGone;
-  text[size] = '\0';
   // "id (name) state parent group session terminal foreground flags"; the name may contain anything.
   const char* at = std::strrchr(text, ')');
   for (int field = 0; field < 7 && at != nullptr; ++field) at = std::strchr(at + 1, ' ');

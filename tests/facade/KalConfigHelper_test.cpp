@@ -52,6 +52,23 @@ TEST_F(KalConfigHelperTest, DoesNotBindWhileItEnds) {
   EXPECT_EQ(GetKalConfigSizeForUT(), m_sizeBefore);
 }
 
+TEST_F(KalConfigHelperTest, StillKnowsItsSubscriptionsWhileTheyEnd) {
+  struct Owned {
+    KalConfigHelper& facade;
+    std::int32_t& result;
+    ~Owned() { result = facade.UnsubscribeConfig(99); }
+  };
+  std::int32_t result = kResultOk;
+  TraceLog log(0);
+  {
+    KalConfigHelper facade(kCall);
+    const auto owned = std::shared_ptr<Owned>(new Owned{facade, result});
+    facade.SubscribeConfig("name", [owned](const KalConfigEvent&) {}, KAL_CONFIG_GROUP_AUDIO);
+  }
+  EXPECT_EQ(result, kResultNotFound);
+  EXPECT_THAT(log.Matching("Assert"), IsEmpty());
+}
+
 TEST_F(KalConfigHelperTest, BindsLater) {
   KalConfigHelper facade;
   TraceLog log(0);

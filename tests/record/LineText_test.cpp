@@ -19,6 +19,12 @@ std::string JsonString(std::string_view text) {
   return std::string(out.Text());
 }
 
+TEST(LineText, MayBeginWithAByte) {
+  LineBuffer out;
+  out += '{';
+  EXPECT_EQ(out.Text(), "{");
+}
+
 TEST(LineText, WritesMembersInTheirOrder) {
   LineBuffer out;
   out += "before\n";
@@ -60,7 +66,9 @@ TEST(LineText, WritesTimesExactAndAsShortAsPossible) {
 
 TEST(LineText, LeavesCharactersOfUtf8AsTheyAre) {
   for (const char* const text :
-       {"", "a", "\x7F", "\u00E9", "\u0800", "\uFFFD", "\U0001F3A5", "\U0010FFFF", "a\u00E9b"}) {
+       {"",           "a",          "\x7F",       "\u0080",     "\u00E9",     "\u07FF",     "\u0800",
+        "\u0FFF",     "\u1000",     "\uD7FF",     "\uE000",     "\uFFFD",     "\uFFFF",     "\U00010000",
+        "\U0001F3A5", "\U0003FFFF", "\U00040000", "\U000FFFFF", "\U00100000", "\U0010FFFF", "a\u00E9b"}) {
     EXPECT_EQ(JsonString(text), '"' + std::string(text) + '"');
   }
 }

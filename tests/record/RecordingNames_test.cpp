@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -20,6 +22,11 @@ struct Replaced {
   std::string file, name, other;
 };
 std::atomic<const Replaced*> replacedBeforeLock{nullptr};
+
+// Whether a file may have two names.
+std::atomic<bool> mayBeTwo{true};
+// When not null, a file that is removed when a recording gives another one its second name.
+std::atomic<const char*> removedAtLink{nullptr};
 
 // Recordings whose files have names that others write, or would write.
 class RecordingNames : public RecordingTest {
@@ -90,10 +97,48 @@ TEST_F(RecordingNames, OfFilesThatBecomePartsBeforeTheyAreLockedAreRefused) {
   EXPECT_EQ(Text(File()), "next\n");
 }
 
+TEST_F(RecordingNames, MayBeOneForEachFile) {
+  mayBeTwo = false;
+  {
+    Recording recording(File(), m_set);
+    SetOften(recording);
+    EXPECT_TRUE(recording.IsOn());
+  }
+  mayBeTwo = true;
+  const std::size_t part = std::stoul(Lines().front().Get("part"));
+  ASSERT_GT(part, 2u);
+  EXPECT_EQ(Lines(File("call.tessel." + std::to_string(part - 1))).back().Get("reason"),
+            "goes on in the next file");
+}
+
+TEST_F(RecordingNames, AreThoseOfBeforeWhenTheNextFileIsGone) {
+  const std::string next = File("call.tessel.next");
+  for (const bool isPossible : {true, false}) {
+    mayBeTwo = isPossible;
+    removedAtLink = next.c_str();
+    const TraceLog trace(0);
+    {
+      Recording recording(File(), m_set);
+      SetOften(recording);
+      EXPECT_FALSE(recording.IsOn());
+    }
+    mayBeTwo = true;
+    EXPECT_EQ(Lines().front().Get("part"), "1");
+    EXPECT_EQ(Lines().back().Get("reason"), "No such file or directory");
+    EXPECT_FALSE(std::filesystem::exists(File("call.tessel.1"))) << isPossible;
+  }
+}
+
 }  // namespace
 }  // namespace kalStore
 
-// The recording's library calls this one, for the program comes first where it is looked up.
+// The recording's library calls these, for the program comes first where they are looked up.
+extern "C" __attribute__((visibility("default"))) int link(const char* file, const char* name) {
+  if (const char* const removed = kalStore::removedAtLink.exchange(nullptr)) std::filesystem::remove(removed);
+  if (kalStore::mayBeTwo) return static_cast<int>(::syscall(SYS_linkat, AT_FDCWD, file, AT_FDCWD, name, 0));
+  errno = EPERM;
+  return -1;
+}
 extern "C" __attribute__((visibility("default"))) int flock(int descriptor, int operation) {
   if (const auto* const replaced = kalStore::replacedBeforeLock.exchange(nullptr)) {
     std::filesystem::rename(replaced->file, replaced->name);

@@ -3,6 +3,7 @@
 
 #include <sys/resource.h>
 
+#include <cerrno>
 #include <csignal>
 #include <new>
 
@@ -39,6 +40,12 @@ TEST_F(RecordingOutputTest, ThatCannotOpenForWantOfMemoryThrowsAndAnotherOpensLa
     EXPECT_FALSE(std::filesystem::exists(OfPart(1)));
     EXPECT_FALSE(std::filesystem::exists(OfPart(2)));
   }
+}
+
+TEST_F(RecordingOutputTest, IsNotTakenForAnothersByAnOldErrorNumber) {
+  RecordingOutput output(File(), 0, 1);
+  errno = EWOULDBLOCK;
+  EXPECT_NO_THROW(output.Open());
 }
 
 // Its end can be written to it, then: it has none yet.
