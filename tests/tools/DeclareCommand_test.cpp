@@ -141,7 +141,33 @@ TEST(DeclareCommand, WritesASchemaThatIsJson) {
   json::ParseError error;
   const json::Value schema = json::Deserialize(run.out, error);
   ASSERT_EQ(error.reason, nullptr) << run.out;
-  EXPECT_EQ(schema["$schema"].ToString(), "https://json-schema.org/draft/2020-12/schema");
+  EXPECT_TRUE(run.out.starts_with(R"({
+  "$schema": "https://json-schema.org/draft/2020-12/schema",
+  "additionalProperties": false,
+  "properties": {
+    "Application": {
+      "items": {
+        "properties": {
+          "key": {
+            "minLength": 1,
+            "type": "string"
+          },
+          "value": {
+            "type": "string"
+          }
+        },
+        "required": [
+          "key",
+          "value"
+        ],
+        "type": "object"
+      },
+      "type": "array"
+    },
+    "Audio": {
+)")) << run.out;
+  EXPECT_NE(run.out.find("\"value\": {}\n"), std::string::npos);
+  EXPECT_TRUE(run.out.ends_with("\n  },\n  \"title\": \"Settings document\",\n  \"type\": \"object\"\n}\n"));
   EXPECT_EQ(schema["properties"].ToObject().size(), 13U);
   EXPECT_EQ(
       json::Serialize(schema["properties"]["Video"]),
@@ -159,6 +185,37 @@ TEST(DeclareCommand, WritesASchemaThatIsJson) {
             R"({"items":{"properties":{"key":{"minLength":1,"type":"string"},"value":{"type":"string"}},)"
             R"("required":["key","value"],"type":"object"},"type":"array"})");
   EXPECT_EQ(run.status, 0);
+}
+
+TEST(DeclareCommand, WritesWhatAValueOfEachTypeMayBe) {
+  const std::string number = "-?([0-9]+([.][0-9]*)?|[.][0-9]+)([eE][-+]?[0-9]+)?";
+  const std::pair<const char*, std::string> rows[] = {
+      {R"("type":"bool","default":true)",
+       R"({"anyOf":[{"enum":["true","false"]},{"pattern":"^([Tt][Rr][Uu][Ee]|[Ff][Aa][Ll][Ss][Ee]|)" +
+           number + R"()$"}],"default":"true"})"},
+      {R"("type":"int","default":0,"minimum":0,"maximum":9)",
+       R"({"default":"0","pattern":"^(-0*0|0*[0-9])$"})"},
+      {R"("type":"uint","default":12,"values":[0,12])", R"({"default":"12","pattern":"^(0*0)$|^(0*12)$"})"},
+      {R"("type":"int64","default":-1,"maximum":-1,"minimum":-3)",
+       R"({"default":"-1","pattern":"^(-0*[1-3])$"})"},
+      {R"("type":"double","default":0.5)", R"({"default":"0.5","pattern":"^)" + number + R"($"})"},
+      {R"("type":"duration","unit":"ms","default":7,"minimum":7,"maximum":7)",
+       R"({"default":"7","pattern":"^(0*7)$"})"},
+      {R"("type":"string","default":"a")", R"({"default":"a"})"},
+      {R"("type":"string","default":"a","values":["a","b"])", R"({"default":"a","enum":["a","b"]})"},
+  };
+  for (const auto& [declaration, expected] : rows) {
+    const Finished run =
+        Program()
+            .Input(R"({"settings":[{"group":"Audio","name":"A",)" + std::string(declaration) + "}]}")
+            .Run({"declare", "-", "--json-schema"});
+    json::ParseError error;
+    const json::Value schema = json::Deserialize(run.out, error);
+    ASSERT_EQ(error.reason, nullptr) << run.out << run.err;
+    EXPECT_EQ(
+        json::Serialize(schema["properties"]["Audio"]["items"]["allOf"][0]["then"]["properties"]["value"]),
+        expected);
+  }
 }
 
 TEST(DeclareCommand, WritesNothingButHeadingsForAnEmptyList) {

@@ -185,3 +185,14 @@ TEST(ExportCommand, RefusesWhatItCannotReadOrWrite) {
     EXPECT_EQ(run.status, 2);
   }
 }
+
+TEST(ExportCommand, MayReplaceACopyOfTheRecording) {
+  Program program;
+  const std::string text = Recording("call");
+  const Finished run = program.File("a.tessel", text)
+                           .File("b.tessel", text)
+                           .Run({"export", "a.tessel", "--perfetto", "b.tessel"});
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(program.Contents("b.tessel"), text);
+}

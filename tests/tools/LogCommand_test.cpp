@@ -405,6 +405,27 @@ TEST(LogCommand, ReadsTheOlderFilesOfASetUpToOneThatIsMissingOrOfAnother) {
             "    2.000000  lost                  10 events\n");
 }
 
+// Each counts its own events.
+TEST(LogCommand, MissesNoEventsBetweenTwoRecordingsThatAreNoSet) {
+  const auto begin = [](const char* next) {
+    return R"({"type":"recording","t":0,"version":1,"wall":"2026-11-22T09:00:00Z","next":)" +
+           std::string(next) + "}\n";
+  };
+  const std::string text = begin("1") + R"({"type":"recording","t":1,"next":9,"event":"ended"})" + "\n" +
+                           begin("50") + R"({"type":"recording","t":1,"next":51,"event":"ended"})" + "\n";
+  const Finished run = Program().File("a.tessel", text).Run({"log", "a.tessel", "--json"});
+  EXPECT_EQ(run.out, text);
+  EXPECT_EQ(run.status, 0);
+}
+
+TEST(LogCommand, ShowsTheWholeTimeOfALineHoweverLargeItIs) {
+  const Finished run =
+      Program()
+          .File("a.tessel", kRecordingBegin + std::string(R"({"type":"lost","t":1e100,"count":1})") + "\n")
+          .Run({"log", "a.tessel", "--type", "lost"});
+  EXPECT_TRUE(run.out.ends_with(".000000  lost                  1 event\n")) << run.out;
+}
+
 TEST(LogCommand, LooksForNoMoreFilesOfASetThanThereAre) {
   Program program;
   const std::string far = R"({"type":"recording","t":9,"version":1,"wall":"2026-11-22T09:00:00Z","next":99,)"

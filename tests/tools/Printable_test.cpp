@@ -11,6 +11,7 @@ TEST(Printable, KeepsWellFormedUtf8AndEscapesTheRest) {
   const std::tuple<std::string, std::string> texts[] = {
       {"plain", "plain"},
       {"\xc3\xa9 \xe2\x82\xac \xf0\x9f\x8e\xa7", "\xc3\xa9 \xe2\x82\xac \xf0\x9f\x8e\xa7"},
+      {"\u00a1\u07ff\u0800\uffff\U00010000\U0010ffff", "\u00a1\u07ff\u0800\uffff\U00010000\U0010ffff"},
       {"\xff\xfe", "\\u00ff\\u00fe"},
       {"\xc3", "\\u00c3"},
       {"\x80", "\\u0080"},

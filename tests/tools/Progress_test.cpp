@@ -36,3 +36,17 @@ TEST(Progress, IsShownOnACapableTerminalOnly) {
       Program(Program::Terminal::kDumb).LateInput(kSettings, kLong).ErrorsToTerminal().Run({"lint", "-"}).err,
       "");
 }
+
+// Where it would be shown, applying takes long after reading did.
+TEST(Progress, IsNotShownBesideEventsOrTraceLines) {
+  std::string settings = R"({"Audio":[{"key":"A0","value":"0"})";
+  for (int i = 1; i < 20000; ++i) settings += R"(,{"key":"A)" + std::to_string(i) + R"(","value":"0"})";
+  for (const auto& option : {std::pair{"--watch", "Audio/B"}, {"--trace", "0"}}) {
+    const Finished run = Program()
+                             .InputOnceShown(settings + "]}", kLine)
+                             .ErrorsToTerminal()
+                             .Run({"apply", "-", option.first, option.second});
+    EXPECT_EQ(run.err.find("applying"), std::string::npos) << run.err;
+    EXPECT_EQ(run.status, 0);
+  }
+}

@@ -139,14 +139,19 @@ std::string Indented(std::string_view json) {
       if (c == '"') isString = false;
       continue;
     }
-    const bool isClosing = c == '}' || c == ']';
-    if (isClosing) line.resize(line.size() - 2);
-    if (isClosing && json[i - 1] != '{' && json[i - 1] != '[') text += line;
+    if (json.substr(i, 2) == "{}") {  // No array is empty.
+      text += "{}";
+      ++i;
+      continue;
+    }
+    if (c == '}' || c == ']') {
+      line.resize(line.size() - 2);
+      text += line;
+    }
     text += c;
     isString = c == '"';
     if (c == '{' || c == '[') line += "  ";
-    const bool opens = (c == '{' || c == '[') && json[i + 1] != '}' && json[i + 1] != ']';
-    if (opens || c == ',') text += line;
+    if (c == '{' || c == '[' || c == ',') text += line;
     if (c == ':') text += ' ';
   }
   return text + "\n";

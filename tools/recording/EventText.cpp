@@ -34,9 +34,9 @@ std::string Padded(const std::string& text, std::size_t width) {
 
 // Like "  12.345678".
 std::string TimeText(double seconds) {
-  std::array<char, 64> text;
+  std::array<char, 400> text;  // For any number.
   const int size = std::snprintf(text.data(), text.size(), "%12.6f", seconds);
-  return {text.data(), std::min(static_cast<std::size_t>(size), text.size() - 1)};
+  return {text.data(), static_cast<std::size_t>(size)};
 }
 
 std::string CountText(std::uint64_t count, const char* what) {

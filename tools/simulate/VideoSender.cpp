@@ -66,10 +66,9 @@ void VideoSender::report(std::uint32_t frames, double bitsPerFrame) {
   const auto height = static_cast<std::uint32_t>(m_settings.Read(kVideoMaxHeight) >> halvings);
   m_statistics->UpdateVideoEncResolution(height << 16 | (width & 0xFFFF));
   m_statistics->UpdateVideoEnableHWEnc(m_settings.Read(kHardwareEncode));
-  m_statistics->UpdateVideoEncFrameCnt(m_streams[0].counter);
   m_statistics->UpdateVideoCapturedFrameCnt(m_streams[0].counter);
   m_statistics->UpdateVideoFeedToEncoderFramesCnt(m_streams[0].counter);
-  m_call.recorder.statisticsWrites += static_cast<std::uint64_t>(layers) + 9;
+  m_call.recorder.statisticsWrites += static_cast<std::uint64_t>(layers) + 8;
 }
 
 }  // namespace simulate

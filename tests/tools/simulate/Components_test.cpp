@@ -311,7 +311,7 @@ TEST_F(SimulatedComponents, VideoSenderReportsEachLayerAndThePicture) {
   }
   EXPECT_EQ(block.layer[2].counter, 0U);
   EXPECT_EQ(block.layer[2].targetFps, 0);
-  EXPECT_EQ(recorder.statisticsWrites, 11 * sender.Ticks());
+  EXPECT_EQ(recorder.statisticsWrites, 10 * sender.Ticks());
 }
 
 TEST_F(SimulatedComponents, VideoSenderSendsAnIdrFrameNowAndThen) {
