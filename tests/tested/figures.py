@@ -120,7 +120,7 @@ FIGURES = {
         ("target", "checked", "executions", "in all runs", "a second of processor time",
          "edges reached, the model's own included"),
         lambda row: (f"`{row['target']}`", row["form"], f"{row['executions']:,}", f"{row['in_all']:,}",
-                     f"{row['rate']:,}" if "rate" in row else "", f"{row['edges']:,}"),
+                     f"{row['rate']:,}", f"{row['edges']:,}"),
         ("target", "form"), 30, "executions"),
     "soak": Figure(read_soak, ("operations", "per second", "deliveries per second", "calls",
                                "memory after a tenth, at the end"), soak_cells, ("command",), 60),
