@@ -74,9 +74,8 @@ class Interruption {
 
 // The plots of a short run need more than a value in each second.
 std::chrono::milliseconds StatisticsInterval(double plannedSeconds) {
-  constexpr double kValues = 300;
-  return std::chrono::milliseconds(
-      std::clamp(static_cast<long>(plannedSeconds * 1000 / kValues), 100L, 1000L));
+  using namespace std::chrono_literals;
+  return std::clamp(duration_cast<std::chrono::milliseconds>(plannedSeconds / 300 * 1s), 100ms, 1000ms);
 }
 
 // The report is made of the recording, which is read again.

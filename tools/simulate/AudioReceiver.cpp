@@ -10,8 +10,8 @@ namespace simulate {
 
 AudioReceiver::AudioReceiver(const CallContext& call)
     : Component("audio receiver", call), m_statistics(call.callId), m_settings(makeSettings()) {
-  m_settings.Follow(kJitterTargetMs, Way::kHandedOver, m_bufferDelayMs);
-  m_settings.Follow(kAudioFec, Way::kDirect, m_hasFec);
+  m_settings.Follow(kJitterTargetMs, Way::kDirect, m_bufferDelayMs);
+  m_settings.Follow(kAudioFec, Way::kHandedOver, m_hasFec);
 }
 
 void AudioReceiver::work(RunTime now, double elapsed) {

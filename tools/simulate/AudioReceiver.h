@@ -9,7 +9,7 @@
 
 namespace simulate {
 
-/// Plays received voice after the delay that the jitter buffer hands it.
+/// Plays received voice after the delay that the jitter buffer directly notifies it of.
 class AudioReceiver : public Component {
  public:
   explicit AudioReceiver(const CallContext& call);

@@ -52,7 +52,7 @@ Call::~Call() {
 }
 
 void Call::Tick() {
-  for (const auto& component : m_components) component->Tick();
+  for (const auto& component : m_components) component->Tick(m_recorder.Now());
 }
 
 unsigned Call::Ticks() const {

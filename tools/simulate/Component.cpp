@@ -16,18 +16,14 @@ void Component::Start() {
     throw std::runtime_error(std::string("no thread for a component: ") +
                              std::generic_category().message(error));
   }
-  m_lastTick = m_call.recorder.Now();
   settings().Join(m_call.callId);
 }
 
-void Component::Tick() {
+void Component::Tick(RunTime now) {
   if (m_isTickPending.exchange(true)) return;
-  Post([this] {
+  Post([this, now] {
     m_isTickPending = false;
-    const RunTime now = m_call.recorder.Now();
-    const double elapsed = Seconds(now - m_lastTick);
-    m_lastTick = now;
-    work(now, elapsed);
+    work(now, Seconds(now - std::exchange(m_lastTick, now)));
     ++m_ticks;
   });
 }

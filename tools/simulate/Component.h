@@ -33,8 +33,8 @@ class Component {
 
   /// Starts the thread and joins the call. Throws std::runtime_error when the system refuses a thread.
   void Start();
-  /// Posts work(), unless that of the last tick has not begun.
-  void Tick();
+  /// Posts work() at `now`, unless that of an earlier tick has not begun.
+  void Tick(RunTime now);
   /// How often work() has run.
   unsigned Ticks() const { return m_ticks; }
   /// Has `task` run on the thread, after what was posted before.
@@ -45,7 +45,7 @@ class Component {
  protected:
   Component(const char* name, const CallContext& call) : m_call(call), m_name(name), m_thread(name) {}
 
-  /// On the component's thread, `elapsed` seconds after the last time.
+  /// On the component's thread, `elapsed` seconds after the last time, or after the run began.
   virtual void work(RunTime now, double elapsed) = 0;
   virtual CallSettings& settings() = 0;
 

@@ -25,15 +25,15 @@ void Simulation::Run(const std::atomic<bool>& isInterrupted) {
                          documents.empty() ? nullptr : &documents.front());
   }
 
-  for (auto tick = std::chrono::steady_clock::now(); !isInterrupted && !isOver();) {
+  while (!isInterrupted && !isOver()) {
+    const auto end = std::chrono::steady_clock::now() + kTick;
     if (m_nextDocument < documents.size() &&
         share() * static_cast<double>(documents.size()) >= static_cast<double>(m_nextDocument)) {
       for (Call& call : m_calls) call.Receive(documents[m_nextDocument]);
       ++m_nextDocument;
     }
     for (Call& call : m_calls) call.Tick();
-    std::this_thread::sleep_until(tick + kTick);
-    tick = std::max(tick + kTick, std::chrono::steady_clock::now());
+    std::this_thread::sleep_until(end);
   }
   for (Call& call : m_calls) call.Finish();
   m_elapsedSeconds = Seconds(m_recorder.Now());

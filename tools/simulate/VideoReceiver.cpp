@@ -24,7 +24,6 @@ enum SyncWord {
 
 VideoReceiver::VideoReceiver(const CallContext& call)
     : Component("video receiver", call), m_statistics(call.callId), m_settings(makeSettings()) {
-  m_settings.Follow(kJitterTargetMs, Way::kDirect, m_voiceDelayMs);
   m_settings.Follow(kTargetFps, Way::kPosted, m_fps);
 }
 

@@ -10,7 +10,7 @@
 
 namespace simulate {
 
-/// Shows received video in step with the voice: the jitter buffer notifies it directly.
+/// Shows received video in step with the voice, whose delay it asks the jitter buffer for.
 class VideoReceiver : public Component {
  public:
   explicit VideoReceiver(const CallContext& call);
@@ -19,7 +19,6 @@ class VideoReceiver : public Component {
   void work(RunTime now, double elapsed) override;
   CallSettings& settings() override { return m_settings; }
 
-  std::atomic<int> m_voiceDelayMs{60};
   std::atomic<int> m_fps{30};
   Link::Traffic m_seen;
   Rate m_received;

@@ -2,6 +2,7 @@
 // What the components of a simulated call make of their settings and of what the link carries.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -11,6 +12,8 @@
 #include "simulate/BandwidthController.h"
 #include "simulate/JitterBuffer.h"
 #include "simulate/Keys.h"
+#include "simulate/Listener.h"
+#include "simulate/Reporter.h"
 #include "simulate/VideoReceiver.h"
 #include "simulate/VideoSender.h"
 #include "tessel/CallStore.h"
@@ -30,6 +33,7 @@ using simulate::VideoSender;
 
 constexpr std::uint32_t kSimulatedCall = 4713;
 constexpr simulate::RunTime kSecond = 1000000000;
+constexpr simulate::RunTime kMs = kSecond / 1000;
 
 // The link is ahead of the clock of the components: to them it stands still.
 struct SimulatedComponents : testing::Test {
@@ -40,10 +44,13 @@ struct SimulatedComponents : testing::Test {
     key.Set(*store, value);
   }
   // What was set and posted to it has arrived when it works.
-  static void Work(Component& component) {
+  static void WorkAt(simulate::RunTime now, Component& component) {
     component.Drain();
-    component.Tick();
+    component.Tick(now);
     component.Drain();
+  }
+  void Work(Component& component, simulate::RunTime elapsed = 10 * kMs) {
+    WorkAt(time += elapsed, component);
   }
   // The link's queue has room for 1.2 Mbit, and is empty after half a second.
   void Carry(Media media, double bits, simulate::RunTime passing) {
@@ -52,11 +59,10 @@ struct SimulatedComponents : testing::Test {
     link.Now(linkTime);
   }
   void SendTooMuch(Media media) { Carry(media, 5e6, 1); }
-  // The controller works at intervals.
   void Divide() {
     BandwidthController controller(call);
     controller.Start();
-    while (recorder.SetCount() == 0) Work(controller);
+    Work(controller, 50 * kMs);
   }
 
   kalStore::st_KalAudioBlock SentAudio() const {
@@ -80,6 +86,7 @@ struct SimulatedComponents : testing::Test {
   const kalStore::CallStore store{kSimulatedCall, kalStore::CallStore::kEndsCall};
   simulate::Recorder recorder;
   simulate::Ledger ledger{recorder};
+  simulate::RunTime time = 0;  // That of the components.
   simulate::RunTime linkTime = 1000 * kSecond;
   Link link{1e9, 0};  // It stays good.
   const simulate::CallContext call{kSimulatedCall, recorder, ledger, link};
@@ -99,6 +106,23 @@ TEST_F(SimulatedComponents, JitterBufferTakesStepsUpAtOnceWithinItsLimits) {
   Set(simulate::kJitterMinDelayMs, 100000);
   Work(buffer);
   EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), 10000);
+}
+
+TEST_F(SimulatedComponents, JitterBufferTakesItsTimeToGoDown) {
+  JitterBuffer buffer(call);
+  buffer.Start();
+  const Link::State state = link.Now(0);
+  const double wanted = 15 + 6 * state.jitterMs;
+  double targetMs = 60;
+  for (const double part : {0.25, 0.5, 1.0, 1.0}) {
+    Work(buffer, part == 1 ? kSecond : static_cast<simulate::RunTime>(part * 400 * kMs));
+    targetMs += (wanted - targetMs) * part;
+    ConfigData playout;
+    const auto& key = simulate::kPlayoutDelayMs;
+    EXPECT_EQ(store->GetDynamicConfig(key.Group(), key.Name(), playout, {}), kalStore::kResultOk);
+    EXPECT_NEAR(playout.ToDouble(), state.delayMs + targetMs, 1e-3);
+    EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), std::ceil(targetMs / 5) * 5);
+  }
 }
 
 TEST_F(SimulatedComponents, JitterBufferHoldsSixTimesTheJitter) {
@@ -142,19 +166,23 @@ TEST_F(SimulatedComponents, AudioSenderPaysForItsRedundancyAndReportsWhatItSent)
   Set(simulate::kAudioTarget, 40000);
   Set(simulate::kExpectedLoss, 25);
   Set(simulate::kAudioFec, true);
-  while (link.Received(Media::kAudio).received < 3) Work(sender);
+  Work(sender, 70 * kMs);
   const Link::Traffic sent = link.Received(Media::kAudio);
-  EXPECT_NEAR(sent.bits, sent.received * 50000 * 0.02, 1e-6);
+  EXPECT_EQ(sent.received, 3U);
+  EXPECT_NEAR(sent.bits, 3 * 50000 * 0.02, 1e-6);
   const kalStore::st_KalAudioBlock block = SentAudio();
   EXPECT_EQ(block.codecStat0, 1U);
   EXPECT_EQ(block.codecCode, 4U);
-  EXPECT_EQ(block.codecStat16.Value(), sent.received);
-  EXPECT_GT(block.bitrate, 0U);
+  EXPECT_EQ(block.codecStat16.Value(), 3U);
+  EXPECT_NEAR(block.bitrate, sent.bits / 0.25, 1);
   EXPECT_GE(block.speechLevel[0], -30);
   EXPECT_LE(block.speechLevel[0], -18);
   EXPECT_EQ(block.speechLevel[1], block.speechLevel[0] - 3);
   EXPECT_EQ(block.speechLevel[2], block.speechLevel[0] - 6);
-  EXPECT_EQ(recorder.statisticsWrites, 3 * sender.Ticks());
+  EXPECT_EQ(recorder.statisticsWrites, 3U);
+  Work(sender);
+  EXPECT_EQ(SentAudio().codecStat16.Value(), 4U);
+  EXPECT_EQ(link.Received(Media::kAudio).received, 4U);
 }
 
 TEST_F(SimulatedComponents, AudioReceiverReportsWhatArrivesAndTheDelayWithThatOfTheBuffer) {
@@ -169,13 +197,13 @@ TEST_F(SimulatedComponents, AudioReceiverReportsWhatArrivesAndTheDelayWithThatOf
   EXPECT_EQ(block.lbrrFlag, 1);
   EXPECT_EQ(block.codecCode, 4U);
   EXPECT_EQ(block.stat4, link.Received(Media::kAudio).received);
-  EXPECT_GT(block.bitrate, 0U);
+  EXPECT_NEAR(block.bitrate, link.Received(Media::kAudio).bits / 0.25, 1);
   EXPECT_EQ(block.e2eDelay[0], pathMs + 100);
   EXPECT_EQ(block.e2eDelay[1], pathMs);
   EXPECT_EQ(block.e2eDelay[2], 100U);
   EXPECT_EQ(recorder.statisticsWrites, 4U);
-  Work(receiver);
-  EXPECT_LT(ReceivedAudio().bitrate, block.bitrate);
+  Work(receiver, 125 * kMs);
+  EXPECT_NEAR(ReceivedAudio().bitrate, block.bitrate / 2, 1);
 }
 
 // A document may set any number.
@@ -200,11 +228,9 @@ TEST_F(SimulatedComponents, AudioSenderTakesTheNearestNumbersThatItCanWorkWith) 
   // Bits of a frame.
   const auto expectFrames = [&](double bits) {
     const Link::Traffic before = link.Received(Media::kAudio);
-    Link::Traffic now = before;
-    while (now.received == before.received) {
-      Work(sender);
-      now = link.Received(Media::kAudio);
-    }
+    Work(sender, 120 * kMs);
+    const Link::Traffic now = link.Received(Media::kAudio);
+    EXPECT_GT(now.received, before.received);
     EXPECT_NEAR(now.bits - before.bits, (now.received - before.received) * bits, 1e-3);
   };
   Set(simulate::kAudioTarget, 100000);
@@ -228,8 +254,12 @@ TEST_F(SimulatedComponents, AudioSenderTakesTheNearestNumbersThatItCanWorkWith) 
 TEST_F(SimulatedComponents, VideoSenderTakesTheNearestNumbersThatItCanWorkWith) {
   VideoSender sender(call);
   sender.Start();
+  const auto sentPackets = [&] {
+    const Link::Traffic traffic = link.Received(Media::kVideo);
+    return traffic.received + traffic.lost;
+  };
   const auto bytesOfAFrame = [&] {
-    Work(sender);
+    Work(sender, kSecond);
     kalStore::st_KalVideoTxBlock block;
     videoStatistics->GetTxMediaInfo(&block, true);
     return block.layer[0].intervalMaximum;
@@ -244,7 +274,9 @@ TEST_F(SimulatedComponents, VideoSenderTakesTheNearestNumbersThatItCanWorkWith) 
   for (const auto& [bitrate, taken] :
        {TakenNumber{-8, 0}, {0, 0}, {8, 8}, {kMost, kMost}, {kMost + 8, kMost}}) {
     Set(simulate::kVideoTarget, bitrate);
+    const std::uint32_t packets = sentPackets();
     EXPECT_EQ(bytesOfAFrame(), taken / 8) << bitrate;
+    EXPECT_EQ(sentPackets() - packets, std::ceil(taken / 9600.0)) << bitrate;
   }
   constexpr int kAll = kalStore::kVideoLayerCount;
   for (const auto& [layers, taken] :
@@ -270,16 +302,16 @@ TEST_F(SimulatedComponents, VideoReceiverReportsWhatArrivesAndHowLongVideoWaitsF
   const double arrived = static_cast<double>(traffic.received) / (traffic.received + traffic.lost);
   kal::_tagSyncStatistics sync;
   audioStatistics->GetAVSyncInfo(&sync, 0);
-  EXPECT_GT(sync.value[0], 0U);
+  EXPECT_NEAR(sync.value[0], traffic.bits / 0.25, 1);
   EXPECT_NEAR(sync.value[1], 0.2 * arrived * 100 * 100, 1);
   EXPECT_EQ(sync.value[2], traffic.received);
   EXPECT_EQ(sync.value[3], traffic.lost);
   EXPECT_NEAR(sync.value[4], playoutMs - link.Now(0).delayMs, 1);
   EXPECT_EQ(recorder.statisticsWrites, 2U);
   const kal::_tagSyncStatistics first = sync;
-  Work(receiver);
+  Work(receiver, 125 * kMs);
   audioStatistics->GetAVSyncInfo(&sync, 0);
-  EXPECT_LT(sync.value[0], first.value[0]);
+  EXPECT_NEAR(sync.value[0], first.value[0] / 2, 1);
   EXPECT_EQ(sync.value[1], first.value[1]);
 }
 
@@ -290,40 +322,45 @@ TEST_F(SimulatedComponents, VideoSenderReportsEachLayerAndThePicture) {
   Set(simulate::kTargetFps, 200);
   Set(simulate::kVideoTarget, 800000);
   Set(simulate::kActiveLayers, 2);
-  while (recorder.framesSent < 3) Work(sender);
+  Work(sender, 18 * kMs);
+  EXPECT_EQ(recorder.framesSent, 3U);
   const kalStore::st_KalVideoTxBlock block = SentVideo();
   EXPECT_EQ(block.activeStreams, 2);
   EXPECT_EQ(block.codecCode, 100U);
   EXPECT_EQ(block.encodedWidth, 640U);
   EXPECT_EQ(block.encodedHeight, 360U);
   EXPECT_EQ(block.hardwareEncoder, 0);
-  EXPECT_GT(block.encoderFps, 0);
-  EXPECT_GT(block.encoderBitrate, 0);
+  EXPECT_EQ(block.encoderFps, 3 / 0.25F);
+  EXPECT_NEAR(block.encoderBitrate, 3 * 4000 / 0.25, 1);
   EXPECT_EQ(block.encoderBitrate2, 800000);
-  EXPECT_EQ(block.capturedFrames, recorder.framesSent);
-  EXPECT_EQ(block.framesFedToEncoder, recorder.framesSent);
-  EXPECT_EQ(block.encodedFrames, recorder.framesSent);
+  EXPECT_EQ(block.capturedFrames, 3U);
+  EXPECT_EQ(block.framesFedToEncoder, 3U);
+  EXPECT_EQ(block.encodedFrames, 3U);
   for (int layer = 0; layer < 2; ++layer) {
     EXPECT_EQ(block.layer[layer].codecCode, 100U);
-    EXPECT_EQ(block.layer[layer].counter, recorder.framesSent);
+    EXPECT_EQ(block.layer[layer].counter, 3U);
     EXPECT_EQ(block.layer[layer].targetFps, 200);
     EXPECT_EQ(block.layer[layer].intervalMaximum, 500);  // Bytes of a frame.
   }
   EXPECT_EQ(block.layer[2].counter, 0U);
   EXPECT_EQ(block.layer[2].targetFps, 0);
-  EXPECT_EQ(recorder.statisticsWrites, 10 * sender.Ticks());
+  EXPECT_EQ(recorder.statisticsWrites, 10U);
+  Work(sender, 2 * kMs);
+  EXPECT_EQ(recorder.framesSent, 4U);
+  EXPECT_EQ(SentVideo().layer[1].counter, 4U);
 }
 
 TEST_F(SimulatedComponents, VideoSenderSendsAnIdrFrameNowAndThen) {
   VideoSender sender(call);
   sender.Start();
-  Set(simulate::kTargetFps, simulate::kMostFps);
+  Set(simulate::kTargetFps, 100);
   kalStore::st_KalVideoLayer layer{};
-  while (layer.idrSent == 0) {
-    Work(sender);
+  for (const std::uint32_t frames : {89U, 90U, 179U, 180U}) {
+    Work(sender, (frames - layer.counter) * kSecond / 100);
     layer = SentVideo().layer[0];
-    ASSERT_EQ(layer.idrSent, layer.counter / 90);
-    ASSERT_EQ(layer.idrRequests, layer.idrSent);
+    EXPECT_EQ(layer.counter, frames);
+    EXPECT_EQ(layer.idrSent, frames / 90);
+    EXPECT_EQ(layer.idrRequests, layer.idrSent);
   }
 }
 
@@ -333,15 +370,14 @@ TEST_F(SimulatedComponents, VideoSenderSendsPacketsAndATenthMoreAgainstLosses) {
   Set(simulate::kTargetFps, 100);
   Set(simulate::kVideoTarget, 100000);
   Set(simulate::kRetransmissionFec, true);
-  while (recorder.framesSent < 3) Work(sender);
-  const std::uint64_t frames = recorder.framesSent;
+  Work(sender, 30 * kMs);
   const Link::Traffic first = link.Received(Media::kVideo);
-  EXPECT_NEAR(first.bits, 1100 * static_cast<double>(frames), 1e-3);
+  EXPECT_NEAR(first.bits, 3 * 1100, 1e-3);
   Set(simulate::kVideoTarget, 960000);  // A packet for each frame.
   Set(simulate::kRetransmissionFec, false);
-  while (recorder.framesSent < frames + 3) Work(sender);
+  Work(sender, 50 * kMs);
   const Link::Traffic all = link.Received(Media::kVideo);
-  EXPECT_EQ(all.received + all.lost - first.received - first.lost, recorder.framesSent - frames);
+  EXPECT_EQ(all.received + all.lost - first.received - first.lost, 5U);
 }
 
 TEST_F(SimulatedComponents, WorkWithDefaultsUntilOtherValuesAreSet) {
@@ -369,11 +405,10 @@ TEST_F(SimulatedComponents, WorkWithDefaultsUntilOtherValuesAreSet) {
   VideoSender video(call);
   audio.Start();
   video.Start();
-  while (recorder.framesSent == 0 || link.Received(Media::kAudio).received == 0) {
-    Work(audio);
-    Work(video);
-  }
+  Work(audio);
+  Work(video);
   const Link::Traffic sent = link.Received(Media::kAudio);
+  EXPECT_GT(sent.received, 0U);
   EXPECT_NEAR(sent.bits, sent.received * 32000 * 0.02, 1e-6);
   EXPECT_EQ(SentAudio().codecStat0, 0U);
   const kalStore::st_KalVideoTxBlock block = SentVideo();
@@ -386,23 +421,62 @@ TEST_F(SimulatedComponents, WorkWithDefaultsUntilOtherValuesAreSet) {
 }
 
 // By the media clock, which ticks as often as it likes.
-TEST_F(SimulatedComponents, SendersSendNoMoreFramesThanTheTimeThatPassedHas) {
-  Set(simulate::kAudioFrameMs, 5);
-  Set(simulate::kTargetFps, 200);
+TEST_F(SimulatedComponents, SendersSendTheFramesOfTheTimeThatPassed) {
+  Set(simulate::kAudioFrameMs, 20);
+  Set(simulate::kTargetFps, 50);
   AudioSender audio(call);
   VideoSender video(call);
   audio.Start();
   video.Start();
-  std::uint32_t packets = 0;
-  while (packets < 20 || recorder.framesSent < 20) {
-    Work(audio);
-    Work(video);
-    const Link::Traffic traffic = link.Received(Media::kAudio);
-    packets = traffic.received + traffic.lost;
+  for (const int ms : {19, 21, 59, 199, 201, 201, 10001}) {
+    WorkAt(ms * kMs, audio);
+    WorkAt(ms * kMs, video);
+    EXPECT_EQ(SentAudio().codecStat16.Value(), ms / 20) << ms;
+    EXPECT_EQ(recorder.framesSent, ms / 20) << ms;
   }
-  const double frames = 200 * simulate::Seconds(recorder.Now());
-  EXPECT_LE(packets, frames);
-  EXPECT_LE(static_cast<double>(recorder.framesSent), frames);
+}
+
+TEST_F(SimulatedComponents, ReporterReadsTenTimesASecondAndAtTheEnd) {
+  Set(simulate::kTargetFps, 100);
+  VideoSender sender(call);
+  simulate::Reporter reporter(call);
+  sender.Start();
+  reporter.Start();
+  constexpr struct {
+    int ms;
+    unsigned reports, frames;
+  } kRows[] = {{99, 0, 0}, {101, 1, 10}, {200, 1, 10}, {202, 2, 20}, {251, 2, 20}};
+  for (const auto& [ms, reports, frames] : kRows) {
+    WorkAt(ms * kMs, sender);
+    WorkAt(ms * kMs, reporter);
+    EXPECT_EQ(recorder.statisticsReads, 4 * reports) << ms;
+    EXPECT_EQ(recorder.framesReported, frames) << ms;
+  }
+  reporter.ReadLast();
+  EXPECT_EQ(recorder.statisticsReads, 12U);
+  EXPECT_EQ(recorder.framesReported, 25U);
+}
+
+TEST_F(SimulatedComponents, ListenerReadsAllOnceItIsNotifiedOfAny) {
+  simulate::Listener listener(call, Way::kDirect);
+  listener.Start();
+  Work(listener);
+  EXPECT_EQ(recorder.reads, 0U);
+  std::uint64_t reads = 0;
+  const auto expectReads = [&] {
+    for (int i = 0; i < 2; ++i) Work(listener);
+    EXPECT_EQ(recorder.reads, reads += 9);
+  };
+  for (const auto* key :
+       {&simulate::kExpectedLoss, &simulate::kAudioTarget, &simulate::kVideoTarget, &simulate::kTargetFps,
+        &simulate::kActiveLayers, &simulate::kTargetBandwidth, &simulate::kJitterTargetMs}) {
+    Set(*key, 7);
+    expectReads();
+  }
+  for (const auto* key : {&simulate::kAudioFec, &simulate::kRetransmissionFec}) {
+    Set(*key, true);
+    expectReads();
+  }
 }
 
 struct BandwidthShare {
@@ -426,25 +500,49 @@ TEST_P(DividedBandwidth, IsThatOfTheLimits) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Bandwidths, DividedBandwidth,
-                         testing::Values(BandwidthShare{4000000, 4000000, 32000, 2500000, 30, 3},
+                         testing::Values(BandwidthShare{INT_MIN, 0, 12000, 80000, 7, 1},
+                                         BandwidthShare{INT_MAX, 100000000, 32000, 2500000, 30, 3},
+                                         BandwidthShare{4000000, 4000000, 32000, 2500000, 30, 3},
                                          BandwidthShare{2000000, 2000000, 32000, 1950000, 30, 3},
                                          BandwidthShare{1232000, 1200000, 32000, 1200000, 30, 2},
                                          BandwidthShare{400000, 400000, 32000, 360000, 12, 2},
                                          BandwidthShare{382000, 380000, 32000, 350000, 11, 1},
                                          BandwidthShare{300000, 300000, 30000, 270000, 9, 1},
                                          BandwidthShare{50000, 50000, 12000, 80000, 7, 1}),
-                         [](const auto& row) { return std::to_string(row.param.limit); });
+                         [](const auto& row) {
+                           return row.param.limit < 0 ? "Negative" : std::to_string(row.param.limit);
+                         });
+
+TEST_F(DividedBandwidth, IsDividedTwentyTimesASecond) {
+  BandwidthController controller(call);
+  controller.Start();
+  constexpr struct {
+    int ms;
+    unsigned divisions;
+  } kRows[] = {{49, 0}, {51, 1}, {100, 1}, {102, 2}};
+  for (const auto& [ms, divisions] : kRows) {
+    WorkAt(ms * kMs, controller);
+    EXPECT_EQ(recorder.SetCount(), 8 * divisions) << ms;
+  }
+}
 
 TEST_F(DividedBandwidth, StaysWhileNothingIsCarriedToLearnFrom) {
   Divide();
   EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), 800000);
 }
 
-// The controller works after a twentieth of a second at the earliest.
 TEST_F(DividedBandwidth, GrowsWhileMuchIsCarried) {
   for (int i = 0; i < 100; ++i) Carry(Media::kVideo, 1e6, kSecond);
   Divide();
-  EXPECT_GE(simulate::kTargetBandwidth.Get(*store), 860000);
+  EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), 860000);
+}
+
+TEST_F(DividedBandwidth, GrowsToHalfMoreThanIsCarriedAndALittle) {
+  Carry(Media::kAudio, 60000, kSecond);
+  Carry(Media::kVideo, 60000, kSecond);
+  const double carried = (link.Received(Media::kAudio).bits + link.Received(Media::kVideo).bits) / 0.25;
+  Divide();
+  EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), std::floor((1.5 * carried + 100000) / 10000) * 10000);
 }
 
 struct LinkUse {
