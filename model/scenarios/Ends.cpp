@@ -51,6 +51,7 @@ MODEL_SCENARIO(StoresEndBesideLooks) {
     for (const InspectedCall& call : InspectCalls()) Check(call.callId == kEndingCall, "the call, or none");
     for (const InspectedSetting& setting : InspectSettings(kEndingCall))
       Check(setting.name == kKey.Name(), "its setting, or none");
+    Check(GetKalConfigSizeForUT() <= 1, "its store, or none");
   });
   DestroyKalConfig();
   Check(GetKalConfigSizeForUT() == 0, "no store is left");

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "scenarios/Registry.h"
+#include "tessel/IKalUnknown.h"
 #include "tessel/KalConfig.h"
 #include "tessel/typed.h"
 #include "util/ACmThread.h"
@@ -130,6 +131,20 @@ MODEL_SCENARIO(StatisticsAreSharedAndEnd) {
   measuring->GetTxMediaInfo(&block, false);
   Check(block.capturedFrames == 1, "what this thread has written, or the other");
   other.join();
+}
+
+MODEL_SCENARIO(StatisticsEndByTheirOwnReleaseBesideOthers) {
+  constexpr KalTesselEntityType kType = KAL_TESSEL_VIDEO;
+  void* ending = nullptr;
+  createTesselEntity(kType, 7, &ending);
+  std::thread holder(
+      [&] { dynamic_cast<kal::IKalUnknown&>(*static_cast<IKalVideoInfo*>(ending)).Release(); });
+  kalTesselInstant.isTesselEntityExisted(kType, 7);
+  void* other = nullptr;
+  createTesselEntity(kType, 8, &other);
+  holder.join();
+  Check(!kalTesselInstant.isTesselEntityExisted(kType, 7), "its last reference is gone");
+  Check(releaseTesselEntity(kType, 8, other) == 0, "the other had one reference");
 }
 
 // Of two reports at once, one has a growth, and none has less than nothing.

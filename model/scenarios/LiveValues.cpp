@@ -67,6 +67,14 @@ MODEL_SCENARIO(LiveValueAgainstTheEndOfItsStore) {
   owner.join();
 }
 
+MODEL_SCENARIO(LiveValueAgainstTheEndOfAFacadeWithoutAStore) {
+  auto settings = std::make_unique<KalConfigHelper>();
+  std::optional<LiveConfig<int>> live(std::in_place, *settings, kFirst);
+  std::thread owner([&] { live.reset(); });
+  settings.reset();
+  owner.join();
+}
+
 MODEL_SCENARIO(LiveValueAgainstTheBindingOfItsFacade) {
   KalConfigHelper settings;
   std::thread binder([&] { settings.SetCallId(7); });

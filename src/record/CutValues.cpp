@@ -9,7 +9,7 @@ namespace kalStore::internal {
 namespace {
 
 // Whether the event gave its name another value. That of a cut name is nobody's here: a cut one is longer.
-bool IsChange(const JournalEvent& event) {
+bool ReplacesItsValue(const JournalEvent& event) {
   return event.kind == JournalKind::kSet && event.result != kResultUnchanged &&
          event.result != kResultBadArgument && !event.name.isCut;
 }
@@ -19,7 +19,7 @@ bool IsChange(const JournalEvent& event) {
 void CutValues::Take(const JournalEvent& event, EventLines& lines) {
   if (event.missed != 0) m_values.clear();  // What was missed may have changed them.
   forget(event);
-  if (!IsChange(event) || !event.newValue || !event.newValue->isCut) return;
+  if (!ReplacesItsValue(event) || !event.newValue || !event.newValue->isCut) return;
   if (lines.Shows(event.callId, event.group, event.name.text) != RecordingShows::kAll) return;
   m_values[keyOf(event)] = {event.number, event.timeNs, std::string(lines.Origin(event))};
 }
@@ -60,7 +60,7 @@ void CutValues::Append(LineBuffer& out, std::int64_t startNs, const Settings& se
 
 // A value that was removed needs nothing: it is not read any more, or was read before.
 void CutValues::forget(const JournalEvent& event) {
-  if (!m_values.empty() && IsChange(event)) m_values.erase(keyOf(event));
+  if (!m_values.empty() && ReplacesItsValue(event)) m_values.erase(keyOf(event));
 }
 
 }  // namespace kalStore::internal

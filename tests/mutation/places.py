@@ -29,7 +29,8 @@ ASSIGNMENT = re.compile(r"(?:relaxed::Store\((?P<stored>PATH), (?P<of>.*)\)|(?P<
                         .replace("PATH", r"[\w.]+(?:->[\w.]+)*(?:\[\d+\])?"))
 PATH = re.compile(r"[A-Za-z_][\w.]*(?:->[\w.]+)*(?:\[\d+\])?")
 MOVED = re.compile(rf"std::move\(({PATH.pattern})\)")
-PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|move)(?:<[\w:]+>)?|\bstatic_cast<[\w:*& ]+>|(?:\.|->)(?:size|empty)|[^\w>])\(")
+PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|move)(?:<[\w:]+>)?|\bstatic_cast<[\w:*& ]+>"
+                       r"|(?:\.|->)(?:size|empty)|[^\w>])\(")
 LOCK = re.compile(r"(?:const )?[\w:]*(?:Lock|Guard) \w+[({].*[)}];$")
 NOT_CODE = re.compile(r"\s*(#|static_assert|using |namespace |template )")
 

@@ -150,8 +150,9 @@ class Suite:
     def build(self, keep_going):
         """"" when everything compiles, otherwise what the compiler said."""
         self.configure()
-        done = subprocess.run(["ninja", "-C", self.objects, f"-j{JOBS}", "-k", "0" if keep_going else "1", *self.programs],
-                              text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+        failures = "0" if keep_going else "1"
+        done = subprocess.run(["ninja", "-C", self.objects, f"-j{JOBS}", "-k", failures, *self.programs], text=True,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
         if done.returncode != 0:
             return done.stdout
         self.paths = {name: next(p for p in self.objects.rglob(name) if p.is_file()) for name in self.programs}

@@ -62,7 +62,7 @@ TEST(Everything, MayBeUsedInEveryLineOfEverythingOnSeveralThreads) {
     std::thread second(use);
     first.join();
     second.join();
-    // Each use has at least the line of its refused set; how many of the others depends on what the other thread did.
+    // Each use has at least the line of its refused set; how many of the others depends on the other thread.
     EXPECT_GE(sink.lines, 20);
   }
   DestroyKalConfig();
