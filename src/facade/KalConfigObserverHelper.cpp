@@ -220,8 +220,8 @@ std::int32_t KalConfigObserverHelper::UnsubscribeConfig(SubscribeId_t id) {
   }
   if (record == nullptr) return kResultNotFound;
   const auto unsubscribe = [&] {
-    // A record by id is registered, so there is a store.
-    return m_store.load(std::memory_order_acquire)->UnsubscribeConfig(id);
+    // A record by id is registered, so there is a store, which the lock of the records orders before this.
+    return m_store.load(std::memory_order_relaxed)->UnsubscribeConfig(id);
   };
   const bool isCleaning = !isAlive();
   // Clean() has waited for what runs, as long as it may.
