@@ -23,7 +23,7 @@ CONDITION = re.compile(r"\b(?:if|while) \(")
 STATEMENT = re.compile(r"(?:\*?[A-Za-z_][\w:.\[\]]*(?:->[\w.]+)*(?:\(.*| [-+|&]?= .*|\+\+|--)"
                        r"|(?:\+\+|--)[A-Za-z_][\w:.\[\]>-]*);$")
 NO_STATEMENT = re.compile(
-    r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert)\b"
+    r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert|decltype)\b"
     r"|.* = (default|delete);$")
 ASSIGNMENT = re.compile(r"(?:relaxed::Store\((?P<stored>PATH), (?P<of>.*)\)|(?P<to>PATH) [-+|&]?= (?P<value>.*));$"
                         .replace("PATH", r"[\w.]+(?:->[\w.]+)*(?:\[\d+\])?"))
