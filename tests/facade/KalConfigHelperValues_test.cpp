@@ -339,6 +339,8 @@ TEST_F(KalConfigHelperValuesTest, TakesTheShortForms) {
   EXPECT_EQ(facade.SetKalConfig("a", 0), kResultNobody);
   EXPECT_EQ(facade.SetKalConfig("b", "text"), kResultNobody);
   EXPECT_EQ(facade.SetKalConfig("c", true), kResultNobody);
+  EXPECT_EQ(facade.SetKalConfig("a", 0), kResultUnchanged);
+  EXPECT_EQ(facade.SetKalConfig(kal::KAL_SESSION_AUDIO, "b", "text"), kResultUnchanged);
   EXPECT_EQ(facade.GetKalConfig("a", value), kResultOk);
   EXPECT_EQ(facade.GetKalConfig("a"), ConfigData(0));
   EXPECT_EQ(facade.GetKalConfig(kal::KAL_SESSION_AUDIO, "b"), ConfigData("text"));
