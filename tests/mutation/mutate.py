@@ -167,7 +167,8 @@ def try_together(schemas, check, suites):
         schemas.compile(lambda: suite.build(keep_going=True), numbers)  # pylint: disable=cell-var-from-loop
         suite.measure(max(schemas.mutants))
         built = [number for number in numbers if number in schemas.chosen]
-        tried = at_once(lambda number: suite.try_out(folder_of(schemas.mutants[number]), number), built)
+        tried = at_once(lambda number: suite.try_out(folder_of(schemas.mutants[number]), number), built,
+                        suite.kind.trials)
         for number, outcome in zip(built, tried):
             if outcome is not None:
                 reached.add(number)
@@ -259,7 +260,7 @@ def main():
     suites = [SUITES[name](tree, tree / "build" / name, arguments) for name in arguments.suites]
     survivors = json.loads((ROOT / SURVIVORS).read_text())
 
-    killed = survived = broken = untried = 0
+    killed = survived = known = broken = untried = 0
     for number, outcome in outcomes(schemas, suites, not arguments.together):
         broken += outcome is None
         untried += outcome == UNTRIED
@@ -269,12 +270,13 @@ def main():
         code = schemas.code[mutant.file]
         killed += bool(outcome)
         survived += not outcome
-        why = reason(mutant, code, survivors)
+        why = None if outcome else reason(mutant, code, survivors)
+        known += bool(why)
         verdict = f"killed: {outcome}" if outcome else f"survived, as known, {why}" if why else "SURVIVED"
         print(f"{verdict}: {mutant.file}\n{difference(mutant, code)}", flush=True)
     percent = 100 * killed / max(1, killed + survived)
-    print(f"{killed} of {killed + survived} killed ({percent:.0f} %), {broken} more did not compile; of {len(mutants)}"
-          " places")
+    print(f"{killed} of {killed + survived} killed ({percent:.0f} %), {known} survived for a known reason, "
+          f"{broken} more did not compile; of {len(mutants)} places")
     if untried:
         print(f"{untried} more have to be built alone")
     return percent < TARGET_PERCENT

@@ -12,6 +12,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True  # The sources stay as they are.
 import mutate  # pylint: disable=wrong-import-position
 import places  # pylint: disable=wrong-import-position
+from suites import GoogleTest  # pylint: disable=wrong-import-position
 
 
 class CopyTree(unittest.TestCase):
@@ -56,6 +57,7 @@ class CopyTree(unittest.TestCase):
 
 class Suite:
     """Finds and reaches certain numbers, and cannot be compiled with others."""
+    kind = GoogleTest
 
     def __init__(self, tree, finds, reaches, refuses=()):
         self.tree, self.finds, self.reaches, self.refuses = tree, finds, reaches, refuses

@@ -28,10 +28,10 @@ class Test(NamedTuple):
     reached: frozenset  # The numbers of the mutants that it runs through.
 
 
-def at_once(function, values):
-    """The results in the order of the values, as soon as each is there: of as many as the machine has processors. What
-    has not begun when nobody wants more results does not begin."""
-    threads = ThreadPoolExecutor(JOBS)
+def at_once(function, values, count=JOBS):
+    """The results in the order of the values, as soon as each is there: of so many at a time. What has not begun when
+    nobody wants more results does not begin."""
+    threads = ThreadPoolExecutor(count)
     try:
         yield from threads.map(function, values)
     finally:
@@ -84,6 +84,7 @@ def command(arguments):
 class GoogleTest:
     """How the tests of a program are listed, run and named."""
     seconds = 0  # That a run takes by itself.
+    trials = 3 * JOBS  # At once: most of the time goes by while a mutant that hangs takes too long.
 
     def names(self, path):
         names, suite = [], ""
@@ -109,6 +110,7 @@ class GoogleTest:
 class Model:
     """A scenario of the model checker is a test; the simulations are one, too."""
     SIMULATIONS = "simulations"
+    trials = JOBS  # At once: in the time that it has, it tries what it can.
 
     def __init__(self, seconds):
         self.seconds = seconds

@@ -74,6 +74,13 @@ def model_cells(row):
     return (row["scenarios"], row["failed"] or "none", f"{row['in_order']:,}", f"{row['at_random']:,}", complete)
 
 
+def mutation_cells(row):
+    killed, tried, known = row["killed"], row["tried"], row.get("known")
+    return (f"{killed:,}", f"{tried:,}", share(killed, tried), "" if known is None else known,
+            "" if known is None else share(killed, tried - known), row.get("broken", ""),
+            f"{row['places']:,}" if "places" in row else "")
+
+
 def soak_cells(row):
     memory = "" if "tsan" in row["command"] or "asan" in row["command"] else (
         f"{row['memory after a tenth, KiB']:,} KiB, {row['memory at the end, KiB']:,} KiB")
@@ -109,11 +116,10 @@ FIGURES = {
         ("", "reached", "of all"),
         lambda row: (row["what"], f"**{share(row['reached'], row['all'])}**", f"{row['reached']:,} of {row['all']:,}")),
     "mutation": Figure(
-        each(r"^(?P<killed>\d+) of (?P<tried>\d+) killed \(\d+ %\), (?P<broken>\d+) more did not compile; of "
-             r"(?P<places>\d+) places"),
-        ("killed", "of tried", "share", "did not compile", "of all places"),
-        lambda row: (row["killed"], row["tried"], share(row["killed"], row["tried"]), row.get("broken", ""),
-                     f"{row['places']:,}" if "places" in row else ""), ("command",)),
+        each(r"^(?P<killed>\d+) of (?P<tried>\d+) killed \(\d+ %\), (?P<known>\d+) survived for a known reason, "
+             r"(?P<broken>\d+) more did not compile; of (?P<places>\d+) places"),
+        ("killed", "of tried", "share", "known survivors", "share of the others", "did not compile", "of all places"),
+        mutation_cells, ("command",)),
     "fuzz": Figure(
         each(r"^fuzz (?P<target>\w+): ok, (?P<executions>\d+) executions (?P<form>[a-z ]+), (?P<rate>\d+) a second of "
              r"processor time, (?P<edges>\d+) edges covered"),
