@@ -25,12 +25,17 @@ STATEMENT = re.compile(r"(?:\*?[A-Za-z_][\w:.\[\]]*(?:->[\w.]+)*(?:\(.*| [-+|&]?
 NO_STATEMENT = re.compile(
     r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert|decltype)\b"
     r"|.* = (default|delete);$")
-ASSIGNMENT = re.compile(r"(?:relaxed::Store\((?P<stored>PATH), (?P<of>.*)\)|(?P<to>PATH) [-+|&]?= (?P<value>.*));$"
-                        .replace("PATH", r"[\w.]+(?:->[\w.]+)*(?:\[\d+\])?"))
-PATH = re.compile(r"[A-Za-z_][\w.]*(?:->[\w.]+)*(?:\[\d+\])?")
-MOVED = re.compile(rf"std::move\(({PATH.pattern})\)")
-PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|move)(?:<[\w:]+>)?|\bstatic_cast<[\w:*& ]+>"
+PATH = re.compile(r"[A-Za-z_]\w*(?:(?:\.|->)[A-Za-z_]\w*|\[\w+\])*")
+INDEX = re.compile(r"\[([A-Za-z_]\w*)\]")
+# What is called Store, or Store and of what, writes its first argument and reads the others.
+ASSIGNMENT = re.compile(r"(?:(?:relaxed::)?(?:Store\w*|ClearBlocks)\((?P<stored>PATH)(?:, (?P<of>.*))?\)"
+                        r"|(?P<to>PATH) [-+|&]?= (?P<value>.*)"
+                        r"|(?:\+\+|--)(?P<counted>PATH)|(?P<counter>PATH)(?:\+\+|--));$"
+                        .replace("PATH", PATH.pattern))
+MOVED = re.compile(rf"(?:std::move|std::exchange|relaxed::Exchange)\(({PATH.pattern})[,)]")
+PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|greater)(?:<[\w:]*>)?|\bstatic_cast<[\w:*& ]+>"
                        r"|(?:\.|->)(?:size|empty)|[^\w>])\(")
+WRITING = re.compile(r" [-+|&]?= |\+\+|--")
 LOCK = re.compile(r"(?:const )?[\w:]*(?:Lock|Guard) \w+[({].*[)}];$")
 NOT_CODE = re.compile(r"\s*(#|static_assert|using |namespace |template )")
 
@@ -96,21 +101,32 @@ def is_within(path, other):
     return path == other or path.startswith((f"{other}.", f"{other}->", f"{other}["))
 
 
+def may_overlap(path, other):
+    """Whether they may name parts of one thing. An index that is a name may be any number."""
+    if INDEX.search(path) or INDEX.search(other):
+        path, other = (re.sub(r"\[\w+\]", "[]", one) for one in (path, other))
+    return is_within(path, other) or is_within(other, path)
+
+
 def assigned(statement):
     """The paths that an assignment writes, where it calls nothing that might write more; otherwise none."""
     found = ASSIGNMENT.match(statement)
-    value = found and (found["of"] or found["value"])
-    if not value or len(PURE_CALL.findall(f" {value}")) != value.count("("):
+    if not found:
         return []
-    return [found["stored"] or found["to"], *MOVED.findall(value)]
+    value = found["of"] or found["value"] or ""
+    moved = MOVED.findall(value)
+    if WRITING.search(value) or len(PURE_CALL.findall(f" {value}")) + len(moved) != value.count("("):
+        return []
+    return [found["stored"] or found["to"] or found["counted"] or found["counter"], *moved]
 
 
 def are_independent(first, second):
     """Whether these do the same in either order: assignments, none of which writes what the other names."""
     statements = first, second
     return all(assigned(one) for one in statements) and not any(
-        is_within(path, other) or is_within(other, path)
-        for one, another in (statements, statements[::-1]) for path in assigned(one) for other in PATH.findall(another))
+        may_overlap(path, other)
+        for one, another in (statements, statements[::-1])
+        for path in assigned(one) for other in PATH.findall(another) + INDEX.findall(another))
 
 
 def mutants_of(path, code):

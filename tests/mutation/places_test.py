@@ -82,7 +82,7 @@ class Locks(unittest.TestCase):
 
 class Swaps(unittest.TestCase):
     def test_neighbouring_statements_change_places(self):
-        self.assertEqual(made("swap", in_function("First();", "x = 1;", "++y;")), ["x = 1; First();", "++y; x = 1;"])
+        self.assertEqual(made("swap", in_function("First();", "x = 1;", "++x;")), ["x = 1; First();", "++x; x = 1;"])
 
     def test_a_lock_is_taken_later(self):
         self.assertEqual(made("swap", in_function("const Lock lock(m_mutex);", "x = 1;")),
@@ -102,12 +102,21 @@ class Swaps(unittest.TestCase):
     def test_assignments_that_do_not_depend_on_each_other_stay(self):
         for lines in (("x = 1;", "y += 2;"), ("a.x = b.x;", "a.y = b.y;"), ("a = std::move(b.a);", "c = d->size();"),
                       ("relaxed::Store(a[0], x);", "relaxed::Store(a[1], static_cast<int>(std::max(x, 1)));"),
-                      ("a = b ? (c + d) * 2 : 0;", "e = Pair{c, d};")):
+                      ("a = b ? (c + d) * 2 : 0;", "e = Pair{c, d};"), ("x = 1;", "++y;"), ("--a.x;", "a.y++;"),
+                      ("relaxed::StoreBlock(a, {});", "relaxed::ClearBlocks(b);"),
+                      ("StoreEach(a.x, b);", "a.y = b[0];"),
+                      ("relaxed::StoreIf(a, x, std::greater<>());", "relaxed::Store(b, x);"),
+                      ("a = std::exchange(b.a, {});", "c = relaxed::Exchange(b.c, 0);"),
+                      ("relaxed::Store(a[i].x, b[i].x);", "relaxed::Store(a[j].y, 1);")):
             self.assertEqual(made("swap", in_function(*lines)), [], lines)
         for lines in (("x = 1;", "y = x;"), ("x = y;", "y = 1;"), ("x = 1;", "x = 2;"), ("a.x = 1;", "a = b;"),
                       ("a = b;", "a[0] = 1;"), ("a = b;", "c = a->x;"), ("a = std::move(b);", "c = b;"),
                       ("x = f();", "y = 1;"), ("x = a.f(1);", "y = 1;"), ("x.store(1);", "y = 1;"),
-                      ("relaxed::Store(x, 1);", "relaxed::Store(y, f(x));")):
+                      ("relaxed::Store(x, 1);", "relaxed::Store(y, f(x));"), ("++x;", "y = x;"), ("++x;", "y = a[x];"),
+                      ("a[x] = 1;", "++x;"), ("a[i].x = 1;", "a[j].x = 2;"), ("a[0] = 1;", "a[i] = 2;"),
+                      ("a = std::exchange(b, 0);", "c = b;"), ("a = std::move(*b);", "c = d;"), ("a = b++;", "c = d;"),
+                      ("a = b = c;", "d = e;"), ("StoreEach(a, b);", "relaxed::Store(a.x, 1);"),
+                      ("relaxed::ClearBlocks(a);", "a[1] = b;"), ("a.f().x = 1;", "y = 1;")):
             self.assertEqual(len(made("swap", in_function(*lines))), 1, lines)
 
 
