@@ -439,9 +439,7 @@ void Checker::Wait(const void* condition, const void* mutex) {
   m_mutexes[mutex].depth = 1;
   end(0);
   if (!Unlock(mutex)) Fail("waits without the lock");
-  m_waiters[condition].push_back(m_current);
-  block("a notification", condition, Fiber::State::kWaiting);
-  std::erase(m_waiters[condition], m_current);
+  waitFor(condition);
   Lock(mutex, false);
   m_mutexes[mutex].depth = depth;
 }
@@ -453,20 +451,37 @@ bool Checker::WaitUntil(const void* condition, const void* mutex, std::int64_t e
   return m_nowNs < endNs;
 }
 
-void Checker::Notify(const void* condition, bool all) {
-  begin("notifies", condition, 1, true);
-  Options waiters;
-  for (const int waiter : m_waiters[condition]) {
-    Fiber& fiber = *m_fibers[static_cast<std::size_t>(waiter)];
-    if (fiber.state != Fiber::State::kWaiting) continue;
-    waiters.Add(waiter);
-    if (all) fiber.state = Fiber::State::kReady;
-  }
-  if (!all && waiters.Size() > 0) {
-    const int chosen = m_choices.Choose(Choices::Kind::kWaiter, Choices::Cost::kFree, waiters);
+bool Checker::WaitWhile(const std::uint32_t* word, std::uint32_t value) {
+  begin("waits", word, sizeof *word, true);
+  const bool isSame = *word == value;
+  end(isSame ? 1 : 0);
+  if (isSame) waitFor(word);
+  return isSame;
+}
+
+void Checker::waitFor(const void* object) {
+  m_waiters[object].push_back(m_current);
+  block("a notification", object, Fiber::State::kWaiting);
+  std::erase(m_waiters[object], m_current);
+}
+
+int Checker::Notify(const void* object, int count) {
+  begin("notifies", object, 1, true);
+  int woken = 0;
+  for (; woken < count; ++woken) {
+    Options waiters;
+    for (const int waiter : m_waiters[object]) {
+      if (m_fibers[static_cast<std::size_t>(waiter)]->state == Fiber::State::kWaiting) waiters.Add(waiter);
+    }
+    if (waiters.Size() == 0) break;
+    // Which ones, where not all of them.
+    const int chosen = waiters.Size() <= static_cast<std::size_t>(count - woken)
+                           ? waiters[0]
+                           : m_choices.Choose(Choices::Kind::kWaiter, Choices::Cost::kFree, waiters);
     m_fibers[static_cast<std::size_t>(chosen)]->state = Fiber::State::kReady;
   }
-  end(waiters.Size());
+  end(static_cast<std::uint64_t>(woken));
+  return woken;
 }
 
 }  // namespace model

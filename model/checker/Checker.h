@@ -93,7 +93,11 @@ class Checker {
   void Wait(const void* condition, const void* mutex);
   /// The same, until a time at most; false when that has come.
   bool WaitUntil(const void* condition, const void* mutex, std::int64_t endNs);
-  void Notify(const void* condition, bool all);
+  /// Waits for a notification of the word, unless that has another value: then false. The value is the latest
+  /// one, as the system looks at it where it makes the thread wait.
+  bool WaitWhile(const std::uint32_t* word, std::uint32_t value);
+  /// So many of those that wait for a condition or a word, at most. Returns how many.
+  int Notify(const void* object, int count);
 
   /// What the system refuses from now on, to whichever thread.
   void Refuse(const Refusals& refusals) { m_refusals = refusals; }
@@ -125,6 +129,7 @@ class Checker {
   void check(Memory::Finding finding, const char* what, const void* memory, std::size_t size);
   [[noreturn]] void failAll();
   void block(const char* reason, const void* object, Fiber::State state);
+  void waitFor(const void* object);
   void wake(const void* object, Fiber::State state);
   int nextThread();
   int earliestToWake() const;
@@ -143,7 +148,7 @@ class Checker {
   ucontext_t m_main{};
   int m_current = 0;
   std::unordered_map<const void*, Mutex> m_mutexes;
-  std::unordered_map<const void*, std::deque<int>> m_waiters;  // By condition, in the order of arrival.
+  std::unordered_map<const void*, std::deque<int>> m_waiters;  // By object, in the order of arrival.
   Refusals m_refusals;
   std::int64_t m_nowNs = 0;
   std::uint32_t m_changedAt = 0;  // The last operation that changed something.

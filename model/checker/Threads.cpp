@@ -129,7 +129,7 @@ int pthread_cond_signal(pthread_cond_t* condition) noexcept {
   model::Checker* const checker = model::ActiveChecker();
   if (checker == nullptr) return 0;
   MODEL_OPERATION(checker);
-  checker->Notify(condition, false);
+  checker->Notify(condition, 1);
   return 0;
 }
 
@@ -137,7 +137,7 @@ int pthread_cond_broadcast(pthread_cond_t* condition) noexcept {
   model::Checker* const checker = model::ActiveChecker();
   if (checker == nullptr) return 0;
   MODEL_OPERATION(checker);
-  checker->Notify(condition, true);
+  checker->Notify(condition, model::kMostThreads);
   return 0;
 }
 

@@ -20,6 +20,12 @@ namespace {
 
 constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 0};
 
+// Ends an object of audio, whose last reference it releases.
+std::thread Releasing(void* object) {
+  return std::thread(
+      [object] { dynamic_cast<kal::IKalUnknown&>(*static_cast<IKalAudioInfo*>(object)).Release(); });
+}
+
 }  // namespace
 
 MODEL_SCENARIO(SubscriptionEndsBesideADirectDelivery) {
@@ -145,6 +151,22 @@ MODEL_SCENARIO(StatisticsEndByTheirOwnReleaseBesideOthers) {
   holder.join();
   Check(!kalTesselInstant.isTesselEntityExisted(kType, 7), "its last reference is gone");
   Check(releaseTesselEntity(kType, 8, other) == 0, "the other had one reference");
+}
+
+MODEL_SCENARIO(RegistryOfStatisticsEndsBesideAnObject) {
+  auto registry = std::make_unique<CKalTessel>();
+  std::thread holder = Releasing(registry->createOrGetTesselEntity(KAL_TESSEL_AUDIO, 7));
+  registry.reset();
+  holder.join();
+}
+
+MODEL_SCENARIO(RegistryOfStatisticsEndsBesideTwoObjects) {
+  auto registry = std::make_unique<CKalTessel>();
+  std::thread first = Releasing(registry->createOrGetTesselEntity(KAL_TESSEL_AUDIO, 7));
+  std::thread second = Releasing(registry->createOrGetTesselEntity(KAL_TESSEL_AUDIO, 8));
+  registry.reset();
+  first.join();
+  second.join();
 }
 
 // Of two reports at once, one has a growth, and none has less than nothing.

@@ -150,7 +150,8 @@ Registration::~Registration() {
   } else {
     writeEnd();
   }
-  if (g_ending.fetch_sub(1) == 1) g_ending.notify_all();
+  // Released for the registry that waits: it ends what was used here.
+  if (g_ending.fetch_sub(1, std::memory_order_release) == 1) g_ending.notify_all();
 }
 
 CKalTessel::CKalTessel() = default;
@@ -158,7 +159,7 @@ CKalTessel::CKalTessel() = default;
 // The objects stay with their holders, who may end them at this very moment.
 CKalTessel::~CKalTessel() {
   forgetAll();
-  for (int ending = g_ending.load(); ending != 0; ending = g_ending.load()) g_ending.wait(ending);
+  while (const int ending = g_ending.load()) g_ending.wait(ending);
 }
 
 void CKalTessel::forgetAll() {

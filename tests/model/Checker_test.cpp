@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <condition_variable>
 #include <ctime>
 #include <map>
@@ -13,7 +14,10 @@
 #include <string>
 #include <thread>
 
+#include <linux/futex.h>
 #include <sched.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include "checker/Explore.h"
 
@@ -107,6 +111,68 @@ void Woken() {
 TEST(Checker, WakesAThreadForNoReason) {
   ExpectFault({"", &Woken<false>}, "woken too early");
   ExpectRight({"", &Woken<true>});
+}
+
+// The C++ library waits for a variable itself where it has the size of an int, else for a count of its own.
+template <class Value, std::memory_order load, bool isNotified>
+void Message() {
+  std::atomic<Value> isSent{0};
+  int message = 0;
+  std::thread other([&] {
+    message = 1;
+    isSent.store(1, std::memory_order_release);
+    if (isNotified) isSent.notify_one();
+  });
+  isSent.wait(0, load);
+  Check(message == 1, "woken too early");
+  other.join();
+}
+
+TEST(Checker, WaitsForAnAtomicVariable) {
+  ExpectRight({"", &Message<int, std::memory_order_acquire, true>});
+  ExpectRight({"", &Message<bool, std::memory_order_acquire, true>});
+  ExpectFault({"", &Message<int, std::memory_order_acquire, false>}, "waits for a notification");
+  ExpectFault({"", &Message<bool, std::memory_order_acquire, false>}, "waits for a notification");
+  ExpectFault({"", &Message<int, std::memory_order_relaxed, true>}, "a race");
+}
+
+template <bool all>
+void Waiters() {
+  std::atomic<int> isSent{0};
+  std::thread first([&] { isSent.wait(0); });
+  std::thread second([&] { isSent.wait(0); });
+  isSent.store(1);
+  if (all) {
+    isSent.notify_all();
+  } else {
+    isSent.notify_one();
+  }
+  first.join();
+  second.join();
+}
+
+TEST(Checker, NotifiesSomeWhoWaitForAnAtomicVariable) {
+  ExpectRight({"", &Waiters<true>});
+  ExpectFault({"", &Waiters<false>}, "waits for a notification");
+}
+
+template <bool asksAgain>
+void WokenByTheSystem() {
+  std::atomic<int> isDone{0};
+  std::thread other([&] {
+    isDone.store(1);
+    syscall(SYS_futex, &isDone, FUTEX_WAKE_PRIVATE, 1);
+  });
+  do {
+    if (syscall(SYS_futex, &isDone, FUTEX_WAIT_PRIVATE, 0, nullptr) != 0) Check(errno == EAGAIN, "the value");
+  } while (asksAgain && isDone.load() == 0);
+  Check(isDone.load() == 1, "woken too early");
+  other.join();
+}
+
+TEST(Checker, WakesAThreadThatWaitsForAnAtomicVariableForNoReason) {
+  ExpectFault({"", &WokenByTheSystem<false>}, "woken too early");
+  ExpectRight({"", &WokenByTheSystem<true>});
 }
 
 // A stack whose pop takes a node for the one that it has read, as it has its address.
