@@ -246,11 +246,12 @@ void RecordingRun::takeEvents(bool isAsked) {
   m_pause = PauseAfter(now - std::exchange(m_roundEnd, now), m_next - begin, JournalCapacity());
 }
 
+// An object's members come after the line that it was made, also when a part's picture before that has them.
 void RecordingRun::take(const JournalEvent& event) {
-  if (event.kind == JournalKind::kStatisticsMade) m_statistics.Forget(event.entityType, event.callId);
   m_cutValues.Take(event, m_lines);
   m_lines.Append(m_pending, event);
   add();
+  if (event.kind == JournalKind::kStatisticsMade) m_statistics.Forget(event.entityType, event.callId);
   m_next = event.number + 1;
   m_lastNs = std::max(m_lastNs, event.timeNs - m_startNs);
   if (m_pending.Size() >= kChunk) write();
@@ -264,17 +265,28 @@ void RecordingRun::takeCutValues() {
   m_cutValuesDue = begin + kCutValuesRest * (Clock::now() - begin);
 }
 
+// Where there is no room for the lines, the next part's picture has what they say, or what is newer.
 void RecordingRun::takeStatistics() {
   m_statisticsDue = Clock::now() + m_statisticsInterval;
-  m_statistics.Append(m_pending, sinceStart(), m_lockWait.Run(&CopyStatistics));
-  add();
+  const std::vector<StatisticsCopy> copies = m_lockWait.Run(&CopyStatistics);
+  const std::int64_t nowNs = sinceStart();
+  m_statistics.Append(m_pending, nowNs, copies);
+  if (m_pending.Size() == m_added) return;
+  m_lastNs = std::max(m_lastNs, nowNs);
+  if (!isFull()) return add();
+  m_pending.Cut(m_added);
+  beginNextPart();
 }
 
-// The lines that were appended. The file's picture is followed by some in any case: a full one would be the
-// last.
+// The file's picture is followed by some lines in any case: a full one would be the last.
+bool RecordingRun::isFull() const {
+  return !m_isPartNew && !m_output.HasRoom(m_pending.Size() + kEndRoom);
+}
+
+// The lines that were appended.
 void RecordingRun::add() {
   if (m_pending.Size() == m_added) return;
-  if (!m_isPartNew && !m_output.HasRoom(m_pending.Size() + kEndRoom)) {
+  if (isFull()) {
     const std::string lines(m_pending.Text().substr(m_added));
     m_pending.Cut(m_added);
     beginNextPart();

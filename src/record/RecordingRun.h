@@ -68,6 +68,7 @@ class RecordingRun {
   void take(const JournalEvent& event);
   void takeCutValues();
   void takeStatistics();
+  bool isFull() const;
   void add();
   void write();
   void beginNextPart();
@@ -105,7 +106,7 @@ class RecordingRun {
   RecordingOutput m_output;
   LineBuffer m_pending;       // Lines that are not written yet, and behind them those that are being added.
   std::size_t m_added = 0;    // The size of the first.
-  std::int64_t m_lastNs = 0;  // The time of the newest event, and of a part that begins after it.
+  std::int64_t m_lastNs = 0;  // The time of the newest line, and of a part that begins after it.
   bool m_isPartNew = true;    // Whether the file has its picture alone.
   Clock::duration m_pause{};  // Until the next round that nobody asks for.
   Clock::time_point m_roundEnd = m_start;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
 #include <filesystem>
+#include <optional>
 #include <thread>
 
 #include "RecordingTest.h"
+#include "support/AllocationCount.h"
 #include "support/TraceLog.h"
+#include "tessel/inspect.h"
 #include "tessel/tessel.h"
 
 namespace kalStore {
@@ -252,6 +255,86 @@ TEST_F(RecordingRotation, RemovesTheNameOfAPartThatACrashLeftToTheFile) {
     EXPECT_FALSE(std::filesystem::exists(Part(2)));
     SetOften(recording, 200);
     EXPECT_TRUE(recording.IsOn());
+  }
+}
+
+// In whichever file: the members of a picture are those of an object that was made before.
+TEST_F(RecordingRotation, HasTheMembersOfEachObjectAfterTheLineThatItWasMade) {
+  constexpr int kObjects = 200;
+  {
+    Recording recording(
+        File(),
+        {.statisticsInterval = std::chrono::hours(1), .largestFile = kLargest, .files = 10 * kObjects});
+    for (int i = 0; i < kObjects; ++i) {
+      const StatsRef<VideoStats> statistics(7);
+      statistics->UpdateVideoCapturedFrameCnt(250);
+      ASSERT_EQ(recording.Flush(), kResultOk);
+    }
+  }
+  const std::size_t last = std::stoul(Lines().front().Get("part"));
+  ASSERT_GT(last, 20u);
+  int made = 0;
+  bool isMissing = false;
+  for (std::size_t part = 1; part <= last; ++part) {
+    for (const RecordedLine& line : OfType(Lines(part == last ? File() : Part(part)), "statistics")) {
+      if (line.Has("members")) isMissing = false;
+      if (line.Get("event") == "made") isMissing = ++made != 0;
+      if (line.Get("event") != "ended") continue;
+      EXPECT_FALSE(isMissing) << "object " << made << ", part " << part;
+    }
+  }
+  EXPECT_EQ(made, kObjects);
+}
+
+// The picture of the next file is newer than the look whose lines found no room.
+TEST_F(RecordingRotation, EndsWithTheLastMembersWhereTheyChangeBeforeTheNextFile) {
+  const StatsRef<AudioStats> statistics(7);
+  const CallStore store(7, CallStore::kEndsCall);
+  unsigned int bitrate = 0;
+  std::atomic<bool> isSet{false};
+  std::optional<AtAllocation> copied;  // Begins and fires on the recording's thread, in the look after a set.
+  Recording recording(File(), {.statisticsInterval = std::chrono::hours(1),
+                               .largestFile = kLargest,
+                               .files = 2,
+                               .filter = [&](auto, auto, auto) {
+                                 if (!isSet.exchange(false)) return RecordingShows::kAll;
+                                 copied.reset();
+                                 copied.emplace(sizeof(InspectedAudio),
+                                                [&] { statistics->updateTxBitRate(++bitrate); });
+                                 return RecordingShows::kAll;
+                               }});
+  for (int i = 1; i <= 200; ++i) {
+    isSet = true;
+    store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", i, false, false);
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    ASSERT_EQ(recording.Flush(), kResultOk);  // What changed after the look.
+    std::string shown;
+    for (const RecordedLine& line : OfType("statistics")) shown = line.Get("members");
+    EXPECT_NE(shown.find("\"sent.bitrate\":" + std::to_string(bitrate)), std::string::npos) << shown;
+    statistics->updateTxBitRate(++bitrate);
+  }
+  EXPECT_GT(std::stoul(Lines().front().Get("part")), 5u);
+}
+
+// A part begins after the lines of the one before, of whatever type.
+TEST_F(RecordingRotation, GoesOnInTimeAfterStatistics) {
+  const StatsRef<VideoStats> statistics(7);
+  {
+    Recording recording(
+        File(), {.statisticsInterval = std::chrono::hours(1), .largestFile = kLargest, .files = 1000});
+    for (unsigned int i = 1; i <= 200; ++i) {
+      statistics->UpdateVideoCapturedFrameCnt(i);
+      ASSERT_EQ(recording.Flush(), kResultOk);
+    }
+  }
+  const std::size_t last = std::stoul(Lines().front().Get("part"));
+  ASSERT_GT(last, 2u);
+  double time = 0;
+  for (std::size_t part = 1; part <= last; ++part) {
+    for (const RecordedLine& line : Lines(part == last ? File() : Part(part))) {
+      EXPECT_GE(line.Number("t"), time) << "part " << part;
+      time = line.Number("t");
+    }
   }
 }
 
