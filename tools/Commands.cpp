@@ -32,11 +32,11 @@ class HelpFormatter : public CLI::Formatter {
 }  // namespace
 
 void AddCommands(CLI::App& app, int& exitStatus) {
-  app.formatter(std::make_shared<HelpFormatter>());  // Of the commands, too.
-  app.name("tessel");
-  app.description("See what the settings of a media engine's call are, and what changes them");
+  app.formatter(std::make_shared<HelpFormatter>())  // Of the commands, too.
+      ->name("tessel")
+      ->description("See what the settings of a media engine's call are, and what changes them")
+      ->require_subcommand(1);
   app.set_version_flag("--version", "tessel " TESSEL_VERSION, "Print the version and exit");
-  app.require_subcommand(1);
   AddApplyCommand(app, exitStatus);
   AddDeclareCommand(app, exitStatus);
   AddDiffCommand(app, exitStatus);

@@ -96,10 +96,10 @@ std::string ForeignEncoding(std::string_view text) {
   if (text.find_first_not_of(" \t\n\v\f\r\0"sv) == text.npos) return "the file is empty";
   if (text.starts_with("\xEF\xBB\xBF")) return "begins with a byte order mark: save it as UTF-8 without one";
   // The mark, or an ASCII character and the zero bytes beside it.
-  const bool isUtf32 = text.starts_with("\xFF\xFE\0\0"sv) || text.starts_with("\0\0"sv) ||
-                       (text.size() > 3 && text.substr(1, 3) == "\0\0\0"sv);
+  const bool isUtf32 =
+      text.starts_with("\xFF\xFE\0\0"sv) || text.starts_with("\0\0"sv) || text.substr(1, 3) == "\0\0\0"sv;
   if (isUtf32) return "is in UTF-32: save it as UTF-8";
   const bool isUtf16 = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || text[0] == '\0' ||
-                       (text.size() > 1 && text[1] == '\0');
+                       text.substr(1, 1) == "\0"sv;
   return isUtf16 ? "is in UTF-16: save it as UTF-8" : "";
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <string>
 
 #include "Program.h"
@@ -40,6 +42,16 @@ TEST(HugeDocuments, AreCheckedAndCompared) {
 TEST(HugeDocuments, WithoutAnEndAreRefusedWhenMemoryRunsOut) {
   const Finished run = Program().MemoryLimit(std::size_t{200} << 20).Run({"lint", "/dev/zero"});
   EXPECT_EQ(run.err, "/dev/zero: cannot be read: not enough memory\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+// What is larger is refused for that.
+TEST(HugeDocuments, OfTheGreatestSizeAreReadUntilMemoryRunsOut) {
+  Program program;
+  program.File("a.json", "{}");
+  std::filesystem::resize_file(program.Path("a.json"), std::uintmax_t{1} << 30);
+  const Finished run = program.MemoryLimit(std::size_t{200} << 20).Run({"lint", "a.json"});
+  EXPECT_EQ(run.err, "a.json: cannot be read: not enough memory\n");
   EXPECT_EQ(run.status, 2);
 }
 

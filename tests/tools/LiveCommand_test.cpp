@@ -32,6 +32,8 @@ TEST(AppendedLines, GivesWholeLinesOnce) {
   Append(program.Path("a"), "\nfour\n");
   EXPECT_EQ(lines.Next(), "data: three\ndata: four\n\n");
   EXPECT_EQ(lines.Next(), "");
+  Append(program.Path("a"), "\n");
+  EXPECT_EQ(lines.Next(), "data: \n\n");
 }
 
 TEST(AppendedLines, GivesNothingThatWouldBeAnotherFieldOfTheEvent) {

@@ -88,12 +88,18 @@ TEST(LogCommand, ShowsALinePerEventInAlignedColumns) {
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(LogCommand, ShowsWhomARemovalNotifiedBeforeWhatItRemoved) {
-  const std::string line = R"({"type":"remove","t":1,"call":7,"group":"Audio","name":"Codec","old":"opus",)"
-                           R"("count":1,"result":"told","told":2})";
-  const Finished run =
-      Program().File("a.tessel", kRecordingBegin + line).Run({"log", "a.tessel", "--type", "remove"});
-  EXPECT_EQ(run.out, "    1.000000  remove       call 7   Audio/Codec: \"opus\", notified 2, 1 removed\n");
+TEST(LogCommand, ShowsWhomAChangeNotifiedBeforeWhatElseCameOfIt) {
+  const std::string lines =
+      R"({"type":"remove","t":1,"call":7,"group":"Audio","name":"Codec","old":"opus","count":1,"result":"told",)"
+      R"("told":2})"
+      "\n"
+      R"({"type":"apply","t":2,"call":7,"count":1,"result":"refused","run_us":3})";
+  const Finished run = Program()
+                           .File("a.tessel", kRecordingBegin + lines)
+                           .Run({"log", "a.tessel", "--type", "remove", "--type", "apply"});
+  EXPECT_EQ(run.out,
+            "    1.000000  remove       call 7   Audio/Codec: \"opus\", notified 2, 1 removed\n"
+            "    2.000000  apply        call 7   1 set, refused, ran 3 us\n");
 }
 
 TEST(LogCommand, WritesTheLinesAsTheRecordingHasThem) {
@@ -171,6 +177,18 @@ TEST(LogCommand, ReadsALastLineThatLacksNothingButItsEnd) {
   EXPECT_EQ(LineOf(run.out, "recording", 1) + "\n", kEnd);
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.status, 0);
+}
+
+// Of a set, a file that is known by its first line is opened once.
+TEST(LogCommand, ShowsAFirstLineThatLacksItsEndOnce) {
+  std::string begin = RecordingPart(2);
+  begin.erase(begin.find('\n'));
+  Program program;
+  program.File("a.tessel", begin).File("b.tessel.1", RecordingPart(1) + RecordingPartEnd(1));
+  EXPECT_EQ(program.Run({"log", "a.tessel", "--json"}).out, begin + "\n");
+  program.File("b.tessel", begin);
+  EXPECT_EQ(program.Run({"log", "b.tessel", "--json"}).out,
+            RecordingPart(1) + RecordingPartEnd(1) + begin + "\n");
 }
 
 TEST(LogCommand, ReadsEveryBeginningOfARecordingButThatOfItsFirstLine) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "Program.h"
 #include "tessel/json.h"
@@ -104,6 +105,22 @@ TEST(TogglesCommand, SuggestsKeysForAPatternThatMatchesNothing) {
   const Finished nothing = Program().Run({"toggles", "qqqqqqqq"});
   EXPECT_EQ(nothing.err, "tessel: no toggle matches \"qqqqqqqq\"\n");
   EXPECT_EQ(nothing.status, 1);
+}
+
+TEST(TogglesCommand, SuggestsTheNearestThreeKeysWhereAThirdOfTheLettersDiffers) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"Clqpqo", " (did you mean \"EnablClipVolumeCtl\"?)"},
+      {"*Clqpqo?", " (did you mean \"EnablClipVolumeCtl\"?)"},
+      {"ClqpqoX", ""},
+      {"jitterqqq",
+       " (did you mean \"AudioJitterBufferFeatures\", \"AudioJitterMinDelayMs\", "
+       "\"AudioJitterMaxDelayMs\"?)"},
+      {"jitteqqqq", ""},
+  };
+  for (const auto& [pattern, suggestion] : rows) {
+    EXPECT_EQ(Program().Run({"toggles", pattern}).err,
+              "tessel: no toggle matches \"" + std::string(pattern) + "\"" + suggestion + "\n");
+  }
 }
 
 TEST(TogglesCommand, RefusesADocumentThatCannotBeUsed) {

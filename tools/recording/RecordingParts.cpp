@@ -66,6 +66,7 @@ void RecordingParts::openOldest() {
     m_stream = std::move(older);
     m_file = PartName(m_name, --m_oldest);
   }
+  m_part = m_oldest;
 }
 
 bool RecordingParts::Has(const std::string& file) const {
@@ -143,6 +144,7 @@ RecordingParts::Next RecordingParts::openBehind() {
   }
   m_stream = std::move(next);
   m_file = part == lastPart ? m_name : PartName(m_name, part);
+  m_part = part;
   return Next::kOpened;
 }
 

@@ -27,14 +27,14 @@ std::string AppendedLines::Next() {
   // What ends a line of an event is no part of a line of JSON.
   std::replace(chunk.data(), chunk.data() + count, '\r', ' ');
   m_rest.append(chunk.data(), static_cast<std::size_t>(count));
-  const std::size_t end = m_rest.rfind('\n');
-  if (end == std::string::npos) {
+  const std::size_t end = m_rest.rfind('\n') + 1;  // 0 when there is none.
+  if (end == 0) {
     // As much as shows that it is too long: the page says so, and counts one line.
     m_rest.resize(std::min(m_rest.size(), kLongestLine + 1));
     return "";
   }
   std::string event = eventOf(std::string_view(m_rest).substr(0, end));
-  m_rest.erase(0, end + 1);
+  m_rest.erase(0, end);
   return event;
 }
 
@@ -54,7 +54,7 @@ std::string AppendedLines::eventOf(std::string_view lines) {
       if (const std::string lost = m_parts.Take(parsed); !lost.empty()) add(lost);
     }
     add(line);
-    lines.remove_prefix(std::min(line.size() + 1, lines.size()));
+    lines.remove_prefix(line.size() + 1);
   }
   event += '\n';
   return event;

@@ -2,6 +2,7 @@
 // What the components of a simulated call make of their settings and of what the link carries.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -13,6 +14,7 @@
 #include "simulate/JitterBuffer.h"
 #include "simulate/Keys.h"
 #include "simulate/Listener.h"
+#include "simulate/Rate.h"
 #include "simulate/Reporter.h"
 #include "simulate/VideoReceiver.h"
 #include "simulate/VideoSender.h"
@@ -543,6 +545,22 @@ TEST_F(DividedBandwidth, GrowsToHalfMoreThanIsCarriedAndALittle) {
   const double carried = (link.Received(Media::kAudio).bits + link.Received(Media::kVideo).bits) / 0.25;
   Divide();
   EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), std::floor((1.5 * carried + 100000) / 10000) * 10000);
+}
+
+TEST_F(DividedBandwidth, GrowsWithWhatWasCarriedSinceTheLastTime) {
+  BandwidthController controller(call);
+  controller.Start();
+  simulate::Rate carried;
+  double seen = 0;
+  for (const double bits : {60000, 30000}) {
+    Carry(Media::kVideo, bits, kSecond);
+    const double all = link.Received(Media::kVideo).bits;
+    carried.Add(all - seen, 0.05);
+    seen = all;
+    Work(controller, 50 * kMs);
+  }
+  const double ceiling = 1.5 * carried.PerSecond() + 100000;
+  EXPECT_EQ(simulate::kTargetBandwidth.Get(*store), std::floor(std::max(800000., ceiling) / 10000) * 10000);
 }
 
 struct LinkUse {

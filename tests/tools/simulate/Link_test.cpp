@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace {
@@ -53,6 +54,34 @@ TEST(Link, DelaysAndLosesWhatItCannotCarry) {
   EXPECT_GT(state.delayMs, 200);
   EXPECT_LT(state.delayMs, 600);
   EXPECT_GT(state.loss, 0.3);
+}
+
+TEST(Link, DelaysAndVariesMoreWhereItIsBad) {
+  Link link(10, 0);
+  double least[] = {1000, 1000}, most[] = {0, 0};
+  for (RunTime now = kMillisecond; now < 7000 * kMillisecond; now += kMillisecond) {
+    const double delayMs = link.Now(now).delayMs;
+    if (now > 4000 * kMillisecond && now < 5000 * kMillisecond) continue;
+    const bool isBad = now >= 5000 * kMillisecond;
+    least[isBad] = std::min(least[isBad], delayMs);
+    most[isBad] = std::max(most[isBad], delayMs);
+  }
+  for (const bool isBad : {false, true}) {
+    EXPECT_GE(least[isBad], 18);
+    EXPECT_LT(least[isBad], 18.1);
+    EXPECT_LT(most[isBad], isBad ? 33 : 19);
+    EXPECT_GT(most[isBad], isBad ? 32.9 : 18.9);
+  }
+}
+
+TEST(Link, LosesAllThatFindsNoRoomAndNoMore) {
+  Link link(10, 0);
+  link.Now(kMillisecond);
+  for (int i = 0; i < 100; ++i) link.Send(Media::kVideo, kMillisecond, 1000, 1e18);
+  EXPECT_LE(link.Received(Media::kVideo).received, 1U);
+  const double loss = link.Now(kMillisecond).loss;
+  EXPECT_GT(loss, 0.999);
+  EXPECT_LE(loss, 1);
 }
 
 TEST(Link, IsTheSameForEveryRun) {

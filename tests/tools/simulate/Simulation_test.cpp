@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulate/Simulation.h"
+
+#include <gtest/gtest.h>
+#include <tessel/tessel.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <thread>
+#include <utility>
+
+#include "simulate/Keys.h"
+#include "tessel/StatsRef.h"
+
+namespace {
+
+constexpr std::uint32_t kFirstCall = 1;
+
+struct DisturbedSimulation : testing::Test {
+  // Calls `disturb` when the controller sets the bandwidth first.
+  void Run(std::function<void()> disturb) {
+    kalStore::KalConfigHelper settings(kFirstCall);
+    const auto& key = simulate::kTargetBandwidth;
+    settings.SubscribeConfig(
+        key.Name(),
+        [&](const kalStore::KalConfigEvent&) {
+          if (const auto once = std::exchange(disturb, nullptr)) once();
+        },
+        key.Group());
+    simulation.Run(isInterrupted);
+    EXPECT_FALSE(disturb);
+  }
+
+  const std::atomic<bool> isInterrupted{false};
+  const simulate::SimulationPlan plan{.seconds = 0.2, .calls = 1, .listeners = 0, .documents = {}};
+  simulate::Simulation simulation{plan};
+};
+
+}  // namespace
+
+TEST_F(DisturbedSimulation, IsSoundWhereNothingIsChanged) {
+  Run([] {});
+  EXPECT_TRUE(simulation.IsSound());
+}
+
+TEST_F(DisturbedSimulation, IsNotSoundWhereSomebodyIsNotifiedOfASetThatItDidNotMake) {
+  kalStore::KalConfigHelper other(kFirstCall);
+  Run([&] { simulate::kVideoMaxFps.Set(other, 17); });
+  EXPECT_EQ(simulation.LostDeliveries(), 0U);
+  EXPECT_EQ(simulation.Records().framesReported, simulation.Records().framesSent);
+  EXPECT_FALSE(simulation.IsSound());
+}
+
+TEST_F(DisturbedSimulation, IsNotSoundWhereTheStatisticsLackAFrame) {
+  const kalStore::StatsRef<kalStore::VideoStats> statistics(kFirstCall);
+  Run([&] {  // Takes one away.
+    kalStore::st_KalVideoTxBlock block{};
+    while (block.layer[0].counterDelta == 0) {
+      std::this_thread::yield();
+      statistics->GetTxMediaInfo(&block, true);
+    }
+  });
+  EXPECT_EQ(simulation.LostDeliveries(), 0U);
+  EXPECT_EQ(simulation.Records().unexpectedDeliveries, 0U);
+  EXPECT_FALSE(simulation.IsSound());
+}
