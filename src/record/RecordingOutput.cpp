@@ -34,7 +34,7 @@ int OpenToWrite(const std::string& file, int flags) {
   constexpr mode_t kOwner = S_IRUSR | S_IWUSR;
   const int first =
       ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | flags, kOwner);
-  if (first < 0 || first > STDERR_FILENO) return first;
+  if (first == -1 || first > STDERR_FILENO) return first;
   const int descriptor = ::fcntl(first, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   const int fault = errno;
   ::close(first);
@@ -48,7 +48,7 @@ bool IsOthers(int descriptor, int lock) {
 }
 bool IsOthers(const std::string& file) {
   const int descriptor = ::open(file.c_str(), kLook);
-  if (descriptor < 0) return false;
+  if (descriptor == -1) return false;
   const bool isOthers = IsOthers(descriptor, LOCK_SH);
   ::close(descriptor);
   return isOthers;
@@ -79,7 +79,7 @@ bool HasName(int descriptor, const std::string& file) {
 // The number that the file has in a set, as its first line says; "" when it is in none, or still written.
 std::string PartIn(const std::string& file) {
   const int descriptor = ::open(file.c_str(), kLook);
-  if (descriptor < 0) return "";
+  if (descriptor == -1) return "";
   struct stat status{};
   std::array<char, 256> bytes;
   const bool isFree =
@@ -103,7 +103,7 @@ RecordingOutput::RecordingOutput(std::string file, std::uint64_t largest, std::s
 
 // Still open in a forked process alone: unlocking it there would unlock it for the parent.
 RecordingOutput::~RecordingOutput() {
-  if (m_current.descriptor >= 0) ::close(m_current.descriptor);
+  if (m_current.descriptor != -1) ::close(m_current.descriptor);
 }
 
 // Of a set, a symbolic link would be renamed, and the file be none of the next recording's: the set is where
@@ -166,9 +166,11 @@ void RecordingOutput::CheckIsThere() const {
 RecordingOutput::Opened RecordingOutput::open(const std::string& file, int flags) const {
   Opened opened;
   opened.descriptor = OpenToWrite(file, flags);
-  // What a pipe says that nobody reads.
-  if (opened.descriptor < 0 && errno == ENXIO) throw RecordingFault(kNoRegularFile);
-  if (opened.descriptor < 0) ThrowSystemFault();
+  if (opened.descriptor == -1) {
+    // What a pipe says that nobody reads.
+    if (errno == ENXIO) throw RecordingFault(kNoRegularFile);
+    ThrowSystemFault();
+  }
   try {
     struct stat status{};
     if (::fstat(opened.descriptor, &status) != 0) ThrowSystemFault();
@@ -192,8 +194,8 @@ void RecordingOutput::write(Opened& opened, std::string_view lines) {
   std::size_t written = 0;
   while (written < lines.size()) {
     const ssize_t count = ::write(opened.descriptor, lines.data() + written, lines.size() - written);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) {
+    if (count == -1 && errno == EINTR) continue;
+    if (count == -1) {
       const int fault = errno;
       if (::ftruncate(opened.descriptor, static_cast<off_t>(opened.size)) == 0)
         ::lseek(opened.descriptor, static_cast<off_t>(opened.size), SEEK_SET);
@@ -207,7 +209,7 @@ void RecordingOutput::write(Opened& opened, std::string_view lines) {
 
 // A process that was forked meanwhile may still have the file open: closing it here would not unlock it.
 void RecordingOutput::close(Opened& opened) {
-  if (opened.descriptor < 0) return;
+  if (opened.descriptor == -1) return;
   ::flock(opened.descriptor, LOCK_UN);
   ::close(std::exchange(opened.descriptor, -1));
 }

@@ -36,7 +36,6 @@ bool HasNeverHadThreads() {
 // Whether a thread in the system's list is over. One that was joined may be listed for a while after that:
 // it is marked as exiting before pthread_join() returns.
 bool IsOver(const char* thread) {
-  constexpr unsigned long kExiting = 4;
   char text[512] = {};
   std::snprintf(text, sizeof text, "/proc/self/task/%s/stat", thread);
   const int file = open(text, O_RDONLY | O_CLOEXEC);
@@ -44,11 +43,7 @@ bool IsOver(const char* thread) {
   const ssize_t size = read(file, text, sizeof text - 1);
   const bool isGone = size == -1 && errno == ESRCH;
   close(file);
-  if (size <= 0) return isGone;
-  // "id (name) state parent group session terminal foreground flags"; the name may contain anything.
-  const char* at = std::strrchr(text, ')');
-  for (int field = 0; field < 7 && at != nullptr; ++field) at = std::strchr(at + 1, ' ');
-  return at != nullptr && (std::strtoul(at, nullptr, 10) & kExiting) != 0;
+  return size > 0 ? IsExiting(text) : isGone;
 }
 
 // Whether other threads run at the moment. The C library knows only whether there have been any.
@@ -86,6 +81,13 @@ void AfterForkInChild() {
 }
 
 }  // namespace
+
+bool IsExiting(const char* thread) {
+  constexpr unsigned long kExiting = 4;
+  const char* at = std::strrchr(thread, ')');  // The name may contain anything.
+  for (int field = 0; field < 7 && at != nullptr; ++field) at = std::strchr(at + 1, ' ');
+  return at != nullptr && (std::strtoul(at, nullptr, 10) & kExiting) != 0;
+}
 
 bool IsForkedChild() {
   return g_isForkedChild.load(std::memory_order_relaxed);

@@ -99,6 +99,14 @@ TEST_F(ClockAnchorTest, MeasuresACounterAgainWhoseRateChanged) {
   EXPECT_EQ(TimeAtNs(8000 * kMs), std::nullopt);
 }
 
+TEST_F(ClockAnchorTest, MeasuresACounterAgainThatStoodStill) {
+  rate.Renew(anchor, SampleAt(500 * kMs));
+  EXPECT_EQ(rate.Renew(anchor, {TicksAt(500 * kMs), 520 * kMs}), 520 * kMs);
+  EXPECT_EQ(TimeAtNs(500 * kMs), std::nullopt);
+  EXPECT_EQ(rate.Renew(anchor, {TicksAt(520 * kMs), 540 * kMs}), 540 * kMs);
+  EXPECT_EQ(TimeAtNs(530 * kMs), 550 * kMs);
+}
+
 // Looks at a clock and a counter of one tick a nanosecond, which go on by a microsecond with each look, and
 // by `interruptions` before the looks at the clock of each try.
 std::optional<ClockSample> SampleWith(const std::vector<std::array<std::int64_t, 2>>& interruptions) {

@@ -184,17 +184,22 @@ TEST_F(RecordedEvents, SayWhoDidThemForManyLabelsAndPlaces) {
       const JournalOrigin origin(label.c_str());
       store->SetKalConfig(kVideo, "MaxFps", i, false, false);
     }
-    store->ApplyKalConfigs("{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"},\n{\"key\":\"B\",\"value\":\"2\"}]}");
+    store->ApplyKalConfigs(
+        "{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"},{\"key\":\"B\",\"value\":\"2\"},\n"
+        "{\"key\":\"C\",\"value\":\"3\"}]}");
   }
   const auto sets = OfType("set");
-  ASSERT_EQ(sets.size(), 2u * kLabels + 2);
+  ASSERT_EQ(sets.size(), 2u * kLabels + 3);
   for (int i = 0; i < 2 * kLabels; ++i) {
     EXPECT_EQ(sets[i].Origin("label"), "controller " + std::to_string(i % kLabels));
     EXPECT_EQ(sets[i].Origin("line"), "");
   }
-  EXPECT_EQ(sets[2 * kLabels].Origin("line"), "1");
-  EXPECT_EQ(sets[2 * kLabels + 1].Origin("line"), "2");
-  EXPECT_EQ(sets[2 * kLabels].Origin("document"), "");
+  const char* const places[][2] = {{"1", "11"}, {"1", "35"}, {"2", "1"}};
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(sets[2 * kLabels + i].Origin("line"), places[i][0]);
+    EXPECT_EQ(sets[2 * kLabels + i].Origin("column"), places[i][1]);
+    EXPECT_EQ(sets[2 * kLabels + i].Origin("document"), "");
+  }
 }
 
 TEST_F(RecordedEvents, SayWhoDidThem) {

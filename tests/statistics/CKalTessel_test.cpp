@@ -90,6 +90,19 @@ TEST(CKalTessel, SharesOneObjectPerTypeAndCall) {
   }
 }
 
+TEST(CKalTessel, HasObjectsOfItsOwn) {
+  CKalTessel registry;
+  void* const own = registry.createOrGetTesselEntity(kAudio, 7);
+  EXPECT_EQ(registry.createOrGetTesselEntity(kAudio, 7), own);
+  EXPECT_FALSE(kalTesselInstant.isTesselEntityExisted(kAudio, 7));
+  void* const other = kalTesselInstant.createOrGetTesselEntity(kAudio, 7);
+  EXPECT_NE(other, own);
+  EXPECT_TRUE(kalTesselInstant.isTesselEntityExisted(kAudio, 7));
+  EXPECT_EQ(registry.releaseTesselEntity(kAudio, 7, own), 1);
+  EXPECT_EQ(registry.releaseTesselEntity(kAudio, 7, own), 0);
+  EXPECT_EQ(kalTesselInstant.releaseTesselEntity(kAudio, 7, other), 0);
+}
+
 TEST(CKalTessel, KnowsNoOtherTypes) {
   for (const std::int32_t type : {4, 5, -1, INT32_MAX, INT32_MIN}) {
     const auto unknown = static_cast<KalTesselEntityType>(type);

@@ -69,6 +69,21 @@ TEST_F(StoreDelivery, PostedRunsLaterOnTheRunThreadInTheOrderOfTheSets) {
   }
 }
 
+TEST_F(StoreDelivery, PostedTakesItsTurnAmongEventsOfTheDefaultPriority) {
+  std::string turns;
+  Gate go;
+  Post(m_thread, [&] { go.Wait(); });
+  Subscribe(
+      "name", [&](const KalConfigEvent& event) { turns += event.m_newValue.ToString(); }, &m_thread, true);
+  for (const char* value : {"1", "2"}) {
+    Post(m_thread, [&] { turns += "."; });
+    Set("name", value);
+  }
+  go.Open();
+  Send(m_thread, [&] { turns += "."; });
+  EXPECT_EQ(".1.2.", turns);
+}
+
 TEST_F(StoreDelivery, PostedRunsLaterEvenFromTheRunThread) {
   Subscribe("name", m_notified.Callback(), &m_thread, true);
   Send(m_thread, [&] {

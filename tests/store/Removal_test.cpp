@@ -223,6 +223,22 @@ TEST_F(StoreRemoval, FromTheOwnCallbackGivesUpAfterThreeSecondsWhateverTheMockTi
   EXPECT_EQ("0", TotalObservers());
 }
 
+TEST_F(StoreRemoval, InsideAnInitialDeliveryThatThrowsIsTheOnlyOne) {
+  const TestClock clock;
+  Set("name", "1");
+  {
+    TraceLog log(2);
+    EXPECT_THROW(Subscribe("name",
+                           [&](const KalConfigEvent&) {
+                             EXPECT_EQ(kGiveUpMs, MsOfRemoving(1));
+                             throw std::runtime_error("initial");
+                           }),
+                 std::runtime_error);
+    EXPECT_EQ(1U, log.Count("unsubscribeConfig, Audio, name, 1"));
+  }
+  EXPECT_EQ("0", TotalObservers());
+}
+
 TEST_F(StoreRemoval, OfAnotherNameGivesUpInsideACallbackThatItsOwnSetNotifies) {
   const TestClock clock;
   SubscribeId_t outer = 0;

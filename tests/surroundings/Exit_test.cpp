@@ -41,6 +41,13 @@ __attribute__((init_priority(101))) const struct AfterTheStores {
   }
 } g_afterTheStores;
 
+// What is done after the end of all static objects; null: nothing.
+void (*g_atTheVeryEnd)() = nullptr;
+
+[[gnu::destructor]] void AfterTheStaticObjects() {
+  if (g_atTheVeryEnd != nullptr) g_atTheVeryEnd();
+}
+
 [[noreturn]] void UseForEver(KalConfigHelper& facade, std::atomic<int>& rounds) {
   for (std::uint32_t round = 0;; ++round) {
     facade.SetKalConfig("name", round, kUsedGroup);
@@ -53,6 +60,10 @@ __attribute__((init_priority(101))) const struct AfterTheStores {
     }
     ++rounds;
   }
+}
+
+void ExpectInDeathTest(bool condition) {
+  if (!condition) std::abort();
 }
 
 TEST(ExitDeathTest, LetsOtherThreadsGoOnUntilTheProcessEnds) {
@@ -68,6 +79,23 @@ TEST(ExitDeathTest, LetsOtherThreadsGoOnUntilTheProcessEnds) {
     Exit();
   };
   EXPECT_EXIT(exitBesideThreads(), testing::ExitedWithCode(kExited), "");
+}
+
+TEST(ExitDeathTest, LeavesTheStatisticsToTheirHoldersAndKnowsThemNoMore) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto askAgain = [] {
+    static void* entity = nullptr;
+    for (int i = 0; i < 2; ++i) createTesselEntity(KAL_TESSEL_AUDIO, 7, &entity);
+    g_atTheVeryEnd = [] {
+      ExpectInDeathTest(static_cast<IKalAudioInfo*>(entity)->GetCallId() == 7);
+      void* another = nullptr;
+      createTesselEntity(KAL_TESSEL_AUDIO, 7, &another);
+      ExpectInDeathTest(another != entity && releaseTesselEntity(KAL_TESSEL_AUDIO, 7, another) == 0);
+      _exit(kExited + 1);
+    };
+    Exit();
+  };
+  EXPECT_EXIT(askAgain(), testing::ExitedWithCode(kExited + 1), "");
 }
 
 void WaitForEver() {
@@ -86,10 +114,6 @@ void BeginForEver(Use use) {
     });
   }).detach();
   hasBegun.get_future().wait();
-}
-
-void ExpectInDeathTest(bool condition) {
-  if (!condition) std::abort();
 }
 
 TEST(CodeThatNeverReturnsDeathTest, InACallbackHoldsUpItsOwnThreadAlone) {

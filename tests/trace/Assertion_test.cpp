@@ -6,6 +6,7 @@
 #include <string>
 
 #include "support/AllocationCount.h"
+#include "support/CallingSink.h"
 #include "support/TraceLog.h"
 
 namespace {
@@ -35,6 +36,17 @@ TEST(Assertion, ThatFailsWritesFileLineAndConditionAndReports) {
   EXPECT_EQ(
       "[KAL_ASSERT] Assertion_test.cpp:" + std::to_string(line) + " Assert failed: (m_pIKalConfig != NULL)",
       log.Lines()[0].text);
+  EXPECT_EQ(reports + 1, cm_assertion_report_count());
+}
+
+TEST(Assertion, IsReportedAfterItsLine) {
+  const unsigned long reports = cm_assertion_report_count();
+  unsigned long atItsLine = 0;
+  {
+    const CallingSink sink("[KAL_ASSERT]", [&] { atItsLine = cm_assertion_report_count(); });
+    KAL_ASSERT(false);
+  }
+  EXPECT_EQ(reports, atItsLine);
   EXPECT_EQ(reports + 1, cm_assertion_report_count());
 }
 
