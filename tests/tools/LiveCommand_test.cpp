@@ -88,6 +88,22 @@ TEST(AppendedLines, GoOnInTheNextFilesOfASet) {
   }
 }
 
+// Each file once, also when a copy of the first has lost its end, or a program has sorted the members.
+TEST(AppendedLines, GoOnBehindAFileThatIsCutOffOrReordered) {
+  const std::string begin = R"({"next":20,"part":2,"t":1,"type":"recording","version":1,)"
+                            R"("wall":"2026-11-22T09:00:00Z"})"
+                            "\n";
+  Program program;
+  program.File("a.1", RecordingPart(1) + R"({"type":"se)").File("a.2", begin + RecordingPartEnd(2));
+  program.File("a", RecordingPart(3));
+  AppendedLines lines(program.Path("a"));
+  EXPECT_NE(lines.Next(), "");
+  const std::string second = lines.Next();
+  EXPECT_TRUE(second.starts_with("data: {\"type\":\"se\ndata: " + begin)) << second;
+  EXPECT_NE(lines.Next().find("\"part\":3"), std::string::npos);
+  EXPECT_EQ(lines.Next(), "");
+}
+
 TEST(AppendedLines, GoOnInTheNextFileOfASetThatHadNotBegun) {
   Program program;
   program.File("a", "");

@@ -22,7 +22,7 @@ std::string AppendedLines::Next() {
   ssize_t count = 0;
   do {
     count = ::read(m_parts.Descriptor(), chunk.data(), chunk.size());
-  } while (count == 0 && m_parts.OpenNext() == RecordingParts::Next::kOpened);
+  } while (count == 0 && openNext());
   if (count <= 0 || !m_parts.IsTheSame()) return "";
   // What ends a line of an event is no part of a line of JSON.
   std::replace(chunk.data(), chunk.data() + count, '\r', ' ');
@@ -38,6 +38,13 @@ std::string AppendedLines::Next() {
   return event;
 }
 
+// An end that is cut off is a line of its own.
+bool AppendedLines::openNext() {
+  if (m_parts.OpenNext() != RecordingParts::Next::kOpened) return false;
+  if (!m_rest.empty()) m_rest += '\n';
+  return true;
+}
+
 std::string AppendedLines::eventOf(std::string_view lines) {
   std::string event;
   const auto add = [&](std::string_view line) {
@@ -47,8 +54,8 @@ std::string AppendedLines::eventOf(std::string_view lines) {
   };
   while (!lines.empty()) {
     const std::string_view line = lines.substr(0, lines.find('\n'));
-    // Of the others, nothing has to be known here.
-    if (line.starts_with(R"({"type":"recording")")) {
+    // Of the others, nothing has to be known here. Another program may have written the members in its order.
+    if (line.find(R"("recording")") != std::string_view::npos) {
       RecordingEvent parsed;
       ReadRecordingLine(std::string(line), parsed);
       if (const std::string lost = m_parts.Take(parsed); !lost.empty()) add(lost);

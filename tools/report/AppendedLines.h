@@ -18,6 +18,7 @@ class AppendedLines {
   std::string Next();
 
  private:
+  bool openNext();
   std::string eventOf(std::string_view lines);
 
   RecordingParts m_parts;
