@@ -8,7 +8,7 @@ a variable of the environment chooses the one that runs. A first run of every te
 each mutant is tried with the tests that reach it: quick ones first, those of its own folder before the others; then
 with the model checker, then under ThreadSanitizer. It is killed when a test fails, crashes or takes ten times as long
 as usual, and does not without the mutant. What a program cannot choose, such as a constant of the compiler's or a lock,
-is built alone. Mutants that do not compile do not count. Survivors with their reasons are in survivors.json.
+is built alone. Mutants that do not compile are not tried. Survivors with their reasons are in survivors.json.
 """
 import argparse
 import collections
@@ -30,7 +30,6 @@ SURVIVORS = "tests/mutation/survivors.json"
 FOLDERS = ("include", "libutil/include", "libutil/src", "src", "tools")
 MESSAGE = re.compile(r"^([^\s:][^:\n]*):(\d+):(\d+): +(\w+)", re.M)
 TARGET_PERCENT = 85
-UNTRIED = "untried"  # An outcome.
 
 
 def copy_tree(tree, written=()):
@@ -192,19 +191,17 @@ def try_alone(schemas, suites, number):
 
 
 def outcomes(schemas, suites, is_alone_tried=True):
-    """Yields (number, outcome) of every mutant; UNTRIED for those that would be built alone where they are not."""
+    """Yields (number, outcome) of every mutant, but for those that would be built alone where they are not."""
     tried = set()
     check = Check(schemas)
     for number, outcome in try_together(schemas, check, suites):
         tried.add(number)
         yield number, outcome
-    for number, mutant in schemas.mutants.items():
+    for number, mutant in schemas.mutants.items() if is_alone_tried else ():
         if number not in tried:
             schemas.show_alone(number)
-            if check.messages([schemas.tree / mutant.file]):
-                yield number, None
-            else:
-                yield number, try_alone(schemas, suites, number) if is_alone_tried else UNTRIED
+            is_compiled = not check.messages([schemas.tree / mutant.file])
+            yield number, try_alone(schemas, suites, number) if is_compiled else None
 
 
 def reason(mutant, code, survivors):
@@ -238,7 +235,7 @@ def main():
     parser.add_argument("--shard", type=shard_of, default=(1, 1), metavar="K/N",
                         help="the K-th of N parts of all (1/1)")
     parser.add_argument("--together", action="store_true",
-                        help="leave out those that have to be built alone, which takes minutes for each")
+                        help="do not try those that have to be built alone, which takes minutes for each")
     parser.add_argument("--only", default="",
                         help="only files whose path begins with this pattern, for example src/json/")
     parser.add_argument("--kinds", type=some_of(places.KINDS), default=places.KINDS,
@@ -260,11 +257,9 @@ def main():
     suites = [SUITES[name](tree, tree / "build" / name, arguments) for name in arguments.suites]
     survivors = json.loads((ROOT / SURVIVORS).read_text())
 
-    killed = survived = known = broken = untried = 0
+    killed = survived = known = 0
     for number, outcome in outcomes(schemas, suites, not arguments.together):
-        broken += outcome is None
-        untried += outcome == UNTRIED
-        if outcome in (None, UNTRIED):
+        if outcome is None:
             continue
         mutant = schemas.mutants[number]
         code = schemas.code[mutant.file]
@@ -276,9 +271,7 @@ def main():
         print(f"{verdict}: {mutant.file}\n{difference(mutant, code)}", flush=True)
     percent = 100 * killed / max(1, killed + survived)
     print(f"{killed} of {killed + survived} killed ({percent:.0f} %), {known} survived for a known reason, "
-          f"{broken} more did not compile; of {len(mutants)} places")
-    if untried:
-        print(f"{untried} more have to be built alone")
+          f"{len(drawn) - killed - survived} more were not tried; of {len(mutants)} places")
     return percent < TARGET_PERCENT
 
 

@@ -127,7 +127,7 @@ class Together(unittest.TestCase):
     def test_that_have_to_be_built_alone_may_be_left_out(self):
         suite = Suite(self.tree, {}, {1, 2, 3, 4, 5})
         schemas = mutate.Schemas(self.tree, self.mutants)
-        self.assertEqual(dict(mutate.outcomes(schemas, [suite], is_alone_tried=False))[6], mutate.UNTRIED)
+        self.assertNotIn(6, dict(mutate.outcomes(schemas, [suite], is_alone_tried=False)))
         self.assertEqual(suite.alone, [])
 
     def test_that_do_not_compile_have_no_outcome(self):

@@ -77,7 +77,7 @@ def model_cells(row):
 def mutation_cells(row):
     killed, tried, known = row["killed"], row["tried"], row.get("known")
     return (f"{killed:,}", f"{tried:,}", share(killed, tried), "" if known is None else known,
-            "" if known is None else share(killed, tried - known), row.get("broken", ""),
+            "" if known is None else share(killed, tried - known), row.get("left", ""),
             f"{row['places']:,}" if "places" in row else "")
 
 
@@ -117,8 +117,8 @@ FIGURES = {
         lambda row: (row["what"], f"**{share(row['reached'], row['all'])}**", f"{row['reached']:,} of {row['all']:,}")),
     "mutation": Figure(
         each(r"^(?P<killed>\d+) of (?P<tried>\d+) killed \(\d+ %\), (?P<known>\d+) survived for a known reason, "
-             r"(?P<broken>\d+) more did not compile; of (?P<places>\d+) places"),
-        ("killed", "of tried", "share", "known survivors", "share of the others", "did not compile", "of all places"),
+             r"(?P<left>\d+) more were not tried; of (?P<places>\d+) places"),
+        ("killed", "of tried", "share", "known survivors", "share of the others", "not tried", "of all places"),
         mutation_cells, ("command",)),
     "fuzz": Figure(
         each(r"^fuzz (?P<target>\w+): ok, (?P<executions>\d+) executions (?P<form>[a-z ]+), (?P<rate>\d+) a second of "

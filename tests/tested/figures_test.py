@@ -220,8 +220,8 @@ class Tree(unittest.TestCase):
         self.record("coverage", "lines: 99.3% (8024 out of 8079)\nbranches: 92.0% (9361 out of 10176)\n")
         self.assertEqual([row[:3] for row in self.rows("coverage")],
                          [["lines", "**99.3 %**", "8,024 of 8,079"], ["branches", "**92.0 %**", "9,361 of 10,176"]])
-        self.record("mutation", "SURVIVED: a\n8 of 10 killed (80 %), 1 survived for a known reason, 2 more did not"
-                                " compile; of 5000 places\n")
+        self.record("mutation", "SURVIVED: a\n8 of 10 killed (80 %), 1 survived for a known reason, 2 more were"
+                                " not tried; of 5000 places\n")
         self.assertEqual(self.rows("mutation")[0][:7], ["8", "10", "80.0 %", "1", "88.9 %", "2", "5,000"])
 
     def test_a_later_run_takes_the_place_of_what_it_is_about(self):
