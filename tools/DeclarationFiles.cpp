@@ -20,7 +20,7 @@ std::vector<kalStore::SettingDeclaration> ReadDeclarationFiles(const std::vector
   std::vector<std::string> texts;
   for (const std::string& file : files) {
     texts.push_back(ReadFile(file));
-    const std::string foreign = ForeignEncoding(texts.back());
+    const std::string foreign = ForeignFormat(texts.back());
     if (!foreign.empty()) throw CommandError(FileTitle(file) + ":1:1: " + foreign);
   }
   kalStore::SettingsDeclarations read = kalStore::ReadDeclarations(texts);

@@ -39,7 +39,7 @@ std::vector<kalStore::SettingsFinding> Check(const std::string& file, const Expe
   const Progress progress("checking " + FileTitle(file));
   std::vector<kalStore::SettingsFinding> findings =
       kalStore::CheckSettings(text, expected.names, expected.declared);
-  ExplainEncoding(text, findings);
+  ExplainFormat(text, findings);
   return findings;
 }
 

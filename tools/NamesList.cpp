@@ -26,7 +26,7 @@ void ReadNamesList(const std::string& file, kalStore::SettingsNames& names) {
   const std::string text = ReadFile(file);
   json::ParseError error;
   const json::Value list = json::Deserialize(text, error);
-  if (error.reason != nullptr && !ForeignEncoding(text).empty()) throw refuse(ForeignEncoding(text));
+  if (error.reason != nullptr && !ForeignFormat(text).empty()) throw refuse(ForeignFormat(text));
   if (error.reason != nullptr) {
     throw CommandError(FileTitle(file) + ":" + std::to_string(error.line) + ":" +
                        std::to_string(error.column) + ": " + error.reason);

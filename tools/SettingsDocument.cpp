@@ -17,7 +17,7 @@ namespace {
 kalStore::SettingsContents Contents(const std::string& name, const std::string& text) {
   const Progress progress("checking " + Printable(name));
   kalStore::SettingsContents contents = kalStore::ReadSettings(text);
-  ExplainEncoding(text, contents.findings);
+  ExplainFormat(text, contents.findings);
   return contents;
 }
 
@@ -31,9 +31,9 @@ std::string FindingText(const SettingsFinding& finding) {
   return (finding.path.empty() ? "" : Printable(finding.path) + ": ") + Printable(finding.reason);
 }
 
-void ExplainEncoding(const std::string& text, std::vector<SettingsFinding>& findings) {
+void ExplainFormat(const std::string& text, std::vector<SettingsFinding>& findings) {
   if (findings.empty() || kalStore::EffectOf(findings.front().problem) != SettingsEffect::kRefused) return;
-  const std::string reason = ForeignEncoding(text);
+  const std::string reason = ForeignFormat(text);
   if (reason.empty()) return;
   SettingsFinding& finding = findings.front();
   finding = SettingsFinding();

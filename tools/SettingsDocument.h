@@ -14,9 +14,9 @@ using kalStore::SettingsEntry;
 std::string FindingPlace(const std::string& title, const kalStore::SettingsFinding& finding);
 std::string FindingText(const kalStore::SettingsFinding& finding);
 
-/// A document that is refused for its encoding, or because it is empty, is said to be so: the finding that
-/// refuses it gets that reason.
-void ExplainEncoding(const std::string& text, std::vector<kalStore::SettingsFinding>& findings);
+/// A document that is refused for what its first bytes show, see ForeignFormat(), is said to be so: the finding
+/// that refuses it gets that reason.
+void ExplainFormat(const std::string& text, std::vector<kalStore::SettingsFinding>& findings);
 
 /// A settings document that import accepts, read whole, with what import will make of each of its entries.
 class SettingsDocument {

@@ -91,9 +91,11 @@ std::string ReadFile(const std::string& file) {
   }
 }
 
-std::string ForeignEncoding(std::string_view text) {
+std::string ForeignFormat(std::string_view text) {
   using namespace std::string_view_literals;
   if (text.find_first_not_of(" \t\n\v\f\r\0"sv) == text.npos) return "the file is empty";
+  if (text.starts_with(R"({"type":"recording",)"))
+    return "is a recording: tessel dump makes a settings document of a moment";
   if (text.starts_with("\xEF\xBB\xBF")) return "begins with a byte order mark: save it as UTF-8 without one";
   // The mark, or an ASCII character and the zero bytes beside it.
   const bool isUtf32 =

@@ -24,6 +24,6 @@ void RefuseRepeatedInput(const std::vector<std::string>& files, const std::vecto
 /// The whole of a file, or of standard input; of up to 1 GiB. Throws CommandError with the reason.
 std::string ReadFile(const std::string& file);
 
-/// Why a text cannot be JSON, as its first bytes show: it is empty, has a byte order mark, or is in UTF-16 or
-/// UTF-32. "" when they show nothing of the kind.
-std::string ForeignEncoding(std::string_view text);
+/// Why a text cannot be a JSON document, as its first bytes show: it is empty, a recording, has a byte order
+/// mark, or is in UTF-16 or UTF-32. "" when they show nothing of the kind.
+std::string ForeignFormat(std::string_view text);

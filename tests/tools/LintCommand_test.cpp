@@ -285,7 +285,7 @@ TEST(LintCommand, ChecksAHugeDocument) {
   EXPECT_EQ(program.To(Program::Output::kFullDevice).Run({"lint", "-"}).status, 2);
 }
 
-TEST(LintCommand, NamesTheEncodingOfATextThatIsNoUtf8) {
+TEST(LintCommand, SaysWhatATextIsThatIsNoDocumentInUtf8) {
   using namespace std::string_literals;
   const std::string utf16 = " is in UTF-16: save it as UTF-8";
   const std::string utf32 = " is in UTF-32: save it as UTF-8";
@@ -293,6 +293,8 @@ TEST(LintCommand, NamesTheEncodingOfATextThatIsNoUtf8) {
       {"", " the file is empty"},
       {" \n\t", " the file is empty"},
       {"\0"s, " the file is empty"},
+      {"{\"type\":\"recording\",\"t\":0}\n{\"type\":\"call\",\"t\":0}\n",
+       " is a recording: tessel dump makes a settings document of a moment"},
       {"\xEF\xBB\xBF{}", " begins with a byte order mark: save it as UTF-8 without one"},
       {"\xFF\xFE{\0}\0"s, utf16},
       {"\xFE\xFF\0{\0}"s, utf16},
