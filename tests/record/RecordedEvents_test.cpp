@@ -194,7 +194,7 @@ TEST_F(RecordedEvents, SayWhoDidThemForManyLabelsAndPlaces) {
     EXPECT_EQ(sets[i].Origin("label"), "controller " + std::to_string(i % kLabels));
     EXPECT_EQ(sets[i].Origin("line"), "");
   }
-  const char* const places[][2] = {{"1", "11"}, {"1", "35"}, {"2", "1"}};
+  const char* const places[][2] = {{"1", "18"}, {"1", "42"}, {"2", "8"}};
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(sets[2 * kLabels + i].Origin("line"), places[i][0]);
     EXPECT_EQ(sets[2 * kLabels + i].Origin("column"), places[i][1]);
