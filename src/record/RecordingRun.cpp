@@ -100,7 +100,7 @@ RecordingRun::RecordingRun(std::string file, RecordingOptions options)
       m_lines(m_startNs, m_options.filter, m_lockWait),
       m_output(AbsolutePath(std::move(file)), m_options.largestFile, m_options.files),
       m_statisticsInterval(
-          std::min<std::chrono::milliseconds>(m_options.statisticsInterval, kLongestInterval)),
+          std::clamp<std::chrono::milliseconds>(m_options.statisticsInterval, 0ms, kLongestInterval)),
       m_statisticsDue(m_start + m_statisticsInterval) {
   m_pending.Room(kChunk);  // The last lines need no memory, then.
 }

@@ -154,12 +154,14 @@ TEST_F(RecordingStatistics, MayNeverComeByThemselves) {
 
 TEST_F(RecordingStatistics, LooksAtNothingWithoutAnInterval) {
   const StatsRef<VideoStats> video(7);
-  {
-    Recording recording(File(), {.statisticsInterval = milliseconds(0)});
-    video->UpdateVideoCapturedFrameCnt(250);
-    recording.Flush();
+  for (const milliseconds none : {milliseconds(0), milliseconds(-1), milliseconds::min()}) {
+    {
+      Recording recording(File(), {.statisticsInterval = none});
+      video->UpdateVideoCapturedFrameCnt(250);
+      recording.Flush();
+    }
+    for (const RecordedLine& line : OfType("statistics")) EXPECT_TRUE(line.Has("picture"));
   }
-  for (const RecordedLine& line : OfType("statistics")) EXPECT_TRUE(line.Has("picture"));
 }
 
 }  // namespace
