@@ -14,8 +14,8 @@ using kalStore::SettingsEntry;
 std::string FindingPlace(const std::string& title, const kalStore::SettingsFinding& finding);
 std::string FindingText(const kalStore::SettingsFinding& finding);
 
-/// A document that is refused for what its first bytes show is said to be so: the finding that refuses it gets
-/// the reason from ForeignFormat().
+/// A document that is refused for what its first bytes show is said to be so: the finding that refuses it
+/// gets the reason from ForeignFormat().
 void ExplainFormat(const std::string& text, std::vector<kalStore::SettingsFinding>& findings);
 
 /// A settings document that import accepts, read whole, with what import will make of each of its entries.
