@@ -106,9 +106,10 @@ RecordingOutput::~RecordingOutput() {
   if (m_current.descriptor != -1) ::close(m_current.descriptor);
 }
 
-// Of a set, a symbolic link would be renamed, and the file be none of the next recording's: the set is where
-// the file is.
+// The system would take the beginning of a name with a zero byte for all of it: another file. Of a set, a
+// symbolic link would be renamed, and the file be none of the next recording's: the set is where the file is.
 void RecordingOutput::Open() {
+  if (m_file.find('\0') != std::string::npos) throw RecordingFault("its name has a zero byte");
   m_current = open(m_file, 0);
   if (struct stat named{}; ::lstat(m_file.c_str(), &named) == 0 && S_ISLNK(named.st_mode)) {
     const std::unique_ptr<char, decltype(&std::free)> file(::realpath(m_file.c_str(), nullptr), std::free);

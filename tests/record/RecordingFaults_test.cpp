@@ -55,6 +55,15 @@ TEST_F(RecordingFaults, AFolderInItsPlaceEndsIt) {
   ExpectEnd(File(), "Is a directory");
 }
 
+TEST_F(RecordingFaults, AZeroByteInItsNameIsNotTheEndOfTheName) {
+  const TraceLog trace(0);
+  std::ofstream(File()) << "something else\n";
+  EXPECT_EQ(Recording(File() + '\0' + ".1").Flush(), kResultNotFound);
+  EXPECT_EQ(trace.Count("kalStore::Recording, ended, file=" + File() + ", reason=its name has a zero byte"),
+            1u);
+  EXPECT_EQ(Text(File()), "something else\n");
+}
+
 TEST_F(RecordingFaults, APipeIsRefusedAndNotWaitedFor) {
   ASSERT_EQ(::mkfifo(File().c_str(), S_IRUSR | S_IWUSR), 0);
   ExpectEnd(File(), "it is no regular file");
