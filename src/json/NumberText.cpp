@@ -47,11 +47,10 @@ char* WriteSixDecimals([[maybe_unused]] char* at, [[maybe_unused]] double number
 
   const std::uint64_t bits = std::bit_cast<std::uint64_t>(number);
   const int biased = static_cast<int>(bits >> kFractionBits) & 0x7FF;
-  const std::uint64_t fraction = bits & (kHiddenBit - 1);
   // The magnitude is significand / 2^shift, with a shift above 0. Its millionths are below 2^73 / 2^shift:
-  // from a shift of 75 on, it rounds to zero.
-  const std::uint64_t significand = biased == 0 ? fraction : fraction | kHiddenBit;
-  const int shift = 1075 - std::max(biased, 1);
+  // from a shift of 75 on, it rounds to zero. So do zero and the least numbers, which have no hidden bit.
+  const std::uint64_t significand = (bits & (kHiddenBit - 1)) | kHiddenBit;
+  const int shift = 1075 - biased;
   std::uint64_t millionths = 0;
   if (shift < 75) {
     const Wide scaled = Wide{significand} * kMillion;

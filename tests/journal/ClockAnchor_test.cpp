@@ -128,6 +128,18 @@ TEST(ClockSampleOf, SeveralLooksIsTheNarrowestOne) {
   EXPECT_EQ(static_cast<std::uint64_t>(sample->ns), sample->ticks + kUs / 2);
 }
 
+TEST(ClockSampleOf, EquallyNarrowLooksIsTheFirstOne) {
+  const auto sample = SampleWith({{0, 0}, {0, 0}, {0, 0}});
+  ASSERT_TRUE(sample);
+  EXPECT_EQ(sample->ticks, static_cast<std::uint64_t>(500 * kMs + kUs));
+}
+
+// The looks of a try are a microsecond apart at least.
+TEST(ClockSampleOf, LooksIsNoneBeyondTwoMicroseconds) {
+  EXPECT_TRUE(SampleWith({{0, kMs}, {0, kMs}, {0, kUs}}));
+  EXPECT_EQ(SampleWith({{0, kMs}, {0, kMs}, {0, kUs + 1}}), std::nullopt);
+}
+
 TEST(ClockSampleOf, LooksThatWereAllInterruptedIsNone) {
   EXPECT_EQ(SampleWith({{0, 4 * kMs}, {0, 3 * kUs}, {0, kMs}}), std::nullopt);
 }

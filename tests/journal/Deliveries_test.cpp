@@ -235,6 +235,8 @@ TEST_F(JournalDeliveries, ToAThreadThatStopsAreDropped) {
 }
 
 TEST_F(JournalDeliveries, InitialOnesFollowTheirSubscription) {
+  StopJournal();
+  StartJournal(8192);  // No other test's capacity: a ring without records.
   Set(15);
   Events();
   const SubscribeId_t id = Subscribe([](const KalConfigEvent&) {});

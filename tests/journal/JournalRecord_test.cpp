@@ -84,6 +84,28 @@ TEST(JournalRecord, KeepsEachNumberOfADeliveryAlone) {
   }
 }
 
+TEST(JournalRecord, HasNothingThatItIsNotGiven) {
+  const JournalEvent event = Recorded({.kind = JournalKind::kSet});
+  EXPECT_EQ(event.way, JournalWay::kNone);
+  EXPECT_EQ(event.callId, 0u);
+  EXPECT_EQ(event.caller, nullptr);
+  EXPECT_EQ(event.label.text, "");
+  EXPECT_EQ(event.document.text, "");
+  EXPECT_EQ(event.line, 0u);
+  EXPECT_EQ(event.column, 0u);
+  EXPECT_NE(event.timeNs, 0) << "now";
+  EXPECT_EQ(event.group, KAL_CONFIG_GROUP_DEFAULT);
+  EXPECT_EQ(event.entityType, -1);
+  EXPECT_EQ(event.name.text, "");
+  EXPECT_FALSE(event.oldValue || event.newValue || event.thrown);
+  EXPECT_EQ(event.result, kResultOk);
+  EXPECT_EQ(event.count, 0u);
+  EXPECT_EQ(event.id, 0u);
+  EXPECT_EQ(event.cause, 0u);
+  EXPECT_EQ(event.waitedNs, 0);
+  EXPECT_EQ(event.ranNs, 0);
+}
+
 TEST(JournalRecord, HasTheTypeOfAStatisticsObject) {
   const JournalEvent event = Recorded({.kind = JournalKind::kStatisticsEnded, .entityType = 2});
   EXPECT_EQ(event.entityType, 2);

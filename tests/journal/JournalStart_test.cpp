@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
+#include <new>
 #include <thread>
 
 #include "JournalTest.h"
@@ -17,6 +18,10 @@ class JournalStart : public JournalTest {
 TEST_F(JournalStart, TakesCapacitiesWithinItsLimits) {
   EXPECT_EQ(StartJournal(0), kResultBadArgument);
   EXPECT_EQ(StartJournal(kJournalLargestCapacity + 1), kResultBadArgument);
+  {
+    const FailAllocation ring(1);  // Hundreds of megabytes.
+    EXPECT_THROW(StartJournal(kJournalLargestCapacity), std::bad_alloc);
+  }
   EXPECT_FALSE(IsJournalOn());
   for (const std::size_t capacity : {1, 2, 3, 1000}) {
     EXPECT_EQ(StartJournal(capacity), kResultOk);

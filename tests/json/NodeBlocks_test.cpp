@@ -57,6 +57,17 @@ TEST(NodeBlocks, APartThatIsTakenOutOutlivesItsDocument) {
   EXPECT_EQ(LiveAllocations(), before);
 }
 
+TEST(NodeBlocks, AreFreedWithTheirLastNodeWhoeverTakesItOut) {
+  json::Object part;
+  {
+    json::Value document = json::Deserialize(R"({"a":{"inner":1}})");
+    part = std::move(document["a"].ToObject());
+  }
+  const long before = LiveAllocations();
+  part.Erase("inner");
+  EXPECT_EQ(LiveAllocations(), before - 1);
+}
+
 TEST(NodeBlocks, PartsAreFreedOnAnyThread) {
   const std::string text = ObjectOf(400);
   const long before = LiveAllocations();

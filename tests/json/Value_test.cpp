@@ -130,6 +130,8 @@ TEST(Value, HasKeysReturnsTheIndexOfTheFirstMissingKey) {
   EXPECT_EQ(one.HasKeys(keys, 1), -1);
   EXPECT_EQ(two.HasKeys(keys, 2), -1);
   EXPECT_EQ(one.HasKeys(keys, 0), -1);
+  const char* others[] = {"x", "a"};
+  EXPECT_EQ(one.HasKeys(others, 2), 0);
 }
 
 TEST(Value, ChangesInPlaceThroughReferences) {

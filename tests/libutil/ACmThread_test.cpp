@@ -133,6 +133,21 @@ TEST(Thread, RefusesToStopItself) {
   EXPECT_EQ(counts.ended, 2);
 }
 
+TEST(Thread, RefusesToStopItselfAlsoOnceAnotherOneHasEndedOnIt) {
+  ACmThread thread;
+  ASSERT_EQ(thread.Start(), 0);
+  EventCounts counts;
+  int result = 0;
+  const auto stopItself = [&] {
+    {
+      const ACmThread other;
+    }
+    result = thread.Stop();
+  };
+  EXPECT_EQ(thread.GetEventQueue()->SendEvent(new CountedEvent(counts, stopItself), 0), 0);
+  EXPECT_EQ(result, EDEADLK);
+}
+
 TEST(Thread, RefusesToStopItselfWhileAnotherThreadStopsIt) {
   ACmThread thread;
   thread.Start();

@@ -350,6 +350,9 @@ TEST(ConfigData, ReadsFlagsFromWordsAndNumbers) {
 TEST(ConfigData, ReadsDefaultsFromAnEmptyValue) {
   const ConfigData empty;
   EXPECT_EQ(empty.ToInt(), 0);
+  EXPECT_EQ(empty.ToUInt(), 0u);
+  EXPECT_EQ(empty.ToInt64(), 0);
+  EXPECT_EQ(empty.ToDouble(), 0.0);
   EXPECT_EQ(empty.ToInt(3), 3);
   EXPECT_EQ(empty.ToUInt(3), 3u);
   EXPECT_EQ(empty.ToInt64(3), 3);

@@ -6,8 +6,11 @@
 #include "libutil/TestEvents.h"
 
 TEST(Event, KeepsItsId) {
+  struct Plain : ICmEvent {
+    int OnEventFire() override { return 0; }
+  };
   EventCounts counts;
-  auto* plain = new CountedEvent(counts);
+  ICmEvent* const plain = new Plain;
   auto* numbered = new CountedEvent(counts, nullptr, 4711);
   EXPECT_EQ(plain->GetEventId(), 0u);
   EXPECT_EQ(numbered->GetEventId(), 4711u);

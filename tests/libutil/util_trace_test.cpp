@@ -173,6 +173,34 @@ TEST_F(TraceSink, IsWaitedForWhenReplaced) {
   set_util_trace_sink(nullptr, nullptr);
 }
 
+// Its calls began after it was set.
+TEST_F(TraceSink, IsNotWaitedForByWhoSetIt) {
+  std::promise<void> entered, leave, nextEntered, nextLeave;
+  Receiver slow([&, isFirst = true]() mutable {
+    if (!std::exchange(isFirst, false)) return;
+    entered.set_value();
+    leave.get_future().wait();
+  });
+  Receiver next([&] {
+    nextEntered.set_value();
+    nextLeave.get_future().wait();
+  });
+  set_util_trace_sink(&Receiver::Sink, &slow);
+  std::thread tracer([] { Trace("slow"); });
+  entered.get_future().wait();
+  std::thread nextTracer([&] {
+    while (next.calls == 0) Trace("goes to the next one");
+  });
+  std::thread opener([&] {
+    nextEntered.get_future().wait();
+    leave.set_value();
+  });
+  set_util_trace_sink(&Receiver::Sink, &next);
+  nextLeave.set_value();
+  for (std::thread* const thread : {&tracer, &nextTracer, &opener}) thread->join();
+  EXPECT_EQ(next.calls, 1);
+}
+
 TEST_F(TraceSink, MayTraceItself) {
   Receiver receiver;
   Receiver outer([&, depth = 0]() mutable {

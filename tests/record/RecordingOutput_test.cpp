@@ -48,6 +48,15 @@ TEST_F(RecordingOutputTest, IsNotTakenForAnothersByAnOldErrorNumber) {
   EXPECT_NO_THROW(output.Open());
 }
 
+TEST_F(RecordingOutputTest, RemovesWhatIsInItsWayWhateverAnOldErrorNumberSays) {
+  RecordingOutput output(File(), 0, 1);
+  output.Open();
+  for (const std::string& other : {OfPart(1), File() + ".next"}) std::ofstream(other) << "something else\n";
+  errno = EIO;
+  EXPECT_NO_THROW(output.Rotate("end\n", "begin\n"));
+  EXPECT_EQ(Text(File()), "begin\n");
+}
+
 // Its end can be written to it, then: it has none yet.
 TEST_F(RecordingOutputTest, WhoseNextFileHasNoRoomLeavesTheFullOneAsItIs) {
   RecordingOutput output(File(), 0, 2);

@@ -107,6 +107,17 @@ TEST_F(RecordingPicture, CutsAValueBehindTheLastWholeCharacterThatHasRoom) {
   }
 }
 
+// As many bytes as a character can have behind its first one, and no more.
+TEST_F(RecordingPicture, CutsBytesThatAreNoUtf8WithinACharacterOfTheLimit) {
+  constexpr std::size_t kLongest = std::size_t{128} << 10;
+  const std::string value(kLongest + 1, '\x80');
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "Bytes", ConfigData(value), false, false);
+  {
+    const Recording recording(File());
+  }
+  EXPECT_EQ(OfType("set").at(0).Get("new").size(), kLongest - 4);
+}
+
 TEST_F(RecordingPicture, LeavesAValueOfTheLongestSizeWhole) {
   const std::string value(std::size_t{128} << 10, 'v'), name(std::size_t{32} << 10, 'n');
   m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, name.c_str(), ConfigData(value), false, false);

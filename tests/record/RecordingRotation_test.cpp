@@ -153,6 +153,7 @@ TEST_F(RecordingRotation, LeavesTheFullFileItsNameWhenThereIsNoNextOne) {
     EXPECT_EQ(lines.front().Get("part"), "1");
     EXPECT_EQ(lines.back().Get("reason"), "Is a directory");
     EXPECT_EQ(lines[lines.size() - 2].Get("type"), "lost");
+    EXPECT_EQ(OfType(lines, "recording").size(), 2u) << "it ends once";
     EXPECT_EQ(trace.Lines().size(), 1u);
     std::filesystem::remove(File(name));
     EXPECT_FALSE(std::filesystem::exists(File("call.tessel.next")));
@@ -348,6 +349,45 @@ TEST_F(RecordingRotation, DoesNotEndInFilesOfAPictureAlone) {
   }
   EXPECT_GT(std::stoul(Lines().front().Get("part")), 5u);
   EXPECT_LT(std::stoul(Lines().front().Get("part")), 20u);
+}
+
+// What the journal cuts is written whole afterwards.
+TEST_F(RecordingRotation, HasFilesOfThatSizeAlsoOfLongValues) {
+  CallStore store(7, CallStore::kEndsCall);
+  {
+    Recording recording(File(), {.largestFile = kLargest, .files = 1000});
+    for (std::size_t i = 1; i <= 100; ++i) {
+      const std::string value(500 + i, 'v');
+      store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "Layout", ConfigData(value), false, false);
+      ASSERT_EQ(recording.Flush(), kResultOk);
+    }
+  }
+  const std::size_t last = std::stoul(Lines().front().Get("part"));
+  ASSERT_GT(last, 10u);
+  for (std::size_t part = 1; part <= last; ++part)
+    EXPECT_LE(Text(part == last ? File() : Part(part)).size(), kLargest) << "part " << part;
+}
+
+// A look that finds no room leaves what it found to the next file's picture, and the next lines go there.
+TEST_F(RecordingRotation, HasLinesBesideThePictureInEachFileOfStatistics) {
+  CallStore store(8, CallStore::kEndsCall);
+  const std::string large(2 * kLargest, 'x');
+  store->SetKalConfig(KAL_CONFIG_GROUP_AUDIO, "Large", ConfigData(large), false, false);
+  const StatsRef<VideoStats> statistics(7);
+  {
+    Recording recording(
+        File(), {.statisticsInterval = std::chrono::hours(1), .largestFile = kLargest, .files = 1000});
+    for (unsigned int i = 1; i <= 10; ++i) {
+      statistics->UpdateVideoCapturedFrameCnt(i);
+      ASSERT_EQ(recording.Flush(), kResultOk);
+    }
+  }
+  const std::size_t last = std::stoul(Lines().front().Get("part"));
+  ASSERT_GT(last, 2u);
+  for (std::size_t part = 1; part < last; ++part) {
+    const auto lines = OfType(Lines(Part(part)), "statistics");
+    EXPECT_FALSE(lines.back().Has("picture")) << "part " << part;
+  }
 }
 
 }  // namespace

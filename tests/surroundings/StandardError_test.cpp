@@ -11,9 +11,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
 #include <ctime>
 #include <functional>
 #include <string>
@@ -220,6 +222,30 @@ TEST(StandardError, HasALineAsAWholeThatIsLongerThanThePipe) {
   EXPECT_EQ(text, "[UTIL 0] " + line + '\n');
   TraceText("next");
   EXPECT_EQ(pipe.Read(), "[UTIL 0] next\n");
+}
+
+// It stays whole beside those of other processes.
+TEST(StandardError, ThatIsAFileTakesALongLineAtOnce) {
+  const ErrorPipe pipe;  // In its end, standard error is what it was.
+  std::FILE* const file = std::tmpfile();
+  ASSERT_NE(file, nullptr);
+  dup2(fileno(file), STDERR_FILENO);
+  const std::string line = LongLine(3 * std::size_t{PIPE_BUF});
+  int pieces = 0;
+  {
+    const WhenReady counted([&] { ++pieces; });
+    TraceText(line);
+  }
+  EXPECT_EQ(pieces, 1);
+  EXPECT_EQ(lseek(STDERR_FILENO, 0, SEEK_CUR), static_cast<off_t>(line.size() + 10));
+  std::fclose(file);
+}
+
+TEST(StandardError, IsNotTakenForInterruptedByAnOldErrorNumber) {
+  const ErrorPipe pipe;
+  errno = EINTR;
+  TraceText("somebody sees it");
+  EXPECT_EQ(pipe.Read(), "[UTIL 0] somebody sees it\n");
 }
 
 TEST(StandardError, IsAwaitedForASecondByEachPieceOfALine) {
