@@ -28,7 +28,7 @@ from suites import RUNTIME, SUITES, at_once
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SURVIVORS = "tests/mutation/survivors.json"
 FOLDERS = ("include", "libutil/include", "libutil/src", "src", "tools")
-MESSAGE = re.compile(r"^([^\s:][^:\n]*):(\d+):(\d+): +(\w+)", re.M)
+MESSAGE = re.compile(r"^([^\s:][^:\n]*):(\d+):(\d+): +(\w+).*\n( +\d+ \|.*)?", re.M)
 TARGET_PERCENT = 85
 
 
@@ -104,16 +104,21 @@ class Schemas:
         self.write(mutant.file, places.changed(mutant, self.code[mutant.file]))
 
     def blamed(self, messages):
-        """The mutants that a compiler's messages are about: those at the errors, or else at what led to them."""
+        """The mutants that a compiler's messages are about: those at the errors, or else at what led to them, or else
+        where a name is declared that an error's line has."""
         found = [(self.schemas[file], int(line), int(column), kind)
-                 for file, line, column, kind in MESSAGE.findall(messages) if file in self.schemas]
+                 for file, line, column, kind, _ in MESSAGE.findall(messages) if file in self.schemas]
         errors = [one for one in found if one[3] == "error"]
         for named, look in ((errors, Schema.numbers_at), (found, Schema.numbers_at),
                             (errors, Schema.numbers_on), (found, Schema.numbers_on)):
             numbers = {number for schema, line, column, _ in named for number in look(schema, line, column)}
             if numbers:
                 return numbers
-        return set()
+        shown = " ".join(code for *_, kind, code in MESSAGE.findall(messages) if kind == "error")
+        names = "|".join(set(re.findall(r"[A-Za-z_]\w*", shown)) or ["$"])
+        declares = re.compile(rf"[\w>&*] ({names})(\[.*\])?( =.*|[{{(].*)?;")
+        return {number for number in self.chosen
+                if declares.search(places.lines_of(self.mutants[number], self.code[self.mutants[number].file])[0])}
 
     def compile(self, compiled, numbers):
         """Leaves out of these mutants those with which it does not compile."""

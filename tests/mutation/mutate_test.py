@@ -143,6 +143,16 @@ class Together(unittest.TestCase):
         self.assertTrue(schemas.blamed(messages))
 
 
+    def test_do_not_compile_where_what_they_declare_is_named(self):
+        code = "constexpr int kSize = 2;\nint other = 2;\n"
+        (mutate.ROOT / "src/a.cpp").write_text(code)
+        schemas = mutate.Schemas(self.tree, dict(enumerate(places.mutants_of("src/a.cpp", code), 1)))
+        schemas.show([1, 2])
+        message = "b.h:9:3: error: not a constant\n    9 |   char bytes[kSize];\n      |  ^~~~\n"
+        self.assertEqual(schemas.blamed(message), {1})
+        self.assertEqual(schemas.blamed(message.replace("kSize", "8")), set())
+
+
 class Mutants(unittest.TestCase):
     CODE = "void F() {\n  x.store(1);\n  y = 2;\n}\n"
 

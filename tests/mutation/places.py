@@ -23,7 +23,7 @@ CONDITION = re.compile(r"\b(?:if|while) \(")
 STATEMENT = re.compile(r"(?:\*?[A-Za-z_][\w:.\[\]]*(?:->[\w.]+)*(?:\(.*| [-+|&]?= .*|\+\+|--)"
                        r"|(?:\+\+|--)[A-Za-z_][\w:.\[\]>-]*);$")
 NO_STATEMENT = re.compile(
-    r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert|decltype)\b"
+    r"(return|const|constexpr|auto|static|using|if|for|while|else|case|throw|goto|static_assert|decltype|alignas)\b"
     r"|.* = (default|delete);$")
 PATH = re.compile(r"[A-Za-z_]\w*(?:(?:\.|->)[A-Za-z_]\w*|\[\w+\])*")
 INDEX = re.compile(r"\[([A-Za-z_]\w*)\]")

@@ -131,7 +131,8 @@ class Others(unittest.TestCase):
             self.assertEqual(made("statement", in_function(line)), [";"], line)
 
     def test_declarations_stay(self):
-        code = in_function("Array() = default;", "Array(const Array&) = delete;", "decltype(a) b;")
+        code = in_function("Array() = default;", "Array(const Array&) = delete;", "decltype(a) b;",
+                           "alignas(A) static B b;")
         self.assertEqual(made("statement", code) + made("swap", code), [])
 
     def test_every_mutant_differs_from_its_place(self):
