@@ -50,7 +50,7 @@ const StatisticsKind& KindOf(const std::string& title, std::size_t size,
   return *fitting.front();
 }
 
-void ShowStats(const StatsOptions& options) {
+int ShowStats(const StatsOptions& options) {
   std::vector<const StatisticsKind*> kinds;
   for (const StatisticsKind& kind : StatisticsKinds()) {
     if (options.kind.empty() || options.kind == kind.name) kinds.push_back(&kind);
@@ -61,6 +61,7 @@ void ShowStats(const StatsOptions& options) {
                       : options.format == "json" ? StatisticsFormat::kJson
                                                  : StatisticsFormat::kText;
   PrintStatistics(std::cout, kind, blocks, format);
+  return kExitFine;
 }
 
 }  // namespace
@@ -91,8 +92,5 @@ void AddStatsCommand(CLI::App& app, int& exitStatus) {
       "Examples:\n"
       "  tessel stats blocks.bin --csv\n"
       "  tessel stats --kind audio - < blocks.bin");
-  command->callback([options, &exitStatus] {
-    ShowStats(*options);
-    exitStatus = kExitFine;
-  });
+  command->callback([options, &exitStatus] { exitStatus = ShowStats(*options); });
 }

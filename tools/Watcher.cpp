@@ -37,7 +37,6 @@ Watcher::Watcher(kalStore::IKalConfig& store, Way way, Form form) : m_store(stor
 
 Watcher::~Watcher() {
   for (const kalStore::SubscribeId_t id : m_subscriptions) m_store.UnsubscribeConfig(id);
-  if (m_worker) m_worker->Stop();
 }
 
 void Watcher::Watch(kalStore::KalConfigGroup group, const std::string& name) {

@@ -42,6 +42,14 @@ TEST(Apply, DistinguishesNewChangedAndUnchangedValuesOfALaterDocument) {
   EXPECT_EQ(run.status, 0);
 }
 
+TEST(Apply, CountsWhatIsSkippedLast) {
+  const Finished run = Program()
+                           .Input(R"({"Audio":[1,{"key":"A","value":"1"},{"key":"B","value":"1"}]})")
+                           .File("a.json", R"({"Audio":[{"key":"A","value":"1"}]})")
+                           .Run({"apply", "a.json", "-"});
+  EXPECT_TRUE(run.out.ends_with("  1 new, 1 unchanged, 1 skipped\n")) << run.out;
+}
+
 TEST(Apply, AppliesTheDocumentsInTheirOrder) {
   Program program;
   program.File("base.json", kBase).File("low.json", kLow);
@@ -172,7 +180,7 @@ TEST(Apply, ReadsDumpMasks) {
 }
 
 TEST(Apply, RefusesWhatIsNeitherADumpMaskNorNamesOfGroups) {
-  for (const std::string mask : {"x", "0x", "0xg", "08a", "1 ", " 1", "+1", "-1", "ALL", "Audio,",
+  for (const std::string mask : {"x", "0x", "0xg", "08a", "9a", "1 ", " 1", "+1", "-1", "ALL", "Audio,",
                                  "Audio Video", "Audio,8", "0x1ffffffff", "4294967296", "LastGroup"}) {
     const Finished run = Program().Input("{}").Run({"apply", "-", "--dump=" + mask});
     EXPECT_EQ(run.out, "") << mask;

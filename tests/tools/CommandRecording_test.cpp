@@ -47,6 +47,20 @@ TEST(CommandRecording, OfApplyHasWhatItDid) {
   EXPECT_EQ(program.Run({"dump", "a.tessel", "--at", time}).out, run.out);
 }
 
+TEST(CommandRecording, OfApplyHasItsWatchesAndHowTheyWereNotified) {
+  for (const bool isPosted : {false, true}) {
+    Program program;
+    program.File("lab.json", kLab);
+    std::vector<std::string> arguments = {"apply",       "lab.json", "--watch",
+                                          "Video/Codec", "--record", "a.tessel"};
+    if (isPosted) arguments.emplace_back("--async");
+    EXPECT_EQ(program.Run(arguments).status, 0);
+    EXPECT_THAT(program.Run({"log", "a.tessel", "--type", "deliver"}).out,
+                HasSubstr(isPosted ? ", posted, " : ", direct, "));
+    EXPECT_THAT(program.Run({"log", "a.tessel", "--type", "unsubscribe"}).out, HasSubstr("Video/Codec, id "));
+  }
+}
+
 TEST(CommandRecording, OfSimulateHasAllDeliveries) {
   Program program;
   program.File("lab.json", kLab);
@@ -87,6 +101,15 @@ TEST(CommandRecording, NeedsAFileOfItsOwn) {
     EXPECT_EQ(run.out, "");
   }
   EXPECT_EQ(program.Contents("lab.json"), kLab);
+}
+
+TEST(CommandRecording, TakesThePlaceOfAFileThatIsThere) {
+  Program program;
+  program.File("lab.json", kLab).File("a.tessel", std::string(100000, 'x'));
+  EXPECT_EQ(program.Run({"apply", "lab.json", "--quiet", "--record", "a.tessel"}).err, "");
+  const Finished log = program.Run({"log", "a.tessel", "--type", "apply"});
+  EXPECT_THAT(log.out, HasSubstr("call 1   2 sets, ran "));
+  EXPECT_EQ(log.status, 0);
 }
 
 TEST(CommandRecording, MayBeOfADevice) {

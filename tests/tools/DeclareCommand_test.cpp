@@ -293,6 +293,7 @@ TEST(DeclareCommand, RefusesAnUnusableCommandLineInOneLine) {
                                 {"declare", "a.json", "--json-schema", "--header"},
                                 {"declare", "a.json", "--json"},
                                 {"declare", "-", "a.json", "-", "--header"},
+                                {"declare", "-", "-", "--markdown"},
                                 {"declare", "a.json", "--header", "-o", "-"},
                                 {"declare", "a.json", "--header", "-o", ""},
                                 {"declare", "a.json", "--header", "-o", "./a.json"},

@@ -48,6 +48,17 @@ TEST(DiffCommand, ShowsByGroupWhatTheSecondDocumentChangesInTheStore) {
   EXPECT_EQ(run.status, 1);
 }
 
+TEST(DiffCommand, ReportsWhatImportSkipsOfBothDocuments) {
+  const Finished run = Program()
+                           .File("a.json", R"({"Vidio":[]})")
+                           .File("b.json", R"({"Audoi":[]})")
+                           .Run({"diff", "a.json", "b.json"});
+  EXPECT_EQ(run.err,
+            "a.json:1:2: Vidio: unknown group (did you mean \"Video\"?)\n"
+            "b.json:1:2: Audoi: unknown group (did you mean \"Audio\"?)\n");
+  EXPECT_EQ(run.status, 0);
+}
+
 TEST(DiffCommand, ShowsAlsoWhatIsRemovedBetweenTwoDocumentsAsTheyAre) {
   const Finished run = Diff({"--exact"});
   EXPECT_EQ(run.out,

@@ -97,6 +97,12 @@ TEST(DumpCommand, KeepsAWholeValueThatIsSetAgainAndCut) {
   EXPECT_EQ(run.status, 0);
 }
 
+TEST(DumpCommand, HasAValueThatIsKnownFromASetThatChangedNothing) {
+  const Finished run = Dump(kRecordingBegin + Set(R"("old":"xyz","new":"xyz","result":"unchanged")"), {});
+  EXPECT_EQ(run.out, Document("", "", Entry("A", "xyz")));
+  EXPECT_EQ(run.status, 0);
+}
+
 TEST(DumpCommand, HasACutValueThatFollowsWhole) {
   const std::string cut =
       R"({"type":"set","t":1,"number":5,"call":7,"group":"Common","name":"Layout","new":"wide","cut":["new"],)"

@@ -94,6 +94,23 @@ TEST(ExportCommand, WritesDeliveriesAndSetsOnTheirThreadsForPerfetto) {
   EXPECT_EQ(run.status, 0);
 }
 
+TEST(ExportCommand, TakesNoThreadForThreadZeroAndNoTimeForNone) {
+  Program program;
+  program.File("a.tessel",
+               std::string(kRecordingBegin) +
+                   R"({"type":"deliver","t":1,"call":7,"id":3,"way":"direct","group":"Audio"})"
+                   "\n"
+                   R"({"type":"deliver","t":2,"call":7,"id":3,"way":"direct","group":"Audio","thread":0})"
+                   "\n");
+  EXPECT_EQ(program.Run({"export", "a.tessel", "--perfetto", "a.json"}).status, 0);
+  EXPECT_EQ(program.Contents("a.json"), R"({"traceEvents":[
+{"name":"thread_name","ph":"M","pid":1,"tid":1,"args":{"name":"thread 0"}}
+,{"name":"Audio/*","cat":"deliver","ph":"X","ts":1000000,"dur":0,"pid":1,"tid":1,"args":{"call":7,"id":3,"way":"direct"}}
+,{"name":"Audio/*","cat":"deliver","ph":"X","ts":2000000,"dur":0,"pid":1,"tid":1,"args":{"call":7,"id":3,"way":"direct"}}
+]}
+)");
+}
+
 TEST(ExportCommand, WritesWhatADamagedRecordingHasAndReportsItsLinesOnce) {
   Program program;
   const Finished run =

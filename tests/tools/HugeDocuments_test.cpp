@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include "Program.h"
 
@@ -45,13 +46,32 @@ TEST(HugeDocuments, WithoutAnEndAreRefusedWhenMemoryRunsOut) {
   EXPECT_EQ(run.status, 2);
 }
 
-// What is larger is refused for that.
+// Nothing is read of what is too large.
 TEST(HugeDocuments, OfTheGreatestSizeAreReadUntilMemoryRunsOut) {
   Program program;
-  program.File("a.json", "{}");
-  std::filesystem::resize_file(program.Path("a.json"), std::uintmax_t{1} << 30);
-  const Finished run = program.MemoryLimit(std::size_t{200} << 20).Run({"lint", "a.json"});
-  EXPECT_EQ(run.err, "a.json: cannot be read: not enough memory\n");
+  program.File("a.json", "{}").MemoryLimit(std::size_t{200} << 20);
+  constexpr std::uintmax_t kGreatest = std::uintmax_t{1} << 30;
+  for (const auto& [size, reason] :
+       {std::pair(kGreatest, "not enough memory"), {kGreatest + 1, "more than 1 GiB"}}) {
+    std::filesystem::resize_file(program.Path("a.json"), size);
+    const Finished run = program.Run({"lint", "a.json"});
+    EXPECT_EQ(run.err, std::string("a.json: cannot be read: ") + reason + "\n");
+    EXPECT_EQ(run.status, 2);
+  }
+}
+
+TEST(HugeDocuments, ThatAreReadMayStillNeedMoreMemoryThanThereIs) {
+  std::string text = "{\"Audio\":[0";
+  for (int number = 0; number < 4'000'000; ++number) text += ",0";
+  const Finished run = Program().Input(text + "]}").MemoryLimit(std::size_t{200} << 20).Run({"apply", "-"});
+  EXPECT_EQ(run.err, "tessel: not enough memory\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+TEST(HugeSimulations, SayWhichThreadTheSystemRefuses) {
+  const Finished run =
+      Program().MemoryLimit(std::size_t{200} << 20).Run({"simulate", "--calls", "142", "--seconds", "0.05"});
+  EXPECT_EQ(run.err, "tessel: no thread for a component: Resource temporarily unavailable\n");
   EXPECT_EQ(run.status, 2);
 }
 

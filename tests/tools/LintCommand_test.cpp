@@ -144,6 +144,7 @@ TEST(LintCommand, RefusesAListThatIsNone) {
       {R"({"video":[]})", "names.json: unknown group \"video\" (did you mean \"Video\"?)\n"},
       {R"({"Video":{}})", "names.json: Video is no array of names\n"},
       {R"({"Video":["A",{"value":"1"}]})", "names.json: Video has an element that is no name\n"},
+      {R"({"Video":[7]})", "names.json: Video has an element that is no name\n"},
       {R"({"Video":[{"key":1}]})", "names.json: Video has an element that is no name\n"},
   };
   for (const auto& [list, message] : rows) {
@@ -238,7 +239,9 @@ TEST(LintCommand, RefusesAnUnusableCommandLineInOneLine) {
                                 {"lint", "a.json", "--json", "--github"},
                                 {"lint", "a.json", "--format", "text", "--json"},
                                 {"lint", "-", "a.json", "-"},
-                                {"lint", "-", "--names", "-"}}) {
+                                {"lint", "-", "--names", "-"},
+                                {"lint", "-", "--declared", "-"},
+                                {"lint", "a.json", "--names", "-", "--declared", "-"}}) {
     const Finished run = Program().File("a.json", "{}").Run(arguments);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err.rfind("tessel: ", 0), 0U) << run.err;
@@ -308,6 +311,11 @@ TEST(LintCommand, SaysWhatATextIsThatIsNoDocumentInUtf8) {
     Program program;
     program.File("a.json", text);
     EXPECT_EQ(program.Run({"lint", "a.json"}).out, "a.json:1:1:" + reason + "\n");
+    EXPECT_EQ(
+        program.Run({"lint", "a.json", "--json"}).out,
+        R"({"file":"a.json","line":1,"column":1,"problem":"no-json","effect":"refused","path":"","name":"",)"
+        R"("nearest":"","reason":")" +
+            reason.substr(1) + "\"}\n");
     const Finished applied = program.Run({"apply", "a.json"});
     EXPECT_EQ(applied.err, "a.json:1:1:" + reason + "\n");
     EXPECT_EQ(applied.status, 2);

@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -7,6 +11,7 @@
 #include <fstream>
 #include <future>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -88,6 +93,27 @@ TEST(LogCommand, ShowsALinePerEventInAlignedColumns) {
   EXPECT_EQ(run.status, 0);
 }
 
+TEST(LogCommand, ShowsWhatItKnowsOfALineThatLacksSomething) {
+  const std::pair<const char*, const char*> rows[] = {
+      {R"({"type":"call","t":1,"call":1234,"event":"made"})", "call         call 1234 made"},
+      {R"({"type":"thirteenwords","t":1})", "thirteenwords          a type that this program does not know"},
+      {R"({"type":"set","t":1,"call":7,"group":"Audio","name":"A","new":"1","result":"told"})",
+       "set          call 7   Audio/A: \"1\", notified 0"},
+      {R"({"type":"deliver","t":1,"call":7,"id":1,"cause":2,"way":"direct","name":"A","new":"1"})",
+       "deliver      call 7   an overwritten change, to subscription 1, direct"},
+      {R"({"type":"deliver","t":1,"call":7,"id":1,"cause":2,"way":"direct","group":"Audio","new":"1"})",
+       "deliver      call 7   an overwritten change, to subscription 1, direct"},
+      {R"({"type":"deliver","t":1,"call":7,"id":1,"cause":2,"way":"direct","group":"Audio","hidden":["name","new"]})",
+       "deliver      call 7   Audio/(hidden): (hidden), to subscription 1, direct"},
+  };
+  for (const auto& [line, shown] : rows) {
+    const Finished run = Program()
+                             .File("a.tessel", kRecordingBegin + std::string(line))
+                             .Run({"log", "a.tessel", "--since", "1"});
+    EXPECT_TRUE(run.out.ends_with("\n    1.000000  " + std::string(shown) + "\n")) << run.out << run.err;
+  }
+}
+
 TEST(LogCommand, ShowsWhomAChangeNotifiedBeforeWhatElseCameOfIt) {
   const std::string lines =
       R"({"type":"remove","t":1,"call":7,"group":"Audio","name":"Codec","old":"opus","count":1,"result":"told",)"
@@ -139,6 +165,9 @@ TEST(LogCommand, SelectsByGroupTimeAndOrigin) {
             "    1.500000  apply        call 7   2 sets; by lab.json\n");
   EXPECT_EQ(Log({"--origin", "video", "--until", "2"}).out, std::string(kBegin) + kEnd);
   EXPECT_EQ(Log({"--since", "2.95"}).out, std::string(kBegin) + kEnd);
+  EXPECT_EQ(
+      Log({"--group", "Audio", "--since", "2.3", "--until", "2.4"}).out,
+      std::string(kBegin) + "    2.300000  remove       call 7   Audio/Codec: \"opus\", 1 removed\n" + kEnd);
 }
 
 TEST(LogCommand, LeavesOutWhatIsOfNoChosenType) {
@@ -407,6 +436,29 @@ TEST(LogCommand, ReadsTheFilesOfASetOnceWhicheverAreNamed) {
   }
 }
 
+TEST(LogCommand, ReadsTheFilesOfASetThatAreThereInTheirOrder) {
+  const auto lost = [](int part, int count) {
+    return R"({"type":"lost","t":)" + std::to_string(part - 1) + ",\"count\":" + std::to_string(count) +
+           "}\n";
+  };
+  const auto whole = [](int part) { return RecordingPart(part) + RecordingPartEnd(part); };
+  Program program;
+  program.File("a", RecordingPart(5) + kLastPartEnd).File("a.3", whole(3)).File("a.1", whole(1));
+  const std::string three = whole(1) + lost(3, 10) + whole(3) + lost(5, 10) + RecordingPart(5) + kLastPartEnd;
+  EXPECT_EQ(program.Run({"log", "a", "a.3", "a.1", "--json"}).out, three);
+  EXPECT_EQ(program.Run({"log", "a.1", "a", "a.3", "--json"}).out, three);
+  program.File("a.4", whole(4));
+  EXPECT_EQ(program.Run({"log", "a.1", "a", "--json"}).out,
+            whole(1) + lost(3, 10) + whole(3) + whole(4) + RecordingPart(5) + kLastPartEnd);
+  // One that a crash has left without an end.
+  program.File("a.4", RecordingPart(4));
+  const std::string cut = RecordingPart(4) + RecordingPart(5) + kLastPartEnd;
+  EXPECT_EQ(program.Run({"log", "a.3", "a", "--json"}).out, whole(3) + cut);
+  program.File("b.4", RecordingPart(4)).File("b", RecordingPart(5) + kLastPartEnd);
+  EXPECT_EQ(program.Run({"log", "b.4", "b", "--json"}).out, cut);
+  EXPECT_EQ(program.Run({"log", "b", "b.4", "--json"}).out, cut);
+}
+
 TEST(LogCommand, ReadsTheOlderFilesOfASetUpToOneThatIsMissingOrOfAnother) {
   Program program;
   MakeSet(program);
@@ -424,6 +476,39 @@ TEST(LogCommand, ReadsTheOlderFilesOfASetUpToOneThatIsMissingOrOfAnother) {
 }
 
 // Each counts its own events.
+TEST(LogCommand, MissesNoEventsBehindAnEndThatHasNoNumber) {
+  const std::string text = RecordingPart(1) + kLastPartEnd + RecordingPart(2);
+  EXPECT_EQ(Program().File("a.tessel", text).Run({"log", "a.tessel", "--json"}).out, text);
+}
+
+TEST(LogCommand, ReportsEachFileThatIsNoRecording) {
+  Program program;
+  program.File("a", "").File("b", "");
+  EXPECT_EQ(program.Run({"log", "a", "b"}).err, "a:1: the file is empty\nb:1: the file is empty\n");
+}
+
+TEST(LogCommand, SaysWhyReadingFails) {
+  const Finished run = Program().Run({"log", "/proc/self/mem"});
+  EXPECT_EQ(run.err, "/proc/self/mem: cannot be read: Input/output error\n");
+  EXPECT_EQ(run.status, 2);
+}
+
+// A byte, and once it is read, the rest.
+TEST(LogCommand, FollowsAPipeHoweverItsBytesArrive) {
+  Program program;
+  ASSERT_EQ(::mkfifo(program.Path("pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+  std::future<Finished> run =
+      std::async(std::launch::async, [&] { return program.Run({"log", "pipe", "--follow", "--json"}); });
+  const int pipe = ::open(program.Path("pipe").c_str(), O_WRONLY | O_CLOEXEC);
+  const std::string text = Recording("call"), begin = text.substr(0, text.find('\n') + 1);
+  for (const std::string& part : {begin, text.substr(begin.size(), 1), text.substr(begin.size() + 1)}) {
+    EXPECT_EQ(::write(pipe, part.data(), part.size()), static_cast<ssize_t>(part.size()));
+    for (int left = 1; left != 0; std::this_thread::yield()) ASSERT_EQ(::ioctl(pipe, FIONREAD, &left), 0);
+  }
+  ::close(pipe);
+  EXPECT_EQ(run.get().out, text);
+}
+
 TEST(LogCommand, MissesNoEventsBetweenTwoRecordingsThatAreNoSet) {
   const auto begin = [](const char* next) {
     return R"({"type":"recording","t":0,"version":1,"wall":"2026-11-22T09:00:00Z","next":)" +
@@ -523,6 +608,18 @@ TEST(LogCommand, FollowsNoRecordingThatOnlyHasTheName) {
     }
     EXPECT_EQ(run.get().out, RecordingPart(2) + RecordingPartEnd(2));
   }
+}
+
+// As where the lines at its end found no room.
+TEST(LogCommand, FollowsNoRecordingThatLosesItsEnd) {
+  Program program;
+  const std::string text = kRecordingBegin + RecordingPart(1).substr(RecordingPart(1).find('\n') + 1);
+  program.File("a.tessel", text);
+  std::future<Finished> run =
+      std::async(std::launch::async, [&] { return program.Run({"log", "a.tessel", "--follow", "--json"}); });
+  while (program.Contents(".out") != text) std::this_thread::yield();
+  std::filesystem::resize_file(program.Path("a.tessel"), std::string_view(kRecordingBegin).size());
+  EXPECT_EQ(run.get().out, text);
 }
 
 // The other one is longer from its first moment on.

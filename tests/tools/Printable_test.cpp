@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Printable.h"
+
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdio>
 #include <string>
+#include <string_view>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "Program.h"
@@ -35,6 +41,56 @@ TEST(Printable, KeepsWellFormedUtf8AndEscapesTheRest) {
     EXPECT_EQ(run.out,
               "<stdin>\n  no entries\n--set\n  new      Audio/" + shown + ": \"" + shown + "\"\n  1 new\n");
   }
+}
+
+// What the last code point of a range, or the one beside it, becomes in a line, in JSON and in a page.
+TEST(Printable, KnowsWhereWhatIsShownBeginsAndEnds) {
+  const auto byBytes = [](std::string_view bytes) {
+    std::string escapes;
+    for (const char byte : bytes) {
+      char escape[7];
+      std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned char>(byte));
+      escapes += escape;
+    }
+    return escapes;
+  };
+  // Controls: as JSON, with their code point.
+  for (const auto& [text, code] : {std::pair<std::string, const char*>{"\x7f", "\\u007f"},
+                                   {"\u0080", "\\u0080"},
+                                   {"\u009f", "\\u009f"},
+                                   {"\u061c", "\\u061c"},
+                                   {"\u200e", "\\u200e"},
+                                   {"\u200f", "\\u200f"},
+                                   {"\u2028", "\\u2028"},
+                                   {"\u202e", "\\u202e"},
+                                   {"\u2066", "\\u2066"},
+                                   {"\u2069", "\\u2069"}}) {
+    EXPECT_EQ(PrintableJson(text + "x"), byBytes(text) + "x");
+    EXPECT_EQ(StandardJson(text + "x"), code + std::string("x"));
+    EXPECT_EQ(PageJson(text + "x"), "\"" + text + "x\"");
+  }
+  for (const std::string text :
+       {" ", "~", "\u00a0", "\u061b", "\u061d", "\u200d", "\u2010", "\u2027", "\u202f", "\u2065", "\u206a",
+        "\u07ff", "\u0800", "\ud7ff", "\ue000", "\uffff", "\U00010000", "\U0010ffff"}) {
+    EXPECT_EQ(PrintableJson(text + "x"), text + "x");
+    EXPECT_EQ(StandardJson(text + "x"), text + "x");
+    EXPECT_EQ(PageJson(text + "x"), "\"" + text + "x\"");
+  }
+  // No UTF-8: single bytes, one too many, longer than need be, surrogates, past the last code point.
+  for (const std::string text :
+       {"\x80", "\xbf", "\xc1\xbf", "\xc3\xc3", "\xe2\x82", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xed\xbf\xbf",
+        "\xf0\x8f\xbf\xbf", "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xff"}) {
+    EXPECT_EQ(PrintableJson(text + "x"), byBytes(text) + "x");
+    EXPECT_EQ(StandardJson(text + "x"), byBytes(text) + "x");
+    EXPECT_EQ(PageJson(text + "x"), "\"" + byBytes(text) + "x\"");
+  }
+  // Up to the end of the text, whatever is behind it.
+  for (const std::string_view text : {"\u00e9", "\u20ac", "\U0001f3a7"}) {
+    for (std::size_t size = 1; size < text.size(); ++size) {
+      EXPECT_EQ(PrintableJson(text.substr(0, size)), byBytes(text.substr(0, size)));
+    }
+  }
+  EXPECT_EQ(PageJson("</\"\\\x1f\n"), "\"\\u003c/\\\"\\\\\\u001f\\n\"");
 }
 
 TEST(Printable, QuotesReadBackToTheSameBytes) {

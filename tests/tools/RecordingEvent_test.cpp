@@ -47,7 +47,7 @@ constexpr struct {
     {"result", "\"maybe\"", "\"told\"", ": unknown"},
     {"told", "0.5", "0", kWhole},
     {"count", "9007199254740994", "9007199254740992", kWhole},
-    {"references", "-1", "0", kWhole},
+    {"references", "\"1\"", "0", kWhole},
     {"id", "9007199254740994", "9007199254740992", kWhole},
     {"way", "\"later\"", "\"handed over\"", ": unknown"},
     {"dropped", "\"true\"", "true", kFlag},
@@ -138,6 +138,8 @@ TEST(RecordingLine, IsDamagedWithoutWhatItsTypeNeeds) {
         << line;
   }
   EXPECT_EQ(FaultOf(R"({"type":"lost","count":1})"), "t: missing");
+  EXPECT_EQ(FaultOf(R"({"type":1})"), "t: missing");
+  EXPECT_EQ(FaultOf(R"({"type":"lost","t":0,"origin":"me"})"), "origin: expected an object");
   EXPECT_EQ(FaultOf(R"({"t":0,"count":1})"), "type: missing");
 }
 

@@ -93,10 +93,12 @@ TEST_F(ReportCommand, JoinsTheFilesOfASetAndComparesOthers) {
   program.File("b.tessel", kRecordingBegin);
   const Finished run = program.Run({"report", "a.tessel", "a.tessel.1", "b.tessel", "-o", "page.html"});
   EXPECT_EQ(run.out + run.err, "");
+  const std::string page = program.Contents("page.html");
   EXPECT_EQ(program.Run({"report", "a.tessel", "-o", "a.tessel.1"}).err,
             "tessel: --output \"a.tessel.1\": is one of the recordings\n");
   EXPECT_EQ(program.Contents("a.tessel.1"), RecordingPart(1) + RecordingPartEnd(1));
-  const std::string page = program.Contents("page.html");
+  EXPECT_EQ(program.Run({"report", "a.tessel", "-o", "page.html"}).err, "");
+  EXPECT_EQ(program.Run({"report", "a.tessel", "-o", "b.tessel"}).err, "");
   EXPECT_NE(page.find("data-recording=\"0\" data-name=\"a.tessel\">"), std::string::npos);
   EXPECT_NE(page.find("data-recording=\"1\" data-name=\"b.tessel\">"), std::string::npos);
   EXPECT_EQ(page.find("data-recording=\"2\""), std::string::npos);

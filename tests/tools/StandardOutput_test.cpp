@@ -1,9 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "StandardOutput.h"
+
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <string>
 
 #include "Program.h"
+#include "Recordings.h"
 
 namespace {
 constexpr const char* kText = R"({"Audio":[{"key":"A","value":"1"}],"Nowhere":[]})";
@@ -58,6 +64,38 @@ TEST(StandardStreams, ThatAreClosedAreNotReplacedByTheFilesOfTheRun) {
   EXPECT_TRUE(program.Contents("a.tessel").ends_with("\"event\":\"ended\"}\n"))
       << "no summary is written into it";
   EXPECT_EQ(program.Contents("a.json"), R"({"Nowhere":[]})");
+}
+
+// What is opened next is what would have been opened next with all of them.
+TEST(StandardStreams, ThatAreClosedAreReservedAndNoMore) {
+  for (int closed = 0; closed < 8; ++closed) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      const int next = ::open("/", O_PATH);
+      ::close(next);
+      for (int descriptor = 0; descriptor < 3; ++descriptor) {
+        if ((closed >> descriptor & 1) != 0) ::close(descriptor);
+      }
+      ReserveStandardDescriptors();
+      bool isReserved = ::open("/", O_PATH) == next;
+      for (int descriptor = 0; descriptor < 3; ++descriptor) {
+        isReserved = isReserved && ::fcntl(descriptor, F_GETFD) != -1;
+        if ((closed >> descriptor & 1) != 0) isReserved = isReserved && ::write(descriptor, "x", 1) == -1;
+      }
+      ::_exit(isReserved ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0) << closed;
+  }
+}
+
+TEST(StandardStreams, ThatAreClosedAreNotReadAsARecording) {
+  Program program;
+  program.File("a.tessel", Recording("call"));
+  const Finished run = program.Without(0).Run({"log", "a.tessel", "-"});
+  EXPECT_EQ(run.err, "<stdin>: cannot be read: Bad file descriptor\n");
+  EXPECT_EQ(run.status, 2);
 }
 
 TEST(StandardOutput, ThatTakesNothingMakesTheRunFail) {

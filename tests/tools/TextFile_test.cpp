@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "TextFile.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -6,6 +8,7 @@
 #include <vector>
 
 #include "Program.h"
+#include "Recordings.h"
 
 TEST(TextFile, IsRefusedWhenItIsTooLarge) {
   Program program;
@@ -14,6 +17,14 @@ TEST(TextFile, IsRefusedWhenItIsTooLarge) {
   const Finished run = program.Run({"lint", "huge.json"});
   EXPECT_EQ(run.err, "huge.json: cannot be read: more than 1 GiB\n");
   EXPECT_EQ(run.status, 2);
+}
+
+TEST(TextFile, IsClosedOnceItIsRead) {
+  Program program;
+  program.File("a.json", "{}");
+  const auto before = OpenFiles();
+  EXPECT_EQ(ReadFile(program.Path("a.json")), "{}");
+  EXPECT_EQ(OpenFiles(), before);
 }
 
 TEST(TextFile, IsRefusedWhenItIsNoFile) {

@@ -116,6 +116,10 @@ TEST(TogglesCommand, SuggestsTheNearestThreeKeysWhereAThirdOfTheLettersDiffers) 
        " (did you mean \"AudioJitterBufferFeatures\", \"AudioJitterMinDelayMs\", "
        "\"AudioJitterMaxDelayMs\"?)"},
       {"jitteqqqq", ""},
+      {"jitxter",
+       " (did you mean \"AudioJitterBufferFeatures\", \"AudioJitterMinDelayMs\", "
+       "\"AudioJitterMaxDelayMs\"?)"},
+      {"EnableHowlingDetektion", " (did you mean \"EnableHowlingDetection\"?)"},
   };
   for (const auto& [pattern, suggestion] : rows) {
     EXPECT_EQ(Program().Run({"toggles", pattern}).err,
@@ -151,6 +155,8 @@ TEST(TogglesCommand, SaysWhereThePatternGoesWhenItIsTakenForADocument) {
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(program.Run({"toggles", "music", "--from", "a.json", "missing.json"}).err,
             "missing.json: cannot be read: No such file or directory\n");
+  EXPECT_EQ(program.Run({"toggles", "--from", "a.json", "a.json"}).status, 0);
+  EXPECT_EQ(program.Input("{}").Run({"toggles", "--from", "a.json", "-"}).status, 0);
 }
 
 TEST(TogglesCommand, ReportsWhatImportSkips) {

@@ -70,6 +70,16 @@ TEST(Watcher, WatchesTheNamesThatFitAWildcardInAnyLetterCase) {
   }
 }
 
+TEST(Watcher, GetsNoEventOfASetThatChangesNothing) {
+  Program program;
+  const Finished run = Documents(program).Run(
+      {"apply", "2.json", "--quiet", "--set", "Audio/A=2", "--set", "Audio/B=6", "--watch", "Audio/*"});
+  EXPECT_EQ(run.out,
+            "  event    Audio/A: none -> \"2\" (on main)\n"
+            "  event    Audio/B: none -> \"5\" (on main)\n"
+            "  event    Audio/B: \"5\" -> \"6\" (on main)\n");
+}
+
 TEST(Watcher, GetsPostedEventsOnTheWorkerInOrder) {
   Program program;
   const Finished run = Documents(program).Run(

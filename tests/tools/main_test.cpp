@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Program.h"
+#include "Recordings.h"
 
 TEST(Tessel, PrintsItsVersion) {
   const Finished run = Program().Run({"--version"});
@@ -69,6 +70,29 @@ TEST(Tessel, SuggestsTheNearestCommandOrOption) {
       {{"apply"}, "FILE is required (tessel apply --help tells more)"},
       {{"stats", "a", "-"}, "\"-\" is one argument too many (tessel stats --help tells more)"},
       {{"stats", "a", "b"}, "\"b\" is one argument too many (tessel stats --help tells more)"},
+      {{"dump", "a", "--call", "4294967296"},
+       "--call: expected a whole number from 0 to 4294967295, not \"4294967296\" (tessel dump --help tells "
+       "more)"},
+      {{"live", "a", "--port", "65536"},
+       "--port: expected a whole number from 0 to 65535, not \"65536\" (tessel live --help tells more)"},
+      {{"simulate", "--settings", "a", "b"},
+       "\"b\" is one argument too many (tessel simulate --help tells more)"},
+      {{"simulate", "--calls", "143"},
+       "--calls: expected a whole number from 1 to 142, not \"143\" (tessel simulate --help tells more)"},
+      {{"simulate", "--components", "1001"},
+       "--components: expected a whole number from 0 to 1000, not \"1001\" (tessel simulate --help tells "
+       "more)"},
+      {{"simulate", "--calls", "100", "--components", "4"},
+       "--calls and --components: more than 1000 components in all"},
+      {{"simulate", "--calls", "100", "--components", "3", "--report", "-"},
+       "--report -: a report needs a file of its own"},
+      {{"simulate", "--seconds", "86400.5"},
+       "--seconds: expected a number from 0.05 to 86400, not \"86400.5\" (tessel simulate --help tells "
+       "more)"},
+      {{"simulate", "--seconds", "0.049"},
+       "--seconds: expected a number from 0.05 to 86400, not \"0.049\" (tessel simulate --help tells more)"},
+      {{"report", "-", "-", "-o", "a.html"}, "standard input can be read once only"},
+      {{"live", "-", "--port", "0"}, "FILE: it is read for each browser, which standard input cannot be"},
   };
   for (const auto& [arguments, reason] : refusals) {
     const Finished run = Program().Run(arguments);
@@ -87,6 +111,20 @@ TEST(Tessel, SaysThatAnOptionLacksItsValueOrIsGivenTwice) {
             "tessel: --from: a value is missing (tessel toggles --help tells more)\n");
   EXPECT_EQ(program.Run({"apply", "a.json", "--trace", "1", "--trace", "2"}).err,
             "tessel: --trace: it is given more than once (tessel apply --help tells more)\n");
+}
+
+TEST(Tessel, TakesAFileBehindAnOptionThatMayBeRepeated) {
+  for (const auto& arguments : {std::vector<std::string>{"apply", "--set", "Audio/A=1", "a.json"},
+                                {"apply", "--watch", "Audio/A", "a.json"},
+                                {"lint", "--names", "a.json", "a.json"},
+                                {"lint", "--declared", "d.json", "a.json"},
+                                {"log", "--type", "set", "a.tessel"}}) {
+    Program program;
+    program.File("a.json", "{}").File("d.json", R"({"settings":[]})").File("a.tessel", kRecordingBegin);
+    const Finished run = program.Run(arguments);
+    EXPECT_EQ(run.err, "") << arguments[1];
+    EXPECT_EQ(run.status, 0) << arguments[1];
+  }
 }
 
 TEST(Tessel, RefusesAFileWithoutAName) {
@@ -160,6 +198,27 @@ TEST(Tessel, ShowsOptionsExitStatusesAndExamplesInTheHelpOfEveryCommand) {
     EXPECT_NE(run.out.find("\n\nExamples:\n  tessel " + inOrder.back()), std::string::npos) << run.out;
   }
   EXPECT_EQ(Names(Program().Run({"--help"}).out, "Subcommands:"), inOrder);
+}
+
+TEST(Tessel, BeginsItsHelpWithWhatItDoesAndHowItIsCalled) {
+  const std::pair<std::vector<std::string>, const char*> rows[] = {
+      {{"--help"},
+       "See what the settings of a media engine's call are, and what changes them\n"
+       "Usage: tessel [OPTIONS] SUBCOMMAND\n\nOptions:\n"},
+      {{"dump", "--help"},
+       "Print the settings that a recorded call had at a moment, as a document\n"
+       "Usage: tessel dump [OPTIONS] FILE\n\nPositionals:\n  FILE  "},
+      {{"log", "--help"},
+       "Show what recordings say happened, a line an event\n"
+       "Usage: tessel log [OPTIONS] FILE...\n\nPositionals:\n  FILE...  "},
+      {{"diff", "--help"},
+       "Show what a settings document changes when it is applied after another one\n"
+       "Usage: tessel diff [OPTIONS] A B\n\nPositionals:\n  A  "},
+  };
+  for (const auto& [arguments, begin] : rows) {
+    const std::string help = Program().Run(arguments).out;
+    EXPECT_TRUE(help.starts_with(begin)) << help;
+  }
 }
 
 TEST(Tessel, ListsTheGroupsInLinesOfSeven) {
