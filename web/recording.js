@@ -55,13 +55,6 @@ export class Recording {
     else changes.splice(index, 0, { ...event });
   }
 
-  endStatistics(call, entity, time) {
-    for (const object of this.statistics.values()) {
-      if (object.call !== call || (entity !== undefined && object.entity !== entity)) continue;
-      for (const series of object.members.values()) series.end(time);
-    }
-  }
-
   /** Those of all calls. */
   get subscribers() {
     return [...this.calls.values()].flatMap((call) => [...call.subscribers.values()]);
@@ -114,7 +107,6 @@ const TAKE = {
     if (event.event === "ended") {
       call.to = t;
       recording.insertChange({ type: "end", t, call: event.call });
-      recording.endStatistics(event.call, undefined, t);
     } else if (call.to !== undefined) {
       // Behind the end, also where the times of two threads say something else.
       recording.insertChange({ type: "again", t: Math.max(t, call.to), call: event.call });
@@ -158,9 +150,9 @@ const TAKE = {
     const { call, entity, t, members } = event;
     const key = `${call}/${entity}`;
     let object = recording.statistics.get(key);
-    if (event.event === "ended") {
-      recording.endStatistics(call, entity, t);
-      if (object) object.from = undefined;
+    if (event.event === "ended" && object) {
+      for (const series of object.members.values()) series.end(t);
+      object.from = undefined;
     }
     if (members === undefined) return;
     if (!object) {

@@ -62,14 +62,29 @@ test("A statistic has a gap once its object has ended", () => {
   assert.ok(Number.isNaN(series.at(-1)));
 });
 
-test("A call's end ends its statistics and none of another call", () => {
+test("A call's end leaves its statistics: who holds an object goes on, and says what changes", () => {
+  const recording = read(
+    BEGIN,
+    '{"type":"statistics","t":1,"call":1,"entity":"audio","members":{"a":1,"b":2}}\n',
+    '{"type":"call","t":2,"call":1,"event":"ended"}\n',
+    '{"type":"statistics","t":3,"call":1,"entity":"audio","members":{"a":5}}\n',
+  );
+  assert.deepEqual(
+    ["a", "b"].map((name) => recording.seriesOf(1, `audio/${name}`).at(3)),
+    [5, 2],
+  );
+});
+
+test("An object's end ends its statistics and none of another one", () => {
   const recording = read(
     BEGIN,
     '{"type":"statistics","t":1,"call":1,"entity":"audio","members":{"a":1}}\n',
+    '{"type":"statistics","t":1,"call":1,"entity":"video","members":{"a":1}}\n',
     '{"type":"statistics","t":1,"call":2,"entity":"audio","members":{"a":1}}\n',
-    '{"type":"call","t":2,"call":1,"event":"ended"}\n',
+    '{"type":"statistics","t":2,"call":1,"entity":"audio","event":"ended"}\n',
   );
   assert.ok(Number.isNaN(recording.seriesOf(1, "audio/a").at(2)));
+  assert.equal(recording.seriesOf(1, "video/a").at(2), 1);
   assert.equal(recording.seriesOf(2, "audio/a").at(2), 1);
 });
 
