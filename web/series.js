@@ -15,7 +15,8 @@ export class Series {
     if (Object.is(number, this.values.at(-1))) return;
     this.hasChanged ||= !Number.isNaN(this.#last) && !Number.isNaN(number) && number !== this.#last;
     if (!Number.isNaN(number)) this.#last = number;
-    this.times.push(time);
+    // Lines of two threads may be some microseconds out of order; the times are not.
+    this.times.push(Math.max(time, this.times.at(-1) ?? time));
     this.values.push(number);
   }
 

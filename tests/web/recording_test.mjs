@@ -62,6 +62,18 @@ test("A statistic has a gap once its object has ended", () => {
   assert.ok(Number.isNaN(series.at(-1)));
 });
 
+test("The times of a statistic are sorted, also where its object's end is behind a later look", () => {
+  const recording = read(
+    BEGIN,
+    '{"type":"statistics","t":1,"call":1,"entity":"audio","members":{"a":1}}\n',
+    '{"type":"statistics","t":2.5,"call":1,"entity":"audio","members":{"a":2}}\n',
+    '{"type":"statistics","t":2.25,"call":1,"entity":"audio","event":"ended"}\n',
+  );
+  const series = recording.seriesOf(1, "audio/a");
+  assert.deepEqual(series.times, [1, 2.5, 2.5]);
+  assert.deepEqual([2, 2.25, 2.5, 3].map((time) => series.at(time)), [1, 1, NaN, NaN]);
+});
+
 test("A call's end leaves its statistics: who holds an object goes on, and says what changes", () => {
   const recording = read(
     BEGIN,
