@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
@@ -126,6 +127,14 @@ TEST(AppendedLines, BeginWithTheOldestFileOfASet) {
   EXPECT_TRUE(lines.Next().starts_with("data: " + RecordingPart(1).substr(0, RecordingPart(1).find('\n'))));
   EXPECT_TRUE(lines.Next().starts_with("data: " + RecordingPart(2).substr(0, RecordingPart(2).find('\n'))));
   EXPECT_EQ(lines.Next(), "");
+}
+
+TEST(AppendedLines, BeginWithTheFileThatHasTheNameBesideOneThatIsAboutToTakeIt) {
+  Program program;
+  program.File("a", RecordingPart(1)).File("a.next", RecordingPart(2));
+  errno = ENOENT;
+  AppendedLines lines(program.Path("a"));
+  EXPECT_NE(lines.Next().find("\"part\":1"), std::string::npos);
 }
 
 TEST(AppendedLines, GiveNothingOfARecordingThatTakesTheFileOfAnother) {

@@ -16,10 +16,12 @@
 #include <regex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "CommandError.h"
 #include "Program.h"
 #include "report/LivePage.h"
+#include "report/Page.h"
 
 namespace {
 
@@ -73,6 +75,35 @@ TEST(LivePage, NeverWaitsForAServerThatHasEnded) {
 
 namespace {
 
+// One of the process that has nothing to do with a page.
+struct OtherConnection {
+  OtherConnection() {
+    sockaddr_in own{};
+    own.sin_family = AF_INET;
+    own.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof own;
+    EXPECT_EQ(::bind(listening, reinterpret_cast<sockaddr*>(&own), size), 0);
+    EXPECT_EQ(::listen(listening, 1), 0);
+    EXPECT_EQ(::getsockname(listening, reinterpret_cast<sockaddr*>(&own), &size), 0);
+    from = ConnectedTo(ntohs(own.sin_port));
+    to = ::accept(listening, nullptr, nullptr);
+  }
+  ~OtherConnection() {
+    for (const int descriptor : {listening, from, to}) ::close(descriptor);
+  }
+  OtherConnection(const OtherConnection&) = delete;
+  OtherConnection& operator=(const OtherConnection&) = delete;
+
+  void ExpectOpen() const {
+    char byte = 'a';
+    EXPECT_EQ(::send(from, &byte, 1, MSG_NOSIGNAL), 1);
+    EXPECT_EQ(::recv(to, &byte, 1, 0), 1);
+  }
+
+  const int listening = ::socket(AF_INET, SOCK_STREAM, 0);
+  int from = -1, to = -1;
+};
+
 // Serves the lines of a file. Skipped where the program is built without the page.
 struct RunningLivePage : testing::Test {
   void SetUp() override {
@@ -122,6 +153,7 @@ struct RunningLivePage : testing::Test {
 
 TEST_F(RunningLivePage, EndsWithoutWaitingForAClientThatNeverSendsAllOfItsRequest) {
   const int descriptor = ConnectedTo(port);
+  const OtherConnection other;
   received = false;
   // The server would answer a line that is too long, which this one is after a quarter of an hour.
   std::thread client([&] {
@@ -135,6 +167,7 @@ TEST_F(RunningLivePage, EndsWithoutWaitingForAClientThatNeverSendsAllOfItsReques
   char answer = 0;
   EXPECT_LE(::recv(descriptor, &answer, 1, 0), 0);
   ::close(descriptor);
+  other.ExpectOpen();
 }
 
 // The server goes on as long as it may.
@@ -189,7 +222,8 @@ TEST_F(RunningLivePage, AnswersThoseAloneWhoKnowTheAddress) {
 TEST_F(RunningLivePage, IsAPageThatHasTheRecordingsName) {
   const std::string answer = WholeAnswer("/" + token, "localhost:" + std::to_string(port));
   EXPECT_NE(answer.find("Content-Type: text/html; charset=utf-8\r\n"), std::string::npos) << answer;
-  EXPECT_NE(answer.find("data-name=\"a.tessel\""), std::string::npos);
+  EXPECT_NE(answer.find("data-recording=\"0\" data-name=\"a.tessel\""), std::string::npos);
+  EXPECT_TRUE(answer.ends_with(PageEnd()));
 }
 
 TEST_F(RunningLivePage, GivesWhatIsAppendedUntilItEnds) {
@@ -202,6 +236,16 @@ TEST_F(RunningLivePage, GivesWhatIsAppendedUntilItEnds) {
   page.reset();
   EXPECT_EQ(Answer(descriptor).find("data"), std::string::npos);
   ::close(descriptor);
+}
+
+TEST_F(RunningLivePage, GivesEventsToSixteenAtOnce) {
+  std::vector<int> descriptors;
+  for (int i = 0; i < 16; ++i) {
+    descriptors.push_back(Asked("/events" + token, "localhost:" + std::to_string(port)));
+    EXPECT_TRUE(Answer(descriptors.back(), "data: one\n\n").ends_with("data: one\n\n")) << i;
+  }
+  page.reset();
+  for (const int descriptor : descriptors) ::close(descriptor);
 }
 
 TEST_F(RunningLivePage, HasNoEventsOfAFileThatIsGone) {

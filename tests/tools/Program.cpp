@@ -157,7 +157,7 @@ Program& Program::Environment(std::string variable) {
 }
 
 Program& Program::InterruptOnceItMakes(std::string name) {
-  m_interruptingFile = std::move(name);
+  m_interruptingFiles.push_back(std::move(name));
   return *this;
 }
 
@@ -216,8 +216,8 @@ Finished Program::Run(std::vector<std::string> arguments) {
     (void)!::write(late.to.Number(), m_input.data(), m_input.size());  // Small enough for the pipe.
   }
   late.to.Close();
-  if (!m_interruptingFile.empty()) {
-    while (!std::filesystem::exists(Path(m_interruptingFile)) && ::waitpid(child, nullptr, WNOHANG) == 0) {
+  for (const std::string& file : m_interruptingFiles) {
+    while (!std::filesystem::exists(Path(file)) && ::waitpid(child, nullptr, WNOHANG) == 0) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     ::kill(child, SIGINT);

@@ -49,7 +49,7 @@ class Program {
   /// Sets a variable, "NAME=value", in an environment that has only TERM otherwise, and the mutant's number.
   Program& Environment(std::string variable);
 
-  /// Sends the program SIGINT once it has made that file.
+  /// Sends the program SIGINT once that file is there; may be called again for another time.
   Program& InterruptOnceItMakes(std::string name);
 
   Finished Run(std::vector<std::string> arguments);
@@ -69,5 +69,5 @@ class Program {
   Output m_output = Output::kFile;
   bool m_errorsToTerminal = false;
   std::vector<std::string> m_environment;
-  std::string m_interruptingFile;
+  std::vector<std::string> m_interruptingFiles;
 };

@@ -172,6 +172,7 @@ TEST(MemberUnits, AreThoseOfTheStatisticsTable) {
     EXPECT_EQ(unitOf(audio.c_str(), "sent.bitrate"), "bit/s");
     EXPECT_EQ(unitOf(audio.c_str(), "sent.noiseLevel[2]"), "dB");
     EXPECT_EQ(unitOf(audio.c_str(), "received19.bitrate"), "bit/s");
+    EXPECT_EQ(unitOf(audio.c_str(), "received20.bitrate"), "");
     EXPECT_EQ(unitOf(audio.c_str(), "received0.e2eDelay[0]"), "ms");
     EXPECT_EQ(unitOf(audio.c_str(), "sent.e2eDelay[0]"), "");
   }
@@ -231,6 +232,27 @@ TEST(EmbeddedRecording, HasAColumnForEachMember) {
           ",\"areTexts\":" + PackedColumn({}) + ",\"members\":" + PackedColumn({}) + "}]}"});
 }
 
+TEST(EmbeddedRecording, HasEachOriginOnce) {
+  std::string page;
+  {
+    EmbeddedRecording recording(page, 0, "a");
+    for (const char* const origin :
+         {R"({"label":"a"})", R"({"label":"b"})", R"({"symbol":"a"})", R"({"label":"a"})", R"({"line":1})",
+          R"({"column":1})", R"({"label":"a","line":1})", R"({"symbol":"a","label":"b"})",
+          R"({"symbol":"b","label":"a"})"}) {
+      RecordingEvent event;
+      ASSERT_EQ(
+          ReadRecordingLine(R"({"type":"lost","t":0,"count":1,"origin":)" + std::string(origin) + "}", event),
+          "");
+      recording.Add(event);
+    }
+  }
+  EXPECT_NE(page.find(R"({"list":["lost",{"label":"a"},{"label":"b"},{"symbol":"a"},{"line":1},{"column":1},)"
+                      R"({"label":"a","line":1},{"symbol":"a","label":"b"},{"symbol":"b","label":"a"}])"),
+            std::string::npos)
+      << page;
+}
+
 TEST(EmbeddedRecording, WritesALongRecordingInParts) {
   std::string page;
   {
@@ -266,7 +288,11 @@ TEST(PackedColumn, HasAsFewBytesAsTheNumbersNeed) {
   EXPECT_EQ(bytesOf({1e12, 1e12 + 255}), R"("scale":1,"bytes":1,"data":"AP8="})");
   EXPECT_EQ(bytesOf({0, 256, 1}), R"("scale":1,"bytes":2,"data":"AAAAAQEA"})");
   EXPECT_EQ(bytesOf({0.5, 1}), R"("scale":1000,"bytes":2,"data":"AAD0AQ=="})");
+  EXPECT_EQ(bytesOf({0, 65535, 1}), R"("scale":1,"bytes":2,"data":"AAD//wEA"})");
+  EXPECT_EQ(bytesOf({0, 65536}), R"("scale":1,"bytes":4,"data":"AAAAAAAAAQA="})");
   EXPECT_EQ(bytesOf({0, 4294967295.0}), R"("scale":1,"bytes":4,"data":"AAAAAP////8="})");
+  EXPECT_EQ(PackedColumn({5, 4294967301.0}),
+            R"({"length":2,"base":0,"scale":1,"bytes":8,"data":"AAAAAAAAFEAAAFAAAADwQQ=="})");
   EXPECT_EQ(bytesOf({9007199254740991.0}), R"("scale":1,"bytes":0,"data":""})");
   EXPECT_EQ(bytesOf({9007199254740992.0}), R"("scale":1,"bytes":8,"data":"AAAAAAAAQEM="})");
   for (const double number : {-0.0, 1e300, 1.0 / 3, std::numeric_limits<double>::infinity(), 4294967296.0})

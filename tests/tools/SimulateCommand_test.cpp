@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <future>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Program.h"
+#include "report/Page.h"
 #include "tessel/json.h"
 
 namespace {
@@ -190,6 +195,20 @@ TEST(SimulateCommand, EndsEarlyWhenInterruptedAndStillSumsUp) {
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.out, testing::StartsWith("2 calls, 14 components, "));
   EXPECT_THAT(run.out, HasSubstr(" 0 lost, 0 unexpected, 0 out of order\n"));
+}
+
+// Once the first signal has ended the calls, the report waits for the reader of a pipe.
+TEST(SimulateCommand, EndsAtOnceWhenInterruptedAgain) {
+  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+  Program program;
+  ASSERT_EQ(::mkfifo(program.Path("pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+  program.InterruptOnceItMakes("a.tessel").InterruptOnceItMakes("again");
+  std::future<Finished> run = std::async(std::launch::async, [&] {
+    return program.Run({"simulate", "--seconds", "3600", "--record", "a.tessel", "--report", "pipe"});
+  });
+  while (!program.Contents("a.tessel").ends_with("\"event\":\"ended\"}\n")) std::this_thread::yield();
+  program.File("again", "");
+  EXPECT_EQ(run.get().status, -SIGINT);
 }
 
 TEST(SimulateCommand, ReportsWhatImportSkips) {
