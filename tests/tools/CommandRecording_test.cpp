@@ -71,6 +71,7 @@ TEST(CommandRecording, OfSimulateHasAllDeliveries) {
   EXPECT_EQ(log.status, 0);
   EXPECT_EQ(log.err, "");
   EXPECT_EQ(CountOf(log.out, "  lost  "), 0u);
+  EXPECT_EQ(CountOf(log.out, "  apply  "), 2u);  // Once in each call.
   const std::string deliveries = std::to_string(CountOf(log.out, "  deliver  "));
   EXPECT_THAT(run.out, HasSubstr("\"deliveries\":{\"expected\":" + deliveries + ",\"lost\":0,"));
   EXPECT_NE(log.out.find("; by \"bandwidth controller\", tessel"), std::string::npos);

@@ -102,8 +102,16 @@ TEST(DeclareCommand, WritesATableForEachGroup) {
   const Finished run = Program()
                            .File("video.json", kVideo)
                            .File("audio.json", kAudio)
-                           .Run({"declare", "video.json", "audio.json", "--markdown"});
+                           .Input(R"({"settings":[{"group":"Common","name":"A","type":"int","default":0},)"
+                                  R"({"group":"UnitTest","name":"B","type":"int","default":1}]})")
+                           .Run({"declare", "video.json", "audio.json", "-", "--markdown"});
   EXPECT_EQ(run.out, R"(# Settings
+
+## Common
+
+| name | type | default | unit | allowed | meaning |
+|---|---|---|---|---|---|
+| A | int | 0 | | | |
 
 ## Audio
 
@@ -117,6 +125,12 @@ TEST(DeclareCommand, WritesATableForEachGroup) {
 |---|---|---|---|---|---|
 | MaxFps | int | 30 | frames/s | 1 to 120 | Highest frame rate<br>since 1.0 |
 | Codec | enum | h264 | | h264, low-latency | deprecated since 2.0: use Audio/Codec |
+
+## UnitTest
+
+| name | type | default | unit | allowed | meaning |
+|---|---|---|---|---|---|
+| B | int | 1 | | | |
 )");
   EXPECT_EQ(run.status, 0);
 }

@@ -40,6 +40,8 @@ json::Value Summary(const std::vector<std::string>& arguments) {
   EXPECT_EQ(run.status, 0) << run.out;
   EXPECT_EQ(run.out.find('\n'), run.out.size() - 1) << run.out;
   EXPECT_THAT(run.out, testing::ContainsRegex("\"seconds\":[0-9]+[.][0-9]{3},"));
+  EXPECT_THAT(run.out, testing::ContainsRegex(
+                           "\"memory\":[{]\"residentKiB\":[1-9][0-9]*,\"peakKiB\":[1-9][0-9]*[}],"));
   json::Value summary = json::Deserialize(run.out);
   EXPECT_EQ(summary.GetType(), json::ObjectVal) << run.out;
   return summary;
@@ -128,7 +130,6 @@ TEST(SimulateCommand, ReportsEveryFrameThatWasSentInTheStatistics) {
   EXPECT_GT(Number(statistics, "reads"), 0);
   EXPECT_EQ(Number(statistics, "reads") % 4, 0);  // Those of a report.
   EXPECT_GT(Number(summary, "reads"), 0);
-  EXPECT_GT(Number(Member(summary, "memory"), "residentKiB"), 0);
 }
 
 TEST(SimulateCommand, WorksWithWhateverNumbersADocumentSets) {

@@ -317,6 +317,26 @@ TEST_F(SimulatedComponents, VideoReceiverReportsWhatArrivesAndHowLongVideoWaitsF
   EXPECT_EQ(sync.value[1], first.value[1]);
 }
 
+TEST_F(SimulatedComponents, VideoReceiverExpectsThirtyFramesUntilAnotherRateIsSet) {
+  VideoReceiver receiver(call);
+  receiver.Start();
+  Carry(Media::kVideo, 1000, kMs);
+  Work(receiver);
+  const Link::Traffic traffic = link.Received(Media::kVideo);
+  kal::_tagSyncStatistics sync;
+  audioStatistics->GetAVSyncInfo(&sync, 0);
+  EXPECT_NEAR(sync.value[1], 0.2 * traffic.received / 1000 * 30 * 100, 1);
+}
+
+TEST_F(SimulatedComponents, CountEachTickThatTheyHaveWorked) {
+  VideoReceiver receiver(call);
+  receiver.Start();
+  for (unsigned ticks = 0; ticks < 3; ++ticks) {
+    EXPECT_EQ(receiver.Ticks(), ticks);
+    Work(receiver);
+  }
+}
+
 TEST_F(SimulatedComponents, VideoSenderReportsEachLayerAndThePicture) {
   Set(simulate::kHardwareEncode, false);
   VideoSender sender(call);
@@ -350,6 +370,10 @@ TEST_F(SimulatedComponents, VideoSenderReportsEachLayerAndThePicture) {
   Work(sender, 2 * kMs);
   EXPECT_EQ(recorder.framesSent, 4U);
   EXPECT_EQ(SentVideo().layer[1].counter, 4U);
+  Set(simulate::kActiveLayers, 3);
+  Work(sender);
+  EXPECT_EQ(SentVideo().encodedWidth, 1280U);
+  EXPECT_EQ(SentVideo().encodedHeight, 720U);
 }
 
 TEST_F(SimulatedComponents, VideoSenderSendsAnIdrFrameNowAndThen) {
@@ -400,6 +424,10 @@ TEST_F(SimulatedComponents, WorkWithDefaultsUntilOtherValuesAreSet) {
   EXPECT_NEAR(sync.value[4], 60 - link.Now(0).delayMs, 1);
   JitterBuffer buffer(call);
   buffer.Start();
+  ConfigData playout;
+  const auto& key = simulate::kPlayoutDelayMs;
+  EXPECT_EQ(store->GetDynamicConfig(key.Group(), key.Name(), playout, {}), kalStore::kResultOk);
+  EXPECT_EQ(playout.ToDouble(), 60);
   Work(buffer);
   EXPECT_LE(simulate::kJitterTargetMs.Get(*store), 60);
 

@@ -44,6 +44,15 @@ TEST(Link, LosesFewPacketsBelowItsCapacity) {
   EXPECT_LT(state.jitterMs, 5);
 }
 
+TEST(Link, LosesMorePacketsWhereItIsBad) {
+  Link link(10, 0);
+  const Link::Traffic good = Send(link, kMillisecond, 3001 * kMillisecond, 1e5);
+  EXPECT_EQ(good.lost, 12U);
+  const Link::Traffic bad = Send(link, 5000 * kMillisecond, 7000 * kMillisecond, 1e5);
+  EXPECT_EQ(bad.received + bad.lost, 2000U);
+  EXPECT_NEAR(bad.lost, 2000 * (0.004 + 0.02), 8);
+}
+
 TEST(Link, DelaysAndLosesWhatItCannotCarry) {
   Link link(10, 0);
   Send(link, 0, 5000 * kMillisecond, 1e6);
