@@ -69,6 +69,8 @@ std::string Checker::Run() {
   m_memory.BeginExecution(m_begin, m_scenario.reusesMemory);
   m_atomics.BeginExecution();
   m_sharing.BeginExecution();
+  m_past.BeginExecution();
+  m_isKnown = false;
   m_fibers.clear();
   m_mutexes.clear();
   m_waiters.clear();
@@ -93,7 +95,7 @@ std::string Checker::Run() {
   swapcontext(&m_main, &Self().context);
   g_isInside = true;
   g_checker = nullptr;
-  if (m_failure.empty()) m_failure = m_memory.FindLeak();
+  if (m_failure.empty() && !m_isKnown) m_failure = m_memory.FindLeak();
   main.Restore();
   for (const Fiber* fiber : m_fibers) {
     for (int thread = 0; thread < kMostThreads; ++thread)
@@ -117,6 +119,7 @@ void Checker::runFiber() {
   g_isInside = true;
   self.state = Fiber::State::kEnded;
   self.clock.Tick(checker.m_current);
+  checker.m_past.Do(checker.m_current, &self, true, 0);
   checker.m_memory.EndStack(checker.m_current);
   checker.wake(&self, Fiber::State::kBlocked);
   // The last one to end is the scenario's own, if it waits for the others.
@@ -136,7 +139,12 @@ int Checker::Start(void* (*routine)(void*), void* argument) {
   fiber.locals = ThreadLocals();
   fiber.clock = number == 0 ? VectorClock(m_begin) : Self().clock;
   fiber.clock.Set(Epoch(number, m_begin + 1));
-  if (number != 0) Self().clock.Tick(m_current);
+  if (number != 0) {
+    Self().clock.Tick(m_current);
+    m_past.Do(m_current, &m_fibers, true, 0);
+    m_past.Start(number, m_current);
+  }
+  fiber.hasBegun = false;
   fiber.state = Fiber::State::kReady;
   fiber.pausedAt = 0;
   fiber.yields = 0;
@@ -182,6 +190,8 @@ void Checker::begin(const char* what, const void* object, std::size_t size, bool
   }
   Self().reason = what;
   Self().object = object;
+  Self().hasBegun = true;
+  Self().isChange = isChange;
   const void* const here = m_place;
   const bool isShared =
       m_sharing.Use(object, place(), m_current, isChange) || Memory::IsOnAnothersStack(object, m_current);
@@ -193,6 +203,8 @@ void Checker::begin(const char* what, const void* object, std::size_t size, bool
 
 void Checker::end(std::uint64_t value) {
   Self().loadedAt = 0;
+  Self().hasBegun = false;
+  m_past.Do(m_current, Self().object, Self().isChange, m_choices.TakeDecision());
   Self().clock.Tick(m_current);
   if (m_choices.IsReplay()) {
     for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
@@ -203,7 +215,37 @@ void Checker::end(std::uint64_t value) {
   }
 }
 
+// All that the rest of the execution depends on, but for what the choices leave. A thread's past decides
+// where it is in the program; the pasts of all, what is in every object, and in memory, as there is no race.
+// Two executions in one state differ only in when operations were executed that do not depend on each other.
+std::uint64_t Checker::state() const {
+  std::uint64_t state = 0;
+  const auto add = [&](auto part) { state = Past::Mix(state, static_cast<std::uint64_t>(part)); };
+  add(m_current);
+  add(m_nowNs);
+  for (const Refused& requests : {m_refusals.allocations, m_refusals.threads}) {
+    add(requests.first);
+    add(requests.count);
+    add(requests.number);
+  }
+  for (int thread = 0; thread < static_cast<int>(m_fibers.size()); ++thread) {
+    const Fiber& fiber = *m_fibers[static_cast<std::size_t>(thread)];
+    add(m_past.Of(thread));
+    add(fiber.state);
+    add(fiber.hasBegun);
+    add(fiber.yields);
+    add(fiber.wakesAtNs);
+    add(fiber.pausedAt);
+    add(m_changedAt >= fiber.pausedAt);
+  }
+  return state;
+}
+
 void Checker::offerPreemption() {
+  if (m_choices.IsNew() && m_choices.WasAt(state())) {
+    m_isKnown = true;
+    setcontext(&m_main);
+  }
   if (!m_choices.Affords(Choices::Cost::kPreemption)) return;
   Options threads{m_current};
   for (int thread = 0; thread < static_cast<int>(m_fibers.size()); ++thread) {
@@ -354,6 +396,7 @@ void Checker::Write(const void* to, std::size_t size) {
 }
 
 void Checker::Free(void* memory) {
+  if (m_scenario.reusesMemory) changeHeap();
   check(m_memory.Free(memory, accessor()), "frees", memory, 0);
 }
 
@@ -448,7 +491,7 @@ bool Checker::WaitUntil(const void* condition, const void* mutex, std::int64_t e
   Self().wakesAtNs = endNs;
   Wait(condition, mutex);
   Self().wakesAtNs = Fiber::kNever;
-  return m_nowNs < endNs;
+  return NowNs() < endNs;
 }
 
 bool Checker::WaitWhile(const std::uint32_t* word, std::uint32_t value) {
@@ -480,6 +523,7 @@ int Checker::Notify(const void* object, int count) {
                            : m_choices.Choose(Choices::Kind::kWaiter, Choices::Cost::kFree, waiters);
     m_fibers[static_cast<std::size_t>(chosen)]->state = Fiber::State::kReady;
   }
+  m_past.See(m_current, static_cast<std::uint64_t>(woken));  // How a waiter was woken is in no past.
   end(static_cast<std::uint64_t>(woken));
   return woken;
 }

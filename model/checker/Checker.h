@@ -14,6 +14,7 @@
 #include "checker/Fiber.h"
 #include "checker/Image.h"
 #include "checker/Memory.h"
+#include "checker/Past.h"
 #include "checker/Refusals.h"
 #include "checker/Sharing.h"
 
@@ -69,7 +70,8 @@ class Checker {
   void Write(const void* to, std::size_t size);
   /// Null when it is refused.
   void* Allocate(std::size_t size, std::size_t alignment) {
-    return m_refusals.allocations.Take() ? nullptr : m_memory.Allocate(size, alignment);
+    if (m_scenario.reusesMemory) changeHeap();
+    return isRefused(m_refusals.allocations) ? nullptr : m_memory.Allocate(size, alignment, m_current);
   }
   void Free(void* memory);
 
@@ -101,7 +103,7 @@ class Checker {
 
   /// What the system refuses from now on, to whichever thread.
   void Refuse(const Refusals& refusals) { m_refusals = refusals; }
-  bool IsThreadRefused() { return m_refusals.threads.Take(); }
+  bool IsThreadRefused() { return isRefused(m_refusals.threads); }
   /// The number of a new thread.
   int Start(void* (*routine)(void*), void* argument);
   void* Join(int thread);
@@ -110,7 +112,10 @@ class Checker {
   void Yield();
 
   /// Passes while all threads wait, and in no other way.
-  std::int64_t NowNs() const { return m_nowNs; }
+  std::int64_t NowNs() {
+    m_past.See(m_current, static_cast<std::uint64_t>(m_nowNs));
+    return m_nowNs;
+  }
   void Pass(std::int64_t ns) { m_nowNs += ns; }
 
  private:
@@ -126,6 +131,14 @@ class Checker {
   void begin(const char* what, const void* object, std::size_t size, bool isChange, bool isOffered = true);
   void end(std::uint64_t value);
   void offerPreemption();
+  std::uint64_t state() const;
+  bool isRefused(Refused& requests) {
+    const bool isRefused = requests.Take();
+    if (isRefused) m_past.See(m_current, 1);
+    return isRefused;
+  }
+  // Where memory is used again, a block depends on those that were freed.
+  void changeHeap() { m_past.Do(m_current, &m_memory, true, 0); }
   void check(Memory::Finding finding, const char* what, const void* memory, std::size_t size);
   [[noreturn]] void failAll();
   void block(const char* reason, const void* object, Fiber::State state);
@@ -143,6 +156,7 @@ class Checker {
   Memory m_memory;
   Atomics m_atomics{m_choices};
   Sharing m_sharing;
+  Past m_past;
   std::vector<std::unique_ptr<Fiber>> m_pool;
   std::vector<Fiber*> m_fibers;  // Of this execution.
   ucontext_t m_main{};
@@ -153,6 +167,7 @@ class Checker {
   std::int64_t m_nowNs = 0;
   std::uint32_t m_changedAt = 0;  // The last operation that changed something.
   std::uint32_t m_begin = 1;
+  bool m_isKnown = false;  // The search tries the rest of this execution elsewhere.
   const void* m_place = nullptr;
   std::string m_failure;
   std::vector<Step> m_steps;

@@ -16,6 +16,7 @@ void Choices::Search(Limits limits) {
   m_mode = Mode::kSearch;
   m_limits = limits;
   m_path.clear();
+  m_states.clear();
 }
 
 void Choices::Random(std::uint64_t seed) {
@@ -43,6 +44,7 @@ void Choices::Replay(std::string_view schedule) {
 void Choices::BeginExecution() {
   m_left = m_limits;
   m_operation = 0;
+  m_decision = 0;
   m_unusual.clear();
   m_depth = 0;
 }
@@ -58,6 +60,7 @@ int Choices::Choose(Kind kind, Cost cost, const Options& options) {
   if (at == 0) return options[0];
   if (cost != Cost::kFree) Spend(cost);
   m_unusual.push_back({m_operation, kind, options[at]});
+  if (kind != Kind::kPreemption && kind != Kind::kNext) m_decision = m_decision * Options::kMost + at;
   return options[at];
 }
 
@@ -87,6 +90,15 @@ std::size_t Choices::decide(Kind kind, Cost cost, const Options& options) {
       return 0;
   }
   return 0;
+}
+
+bool Choices::WasAt(std::uint64_t state) {
+  const auto [visit, isFirst] = m_states.try_emplace(state, m_left);
+  if (isFirst) return false;
+  Limits& then = visit->second;
+  if (then.preemptions >= m_left.preemptions && then.oddities >= m_left.oddities) return true;
+  then = m_left;
+  return false;
 }
 
 std::string Choices::Schedule() const {

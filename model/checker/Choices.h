@@ -8,6 +8,8 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace model {
@@ -71,6 +73,13 @@ class Choices {
   /// For a decision that costs twice.
   void Spend(Cost cost) { --left(cost); }
 
+  /// Of a search: whether no execution before has come here by the same decisions.
+  bool IsNew() const { return m_mode == Mode::kSearch && m_depth == m_path.size(); }
+  /// Whether the search was in this state before, with as much left: it tries whatever may follow from there.
+  bool WasAt(std::uint64_t state);
+  /// What was decided since the last call, besides which thread goes on.
+  std::uint64_t TakeDecision() { return std::exchange(m_decision, 0); }
+
   std::string Schedule() const;
 
  private:
@@ -99,6 +108,8 @@ class Choices {
 
   std::vector<Branch> m_path;  // Of a search: the decisions of the execution, and what is left of each.
   std::size_t m_depth = 0;
+  std::unordered_map<std::uint64_t, Limits> m_states;  // Where it was, each with what was left there.
+  std::uint64_t m_decision = 0;
   std::minstd_rand m_random;
   std::vector<Decision> m_replayed;
 };

@@ -30,7 +30,10 @@ struct Fiber {
   /// It sleeps or yields: others go on before it does. The number of the operation at which it began; 0: it
   /// does not.
   std::uint32_t pausedAt = 0;
-  int yields = 0;  ///< since it last gave way
+  /// It is in an operation, which is not in its past yet.
+  bool hasBegun = false;
+  bool isChange = false;  ///< the operation may change the object
+  int yields = 0;         ///< since it last gave way
   /// Until when it waits for a notification at most.
   std::int64_t wakesAtNs = kNever;
   void* (*routine)(void*) = nullptr;

@@ -28,7 +28,8 @@ Memory::Memory()
 void Memory::BeginExecution(std::uint32_t begin, bool reusesFreed) {
   m_begin = begin;
   // The region's own variables point at the end of what was loaded: at no block.
-  m_heapNext = m_loaded.data() + m_loaded.size() + 1;
+  for (int thread = 0; thread < kMostThreads; ++thread) m_next[thread] = Region::PartOf(thread);
+  m_next[0] = m_loaded.data() + m_loaded.size() + 1;
   m_reusesFreed = reusesFreed;
   m_readers.clear();
   m_sizes.clear();
@@ -41,7 +42,7 @@ void Memory::ForgetTimes() {
   madvise(m_dataCells, m_data.size() * sizeof(Cell), MADV_DONTNEED);
 }
 
-void* Memory::Allocate(std::size_t size, std::size_t alignment) {
+void* Memory::Allocate(std::size_t size, std::size_t alignment, int thread) {
   // Every block has an address of its own.
   if (size == 0) size = 1;
   if (m_reusesFreed) {
@@ -55,12 +56,12 @@ void* Memory::Allocate(std::size_t size, std::size_t alignment) {
       return memory;
     }
   }
-  std::byte* const memory = Align(m_heapNext, alignment);
-  if (memory + size > Region::Stacks()) {
+  std::byte* const memory = Align(m_next[thread], alignment);
+  if (memory + size > Region::PartOf(thread) + Region::kPartSize) {
     std::fputs("model: the scenario takes too much memory\n", stderr);
     std::abort();
   }
-  m_heapNext = memory + size;
+  m_next[thread] = memory + size;
   m_sizes[memory] = size;
   std::memset(memory, kFresh, size);
   return memory;

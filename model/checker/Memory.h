@@ -41,7 +41,8 @@ class Memory {
   /// After the times of epochs began again.
   void ForgetTimes();
 
-  void* Allocate(std::size_t size, std::size_t alignment);
+  /// Where a block is depends on the thread's own blocks alone, unless freed memory is used again.
+  void* Allocate(std::size_t size, std::size_t alignment, int thread);
   Finding Free(void* memory, Accessor by);
   /// After an execution: what is allocated and nothing points at; empty when there is none.
   std::string FindLeak() const;
@@ -74,7 +75,7 @@ class Memory {
   // The program's variables, and the heap and the stacks; what was allocated at load comes first there.
   const std::span<std::byte> m_data;
   const std::span<std::byte> m_loaded;
-  std::byte* m_heapNext = nullptr;
+  std::byte* m_next[kMostThreads] = {};  // In each thread's part of the heap.
   Cell* const m_dataCells;
   Cell* const m_cells;
   const std::byte* m_frames[kMostThreads] = {};

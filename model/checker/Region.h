@@ -11,11 +11,13 @@ namespace model {
 /// Where the heap and the stacks of executions are.
 class Region {
  public:
-  static constexpr std::size_t kHeapSize = std::size_t{32} << 20;
+  static constexpr std::size_t kPartSize = std::size_t{32} << 20;  // Of the heap, for each thread.
+  static constexpr std::size_t kHeapSize = kMostThreads * kPartSize;
   static constexpr std::size_t kStackSize = std::size_t{256} << 10;
   static constexpr std::size_t kSize = kHeapSize + kMostThreads * kStackSize;
 
   static std::byte* Begin();
+  static std::byte* PartOf(int thread) { return Begin() + static_cast<std::size_t>(thread) * kPartSize; }
   static std::byte* Stacks() { return Begin() + kHeapSize; }
   static std::byte* StackOf(int thread) { return Stacks() + static_cast<std::size_t>(thread) * kStackSize; }
   static bool IsOfHeap(const void* memory) { return memory >= Begin() && memory < Stacks(); }

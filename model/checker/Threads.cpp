@@ -158,10 +158,11 @@ int nanosleep(const timespec* time, timespec* left) {
 }
 
 int clock_gettime(clockid_t clock, timespec* time) noexcept {
-  const model::Checker* const checker = model::ActiveChecker();
+  model::Checker* const checker = model::ActiveChecker();
   if (checker == nullptr) return static_cast<int>(syscall(SYS_clock_gettime, clock, time));
-  time->tv_sec = checker->NowNs() / kNsPerSecond;
-  time->tv_nsec = checker->NowNs() % kNsPerSecond;
+  const std::int64_t now = checker->NowNs();
+  time->tv_sec = now / kNsPerSecond;
+  time->tv_nsec = now % kNsPerSecond;
   return 0;
 }
 
@@ -203,7 +204,7 @@ int __wrap___cxa_atexit(void (*function)(void*), void* argument, void* library) 
 
 // In place of the processor's counter.
 std::uint64_t ModelTicks() {
-  const model::Checker* const checker = model::ActiveChecker();
+  model::Checker* const checker = model::ActiveChecker();
   return checker == nullptr ? 0 : static_cast<std::uint64_t>(checker->NowNs());
 }
 
