@@ -153,6 +153,14 @@ TEST(SettingsCheck, FindsEveryPartThatImportSkips) {
   }
 }
 
+// Of two that are as near, as one letter replaced is as near as two that changed places.
+TEST(SettingsCheck, SuggestsTheNameWithTheSameLetters) {
+  const kalStore::SettingsNames known = {{kalStore::KAL_CONFIG_GROUP_AUDIO, {"abce", "abdc", "abcf"}}};
+  const auto findings = CheckSettings(R"({"Audio":[{"key":"abcd","value":"1"}]})", known);
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(findings[0].nearest, "abdc");
+}
+
 TEST(SettingsCheck, GivesOffsetsInBytes) {
   const std::string text = "{\"caf\xc3\xa9\":[],\"Audoi\":[]}";
   const auto findings = CheckSettings(text);

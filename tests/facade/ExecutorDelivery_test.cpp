@@ -123,6 +123,26 @@ TEST_P(OnAnExecutor, WaitsForARunInProgressOnAnotherThread) {
   loop.join();
 }
 
+TEST_P(OnAnExecutor, WaitsForTheExecutorOnAnotherThread) {
+  Gate begun, goOn;
+  std::atomic<bool> hasEnded{false};
+  Subscription subscription = Collecting([&](const std::function<void()>&) {
+    begun.Open();
+    goOn.Wait();
+    hasEnded = true;
+  });
+  std::thread setter([&] { kValue.Set(m_setter, 1); });
+  begun.Wait();
+  m_clock.OnPause([&] {
+    goOn.Open();
+    LetOthersRun();
+  });
+  subscription.Remove();
+  EXPECT_TRUE(hasEnded);
+  goOn.Open();
+  setter.join();
+}
+
 TEST_P(OnAnExecutor, WaitsForRunsOnSeveralThreadsAtOnce) {
   Gate goOn;
   std::atomic<int> begun{0}, ended{0};

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <future>
 #include <stdexcept>
 #include <thread>
@@ -138,6 +139,20 @@ TEST_F(JournalDeliveries, HandedOverRunOnTheirThread) {
   EXPECT_EQ(events[1].label.text, "setter");
   EXPECT_EQ(events[1].caller, events[0].caller);
   EXPECT_EQ(events[1].timeNs - events[1].waitedNs, events[0].timeNs);
+}
+
+TEST_F(JournalDeliveries, BeginWhenOneThatWasHandedOverHasEnded) {
+  ACmThread worker("worker");
+  worker.Start();
+  Subscribe([](const KalConfigEvent&) { std::this_thread::sleep_for(std::chrono::milliseconds(1)); },
+            &worker);
+  Subscribe([](const KalConfigEvent&) {});
+  Events();
+  Set(15);
+  const auto events = Events({JournalKind::kDelivered});
+  ASSERT_THAT(events, SizeIs(2));
+  EXPECT_EQ(events[1].way, JournalWay::kDirect);
+  EXPECT_GT(events[1].waitedNs, 0);
 }
 
 TEST_F(JournalDeliveries, OnTheirOwnRunThreadAreDirect) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <new>
+#include <string>
 #include <thread>
 
 #include "JournalTest.h"
@@ -31,6 +34,30 @@ TEST_F(JournalStart, TakesCapacitiesWithinItsLimits) {
     EXPECT_EQ(StopJournal(), kResultUnchanged);
     EXPECT_FALSE(IsJournalOn());
   }
+}
+
+TEST(JournalStartDeathTest, NamesTheSettingOfTheFirstEventsOfAProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto use = [] {
+    KalConfig store(7);
+    const auto subscribe = [&] {
+      store.SubscribeConfig(KAL_CONFIG_GROUP_VIDEO, "Key", [](const KalConfigEvent&) {}, nullptr, false);
+    };
+    subscribe();
+    StartJournal(16);
+    JournalReader reader;
+    store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "Key", 1, false, false);
+    subscribe();
+    std::string events;
+    for (JournalEvent event; reader.Next(event);) {
+      events += std::to_string(event.number) + " of " + std::to_string(event.cause);
+      events += " " + event.name.text + ", ";
+    }
+    const bool isRight = events == "1 of 0 Key, 2 of 1 Key, 3 of 0 Key, 4 of 0 Key, ";
+    if (!isRight) std::fputs(events.c_str(), stderr);
+    std::_Exit(isRight ? 17 : 1);
+  };
+  EXPECT_EXIT(use(), testing::ExitedWithCode(17), "");
 }
 
 TEST_F(JournalStart, RoundsTheCapacityUp) {

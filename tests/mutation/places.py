@@ -33,8 +33,10 @@ ASSIGNMENT = re.compile(r"(?:(?:relaxed::)?(?:Store\w*|ClearBlocks)\((?P<stored>
                         r"|(?:\+\+|--)(?P<counted>PATH)|(?P<counter>PATH)(?:\+\+|--));$"
                         .replace("PATH", PATH.pattern))
 MOVED = re.compile(rf"(?:std::move|std::exchange|relaxed::Exchange)\(({PATH.pattern})[,)]")
-PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|greater)(?:<[\w:]*>)?|\bstatic_cast<[\w:*& ]+>"
-                       r"|(?:\.|->)(?:size|empty)|[^\w>])\(")
+# Of the libraries' own functions, some that only read their arguments.
+PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|greater|string)(?:<[\w:]*>)?|\bstatic_cast<[\w:*& ]+>|\bsizeof"
+                       r"|\b(?:mapToKALCodec|SessionTypeOfGroup|TypeOf|ElementPath|High|Low|Saturated\w*(?:<[\w: ]+>)?)"
+                       r"|(?:\.|->)(?:size|Size|empty|data|get|Place|FaultPlace|FaultReason)|[^\w>])\(")
 WRITING = re.compile(r" [-+|&]?= |\+\+|--")
 LOCK = re.compile(r"(?:const )?[\w:]*(?:Lock|Guard) \w+[({].*[)}];$")
 NOT_CODE = re.compile(r"\s*(#|static_assert|using |namespace |template )")

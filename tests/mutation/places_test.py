@@ -107,6 +107,7 @@ class Swaps(unittest.TestCase):
                       ("StoreEach(a.x, b);", "a.y = b[0];"),
                       ("relaxed::StoreIf(a, x, std::greater<>());", "relaxed::Store(b, x);"),
                       ("a = std::exchange(b.a, {});", "c = relaxed::Exchange(b.c, 0);"),
+                      ("a = b.data() + sizeof(int);", "c = Saturated<unsigned int>(d);"),
                       ("relaxed::Store(a[i].x, b[i].x);", "relaxed::Store(a[j].y, 1);")):
             self.assertEqual(made("swap", in_function(*lines)), [], lines)
         for lines in (("x = 1;", "y = x;"), ("x = y;", "y = 1;"), ("x = 1;", "x = 2;"), ("a.x = 1;", "a = b;"),

@@ -109,6 +109,18 @@ TEST_F(RecordingStatistics, BeginsAnewWithAnObjectThatIsMadeAnew) {
   EXPECT_EQ(Members()[0], Members()[1]);
 }
 
+TEST_F(RecordingStatistics, GoesOnWithAnObjectOfWhichAReferenceIsReleased) {
+  const StatsRef<VideoStats> video(7);
+  {
+    Recording recording(File(), {.statisticsInterval = hours(1)});
+    const StatsRef<VideoStats> another(7);
+    video->UpdateVideoCapturedFrameCnt(250);
+    recording.Flush();
+  }
+  EXPECT_THAT(Members(),
+              ElementsAre(R"(video {"call.noiseLevel":-1})", R"(video {"call.capturedFrames":250})"));
+}
+
 TEST_F(RecordingStatistics, WritesWhatIsNoNumberInJsonAsAString) {
   {
     const StatsRef<AudioStats> audio(7);

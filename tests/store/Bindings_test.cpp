@@ -210,6 +210,17 @@ TEST_F(StoreBindings, HandOnNoDefaultOfAnEarlierRead) {
   EXPECT_FALSE(value.IsValid());
 }
 
+TEST_F(StoreBindings, ThatAreNoneAreReadWithoutAWarning) {
+  Subscribe("subscribed", [](const KalConfigEvent&) {});
+  m_store.UnsubscribeConfig(Bind("removed", [](const KalConfigEvent&) { return ConfigValue(); }));
+  const TraceLog log(1);
+  ConfigData value;
+  for (const char* name : {"none", "subscribed", "removed"})
+    EXPECT_EQ(kResultNobody, m_store.GetDynamicConfig(kAudio, name, value, {}));
+  for (const char* name : {"none", "removed"}) EXPECT_EQ(kResultNobody, Set(name, "1"));
+  EXPECT_TRUE(log.Lines().empty());
+}
+
 TEST_F(StoreBindings, MayGiveAnEmptyValue) {
   Bind("name", [](const KalConfigEvent&) { return ConfigValue(); });
   ConfigData value("before");

@@ -63,6 +63,14 @@ TEST_F(Key, GivesItsDefaultWhileNothingIsStored) {
   }
 }
 
+TEST_F(Key, OfAReferenceIsNotifiedOfAnEqualValueOnlyWhenThatIsForced) {
+  for (const ConfigRef ref : m_refs) {
+    ref.Set(KAL_CONFIG_GROUP_AUDIO, "untyped", 1);
+    EXPECT_EQ(ref.Set(KAL_CONFIG_GROUP_AUDIO, "untyped", 1), kResultUnchanged);
+    EXPECT_EQ(ref.Set(KAL_CONFIG_GROUP_AUDIO, "untyped", 1, true), kResultNobody);
+  }
+}
+
 TEST_F(Key, GivesWhatItSet) {
   for (const ConfigRef ref : m_refs) {
     kMaxFps.Set(ref, -15);
