@@ -47,6 +47,13 @@ using Expected = std::vector<std::string>;
 
 }  // namespace
 
+TEST(SettingsFinding, IsNowhereUntilItIsMade) {
+  const SettingsFinding finding;
+  EXPECT_EQ(finding.problem, Problem::kNoJson);
+  for (const std::size_t number : {finding.offset, finding.line, finding.column}) EXPECT_EQ(number, 0U);
+  EXPECT_TRUE(kalStore::SettingsEntry().stays);
+}
+
 TEST(SettingsCheck, FindsNothingInADocumentThatIsFine) {
   EXPECT_EQ(Lines("{}"), Expected());
   EXPECT_EQ(Lines(" {\"Audio\":[]}\n"), Expected());

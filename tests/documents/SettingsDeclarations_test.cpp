@@ -86,6 +86,12 @@ TEST(SettingsDeclarations, MayBeNone) {
   EXPECT_TRUE(ReadDeclarations({}).findings.empty());
 }
 
+TEST(DeclarationFinding, IsNowhereUntilItIsMade) {
+  const DeclarationFinding finding;
+  for (const std::size_t number : {finding.document, finding.offset, finding.line, finding.column})
+    EXPECT_EQ(number, 0U);
+}
+
 TEST(SettingsDeclarations, GiveDefaultsTheFormOfAStore) {
   const std::pair<std::string, std::string> rows[] = {
       {R"("type":"bool","default":true)", "1"},

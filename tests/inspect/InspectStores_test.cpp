@@ -10,6 +10,23 @@ using ::testing::SizeIs;
 
 class InspectStores : public InspectTest {};
 
+TEST(Inspected, IsNothingUntilItIsLookedAt) {
+  const InspectedCall call;
+  const InspectedSubscription subscription;
+  const InspectedStatistics statistics;
+  for (const std::uint32_t number :
+       {call.callId, call.references, subscription.deliveries, statistics.callId, statistics.references})
+    EXPECT_EQ(number, 0u);
+  EXPECT_FALSE(call.isCleanedUp);
+  EXPECT_FALSE(subscription.isBinding);
+  EXPECT_EQ(subscription.id, 0u);
+  EXPECT_EQ(subscription.way, JournalWay::kNone);
+  EXPECT_EQ(subscription.runThread, nullptr);
+  EXPECT_EQ(subscription.runThreadId, 0u);
+  EXPECT_EQ(subscription.deliveringThreadId, 0u);
+  EXPECT_EQ(statistics.type, KAL_TESSEL_AUDIO);
+}
+
 TEST_F(InspectStores, GivesTheCallsAndTheirReferences) {
   EXPECT_EQ(ReferencesOf(kInspected), 2u);
   IKalConfig* shared = nullptr;

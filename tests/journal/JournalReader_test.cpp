@@ -24,6 +24,29 @@ class JournalReaders : public JournalTest {
   KalConfig m_store{kCall};
 };
 
+TEST(JournalEvent, HasNothingUntilItIsRead) {
+  const JournalEvent event;
+  for (const std::uint64_t number : {event.number, event.missed, event.id, event.cause})
+    EXPECT_EQ(number, 0u);
+  for (const std::int64_t ns : {event.timeNs, event.waitedNs, event.ranNs}) EXPECT_EQ(ns, 0);
+  for (const std::uint32_t number : {event.callId, event.count, event.line, event.column}) {
+    EXPECT_EQ(number, 0u);
+  }
+  for (const JournalString* const string : {&event.name, &event.label, &event.document}) {
+    EXPECT_EQ(string->text, "");
+    EXPECT_FALSE(string->isCut);
+  }
+  for (const auto* const string : {&event.oldValue, &event.newValue, &event.thrown}) EXPECT_FALSE(*string);
+  EXPECT_EQ(event.kind, JournalKind::kSet);
+  EXPECT_EQ(event.threadId, 0u);
+  EXPECT_EQ(event.group, KAL_CONFIG_GROUP_DEFAULT);
+  EXPECT_EQ(event.entityType, -1);
+  EXPECT_EQ(event.result, kResultOk);
+  EXPECT_EQ(event.way, JournalWay::kNone);
+  EXPECT_EQ(event.caller, nullptr);
+  EXPECT_EQ(CodePlace().offset, 0u);
+}
+
 TEST_F(JournalReaders, GetEverythingThatFitsInTheRing) {
   Set(1, kCapacity);
   int expected = 1;

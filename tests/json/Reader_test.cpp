@@ -13,6 +13,12 @@ std::string ReadString(const std::string& text) {
   return value.GetType() == json::StringVal ? value.ToString() : "(malformed)";
 }
 
+TEST(ParseError, IsNoneUntilThereIsOne) {
+  const json::ParseError error;
+  for (const std::size_t number : {error.offset, error.line, error.column}) EXPECT_EQ(number, 0u);
+  EXPECT_EQ(error.reason, nullptr);
+}
+
 TEST(Reader, ReadsNestedObjectsAndArrays) {
   const Value value = Deserialize(R"({"a":[1,{"b":"c"},[]],"d":{}})");
   ASSERT_EQ(value.GetType(), json::ObjectVal);

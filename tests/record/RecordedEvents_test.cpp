@@ -39,6 +39,15 @@ class RecordedEvents : public RecordingTest {
   }
 };
 
+TEST(RecordingOptions, HaveOneFileWithoutALimitUnlessChosen) {
+  const RecordingOptions options;
+  EXPECT_EQ(options.journalCapacity, 16384u);
+  EXPECT_EQ(options.statisticsInterval, std::chrono::seconds(1));
+  EXPECT_EQ(options.largestFile, 0u);
+  EXPECT_EQ(options.files, 1u);
+  EXPECT_FALSE(options.filter);
+}
+
 TEST_F(RecordedEvents, AreWhatTheCallDid) {
   {
     const Recording recording(File());
@@ -184,20 +193,22 @@ TEST_F(RecordedEvents, SayWhoDidThemForManyLabelsAndPlaces) {
       const JournalOrigin origin(label.c_str());
       store->SetKalConfig(kVideo, "MaxFps", i, false, false);
     }
-    store->ApplyKalConfigs(
-        "{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"},{\"key\":\"B\",\"value\":\"2\"},\n"
-        "{\"key\":\"C\",\"value\":\"3\"}]}");
+    for (int i = 0; i < 2; ++i) {
+      store->ApplyKalConfigs(
+          "{\"Audio\":[{\"key\":\"A\",\"value\":\"1\"},{\"key\":\"B\",\"value\":\"2\"},\n"
+          "{\"key\":\"C\",\"value\":\"3\"}]}");
+    }
   }
   const auto sets = OfType("set");
-  ASSERT_EQ(sets.size(), 2u * kLabels + 3);
+  ASSERT_EQ(sets.size(), 2u * kLabels + 6);
   for (int i = 0; i < 2 * kLabels; ++i) {
     EXPECT_EQ(sets[i].Origin("label"), "controller " + std::to_string(i % kLabels));
     EXPECT_EQ(sets[i].Origin("line"), "");
   }
   const char* const places[][2] = {{"1", "18"}, {"1", "42"}, {"2", "8"}};
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(sets[2 * kLabels + i].Origin("line"), places[i][0]);
-    EXPECT_EQ(sets[2 * kLabels + i].Origin("column"), places[i][1]);
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_EQ(sets[2 * kLabels + i].Origin("line"), places[i % 3][0]);
+    EXPECT_EQ(sets[2 * kLabels + i].Origin("column"), places[i % 3][1]);
     EXPECT_EQ(sets[2 * kLabels + i].Origin("document"), "");
   }
 }
