@@ -95,8 +95,8 @@ NodeBlocks::ReleasedTogether::~ReleasedTogether() {
 NodeBlocks::NodeBlocks() noexcept : m_outer(std::exchange(t_innermost, this)) {}
 
 NodeBlocks::~NodeBlocks() {
-  close();
   t_innermost = m_outer;
+  replace(nullptr);
 }
 
 void* NodeBlocks::Take(std::size_t size) {
@@ -126,25 +126,28 @@ void NodeBlocks::Release(void* node, std::size_t size) noexcept {
 
 void* NodeBlocks::cut(std::size_t size) {
   const std::size_t taken = (kBlockPointer + size + kStep - 1) / kStep * kStep;
-  if (static_cast<std::size_t>(m_end - m_next) < taken) {
-    if (taken + sizeof(Block) > kMaxBlock) return nullptr;
+  while (static_cast<std::size_t>(m_end - m_next) < taken) {
+    if (taken > kMaxBlock - sizeof(Block)) return nullptr;
     const std::size_t bytes = std::max(std::min(2 * m_size, kMaxBlock), taken + sizeof(Block));
     void* const memory = ::operator new(bytes, kAlignment);
-    close();
-    m_block = new (memory) Block(bytes);
     m_size = bytes;
     m_next = static_cast<std::byte*>(memory) + sizeof(Block);
     m_end = static_cast<std::byte*>(memory) + bytes;
+    replace(new (memory) Block(bytes));
   }
   Block** const place = reinterpret_cast<Block**>(m_next);
-  *place = m_block;
+  // The analyzer takes it for possible that a node takes nothing, not even the pointer before it.
+  *place = m_block;  // NOLINT(clang-analyzer-core.NullDereference)
   m_next += taken;
   ++m_count;
   return place + 1;
 }
 
-void NodeBlocks::close() noexcept {
-  if (m_block) std::exchange(m_block, nullptr)->Drop(kOpen - std::exchange(m_count, 0));
+// The last step may free a block: a program's own operator delete may make nodes here, too.
+void NodeBlocks::replace(Block* next) noexcept {
+  Block* const last = std::exchange(m_block, next);
+  const std::size_t lastCount = std::exchange(m_count, 0);
+  if (last) last->Drop(kOpen - lastCount);
 }
 
 }  // namespace kalStore::internal

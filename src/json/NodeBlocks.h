@@ -44,7 +44,7 @@ class NodeBlocks {
   [[gnu::tls_model("initial-exec")]] static thread_local Released t_released;
 
   void* cut(std::size_t size);
-  void close() noexcept;
+  void replace(Block* next) noexcept;
 
   NodeBlocks* const m_outer;
   Block* m_block = nullptr;  // The one that nodes are cut out of.

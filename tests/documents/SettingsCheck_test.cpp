@@ -308,6 +308,16 @@ TEST(SettingsCheck, SuggestsTheNearestNameWhateverComesBeforeIt) {
   }
 }
 
+TEST(SettingsCheck, SuggestsANameWhoseLettersHaveAnotherCase) {
+  for (char letter = 'a'; letter <= 'z'; ++letter) {
+    const std::string known(4, letter), written(4, static_cast<char>(letter - 'a' + 'A'));
+    const auto findings = CheckSettings(R"({"Audio":[{"key":")" + written + R"(","value":"1"}]})",
+                                        {{kalStore::KAL_CONFIG_GROUP_AUDIO, {known}}});
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].nearest, known);
+  }
+}
+
 TEST(SettingsCheck, FindsValuesThatAToggleCannotHave) {
   const std::string text = R"({"Feature":[
 {"key":"EnableMusicDetection","value":"off"},

@@ -108,6 +108,33 @@ TEST_F(JournalEvents, HasRemovalsWithWhatTheyTook) {
   EXPECT_EQ(events[2].group, kVideo);
 }
 
+TEST_F(JournalEvents, SayHowLongAnImportRan) {
+  m_store.ApplyKalConfigs(R"({"Video": [{"key": "MaxFps", "value": "15"}]})");
+  m_store.SetKalConfig(kVideo, "MaxFps", 16, false, false);
+  const auto events = Events();
+  ASSERT_THAT(KindsOf(events), ElementsAre(JournalKind::kSet, JournalKind::kApplied, JournalKind::kSet));
+  const std::int64_t endNs = events[1].timeNs + events[1].ranNs;
+  EXPECT_LE(events[1].timeNs, events[0].timeNs);
+  EXPECT_GE(endNs, events[0].timeNs);
+  EXPECT_LE(endNs, events[2].timeNs);
+}
+
+TEST_F(JournalEvents, NameTheInnermostDocumentThatIsNamed) {
+  const auto apply = [&] { m_store.ApplyKalConfigs(R"({"Video": [{"key": "MaxFps", "value": "15"}]})"); };
+  {
+    const JournalDocument outer("outer.json");
+    {
+      const JournalDocument inner("inner.json");
+      apply();
+    }
+    apply();
+  }
+  apply();
+  std::vector<std::string> documents;
+  for (const JournalEvent& event : Events({JournalKind::kSet})) documents.push_back(event.document.text);
+  EXPECT_THAT(documents, ElementsAre("inner.json", "outer.json", ""));
+}
+
 TEST_F(JournalEvents, HasAnImportWithTheSetsThatItMade) {
   const JournalDocument document("lab.json");
   const char* const text =

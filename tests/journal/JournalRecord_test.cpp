@@ -75,7 +75,7 @@ TEST(JournalRecord, KeepsEachNumberOfADeliveryAlone) {
   constexpr auto kDelivered = JournalKind::kDelivered;
   for (const JournalEntry& entry :
        {JournalEntry{.kind = kDelivered, .id = 1}, JournalEntry{.kind = kDelivered, .cause = 2},
-        JournalEntry{.kind = kDelivered, .waitedNs = 3}, JournalEntry{.kind = kDelivered, .ranNs = 4}}) {
+        JournalEntry{.kind = kDelivered, .waitedNs = 1}, JournalEntry{.kind = kDelivered, .ranNs = 1}}) {
     const JournalEvent event = Recorded(entry);
     EXPECT_EQ(event.id, entry.id);
     EXPECT_EQ(event.cause, entry.cause);
@@ -93,7 +93,7 @@ TEST(JournalRecord, HasNothingThatItIsNotGiven) {
   EXPECT_EQ(event.document.text, "");
   EXPECT_EQ(event.line, 0u);
   EXPECT_EQ(event.column, 0u);
-  EXPECT_NE(event.timeNs, 0) << "now";
+  EXPECT_GT(event.timeNs, 1) << "now";
   EXPECT_EQ(event.group, KAL_CONFIG_GROUP_DEFAULT);
   EXPECT_EQ(event.entityType, -1);
   EXPECT_EQ(event.name.text, "");
@@ -104,6 +104,7 @@ TEST(JournalRecord, HasNothingThatItIsNotGiven) {
   EXPECT_EQ(event.cause, 0u);
   EXPECT_EQ(event.waitedNs, 0);
   EXPECT_EQ(event.ranNs, 0);
+  EXPECT_EQ(Recorded({.kind = JournalKind::kStatisticsEnded}).entityType, -1);
 }
 
 TEST(JournalRecord, HasTheTypeOfAStatisticsObject) {
@@ -148,6 +149,9 @@ TEST(JournalRecord, CutsBytesThatAreNoUtf8AtTheLimit) {
   const std::string continuations(100, '\x80');
   EXPECT_EQ(Recorded({.kind = JournalKind::kSet, .name = continuations}).name.text.size(),
             kJournalLongestValue);
+  std::string tooLong(kJournalLongestValue - 5, 'a');
+  tooLong += '\xF0' + continuations;  // One byte more than a character has.
+  EXPECT_EQ(Recorded({.kind = JournalKind::kSet, .name = tooLong}).name.text.size(), kJournalLongestValue);
 }
 
 TEST(JournalRecord, CutsBeforeACharacterOfAnyLength) {

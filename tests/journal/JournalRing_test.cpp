@@ -102,6 +102,15 @@ TEST(JournalRing, LosesTheRecordsOfWritersWhosePlaceIsBeingWritten) {
   EXPECT_EQ(Read(ring, 4), Found::kWhole);
 }
 
+TEST(JournalRing, LosesTheRecordsOfLaterWritersFirstAsWell) {
+  JournalRing ring(0);
+  ASSERT_NE(ring.Begin(1), nullptr);
+  EXPECT_EQ(ring.Begin(3), nullptr);
+  EXPECT_EQ(ring.Begin(2), nullptr);
+  for (const std::uint64_t lost : {2, 3}) EXPECT_EQ(Read(ring, lost), Found::kGone);
+  EXPECT_EQ(Read(ring, 4), Found::kPending);
+}
+
 TEST(JournalRing, RefusesAWriterThatComesTooLate) {
   JournalRing ring(0);
   Write(ring, 2);

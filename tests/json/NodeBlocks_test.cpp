@@ -129,6 +129,31 @@ TEST(NodeBlocks, AFreeingInsideADeletionOfAnotherOneFreesAll) {
   EXPECT_EQ(LiveAllocations(), before);
 }
 
+// A program's own operator delete may make values: they lie in no block that ends. Here the last block of a
+// read that gives up, with more room or less.
+TEST(NodeBlocks, AValueMadeInsideTheEndOfABlockOutlivesIt) {
+  bool hasFired = false;
+  for (int members = 1; members <= 20; ++members) {
+    const std::string whole = ObjectOf(members);
+    const std::string cut = whole.substr(0, whole.size() - 1);
+    for (const std::size_t block : {500, 1000, 2000}) {
+      const long before = LiveAllocations();
+      {
+        json::Value made = json::Object();
+        {
+          const AtDeletion place(block, [&] { made["k"] = 42; });
+          json::Deserialize(cut);
+          if (!place.Fired()) continue;
+        }
+        hasFired = true;
+        EXPECT_EQ(json::Serialize(made.ToObject()), R"({"k":42})");
+      }
+      EXPECT_EQ(LiveAllocations(), before);
+    }
+  }
+  EXPECT_EQ(hasFired, kHasBlocks);
+}
+
 TEST(NodeBlocks, AReadInsideAnAllocationOfAnotherOneHasItsOwn) {
   const std::string text = ObjectOf(100);
   const std::string expected = json::Serialize(json::Deserialize(text));

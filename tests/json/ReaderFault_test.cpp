@@ -98,9 +98,13 @@ TEST(ReaderFault, LinesAndColumnsCountFromOneAndInBytes) {
 }
 
 TEST(ReaderFault, OfNestingIsAtTheLevelThatIsTooDeep) {
-  const json::ParseError error = FaultOf(std::string(2000, '['));
-  EXPECT_EQ(error.offset, 1000u);
-  EXPECT_STREQ(error.reason, "nested deeper than 1000 levels");
+  for (const std::string level : {"[", "{\"a\":"}) {
+    std::string text;
+    for (int i = 0; i < 2000; ++i) text += level;
+    const json::ParseError error = FaultOf(text);
+    EXPECT_EQ(error.offset, 1000 * level.size());
+    EXPECT_STREQ(error.reason, "nested deeper than 1000 levels");
+  }
 }
 
 }  // namespace

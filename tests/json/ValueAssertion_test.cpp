@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include "tessel/json.h"
 
 namespace {
@@ -21,6 +23,10 @@ class ValueDeathTest : public testing::Test {
   Value m_number = 1;
   const Value m_constant = 1;
 };
+
+TEST_F(ValueDeathTest, AbortsTheProcess) {
+  EXPECT_EXIT(m_number["a"], testing::KilledBySignal(SIGABRT), HasSubstr("json:256: "));
+}
 
 TEST_F(ValueDeathTest, IndexNeedsAnArray) {
   EXPECT_DEATH(m_number[std::size_t{0}],
