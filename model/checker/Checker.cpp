@@ -70,7 +70,6 @@ std::string Checker::Run() {
   m_atomics.BeginExecution();
   m_sharing.BeginExecution();
   m_past.BeginExecution();
-  m_isKnown = false;
   m_fibers.clear();
   m_mutexes.clear();
   m_waiters.clear();
@@ -95,7 +94,7 @@ std::string Checker::Run() {
   swapcontext(&m_main, &Self().context);
   g_isInside = true;
   g_checker = nullptr;
-  if (m_failure.empty() && !m_isKnown) m_failure = m_memory.FindLeak();
+  if (m_failure.empty()) m_failure = m_memory.FindLeak();
   main.Restore();
   for (const Fiber* fiber : m_fibers) {
     for (int thread = 0; thread < kMostThreads; ++thread)
@@ -242,10 +241,7 @@ std::uint64_t Checker::state() const {
 }
 
 void Checker::offerPreemption() {
-  if (m_choices.IsNew() && m_choices.WasAt(state())) {
-    m_isKnown = true;
-    setcontext(&m_main);
-  }
+  if (m_choices.IsNew()) m_choices.BeAt(state());
   if (!m_choices.Affords(Choices::Cost::kPreemption)) return;
   Options threads{m_current};
   for (int thread = 0; thread < static_cast<int>(m_fibers.size()); ++thread) {

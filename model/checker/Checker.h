@@ -167,7 +167,6 @@ class Checker {
   std::int64_t m_nowNs = 0;
   std::uint32_t m_changedAt = 0;  // The last operation that changed something.
   std::uint32_t m_begin = 1;
-  bool m_isKnown = false;  // The search tries the rest of this execution elsewhere.
   const void* m_place = nullptr;
   std::string m_failure;
   std::vector<Step> m_steps;

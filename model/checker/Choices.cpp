@@ -44,6 +44,7 @@ void Choices::Replay(std::string_view schedule) {
 void Choices::BeginExecution() {
   m_left = m_limits;
   m_operation = 0;
+  m_isKnown = false;
   m_decision = 0;
   m_unusual.clear();
   m_depth = 0;
@@ -55,7 +56,7 @@ bool Choices::HasNext() {
 }
 
 int Choices::Choose(Kind kind, Cost cost, const Options& options) {
-  if (options.Size() < 2 || !Affords(cost)) return options[0];
+  if (options.Size() < 2 || m_isKnown || !Affords(cost)) return options[0];
   const std::size_t at = decide(kind, cost, options);
   if (at == 0) return options[0];
   if (cost != Cost::kFree) Spend(cost);
@@ -92,13 +93,11 @@ std::size_t Choices::decide(Kind kind, Cost cost, const Options& options) {
   return 0;
 }
 
-bool Choices::WasAt(std::uint64_t state) {
+void Choices::BeAt(std::uint64_t state) {
   const auto [visit, isFirst] = m_states.try_emplace(state, m_left);
-  if (isFirst) return false;
   Limits& then = visit->second;
-  if (then.preemptions >= m_left.preemptions && then.oddities >= m_left.oddities) return true;
-  then = m_left;
-  return false;
+  m_isKnown = !isFirst && then.preemptions >= m_left.preemptions && then.oddities >= m_left.oddities;
+  if (!m_isKnown) then = m_left;
 }
 
 std::string Choices::Schedule() const {

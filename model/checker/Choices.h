@@ -74,9 +74,10 @@ class Choices {
   void Spend(Cost cost) { --left(cost); }
 
   /// Of a search: whether no execution before has come here by the same decisions.
-  bool IsNew() const { return m_mode == Mode::kSearch && m_depth == m_path.size(); }
-  /// Whether the search was in this state before, with as much left: it tries whatever may follow from there.
-  bool WasAt(std::uint64_t state);
+  bool IsNew() const { return m_mode == Mode::kSearch && !m_isKnown && m_depth == m_path.size(); }
+  /// It has come to a state. If the search was there before with as much left, it tries whatever may follow
+  /// from there: this execution goes on as usual, so that it ends what it uses of the system.
+  void BeAt(std::uint64_t state);
   /// What was decided since the last call, besides which thread goes on.
   std::uint64_t TakeDecision() { return std::exchange(m_decision, 0); }
 
@@ -109,6 +110,7 @@ class Choices {
   std::vector<Branch> m_path;  // Of a search: the decisions of the execution, and what is left of each.
   std::size_t m_depth = 0;
   std::unordered_map<std::uint64_t, Limits> m_states;  // Where it was, each with what was left there.
+  bool m_isKnown = false;                              // What is left of the execution.
   std::uint64_t m_decision = 0;
   std::minstd_rand m_random;
   std::vector<Decision> m_replayed;

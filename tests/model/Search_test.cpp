@@ -8,6 +8,9 @@
 #include <set>
 #include <thread>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "checker/Checker.h"
 #include "checker/Explore.h"
 
@@ -68,6 +71,27 @@ TEST(Search, TriesIndependentOperationsInOneOrder) {
   EXPECT_EQ(independent.preemptions, 4) << independent.failure;
   EXPECT_EQ(dependent.preemptions, 4) << dependent.failure;
   EXPECT_LT(independent.searched, dependent.searched / 4);
+}
+
+void CountBesideAnOpenFile() {
+  const int file = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  TwoCount<true>();
+  close(file);
+}
+
+// The lowest that is free.
+int NextFile() {
+  const int file = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  close(file);
+  return file;
+}
+
+TEST(Search, LeavesNoExecutionBeforeItsEnd) {
+  const int before = NextFile();
+  const model::Outcome all =
+      model::Explore({"", &CountBesideAnOpenFile}, {.preemptions = 2, .oddities = 0}, 0);
+  EXPECT_EQ(all.failure, "");
+  EXPECT_EQ(NextFile(), before);
 }
 
 }  // namespace
