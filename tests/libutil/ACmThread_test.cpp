@@ -202,6 +202,17 @@ TEST(Thread, StopsAnotherOneFromADestructorOfAThreadLocalObject) {
   EXPECT_EQ(second.GetThreadId(), 0u);
 }
 
+TEST(Thread, KeepsNoMemoryWhetherItRanOrNot) {
+  const long allocations = LiveAllocations();
+  {
+    const ACmThread unused;
+    ACmThread stopped;
+    ASSERT_EQ(stopped.Start(), 0);
+    stopped.Stop();
+  }
+  EXPECT_EQ(LiveAllocations(), allocations);
+}
+
 TEST(Thread, EndsByItselfWhenAnEventDestroysIt) {
   EventCounts counts;
   std::promise<void> ended;

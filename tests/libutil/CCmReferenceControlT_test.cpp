@@ -51,6 +51,20 @@ TEST(ReferenceControl, LeavesTheEndToTheObject) {
   EXPECT_EQ(object.returns, 1);
 }
 
+TEST(ReferenceControl, AddsNoReferenceOnceTheLastOneIsReleased) {
+  Pooled object;
+  EXPECT_FALSE(object.AddReferenceUnlessZero());
+  EXPECT_EQ(object.ReferenceCount(), 0u);
+  object.AddReference();
+  for (unsigned int count = 2; count <= 4; ++count) {
+    EXPECT_TRUE(object.AddReferenceUnlessZero());
+    EXPECT_EQ(object.ReferenceCount(), count);
+  }
+  for (int i = 0; i < 4; ++i) object.ReleaseReference();
+  EXPECT_FALSE(object.AddReferenceUnlessZero());
+  EXPECT_EQ(object.returns, 1);
+}
+
 TEST(ReferenceControl, DeletesOnceAfterTheWritesOfAllOwners) {
   for (int round = 0; round < 500; ++round) {
     int deletions = 0;

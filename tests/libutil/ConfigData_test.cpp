@@ -26,6 +26,12 @@ TEST(ConfigData, IsInvalidOnlyWithoutAString) {
   EXPECT_TRUE(ConfigData(std::string()).IsValid());
   EXPECT_TRUE(ConfigData(false).IsValid());
   EXPECT_TRUE(ConfigData(0).IsValid());
+  EXPECT_TRUE(ConfigData(0U).IsValid());
+  EXPECT_TRUE(ConfigData(0L).IsValid());
+  EXPECT_TRUE(ConfigData(0UL).IsValid());
+  EXPECT_TRUE(ConfigData(0LL).IsValid());
+  EXPECT_TRUE(ConfigData(0ULL).IsValid());
+  EXPECT_TRUE(ConfigData(0.0).IsValid());
 }
 
 TEST(ConfigData, IsInvalidOnceInvalidated) {

@@ -418,7 +418,15 @@ TEST(ThreadpoolJob, MayKeepTheNameOfTheJobBefore) {
   cm_set_current_threadpool_job(2, cm_get_current_threadpool_job_name());
   EXPECT_EQ(cm_get_current_threadpool_job_id(), 2u);
   EXPECT_STREQ(cm_get_current_threadpool_job_name(), "same");
+  cm_set_current_threadpool_job(3, cm_get_current_threadpool_job_name() + 1);
+  EXPECT_STREQ(cm_get_current_threadpool_job_name(), "ame");
   cm_set_current_threadpool_job(0, nullptr);
+}
+
+// In a process that has made no report.
+TEST(AssertionReportDeathTest, IsNoneAtFirst) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::_Exit(cm_assertion_report_count() == 0 ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 TEST(AssertionReport, CountsForTheProcess) {

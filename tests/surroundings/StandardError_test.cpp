@@ -149,9 +149,14 @@ extern "C" __attribute__((visibility("default"))) int poll(pollfd* files, nfds_t
 }
 
 TEST(StandardError, MayBeClosed) {
+  {
+    const ErrorPipe pipe;
+    close(STDERR_FILENO);
+    TraceText("nobody sees it");
+  }
   const ErrorPipe pipe;
-  close(STDERR_FILENO);
-  TraceText("nobody sees it");
+  TraceText("somebody sees it");
+  EXPECT_EQ(pipe.Read(), "[UTIL 0] somebody sees it\n") << "no line was waited for";
 }
 
 TEST(StandardError, MayBeAPipeWithoutAReader) {
@@ -183,7 +188,10 @@ TEST(StandardError, WithoutAReaderLeavesSignalsThatWerePending) {
 TEST(StandardError, ThatNobodyReadsLosesLinesAndSaysHowMany) {
   const ErrorPipe pipe;
   pipe.Fill();
-  for (int i = 0; i < 17; ++i) TraceText("nobody sees it");
+  for (int i = 0; i < 17; ++i) {
+    errno = EINTR;  // Of whatever came before.
+    TraceText("nobody sees it");
+  }
   pipe.Read();
   TraceText("somebody sees it");
   TraceText("and this");
@@ -246,6 +254,17 @@ TEST(StandardError, IsNotTakenForInterruptedByAnOldErrorNumber) {
   errno = EINTR;
   TraceText("somebody sees it");
   EXPECT_EQ(pipe.Read(), "[UTIL 0] somebody sees it\n");
+}
+
+// However little is left for the last piece.
+TEST(StandardError, HasLinesWholeThatAreAboutAsLongAsAPiece) {
+  const ErrorPipe pipe;
+  for (std::size_t size = PIPE_BUF - 12; size < PIPE_BUF; ++size) {
+    const std::string line = LongLine(size);
+    TraceText(line);
+    TraceText("next");
+    EXPECT_EQ(pipe.Read(), "[UTIL 0] " + line + "\n[UTIL 0] next\n");
+  }
 }
 
 TEST(StandardError, IsAwaitedForASecondByEachPieceOfALine) {
