@@ -230,9 +230,12 @@ TEST_F(RunningLivePage, GivesWhatIsAppendedUntilItEnds) {
   const int descriptor = Asked("/events" + token, "localhost:" + std::to_string(port));
   const std::string begin = Answer(descriptor, "data: one\n\n");
   EXPECT_NE(begin.find("Content-Type: text/event-stream\r\n"), std::string::npos) << begin;
-  std::ofstream(program.Path("a.tessel"), std::ios::app) << "two\n";
-  const std::string next = Answer(descriptor, "data: two\n\n");
-  EXPECT_TRUE(next.ends_with("data: two\n\n")) << next;
+  for (const std::string line : {"two", "three", "four"}) {
+    WholeAnswer("/" + token, "localhost:" + std::to_string(port));  // Meanwhile it finds nothing appended.
+    std::ofstream(program.Path("a.tessel"), std::ios::app) << line << '\n';
+    const std::string event = "data: " + line + "\n\n", next = Answer(descriptor, event);
+    EXPECT_TRUE(next.ends_with(event)) << next;
+  }
   page.reset();
   EXPECT_EQ(Answer(descriptor).find("data"), std::string::npos);
   ::close(descriptor);
