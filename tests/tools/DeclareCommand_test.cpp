@@ -22,15 +22,17 @@ constexpr const char* kAudio =
 }  // namespace
 
 TEST(DeclareCommand, WrapsDescriptionsAt100Characters) {
-  const auto header = [](std::size_t length) {
+  const auto header = [](std::size_t length, std::size_t before = 49) {
     return Program()
         .File("a.json",
               R"({"settings":[{"group":"Audio","name":"A","type":"int","default":1,"description":")" +
-                  std::string(49, 'a') + ' ' + std::string(length, 'b') + "\"}]}")
+                  std::string(before, 'a') + ' ' + std::string(length, 'b') + "\"}]}")
         .Run({"declare", "a.json", "--header"})
         .out;
   };
   EXPECT_NE(header(50).find("// " + std::string(49, 'a') + ' ' + std::string(50, 'b') + "\n//\n"),
+            std::string::npos);
+  EXPECT_NE(header(40, 60).find("// " + std::string(60, 'a') + "\n// " + std::string(40, 'b') + "\n//\n"),
             std::string::npos);
   EXPECT_NE(header(51).find("// " + std::string(49, 'a') + "\n// " + std::string(51, 'b') + "\n//\n"),
             std::string::npos);
@@ -96,6 +98,40 @@ inline constexpr kalStore::ConfigKey<std::string> kAudioCodec{
 )");
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.status, 0);
+}
+
+TEST(DeclareCommand, WritesOddTextsAndNumbersAsAHeaderNeedsThem) {
+  const std::pair<const char*, const char*> rows[] = {
+      {R"("type":"string","default":"a\"\\?~ \n\u007f1\u00e4")", R"("a\"\\\?~ \012\1771\344"})"},
+      {R"("type":"string","default":"a\nb")", "\n// Default: a b.\n"},
+      {R"("type":"bool","default":true,"description":"one\n\n two \nx\\\\")",
+       "\n// one\n//\n// two\n// x&#92;\n//\n// Default: true.\n"},
+      {R"("type":"bool","default":false,"description":"y ??/")",
+       "\n// y \?\?&#47;\n//\n// Default: false.\n"},
+      {R"("type":"int","default":0,"deprecated":{"since":"2 \" ? \\"})",
+       "[[deprecated(\"deprecated since 2 ' ' //\")]]\n"},
+      {R"("type":"int","default":0,"minimum":-5)", "\n// Default: 0; -5 or more.\n"},
+      {R"("type":"int","default":0,"maximum":5)", "\n// Default: 0; 5 or less.\n"},
+      {R"("type":"double","default":3)", ", 3.0}"},
+      {R"("type":"double","default":0.5)", ", 0.5}"},
+      {R"("type":"double","default":1e300)", ", 1e+300}"},
+      {R"("type":"uint","default":7)",
+       "<unsigned int> kAudioA{\n    kalStore::KAL_CONFIG_GROUP_AUDIO, \"A\", 7U}"},
+      {R"("type":"int64","default":-9223372036854775808)", ", std::numeric_limits<std::int64_t>::min()}"},
+      {R"("type":"duration","unit":"ns","default":1)", ", std::chrono::nanoseconds(1)}"},
+      {R"("type":"duration","unit":"us","default":1)", ", std::chrono::microseconds(1)}"},
+      {R"("type":"duration","unit":"ms","default":1)", ", std::chrono::milliseconds(1)}"},
+      {R"("type":"duration","unit":"s","default":1)", ", std::chrono::seconds(1)}"},
+      {R"("type":"duration","unit":"min","default":1)", ", std::chrono::minutes(1)}"},
+      {R"("type":"duration","unit":"h","default":1)", ", std::chrono::hours(1)}"},
+  };
+  for (const auto& [members, text] : rows) {
+    const Finished run =
+        Program()
+            .Input(R"({"settings":[{"group":"Audio","name":"A",)" + std::string(members) + "}]}")
+            .Run({"declare", "-", "--header"});
+    EXPECT_NE(run.out.find(text), std::string::npos) << text << run.out << run.err;
+  }
 }
 
 TEST(DeclareCommand, WritesATableForEachGroup) {

@@ -92,6 +92,7 @@ TEST(Tessel, SuggestsTheNearestCommandOrOption) {
       {{"simulate", "--seconds", "0.049"},
        "--seconds: expected a number from 0.05 to 86400, not \"0.049\" (tessel simulate --help tells more)"},
       {{"report", "-", "-", "-o", "a.html"}, "standard input can be read once only"},
+      {{"declare", "-", "-", "--markdown"}, "standard input can be read once only"},
       {{"live", "-", "--port", "0"}, "FILE: it is read for each browser, which standard input cannot be"},
   };
   for (const auto& [arguments, reason] : refusals) {
@@ -113,12 +114,13 @@ TEST(Tessel, SaysThatAnOptionLacksItsValueOrIsGivenTwice) {
             "tessel: --trace: it is given more than once (tessel apply --help tells more)\n");
 }
 
-TEST(Tessel, TakesAFileBehindAnOptionThatMayBeRepeated) {
-  for (const auto& arguments : {std::vector<std::string>{"apply", "--set", "Audio/A=1", "a.json"},
-                                {"apply", "--watch", "Audio/A", "a.json"},
-                                {"lint", "--names", "a.json", "a.json"},
-                                {"lint", "--declared", "d.json", "a.json"},
-                                {"log", "--type", "set", "a.tessel"}}) {
+// Of several, so that the option could take one.
+TEST(Tessel, TakesFilesBehindAnOptionThatMayBeRepeated) {
+  for (const auto& arguments : {std::vector<std::string>{"apply", "--set", "Audio/A=1", "a.json", "a.json"},
+                                {"apply", "--watch", "Audio/A", "a.json", "a.json"},
+                                {"lint", "--names", "a.json", "a.json", "a.json"},
+                                {"lint", "--declared", "d.json", "a.json", "a.json"},
+                                {"log", "--type", "set", "a.tessel", "a.tessel"}}) {
     Program program;
     program.File("a.json", "{}").File("d.json", R"({"settings":[]})").File("a.tessel", kRecordingBegin);
     const Finished run = program.Run(arguments);

@@ -31,10 +31,6 @@ bool IsAll(const std::string& text, char digit) {
 // Adds what matches the numbers from `least` to `most`, which have as many digits, after `prefix`.
 void AddOfOneLength(Alternatives& out, const std::string& prefix, const std::string& least,
                     const std::string& most) {
-  if (least.empty()) {
-    out.push_back(prefix);
-    return;
-  }
   const std::string leastRest = least.substr(1), mostRest = most.substr(1);
   if (least.front() == most.front() && !(IsAll(leastRest, '0') && IsAll(mostRest, '9'))) {
     AddOfOneLength(out, prefix + least.front(), leastRest, mostRest);

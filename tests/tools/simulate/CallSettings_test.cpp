@@ -106,6 +106,7 @@ TEST_F(CallSettingsTest, ComputesABoundValueWhenItIsRead) {
   settings.Bind(kDelay, [] { return 12.5; });
   settings.Join(kCallId);
   EXPECT_EQ(settings.ReadComputed(kDelay), 12.5);
+  EXPECT_EQ(recorder.reads, 1U);
 }
 
 TEST_F(CallSettingsTest, FollowsAValue) {

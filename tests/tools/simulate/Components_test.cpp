@@ -6,6 +6,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <future>
 #include <string>
 
 #include "simulate/AudioReceiver.h"
@@ -135,6 +136,29 @@ TEST_F(SimulatedComponents, JitterBufferHoldsSixTimesTheJitter) {
   const double jitterMs = link.Now(0).jitterMs;
   EXPECT_GT(jitterMs, 20);
   EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), std::ceil((15 + 6 * jitterMs) / 5) * 5);
+}
+
+TEST_F(SimulatedComponents, JitterBufferHoldsTwentyMillisecondsWhereLittleVaries) {
+  for (int i = 0; i < 200; ++i) link.Now(linkTime += kMs);
+  ASSERT_LT(6 * link.Now(0).jitterMs, 5);
+  JitterBuffer buffer(call);
+  buffer.Start();
+  Work(buffer, kSecond);
+  EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), 20);
+}
+
+// The queue is full, and empty, and full.
+TEST_F(SimulatedComponents, JitterBufferHoldsThreeHundredMillisecondsWhereMuchVaries) {
+  for (int i = 0; i < 100; ++i) Carry(Media::kAudio, 5e6, i % 2 == 0 ? 1 : kSecond);
+  ASSERT_GT(link.Now(0).jitterMs, 256);
+  JitterBuffer buffer(call);
+  buffer.Start();
+  Work(buffer);
+  EXPECT_EQ(simulate::kJitterTargetMs.Get(*store), 300);
+  EXPECT_EQ(ReceivedAudio().jitterBytes.jitter1, 255);
+  Set(simulate::kJitterMinDelayMs, 100000);
+  Work(buffer);
+  EXPECT_EQ(ReceivedAudio().jitterBytes.jitter2, 255);
 }
 
 TEST_F(SimulatedComponents, JitterBufferReportsItsTargetAndWhatArrivedSinceTheLastTime) {
@@ -335,6 +359,13 @@ TEST_F(SimulatedComponents, CountEachTickThatTheyHaveWorked) {
     EXPECT_EQ(receiver.Ticks(), ticks);
     Work(receiver);
   }
+  // Those that come before it has begun are one.
+  std::promise<void> go;
+  receiver.Post([&] { go.get_future().wait(); });
+  for (int i = 0; i < 3; ++i) receiver.Tick(time += kMs);
+  go.set_value();
+  receiver.Drain();
+  EXPECT_EQ(receiver.Ticks(), 4U);
 }
 
 TEST_F(SimulatedComponents, VideoSenderReportsEachLayerAndThePicture) {
@@ -542,6 +573,15 @@ INSTANTIATE_TEST_SUITE_P(Bandwidths, DividedBandwidth,
                          [](const auto& row) {
                            return row.param.limit < 0 ? "Negative" : std::to_string(row.param.limit);
                          });
+
+TEST_F(DividedBandwidth, IsOfNoMoreLayersThanAreSetAndThereAre) {
+  Set(simulate::kMinBandwidth, INT_MAX);
+  for (const auto& [set, taken] : {TakenNumber{-1, 1}, {0, 1}, {1, 1}, {2, 2}, {3, 3}, {4, 3}}) {
+    Set(simulate::kVideoLayers, set);
+    Divide();
+    EXPECT_EQ(simulate::kActiveLayers.Get(*store), taken) << set;
+  }
+}
 
 TEST_F(DividedBandwidth, IsDividedTwentyTimesASecond) {
   BandwidthController controller(call);

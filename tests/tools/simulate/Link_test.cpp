@@ -33,6 +33,11 @@ TEST(Link, GetsWorseAndBetterOnceInACycle) {
   EXPECT_GT(better.capacity, 5 * bad.capacity);
 }
 
+TEST(Link, BeginsInThePhaseThatItIsGiven) {
+  Link good(10, 0), bad(10, 0.5);
+  EXPECT_GT(good.Now(kMillisecond).capacity, 5 * bad.Now(kMillisecond).capacity);
+}
+
 TEST(Link, LosesFewPacketsBelowItsCapacity) {
   Link link(10, 0);
   const Link::Traffic traffic = Send(link, 0, 3000 * kMillisecond, 1e6);
