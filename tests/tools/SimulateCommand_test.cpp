@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
@@ -187,6 +188,12 @@ TEST(SimulateCommand, PrintsASummaryForPeople) {
   for (std::size_t at = 0; (at = pattern.find('#')) != std::string::npos;)
     pattern.replace(at, 1, "[ 0-9]{9}[0-9]");
   EXPECT_THAT(run.out, testing::MatchesRegex(pattern));
+  for (const char* const way : {"\n  direct", "\n  posted", "\n  handed over"}) {
+    const std::size_t begin = run.out.find(way) + 1;
+    const std::string line = run.out.substr(begin, run.out.find('\n', begin) - begin);
+    // Those of UTF-8 behind the first of a character are no columns.
+    EXPECT_EQ(std::ranges::count_if(line, [](char byte) { return (byte & 0xC0) != 0x80; }), 66) << line;
+  }
 }
 
 TEST(SimulateCommand, EndsEarlyWhenInterruptedAndStillSumsUp) {

@@ -349,7 +349,29 @@ TEST_F(SimulatedComponents, VideoReceiverExpectsThirtyFramesUntilAnotherRateIsSe
   const Link::Traffic traffic = link.Received(Media::kVideo);
   kal::_tagSyncStatistics sync;
   audioStatistics->GetAVSyncInfo(&sync, 0);
-  EXPECT_NEAR(sync.value[1], 0.2 * traffic.received / 1000 * 30 * 100, 1);
+  const double first = 0.2 * traffic.received / 1000;
+  EXPECT_NEAR(sync.value[1], first * 30 * 100, 1);
+  link.Send(Media::kVideo, linkTime, 1, 100);
+  Work(receiver);
+  audioStatistics->GetAVSyncInfo(&sync, 0);
+  EXPECT_NEAR(sync.value[1], (first + (1 - first) * 0.2) * 30 * 100, 1);
+  Set(simulate::kTargetFps, 0);
+  Work(receiver);
+  audioStatistics->GetAVSyncInfo(&sync, 0);
+  EXPECT_EQ(sync.value[1], 0U);
+}
+
+TEST_F(SimulatedComponents, VideoReceiverWaitsForNoVoiceThatIsBehind) {
+  JitterBuffer buffer(call);
+  VideoReceiver receiver(call);
+  buffer.Start();
+  receiver.Start();
+  Work(buffer);
+  SendTooMuch(Media::kVideo);
+  Work(receiver);
+  kal::_tagSyncStatistics sync;
+  audioStatistics->GetAVSyncInfo(&sync, 0);
+  EXPECT_EQ(sync.value[4], 0U);
 }
 
 TEST_F(SimulatedComponents, CountEachTickThatTheyHaveWorked) {
@@ -414,7 +436,11 @@ TEST_F(SimulatedComponents, VideoSenderSendsAnIdrFrameNowAndThen) {
   kalStore::st_KalVideoLayer layer{};
   for (const std::uint32_t frames : {89U, 90U, 179U, 180U}) {
     Work(sender, (frames - layer.counter) * kSecond / 100);
-    layer = SentVideo().layer[0];
+    const kalStore::st_KalVideoTxBlock block = SentVideo();
+    EXPECT_EQ(block.capturedFrames, frames);
+    EXPECT_EQ(block.framesFedToEncoder, frames);
+    EXPECT_EQ(block.encodedFrames, frames);
+    layer = block.layer[0];
     EXPECT_EQ(layer.counter, frames);
     EXPECT_EQ(layer.idrSent, frames / 90);
     EXPECT_EQ(layer.idrRequests, layer.idrSent);

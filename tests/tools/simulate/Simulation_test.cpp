@@ -39,6 +39,13 @@ struct DisturbedSimulation : testing::Test {
 
 }  // namespace
 
+TEST(SimulationPlan, IsWhatTheHelpSaysOfTheDefaults) {
+  const simulate::SimulationPlan plan;
+  EXPECT_EQ(plan.seconds, 5);
+  EXPECT_EQ(plan.calls, 2U);
+  EXPECT_EQ(plan.listeners, 0U);
+}
+
 TEST_F(DisturbedSimulation, IsSoundWhereNothingIsChanged) {
   Run([] {});
   EXPECT_TRUE(simulation.IsSound());

@@ -27,6 +27,12 @@ TEST_F(SubscriberTest, MeasuresWhatArrivesInTheWayThatItWasToArrive) {
   EXPECT_EQ(recorder.deliveriesOutOfOrder, 0U);
 }
 
+TEST_F(SubscriberTest, MeasuresFromTheSetToTheArrival) {
+  constexpr simulate::RunTime kThousandSeconds = 1'000'000'000'000;
+  recorder.AddDelivery(Way::kDirect, -kThousandSeconds);
+  EXPECT_GE(recorder.Latencies(Way::kDirect).Greatest(), kThousandSeconds);
+}
+
 TEST_F(SubscriberTest, MissesWhatDoesNotArrive) {
   subscriber.Expect(1, 10);
   subscriber.Expect(2, 20);
