@@ -199,6 +199,7 @@ TEST_F(RecordedEvents, SayWhoDidThemForManyLabelsAndPlaces) {
           "{\"key\":\"C\",\"value\":\"3\"}]}");
     }
   }
+  for (const RecordedLine& line : OfType("apply")) EXPECT_EQ(line.Origin("line"), "");
   const auto sets = OfType("set");
   ASSERT_EQ(sets.size(), 2u * kLabels + 6);
   for (int i = 0; i < 2 * kLabels; ++i) {
@@ -211,6 +212,18 @@ TEST_F(RecordedEvents, SayWhoDidThemForManyLabelsAndPlaces) {
     EXPECT_EQ(sets[2 * kLabels + i].Origin("column"), places[i % 3][1]);
     EXPECT_EQ(sets[2 * kLabels + i].Origin("document"), "");
   }
+}
+
+TEST_F(RecordedEvents, SayWhatAnImportThrew) {
+  {
+    const Recording recording(File());
+    const CallStore store(kCall, CallStore::kEndsCall);
+    store->SubscribeConfig(
+        kVideo, "MaxFps", [](const KalConfigEvent&) { throw std::runtime_error("no camera"); }, nullptr,
+        false);
+    EXPECT_ANY_THROW(store->ApplyKalConfigs(R"({"Video":[{"key":"MaxFps","value":"15"}]})"));
+  }
+  EXPECT_EQ(OfType("apply").at(0).Get("threw"), "no camera");
 }
 
 TEST_F(RecordedEvents, SayWhoDidThem) {

@@ -5,6 +5,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
+#include <iterator>
 #include <new>
 
 #include "RecordingTest.h"
@@ -62,16 +64,21 @@ TEST_F(RecordingOutputTest, WhoseNextFileHasNoRoomLeavesTheFullOneAsItIs) {
   RecordingOutput output(File(), 0, 2);
   output.Open();
   output.Write("full\n");
+  const auto openFiles = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  const auto before = openFiles();
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit before{};
-  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-  const rlimit small{20, before.rlim_max};
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit small{20, limit.rlim_max};
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
   EXPECT_THROW(output.Rotate("end\n", std::string(30, 'x')), RecordingFault);
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
   std::signal(SIGXFSZ, handler);
   EXPECT_EQ(Text(File()), "full\n");
   EXPECT_FALSE(std::filesystem::exists(File() + ".next"));
+  EXPECT_EQ(openFiles(), before);
 }
 
 }  // namespace

@@ -83,6 +83,7 @@ TEST_F(RecordingPicture, CutsWhatIsTooLongForALine) {
   EXPECT_EQ(sets[0].Get("new"), value.substr(0, sets[0].Get("new").size()));
   EXPECT_EQ(sets[1].Get("cut"), R"(["new"])");
   EXPECT_EQ(sets[1].Get("new").size() % 2, 1u);  // Before a character.
+  EXPECT_EQ(sets[1].Get("new"), accents.substr(0, sets[1].Get("new").size()));
 }
 
 // Whatever the size of its characters and wherever they lie.
