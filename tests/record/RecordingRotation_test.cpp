@@ -355,7 +355,9 @@ TEST_F(RecordingRotation, DoesNotEndInFilesOfAPictureAlone) {
 TEST_F(RecordingRotation, HasFilesOfThatSizeAlsoOfLongValues) {
   CallStore store(7, CallStore::kEndsCall);
   {
-    Recording recording(File(), {.largestFile = kLargest, .files = 1000});
+    // A look at statistics would find the file full.
+    Recording recording(
+        File(), {.statisticsInterval = std::chrono::hours(0), .largestFile = kLargest, .files = 1000});
     for (std::size_t i = 1; i <= 100; ++i) {
       const std::string value(500 + i, 'v');
       store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "Layout", ConfigData(value), false, false);
