@@ -224,6 +224,11 @@ class Tree(unittest.TestCase):
                                 " not tried; of 5000 places\n")
         self.assertEqual(self.rows("mutation")[0][:7], ["8", "10", "80.0 %", "1", "88.9 %", "2", "5,000"])
 
+    def test_counts_the_known_survivors_of_each_folder(self):
+        known = [{"file": file} for file in ("tools/a.cpp", "src/b/c.h", "tools/d.h")]
+        self.assertEqual(figures.survivors_table(known).splitlines()[2:],
+                         ["| `src/b` | 1 |", "| `tools` | 2 |", "| all | 3 |"])
+
     def test_a_later_run_takes_the_place_of_what_it_is_about(self):
         self.record("fuzz", fuzzed(7, "by models alone") + fuzzed(1000))
         self.rows("fuzz")
