@@ -109,12 +109,21 @@ struct RunningLivePage : testing::Test {
   void SetUp() override {
     program.File("a.tessel", "one\n");
     try {
-      page = std::make_unique<LivePage>(program.Path("a.tessel"), 0);
+      serve();
     } catch (const CommandError& error) {
       // Any other fault of the server is one of the test.
       if (std::string(error.what()).find("built without") == std::string::npos) throw;
       GTEST_SKIP() << error.what();
     }
+    // ThreadSanitizer does not see how the server's library, which is built without it, orders its threads
+    // after what the first request constructs. Those of this page have ended before others begin.
+    WholeAnswer("/" + token, "localhost:" + std::to_string(port));
+    serve();
+  }
+
+  void serve() {
+    page = nullptr;
+    page = std::make_unique<LivePage>(program.Path("a.tessel"), 0);
     page->Start();
     const std::string address = page->Address();
     port = PortOf(address);
