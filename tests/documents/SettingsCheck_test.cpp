@@ -208,6 +208,7 @@ TEST(SettingsCheck, FindsTheEarlierOfTwoEqualGroups) {
                              "4:13 Other: unknown group",
                          }));
   EXPECT_EQ(Problems(text)[0], Problem::kRepeatedGroup);
+  EXPECT_EQ(CheckSettings(text)[0].name, "Audio");
 }
 
 TEST(SettingsCheck, FindsNothingInTheEntriesOfTheEarlierOfTwoEqualGroups) {
