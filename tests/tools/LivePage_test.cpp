@@ -109,7 +109,7 @@ struct RunningLivePage : testing::Test {
   void SetUp() override {
     program.File("a.tessel", "one\n");
     try {
-      serve();
+      Serve();
     } catch (const CommandError& error) {
       // Any other fault of the server is one of the test.
       if (std::string(error.what()).find("built without") == std::string::npos) throw;
@@ -118,10 +118,10 @@ struct RunningLivePage : testing::Test {
     // ThreadSanitizer does not see how the server's library, which is built without it, orders its threads
     // after what the first request constructs. Those of this page have ended before others begin.
     WholeAnswer("/" + token, "localhost:" + std::to_string(port));
-    serve();
+    Serve();
   }
 
-  void serve() {
+  void Serve() {
     page = nullptr;
     page = std::make_unique<LivePage>(program.Path("a.tessel"), 0);
     page->Start();
