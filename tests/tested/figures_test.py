@@ -26,6 +26,7 @@ CLAIMS = [
     (RELIABILITY, r"The command fails below (\d+) % of\s+lines", "dev", r"--fail-under-line (\d+)"),
     (RELIABILITY, r"lines and (\d+) % of\s+branches", "dev", r"--fail-under-branch (\d+)"),
     (RELIABILITY, r"it kills fewer than (\d+) %", "tests/mutation/mutate.py", r"TARGET_PERCENT = (\d+)"),
+    (RELIABILITY, r"or\s+fewer than (\d+) % of all", "tests/mutation/mutate.py", r"TARGET_OF_ALL_PERCENT = (\d+)"),
     (RELIABILITY, r"`\.ci/run` gives each (\d+) seconds", ".ci/run", r"count_fuzz (\d+)\n"),
     (PERFORMANCE, r"over (\d+) % more fails", "bench/instructions/count.py", r'"--within".*default=(\d+)'),
     (PERFORMANCE, r"over (\d+) % less asks", "bench/instructions/count.py", r'"--within".*default=(\d+)'),
