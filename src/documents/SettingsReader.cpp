@@ -167,7 +167,6 @@ void SettingsReader::end() {
 void SettingsReader::beginEntry(const char* at) {
   m_in = In::kEntry;
   m_entry = at;
-  m_part = nullptr;
   for (Part& part : m_parts) part.key = nullptr;
 }
 

@@ -299,13 +299,21 @@ TEST(SettingsDeclarations, SayWhatIsWrongWithAValue) {
   }
 }
 
+TEST(SettingsDeclarations, LackTheirMembersInTheOrderOfTheGuide) {
+  EXPECT_EQ(LinesOf({One("")}),
+            (Expected{"2:1 settings[0]: \"group\" is missing", "2:1 settings[0]: \"name\" is missing",
+                      "2:1 settings[0]: \"type\" is missing"}));
+}
+
 TEST(SettingsDeclarations, RefuseNamesThatGiveNoIdentifierOrOneTwice) {
   const std::string rest = R"(,"type":"int","default":1)";
   EXPECT_EQ(
       LinesOf({One(R"("group":"Video","name":"+-")" + rest)}),
       (Expected{
           "2:25 settings[0].name: \"+-\" gives no C++ constant a name: give it one as \"identifier\""}));
-  EXPECT_EQ(LinesOf({One("\"group\":\"Video\",\"name\":\"\xc3\xa4\"" + rest)}).size(), 1U);
+  for (const char* name : {"\xc3\xa4", "Gr\xc3\xb6sse", "Gr\\tsse"}) {
+    EXPECT_EQ(LinesOf({One("\"group\":\"Video\",\"name\":\"" + std::string(name) + "\"" + rest)}).size(), 1U);
+  }
   EXPECT_EQ(LinesOf({One(R"("group":"Video","name":"+-","identifier":"PlusMinus")" + rest)}), Expected());
   EXPECT_EQ(LinesOf({One(R"("group":"Video","name":"+-","identifier":"EOF")" + rest)}), Expected());
 
@@ -372,6 +380,7 @@ TEST(FeatureToggleDeclarations, AreTheCatalogueWithoutItsEndMark) {
     EXPECT_FALSE(toggle.defaultValue.IsValid());
     EXPECT_FALSE(toggle.description.empty());
     EXPECT_TRUE(identifiers.insert(toggle.identifier).second) << toggle.identifier;
+    EXPECT_TRUE(toggle.identifier.starts_with("Feature")) << toggle.identifier;
     EXPECT_EQ(toggle.minimum.IsValid(), toggle.maximum.IsValid());
     EXPECT_EQ(toggle.description.find(" 0 to "), std::string::npos) << "a range in words";
   }

@@ -49,6 +49,15 @@ TEST_F(LastChanges, AreNotThoseOfAnotherNameWithTheSameValue) {
   EXPECT_EQ(labelOf(1, NextJournalNumber(), "MaxFps"), "of another name");
 }
 
+TEST_F(LastChanges, AreThoseBeforeASubscriptionAndItsEnd) {
+  setBy("before", 1);
+  const SubscribeId_t id = m_store->SubscribeConfig(
+      KAL_CONFIG_GROUP_VIDEO, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+  EXPECT_EQ(labelOf(1), "before");
+  m_store->UnsubscribeConfig(id);
+  EXPECT_EQ(labelOf(1), "before");
+}
+
 // The set that gave the value is still to be written.
 TEST_F(LastChanges, AreNothingOfAValueFromBeforeARemovalOrATransientSet) {
   setBy("before", 1);
