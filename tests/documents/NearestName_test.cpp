@@ -19,7 +19,7 @@ std::size_t Replaced(char a, char b) {
   return Lowered(a) == Lowered(b) ? 1 : kLetter;
 }
 
-// As the wrong letters are defined: how many hundreds it costs to turn one string into the other, from their ends.
+// As the wrong letters are defined: what it costs to turn one string into the other, from their ends.
 std::size_t Distance(std::string_view a, std::string_view b) {
   if (a.empty() || b.empty()) return kLetter * (a.size() + b.size());
   const auto shorter = [](std::string_view string, std::size_t by = 1) {
