@@ -172,7 +172,7 @@ TEST_F(JournalDeliveries, PostedKeepTheLabelOfTheSetter) {
   Subscribe([](const KalConfigEvent&) {}, &worker, true);
   Events();
   const std::string longest(kJournalLongestLabel, 'x');
-  for (const std::string& label : {longest, longest + "y"}) {
+  for (const std::string& label : {longest, longest + "y", longest + longest}) {
     std::promise<void> isOver;
     Post(worker, [&] { isOver.get_future().wait(); });
     std::string own = label;

@@ -52,11 +52,14 @@ def operand_before(plain, at):
         elif depth == 0 and (char.isspace() or char in ",;"):
             break
         at -= 1
-    return at
+    word = re.search(r"\bsizeof\s+$", plain[:at])
+    return word.start() if word else at
 
 
 def operand_after(plain, at):
     """Where the operand that begins at `at` ends."""
+    word = re.match(r"sizeof\s+", plain[at:])
+    at += word.end() if word else 0
     depth = 0
     while at < len(plain):
         char = plain[at]

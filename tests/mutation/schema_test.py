@@ -108,6 +108,8 @@ class Texts(unittest.TestCase):
                  "(a || (mutation::Is(1) ? (b(1, 2) || c) : (b(1, 2) && c))));"),
                 ("return x.y(a, b - c) ? d : e;",
                  "return x.y(a, (mutation::Is(1) ? (b + c) : (b - c))) ? d : e;"),
+                ("f(a, sizeof b - c);", "f(a, (mutation::Is(1) ? (sizeof b + c) : (sizeof b - c)));"),
+                ("f(a - sizeof b, c);", "f((mutation::Is(1) ? (a + sizeof b) : (a - sizeof b)), c);"),
                 ("*at++ = {a};", "(mutation::Is(1) ? (*at--) : (*at++)) = {a};"),
                 ("x += a ? b : c;", "(mutation::Is(1) ? (x -= a ? b : c) : (x += a ? b : c));"),
                 ("y << a == b << c;", "(mutation::Is(1) ? (y << a != b << c) : (y << a == b << c));")):

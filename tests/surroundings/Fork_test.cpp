@@ -2,11 +2,14 @@
 // Processes that are forked while other threads are at work.
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <future>
+#include <iterator>
 #include <memory>
 #include <thread>
 
@@ -16,6 +19,7 @@
 #include "tessel/CKalTessel.h"
 #include "tessel/KalConfigHelper.h"
 #include "tessel/KalConfigRegistry.h"
+#include "trace/ForkedChild.h"
 
 namespace kalStore {
 namespace {
@@ -185,6 +189,28 @@ TEST(ForkDeathTest, OfAProcessWhoseThreadsHaveBeenJoinedLeavesAChildThatMayDoEve
     _exit(kEnded);
   };
   EXPECT_EXIT(forkAfterJoin(), testing::ExitedWithCode(kEnded), "");
+}
+
+auto OpenFiles() {
+  return std::distance(std::filesystem::directory_iterator("/proc/thread-self/fd"), {});
+}
+
+// The first thread of a process stays in the system's list of threads until all have ended.
+TEST(ForkDeathTest, OfAProcessWhoseFirstThreadIsOverLeavesAChildThatMayDoEverything) {
+  if (kHasOwnThread) GTEST_SKIP() << "The thread sanitizer has a thread of its own.";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto forkAfterFirst = [] {
+    std::thread([first = gettid()] {
+      while (StateOf(first) != 'Z') std::this_thread::yield();
+      const auto files = OpenFiles();
+      const int status = ExitOfChild([] {
+        if (internal::IsForkedChild()) std::abort();
+      });
+      _exit(OpenFiles() == files ? status : EXIT_FAILURE);
+    }).detach();
+    syscall(SYS_exit, 0);  // The thread alone.
+  };
+  EXPECT_EXIT(forkAfterFirst(), testing::ExitedWithCode(kEnded), "");
 }
 
 }  // namespace
