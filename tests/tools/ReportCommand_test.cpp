@@ -155,6 +155,15 @@ TEST_F(ReportCommand, LeavesThePageAsItWasWhenARecordingCannotBeOpened) {
   EXPECT_FALSE(std::filesystem::exists(program.Path("other.html")));
 }
 
+TEST_F(ReportCommand, LeavesThePageAsItWasWhenNothingIsARecording) {
+  Program program;
+  program.File("page.html", "before").File("a.json", R"({"Video":[]})").File("b.txt", "notes\n");
+  const Finished run = program.Run({"report", "a.json", "b.txt", "-o", "page.html"});
+  EXPECT_NE(run.err, "");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(program.Contents("page.html"), "before");
+}
+
 TEST(MemberUnits, AreThoseOfTheStatisticsTable) {
   const std::string part = MemberUnits();
   const std::string begin = "<script type=\"application/json\" id=\"units\">";

@@ -12,13 +12,16 @@
 
 bool WriteRecordingsPage(std::span<RecordingFile> recordings, const OutputFile& page) {
   std::string text = std::string(PageBegin()) + MemberUnits();
-  bool isFine = true;
+  bool isFine = true, isEmpty = true;
   for (std::size_t i = 0; i < recordings.size(); ++i) {
     EmbeddedRecording embedded(text, i, std::string(BaseName(FileName(recordings[i].Name()))));
-    const bool isWhole =
-        recordings[i].Read([&](const RecordingEvent& event, const std::string&) { embedded.Add(event); });
+    const bool isWhole = recordings[i].Read([&](const RecordingEvent& event, const std::string&) {
+      embedded.Add(event);
+      isEmpty = false;
+    });
     isFine = isFine && isWhole;
   }
+  if (isEmpty && !isFine) return false;
   text += PageEnd();
   page.Write(text);
   return isFine;
