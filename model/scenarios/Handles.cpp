@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "scenarios/Registry.h"
+#include "statistics/Growth.h"
 #include "tessel/IKalUnknown.h"
 #include "tessel/KalConfig.h"
 #include "tessel/typed.h"
@@ -170,6 +171,24 @@ MODEL_SCENARIO(RegistryOfStatisticsEndsBesideTwoObjects) {
 }
 
 // Of two reports at once, one has a growth, and none has less than nothing.
+MODEL_SCENARIO(StatisticsGrowForOneOfTwo) {
+  std::uint32_t reported = 0, counter = 0;
+  const auto take = [&] {
+    std::uint32_t total = 0;
+    return internal::TakeGrowth(reported, counter, total);
+  };
+  std::thread counting([&] {
+    for (std::uint32_t count = 1; count <= 3; ++count) internal::relaxed::Store(counter, count);
+  });
+  std::uint32_t other = 0;
+  std::thread reporting([&] { other = take() + take(); });
+  const std::uint32_t mine = take();
+  reporting.join();
+  counting.join();
+  Check(mine <= 3 && other <= 3 && mine + other + take() == 3, "each growth is reported once");
+}
+
+// The same of whole reports.
 MODEL_SCENARIO(StatisticsGrowForOneOfTwoReports) {
   const StatsRef<VideoStats> measuring(7);
   st_KalVideoStreamStatInfo stream{};

@@ -4,6 +4,7 @@
 #include <functional>
 #include <iterator>
 
+#include "statistics/Growth.h"
 #include "statistics/RelaxedAccess.h"
 #include "tessel/KalStatisticsTypes.h"
 #include "tessel/KalVideoStatisticInfo.h"
@@ -12,6 +13,7 @@ namespace relaxed = kalStore::internal::relaxed;
 using kalStore::kVideoLayerCount;
 using kalStore::st_KalVideoLayer;
 using kalStore::st_KalVideoStreamStatInfo;
+using kalStore::internal::TakeGrowth;
 
 namespace {
 
@@ -31,19 +33,6 @@ void StoreEach(T (&members)[size], const T (&values)[size]) {
 
 bool IsLessPositive(std::int32_t value, std::int32_t stored) {
   return value > 0 && (stored <= 0 || value < stored);
-}
-
-// Takes the growth of a counter since the previous report, and sets `total` to the counter that it goes up
-// to. Of two readers at once one takes a growth: the other one fails to exchange `reported`, and starts from
-// what the first one left. Acquire and release: the counter that is read then is at least as new as the first
-// reader's.
-std::uint32_t TakeGrowth(std::uint32_t& reported, const std::uint32_t& counter, std::uint32_t& total) {
-  std::uint32_t previous = __atomic_load_n(&reported, __ATOMIC_ACQUIRE);
-  do {
-    total = relaxed::Load(counter);
-  } while (
-      !__atomic_compare_exchange_n(&reported, &previous, total, false, __ATOMIC_RELEASE, __ATOMIC_ACQUIRE));
-  return total - previous;
 }
 
 // What every report of a stream updates in its layer.
