@@ -170,6 +170,16 @@ MODEL_SCENARIO(RegistryOfStatisticsEndsBesideTwoObjects) {
   second.join();
 }
 
+// The object may be ending when its key is asked for: the registry then makes another one, and ends first.
+MODEL_SCENARIO(RegistryOfStatisticsReplacesAnObjectAndEnds) {
+  auto registry = std::make_unique<CKalTessel>();
+  std::thread holder = Releasing(registry->createOrGetTesselEntity(KAL_TESSEL_AUDIO, 7));
+  std::thread other = Releasing(registry->createOrGetTesselEntity(KAL_TESSEL_AUDIO, 7));
+  registry.reset();
+  holder.join();
+  other.join();
+}
+
 // Of two reports at once, one has a growth, and none has less than nothing.
 MODEL_SCENARIO(StatisticsGrowForOneOfTwo) {
   std::uint32_t reported = 0, counter = 0;

@@ -17,6 +17,7 @@ namespace {
 
 constexpr ConfigKey<int> kFirst{KAL_CONFIG_GROUP_AUDIO, "First", 0};
 constexpr ConfigKey<int> kSecond{KAL_CONFIG_GROUP_VIDEO, "Second", 0};
+constexpr ConfigKey<int> kOfDefaultGroup{KAL_CONFIG_GROUP_DEFAULT, "Third", 0};
 
 }  // namespace
 
@@ -82,5 +83,18 @@ MODEL_SCENARIO(LiveValueAgainstTheBindingOfItsFacade) {
   binder.join();
   kFirst.Set(settings, 1);
   Check(live.Get() == 1, "it follows the facade's store");
+  CleanUpKalConfig(7);
+}
+
+// Who finds the facade with its group finds the live value with it.
+MODEL_SCENARIO(LiveValueAgainstTheDefaultGroupOfItsFacade) {
+  {
+    KalConfigHelper settings(7);
+    const LiveConfig live(settings, kOfDefaultGroup);
+    std::thread owner([&] { settings.SetDefaultGroup(KAL_CONFIG_GROUP_AUDIO); });
+    const std::int32_t result = settings.SetKalConfig(kOfDefaultGroup.Name(), 1);
+    if (result == kResultNobody) Check(live.Get() == 1, "it follows the group's setting");
+    owner.join();
+  }
   CleanUpKalConfig(7);
 }

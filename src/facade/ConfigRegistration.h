@@ -133,7 +133,9 @@ class FacadeRegistration final : public ConfigRegistration {
   void GiveUp() override { const auto ending = std::exchange(m_unfiled, nullptr); }
   std::int32_t Result() const override {
     const auto record = m_filed.lock();
-    return record != nullptr && record->m_isRefusedByStore.load() ? kResultNoSuchOrExists : m_result;
+    return record != nullptr && record->m_isRefusedByStore.load(std::memory_order_relaxed)
+               ? kResultNoSuchOrExists
+               : m_result;
   }
   std::shared_ptr<GuardedCallback> Callback() const override {
     const auto record = m_filed.lock();

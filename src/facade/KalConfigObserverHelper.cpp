@@ -51,7 +51,6 @@ auto Find(Map& records, const Record& record) {
 
 KalConfigObserverHelper::~KalConfigObserverHelper() {
   try {
-    Clean();
     // What still waits for a store ends while every member lives: its callback may own a Subscription of this
     // facade.
     for (RecordsByName& records : m_records) {
@@ -59,7 +58,7 @@ KalConfigObserverHelper::~KalConfigObserverHelper() {
       RecordsByName::Locked(records)->swap(waiting);
     }
   } catch (...) {
-    // A destructor completes; the first thing that Clean() does shuts the callbacks off.
+    // A destructor completes.
   }
 }
 
@@ -67,11 +66,6 @@ void KalConfigObserverHelper::SetStore(IKalConfig& store) {
   // Before the first group is looked through: who records after that sees the store, see File().
   m_store.store(&store, std::memory_order_release);
   ReSubscribeConfig();
-}
-
-void KalConfigObserverHelper::ForgetStore() {
-  Clean();
-  m_store.store(nullptr, std::memory_order_relaxed);  // Who sees no store uses none.
 }
 
 SubscribeId_t KalConfigObserverHelper::BindConfig(KalConfigGroup group, const char* szConfigName,
@@ -132,7 +126,7 @@ std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record)
   SubscribeId_t id = 0;
   try {
     id = registerWith(*store, record);
-    record->m_isRefusedByStore = id == 0;
+    record->m_isRefusedByStore.store(id == 0, std::memory_order_relaxed);
     if (id != 0) m_recordsById.Set(id, record);
   } catch (...) {
     // The store has taken it back, or does now, but may still deliver late.
@@ -156,7 +150,7 @@ std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record)
 void KalConfigObserverHelper::Remove(const Record& record) {
   record->m_callback->Close();
   RecordsByName::Map::node_type erased;  // Ends after the lock, like `replaced` in File().
-  SubscribeId_t id = 0;
+  SubscribeId_t id;
   {
     RecordsByName::Locked records(recordsOf(record->m_group));
     const auto found = Find(*records, record);
@@ -285,15 +279,14 @@ void KalConfigObserverHelper::ReSubscribeConfig() {
 }
 
 void KalConfigObserverHelper::Clean() {
-  // Pairs with wrap(). A clean that follows another has nothing to wait for that the first did not give up
-  // on.
-  if (std::atomic_ref(*m_alive).exchange(false) && !waitForCallbacks()) {
+  std::atomic_ref(*m_alive).store(false);  // Pairs with wrap().
+  if (!waitForCallbacks()) {
     TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::Clean",
                  "Clean() spin-wait exceeded ceiling, breaking to avoid hang" << This{this});
   }
 
   for (;;) {
-    SubscribeId_t id = 0;
+    SubscribeId_t id;
     {
       RecordsById::Locked records(m_recordsById);
       if (records->empty()) return;

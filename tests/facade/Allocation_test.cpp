@@ -4,6 +4,7 @@
 
 #include "FacadeTest.h"
 #include "support/AllocationCount.h"
+#include "support/CallingSink.h"
 
 namespace kalStore {
 namespace {
@@ -55,11 +56,15 @@ TEST_F(AllocationTest, AConstructorThatFailsLeavesNoReferenceBehind) {
 }
 
 TEST_F(AllocationTest, ASubscriptionThatFailsIsNotThereAndCanBeMadeAgain) {
-  KalConfigHelper facade(kCall);
   const auto ignore = [](const KalConfigEvent&) {};
   for (std::size_t n = 1;; ++n) {
+    CleanUpKalConfig(kCall);
+    KalConfigHelper facade(kCall);  // Of a store that has given no id yet.
     bool fired = false;
     {
+      const CallingSink removal("::unsubscribeConfig", [&] {
+        EXPECT_EQ(facade.SubscribeConfig(kLongName, ignore, kGroup), 0U) << "the name is taken till the end";
+      });
       FailAllocation nth(n);
       try {
         facade.SubscribeConfig(kLongName, ignore, kGroup);

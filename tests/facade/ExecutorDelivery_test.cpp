@@ -90,6 +90,12 @@ TEST_P(OnAnExecutor, RunsTheInitialDeliveryAndEveryChangeInTheOrderOfPosting) {
   EXPECT_EQ(m_notified, (std::vector{1, 2, 3}));
 }
 
+TEST_P(OnAnExecutor, HasNoThreadToBePostedTo) {
+  set_external_trace_mask(2);
+  const Subscription subscription = Collecting(PostToLoop());
+  EXPECT_EQ(m_log.Count(", pRunThread=0x0, bAsync=0"), 1U);
+}
+
 TEST_P(OnAnExecutor, DropsWhatWasPostedBeforeTheEnd) {
   Subscription subscription = Collecting(PostToLoop());
   kValue.Set(m_setter, 1);
@@ -370,6 +376,19 @@ TEST_P(OnAnExecutor, NeverRunsWhatWasPostedOnceTheFacadeHasEnded) {
   m_loop->Run();
   EXPECT_TRUE(m_notified.empty());
   EXPECT_EQ(watch.use_count(), 1);
+}
+
+// The delivery is announced to it already, and the end gives up waiting for the callback that runs it.
+TEST_P(OnAnExecutor, IsHandedNothingOnceTheFacadeHasEnded) {
+  if (GetParam() == Of::kStore) return;
+  auto facade = std::make_unique<KalConfigHelper>(kCall);
+  const Subscription earlier = kValue.Subscribe(*m_call, [&](const auto&) { facade.reset(); });
+  int handed = 0;
+  const Subscription subscription =
+      kValue.Subscribe(*facade, [](const auto&) {}, [&](const std::function<void()>&) { ++handed; });
+  kValue.Set(m_setter, 1);
+  EXPECT_EQ(facade, nullptr);
+  EXPECT_EQ(handed, 0);
 }
 
 // The callback ends what is about to be registered: the thread that registers it is the one that runs it.

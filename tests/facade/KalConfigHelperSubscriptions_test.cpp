@@ -190,14 +190,16 @@ TEST_F(KalConfigHelperSubscriptionsTest, KeepsARecordThatTheStoreRefused) {
 
 TEST_F(KalConfigHelperSubscriptionsTest, ForgetsASubscriptionWhoseInitialDeliveryThrows) {
   KalConfigHelper facade(kCall);
+  EXPECT_EQ(facade.SubscribeConfig("b", Note("first"), kGroup), 1U);
   facade.SetKalConfig("a", 1, kGroup);
   EXPECT_THROW(facade.SubscribeConfig(
                    "a", [](const KalConfigEvent&) { throw std::runtime_error("no"); }, kGroup),
                std::runtime_error);
+  EXPECT_EQ(facade.SetKalConfig("b", 1, kGroup), kResultOk) << "and no other";
   EXPECT_EQ(facade.SetKalConfig("a", 2, kGroup), kResultNobody);
   EXPECT_EQ(facade.UnsubscribeConfig("a", kGroup), kResultNotFound);
   EXPECT_NE(facade.SubscribeConfig("a", Note("again"), kGroup), 0U);
-  EXPECT_THAT(m_seen, ElementsAre("again:2"));
+  EXPECT_THAT(m_seen, ElementsAre("first:1", "again:2"));
 }
 
 TEST_F(KalConfigHelperSubscriptionsTest, LetsACallbacksExceptionPass) {

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "WaysToSubscribe.h"
+#include "support/CallingSink.h"
 #include "tessel/post.h"
 
 namespace kalStore {
@@ -166,20 +167,34 @@ using Binding = FacadeTest;
 
 TEST_F(Binding, MakesNoSubscriptionThatItsInitialDeliveryRemoves) {
   TestClock clock;
+  ACmThread thread;
+  thread.Start();
   KalConfigHelper setter(kCall);
   setter.SetKalConfig("a", 1, kGroup);
-  KalConfigHelper facade;
-  int runs = 0;
-  Subscription subscription;
-  subscription = Subscription(facade, kGroup, "a", [&](const KalConfigEvent&) {
-    ++runs;
-    subscription.Remove();
-  });
-  EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
-  EXPECT_EQ(clock.NowMs(), 3000);
-  EXPECT_EQ(setter.SetKalConfig("a", 2, kGroup), kResultNobody);
-  EXPECT_EQ(runs, 1);
-  EXPECT_NE(facade.SubscribeConfig("a", [](const KalConfigEvent&) {}, kGroup), 0U);
+  const struct {
+    ACmThread* thread;
+    bool isAsync;
+  } ways[] = {{nullptr, false}, {nullptr, true}, {&thread, false}};
+  for (const auto& way : ways) {
+    KalConfigHelper facade;
+    int runs = 0;
+    long waitedMs = 0;
+    Subscription subscription;
+    subscription = Subscription(
+        facade, kGroup, "a",
+        [&](const KalConfigEvent&) {
+          ++runs;
+          const long startMs = clock.NowMs();
+          subscription.Remove();
+          waitedMs = clock.NowMs() - startMs;
+        },
+        way.thread, way.isAsync);
+    EXPECT_EQ(facade.SetCallId(kCall), kResultOk);
+    EXPECT_EQ(waitedMs, 3000) << &way - ways;
+    EXPECT_EQ(setter.SetKalConfig("a", 2, kGroup, true), kResultNobody);
+    EXPECT_EQ(runs, 1);
+    EXPECT_NE(facade.SubscribeConfig("a", [](const KalConfigEvent&) {}, kGroup), 0U);
+  }
 }
 
 TEST_F(Binding, IsWaitedForByARemovalOnAnotherThread) {
@@ -204,6 +219,71 @@ TEST_F(Binding, IsWaitedForByARemovalOnAnotherThread) {
   EXPECT_TRUE(hasEnded);
   EXPECT_EQ(setter.SetKalConfig("a", 2, kGroup), kResultNobody);
   binder.join();
+}
+
+TEST_F(Binding, IsWaitedForWithTheRunsOnOtherThreadsByARemoval) {
+  TestClock clock;
+  KalConfigHelper setter(kCall);
+  setter.SetKalConfig("a", 1, kGroup);
+  KalConfigHelper facade;
+  Gate initial, goOn, running, release;
+  std::atomic<bool> isWithdrawing{false}, hasEnded{false};
+  Subscription subscription(facade, kGroup, "a", [&](const KalConfigEvent& event) {
+    const bool isInitial = event.m_newValue == ConfigData(1);
+    (isInitial ? initial : running).Open();
+    (isInitial ? goOn : release).Wait();
+    if (!isInitial) hasEnded = true;
+  });
+  const std::thread::id remover = std::this_thread::get_id();
+  int pauses = 0;
+  clock.OnPause([&] {
+    if (std::this_thread::get_id() != remover) {
+      isWithdrawing = true;  // What the binding has registered it takes back, and waits for the other run.
+    } else if (isWithdrawing && ++pauses > 1) {
+      release.Open();
+    }
+    goOn.Open();
+    LetOthersRun();
+  });
+  std::thread binder([&] { facade.SetCallId(kCall); });
+  initial.Wait();
+  std::thread settingThread([&] { setter.SetKalConfig("a", 2, kGroup); });
+  running.Wait();
+  subscription.Remove();
+  EXPECT_TRUE(hasEnded);
+  release.Open();
+  settingThread.join();
+  binder.join();
+}
+
+TEST_F(Binding, ThatTheStoreRefusesIsOverForARemovalOnAnotherThread) {
+  const auto value = [](const KalConfigEvent&) { return ConfigData(1); };
+  TestClock clock;
+  KalConfigHelper other(kCall);
+  other.BindConfig("a", value, kGroup);
+  KalConfigHelper facade;
+  kalStore::Binding binding(facade, kGroup, "a", value);
+  Gate removing, refused;
+  clock.OnPause([&] {
+    removing.Open();
+    refused.Wait();
+    TestClock::PassMs(1);
+  });
+  long waitedMs = 0;
+  std::thread remover;
+  {
+    const CallingSink registering("::bindConfig", [&] {
+      remover = std::thread([&] {
+        binding.Remove();
+        waitedMs = clock.NowMs();
+      });
+      removing.Wait();
+    });
+    facade.SetCallId(kCall);
+  }
+  refused.Open();
+  remover.join();
+  EXPECT_EQ(waitedMs, 1);
 }
 
 using Clean = FacadeTest;

@@ -98,6 +98,8 @@ TEST(CKalTessel, HasObjectsOfItsOwn) {
   void* const other = kalTesselInstant.createOrGetTesselEntity(kAudio, 7);
   EXPECT_NE(other, own);
   EXPECT_TRUE(kalTesselInstant.isTesselEntityExisted(kAudio, 7));
+  CKalTessel second;
+  EXPECT_FALSE(second.isTesselEntityExisted(kAudio, 7));
   EXPECT_EQ(registry.releaseTesselEntity(kAudio, 7, own), 1);
   EXPECT_EQ(registry.releaseTesselEntity(kAudio, 7, own), 0);
   EXPECT_EQ(kalTesselInstant.releaseTesselEntity(kAudio, 7, other), 0);
