@@ -159,14 +159,12 @@ std::int32_t KalConfig::GetDynamicConfig(KalConfigGroup group, const char* name,
 std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) {
   if (!IsConfigGroup(group) || name == nullptr || *name == '\0') return kResultBadArgument;
   ConfigMap::Map::node_type removed;
-  bool erased = false;
   {
     ConfigMap::Locked values(configsOf(group));
     if (const auto found = values->find(std::string_view(name)); found != values->end()) {
       removed = values->extract(found);
       if (LiveRegistrations* const live = Followers(m_live)) live->Write(group, name, nullptr);
     }
-    erased = !removed.empty();
     // Under the lock, as the numbers of sets are drawn: it is short, and calls nobody.
     if (JournalIsOn()) [[unlikely]] {
       WriteJournal({.kind = JournalKind::kRemoved,
@@ -174,12 +172,12 @@ std::int32_t KalConfig::RemoveKalConfig(KalConfigGroup group, const char* name) 
                     .source = SourceOf(__builtin_return_address(0)),
                     .group = group,
                     .name = name,
-                    .oldValue = erased ? &removed.mapped() : nullptr,
-                    .count = erased});
+                    .oldValue = removed.empty() ? nullptr : &removed.mapped(),
+                    .count = !removed.empty()});
     }
   }
   TESSEL_TRACE(2, "kalStore::KalConfig::RemoveKalConfig",
-               ", " << name << ", ret=" << erased << Cid{m_callId} << This{this});
+               ", " << name << ", ret=" << !removed.empty() << Cid{m_callId} << This{this});
   return kResultOk;
 }
 

@@ -158,10 +158,7 @@ SubscribeId_t KalConfig::bindConfig(KalConfigGroup group, const char* name,
   {
     ObserverMgr::Locked names(observersOf(group));
     ObserverMgr::Entry& entry = names->try_emplace(handlerPtr->m_strName).first->second;
-    if (DeliverySnapshot::HasBinding(entry)) {
-      handlerPtr->m_SubscribeId = 0;
-      return 0;
-    }
+    if (DeliverySnapshot::HasBinding(entry)) return 0;
     entry.Insert(entry.handlers.begin(), handlerPtr);
     m_TotalObservers.fetch_add(1, std::memory_order_relaxed);
     handlerPtr->m_bRegistered.store(true, std::memory_order_relaxed);

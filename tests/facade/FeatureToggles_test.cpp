@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "FacadeTest.h"
+#include "tessel/post.h"
 
 namespace kalStore {
 namespace {
@@ -124,6 +125,19 @@ TEST_F(FeatureTogglesTest, NotifyTheirSubscribers) {
   EXPECT_EQ(facade.UnsubscribeFeatureToggle(Toggle(5)), kResultOk);
   EXPECT_EQ(other.SetFeatureToggle(Toggle(5), "z"), kResultNobody);
   EXPECT_THAT(seen, testing::ElementsAre("EnableMusicDetection=x", "EnableMusicDetection=y"));
+}
+
+TEST_F(FeatureTogglesTest, HandChangesOverUnlessSaidOtherwise) {
+  ACmThread worker;
+  worker.Start();
+  KalConfigHelper facade(kCall);
+  std::string seen;
+  facade.SubscribeFeatureToggle(
+      Toggle(5), [&](const KalConfigEvent& change) { seen = change.m_newValue.ToString(); }, &worker);
+  Send(worker, [&] {
+    facade.SetFeatureToggle(Toggle(5), "x");
+    EXPECT_EQ(seen, "x");  // Posted, it would come after this.
+  });
 }
 
 TEST_F(FeatureTogglesTest, HaveNoKeyAboveTheLast) {

@@ -312,7 +312,10 @@ TEST_F(JournalTest, HasTheEndOfEveryStoreThatIsDestroyed) {
   }
   DestroyKalConfig();
   std::vector<std::uint32_t> ended;
-  for (const JournalEvent& event : Events({JournalKind::kStoreEnded})) ended.push_back(event.callId);
+  for (const JournalEvent& event : Events({JournalKind::kStoreEnded})) {
+    ended.push_back(event.callId);
+    EXPECT_EQ(event.count, 0u);
+  }
   EXPECT_THAT(ended, ElementsAre(8, 9));
 }
 

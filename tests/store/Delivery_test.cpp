@@ -236,6 +236,7 @@ TEST(ConfigEventHandler, StartsEmpty) {
   EXPECT_EQ(0U, handler.m_notifyThreadId);
   EXPECT_EQ(nullptr, handler.m_pRunThread);
   EXPECT_FALSE(handler.m_bAsync);
+  EXPECT_FALSE(handler.m_bRegistered);
 }
 
 TEST(KalConfigObserverMgr, RefusesWhatItCannotKeep) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <cerrno>
 #include <stdexcept>
 #include <thread>
 
@@ -31,6 +32,18 @@ TEST(WaitClock, MeasuresAcrossTheNewStartOfAClock) {
   EXPECT_EQ(internal::ElapsedMs(5, 3005), 3000);
   EXPECT_EQ(internal::ElapsedMs(largestMs - 1000, 2000), 3000);
   EXPECT_EQ(internal::ElapsedMs(largestMs, 0), 0);
+}
+
+TEST(WaitClock, IsTheSystemsInMilliseconds) {
+  const long before = timer_policy::now() / 1000;
+  const long now = internal::CurrentWaitClock().nowMs();
+  EXPECT_LE(internal::ElapsedMs(before, now), internal::ElapsedMs(before, timer_policy::now() / 1000));
+}
+
+TEST(WaitClock, SleepsOnceAfterAnInterruptedCall) {
+  errno = EINTR;
+  internal::CurrentWaitClock().sleepOneMs();
+  EXPECT_EQ(errno, EINTR);
 }
 
 TEST_F(StoreRemoval, EndsASubscription) {

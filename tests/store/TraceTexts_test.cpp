@@ -46,6 +46,16 @@ TEST_F(StoreTraceTexts, OfABindingARefusalAndARemoval) {
   EXPECT_EQ(3U, log.CountLevel(2));
 }
 
+TEST_F(StoreTraceTexts, CountNoSubscriptionsThatHaveEndedWithTheStore) {
+  Recorder notified;
+  Subscribe("name", notified.Callback());
+  Bind("name", [](const KalConfigEvent&) { return ConfigValue("1"); });
+  EXPECT_TRUE(m_store.End());
+  TraceLog log;
+  Subscribe("name", notified.Callback());
+  EXPECT_EQ(1U, log.Count(", 3, m_TotalObservers=0, "));
+}
+
 TEST_F(StoreTraceTexts, OfASet) {
   Recorder notified;
   Subscribe("name", notified.Callback());

@@ -10,6 +10,7 @@
 
 #include "TypedTest.h"
 #include "support/TraceLog.h"
+#include "tessel/post.h"
 
 namespace {
 
@@ -247,6 +248,21 @@ TEST_F(Key, NotifiesOfChangesInItsOwnType) {
     const std::vector<std::tuple<int, bool, std::string>> expected = {
         {10, false, "10"}, {15, false, "15"}, {30, true, "fast"}};
     EXPECT_EQ(notified, expected);
+  }
+}
+
+TEST_F(Key, HandsChangesOverUnlessSaidOtherwise) {
+  ACmThread worker;
+  worker.Start();
+  for (const ConfigRef ref : m_refs) {
+    int notified = 0;
+    const auto subscription =
+        kMaxFps.Subscribe(ref, [&](const ConfigReading<int>& reading) { notified = reading.value; }, &worker);
+    Send(worker, [&] {
+      kMaxFps.Set(ref, 15);
+      EXPECT_EQ(notified, 15);  // Posted, it would come after this.
+    });
+    kMaxFps.Remove(ref);
   }
 }
 

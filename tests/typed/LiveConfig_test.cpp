@@ -530,18 +530,23 @@ TEST_F(LiveEnd, KeepsTheLastValueWhenWhatAnotherStoreOwnedSetsAfterTheEnd) {
   IKalConfig* earlier = nullptr;
   CreateKalConfig(kCall, &later);
   CreateKalConfig(kCall + 1, &earlier);
-  const LiveConfig maxFps(*earlier, kMaxFps);
-  kMaxFps.Set(*earlier, 15);
+  constexpr ConfigKey<int> kKeys[] = {
+      kMaxFps, {KAL_CONFIG_GROUP_COMMON, "First", 0}, {KAL_CONFIG_GROUP_UNIT_TEST, "Last", 0}};
+  std::vector<LiveConfig<int>> values;
+  for (const ConfigKey<int>& key : kKeys) {
+    values.emplace_back(*earlier, key);
+    key.Set(*earlier, 15);
+  }
   bool hasSet = false;
   subscribe(*earlier, [&] {
     subscribe(*later, [&] {
-      kMaxFps.Set(*earlier, 60);
+      for (const ConfigKey<int>& key : kKeys) key.Set(*earlier, 60);
       hasSet = true;
     });
   });
   DestroyKalConfig();
   EXPECT_TRUE(hasSet);
-  EXPECT_EQ(15, maxFps.Get());
+  for (const LiveConfig<int>& value : values) EXPECT_EQ(15, value.Get());
 }
 
 TEST_F(LiveEnd, FollowsAStoreThatWasCleanedUpAndIsStillHeld) {
