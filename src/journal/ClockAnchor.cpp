@@ -25,11 +25,11 @@ void Publish(ClockAnchor& anchor, std::uint64_t ticks, std::int64_t ns, double r
   anchor.version.store(version + 2, std::memory_order_release);
 }
 
-// The latest time that the anchor gave until then. A counter that was set back meanwhile says nothing.
+// The latest time that the anchor gave until then, its own if it gave none. A counter that was set back
+// meanwhile says nothing.
 std::int64_t LatestNs(const ClockAnchor& anchor, std::uint64_t ticks) {
   const std::uint64_t begin = anchor.ticks.load(std::memory_order_relaxed);
   const std::uint64_t window = anchor.window.load(std::memory_order_relaxed);
-  if (window == 0) return 0;
   const std::uint64_t passed = ticks > begin ? std::min(ticks - begin, window) : 0;
   return anchor.ns.load(std::memory_order_relaxed) +
          static_cast<std::int64_t>(passed * anchor.rate.load(std::memory_order_relaxed) >> 32);

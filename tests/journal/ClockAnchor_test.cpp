@@ -79,6 +79,17 @@ TEST_F(ClockAnchorTest, LosesWhatItWasAheadOverTheNextWindow) {
   EXPECT_NEAR(static_cast<double>(*end), static_cast<double>(endNs), 1.0 * kUs);
 }
 
+TEST_F(ClockAnchorTest, DoesNotGoBackAfterAStretchThatIsTooShortToLoseThatIn) {
+  Measure(520 * kMs);
+  const ClockSample behind{TicksAt(620 * kMs), 620 * kMs - 50 * kUs};
+  rate.Renew(anchor, behind);
+  const ClockSample next{behind.ticks + TicksAt(kUs), behind.ns + kUs};
+  const std::int64_t latestNs = rate.Renew(anchor, next);
+  EXPECT_GE(latestNs, 620 * kMs);
+  EXPECT_EQ(TimeAt(anchor, next.ticks), std::nullopt);
+  EXPECT_EQ(rate.Renew(anchor, {next.ticks + TicksAt(kUs), next.ns + kUs}), latestNs);
+}
+
 TEST_F(ClockAnchorTest, MeasuresACounterAgainThatWasSetBack) {
   Measure(520 * kMs);
   EXPECT_EQ(rate.Renew(anchor, {TicksAt(1 * kMs), 540 * kMs}), 540 * kMs);

@@ -154,6 +154,38 @@ TEST(NodeBlocks, AValueMadeInsideTheEndOfABlockOutlivesIt) {
   EXPECT_EQ(hasFired, kHasBlocks);
 }
 
+// And here a block whose nodes were those of a member that came a second time, once the next one is begun:
+// for that, the last of them has to be at its very end.
+TEST(NodeBlocks, ValuesMadeInsideTheEndOfABlockFindRoomBehindTheNextOne) {
+  bool hasFired = false;
+  for (int members = 1; members <= 10; ++members) {
+    for (int objects = 0; objects <= members; ++objects) {
+      std::string first = "{";
+      for (int i = 0; i < members; ++i)
+        first += "\"" + std::to_string(i) + (i < objects ? "\":{}," : "\":1,");
+      first.back() = '}';
+      const long before = LiveAllocations();
+      {
+        json::Value made = json::Object();
+        json::Value document;
+        {
+          const AtDeletion place(1000, [&] {
+            for (int i = 0; i < 100; ++i) made["k" + std::to_string(i)] = i;
+          });
+          document = json::Deserialize(R"({"k":)" + first + R"(,"k":{"inner":{}}})");
+          if (!place.Fired()) continue;
+        }
+        hasFired = true;
+        EXPECT_EQ(json::Serialize(document), R"({"k":{"inner":{}}})");
+        ASSERT_EQ(made.size(), 100U);
+        for (int i = 0; i < 100; ++i) EXPECT_EQ(made["k" + std::to_string(i)], i);
+      }
+      EXPECT_EQ(LiveAllocations(), before);
+    }
+  }
+  EXPECT_EQ(hasFired, kHasBlocks);
+}
+
 TEST(NodeBlocks, AReadInsideAnAllocationOfAnotherOneHasItsOwn) {
   const std::string text = ObjectOf(100);
   const std::string expected = json::Serialize(json::Deserialize(text));
