@@ -12,6 +12,7 @@
 #include "tessel/KalConfig.h"
 #include "tessel/KalConfigRegistry.h"
 #include "tessel/inspect.h"
+#include "tessel/json.h"
 #include "tessel/typed.h"
 #include "util/ACmThread.h"
 #include "util/CCmMutexThread.h"
@@ -261,5 +262,13 @@ MODEL_SCENARIO(ObjectEndsWithItsLastReference) {
   });
   ++object->uses[1];
   object->ReleaseReference();
+  other.join();
+}
+
+// The same of a block of a document's nodes, whichever part ends last.
+MODEL_SCENARIO(DocumentEndsWithItsLastPart) {
+  json::Value document = json::Deserialize(R"({"first":{"inner":1},"second":2})");
+  std::thread other([part = std::move(document["first"].ToObject())]() mutable { part.Clear(); });
+  document.Clear();
   other.join();
 }
