@@ -68,7 +68,7 @@ TEST(LineText, LeavesCharactersOfUtf8AsTheyAre) {
   for (const char* const text :
        {"",           "a",          "\x7F",       "\u0080",     "\u00E9",     "\u07FF",     "\u0800",
         "\u0FFF",     "\u1000",     "\uD7FF",     "\uE000",     "\uFFFD",     "\uFFFF",     "\U00010000",
-        "\U0001F3A5", "\U0003FFFF", "\U00040000", "\U000FFFFF", "\U00100000", "\U0010FFFF", "a\u00E9b"}) {
+        "\U0001F3A5", "\U0003FFFF", "\U00040000", "\U000FFFFF", "\U00100000", "\U0010FFFF", "a \u00E9b"}) {
     EXPECT_EQ(JsonString(text), '"' + std::string(text) + '"');
   }
 }
@@ -99,6 +99,13 @@ TEST(LineText, TakesNothingBehindTheStringForTheEndOfACharacter) {
     for (std::size_t size = 0; size < text.size(); ++size) {
       EXPECT_EQ(CharacterSize(text.substr(0, size)), 0U) << text << ' ' << size;
     }
+  }
+}
+
+TEST(LineText, EndsWhereTheStringEnds) {
+  constexpr std::string_view kText = "a string and what is behind it";
+  for (std::size_t size = 0; size <= kText.size(); ++size) {
+    EXPECT_EQ(JsonString(kText.substr(0, size)), '"' + std::string(kText.substr(0, size)) + '"');
   }
 }
 

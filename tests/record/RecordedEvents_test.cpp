@@ -2,10 +2,12 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <ctime>
 #include <stdexcept>
 #include <thread>
 
 #include "RecordingTest.h"
+#include "journal/component.h"
 #include "support/Gate.h"
 #include "support/TraceLog.h"
 #include "tessel/tessel.h"
@@ -15,6 +17,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::MatchesRegex;
+using ::testing::StartsWith;
 
 constexpr std::uint32_t kCall = 7;
 constexpr KalConfigGroup kVideo = KAL_CONFIG_GROUP_VIDEO;
@@ -214,6 +217,30 @@ TEST_F(RecordedEvents, SayWhoDidThemForManyLabelsAndPlaces) {
   }
 }
 
+// Also where all are of one caller, and of one look at the journal.
+TEST_F(RecordedEvents, OfAnImportSayWhereItsDocumentHasThem) {
+  {
+    Gate asked, goesOn;
+    const Recording recording(File(), {.filter = [&](auto, auto, auto) {
+                                asked.Open();
+                                goesOn.Wait();
+                                return RecordingShows::kAll;
+                              }});
+    KalConfigHelper facade(kCall);
+    component::SetInFacade(facade, 15);
+    asked.Wait();
+    for (int i = 0; i < 2; ++i) component::Apply(facade, R"({"Video":[{"key":"MaxFps","value":"20"}]})");
+    goesOn.Open();
+  }
+  const auto sets = OfType("set");
+  ASSERT_EQ(sets.size(), 3u);
+  EXPECT_THAT(sets[0].Origin("symbol"), StartsWith("component::SetInFacade("));
+  for (const std::size_t i : {1u, 2u}) {
+    EXPECT_THAT(sets[i].Origin("symbol"), StartsWith("component::Apply("));
+    EXPECT_EQ(sets[i].Origin("line"), "1");
+  }
+}
+
 TEST_F(RecordedEvents, SayWhatAnImportThrew) {
   {
     const Recording recording(File());
@@ -306,6 +333,23 @@ TEST_F(RecordedEvents, BeginWithTheVersionAndTheTimeOfDayAndEndWithTheEnd) {
   EXPECT_FALSE(lines[0].Has("part"));
   EXPECT_EQ(lines[1].Get("event"), "ended");
   EXPECT_FALSE(lines[1].Has("reason"));
+}
+
+TEST_F(RecordedEvents, BeginAtTheirTimeOfDay) {
+  using std::chrono::microseconds, std::chrono::system_clock;
+  const auto now = [] { return std::chrono::floor<microseconds>(system_clock::now()); };
+  const auto before = now();
+  {
+    const Recording recording(File());
+  }
+  const auto after = now();
+  const std::string wall = Lines().at(0).Get("wall");
+  std::tm parts{};
+  const char* const point = ::strptime(wall.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+  ASSERT_NE(point, nullptr) << wall;
+  const auto time = system_clock::from_time_t(::timegm(&parts)) + microseconds(std::stol(point + 1));
+  EXPECT_LE(before, time) << wall;
+  EXPECT_GE(after, time) << wall;
 }
 
 TEST_F(RecordedEvents, AreInTheFileAfterAFlush) {

@@ -3,10 +3,13 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,6 +20,25 @@
 #include "support/Gate.h"
 #include "support/TraceLog.h"
 #include "tessel/tessel.h"
+
+namespace {
+
+// Called instead of each sleep; null: the threads sleep.
+std::atomic<const std::function<void(std::chrono::nanoseconds)>*> g_sleep{nullptr};
+
+}  // namespace
+
+// Instead of the system's, also for the recording's thread.
+extern "C" __attribute__((visibility("default"))) int nanosleep(const timespec* time, timespec* rest) {
+  const auto* const sleep = g_sleep.load();
+  if (sleep == nullptr) {
+    const int fault = ::clock_nanosleep(CLOCK_MONOTONIC, 0, time, rest);
+    if (fault != 0) errno = fault;
+    return fault == 0 ? 0 : -1;
+  }
+  (*sleep)(std::chrono::seconds(time->tv_sec) + std::chrono::nanoseconds(time->tv_nsec));
+  return 0;
+}
 
 namespace kalStore {
 namespace {
@@ -261,12 +283,17 @@ TEST_F(RecordingEnd, CountsWhatItDoesNotWaitFor) {
   set_util_trace_sink(&HoldingSink::Receive, &sink);
   CallStore store(kEndingCall, CallStore::kEndsCall);
   std::thread held;
+  std::chrono::nanoseconds waited{0};
+  const std::function sleep = [&](std::chrono::nanoseconds time) { waited += time; };
   {
     const Recording recording(File());
     held = std::thread([&] { store->SetKalConfig(kEndingGroup, "Held", 1, false, false); });
     sink.isHeld.Wait();
     SetFps(*store, 15);
+    g_sleep = &sleep;
   }
+  g_sleep = nullptr;
+  EXPECT_GE(waited, std::chrono::seconds(1));
   sink.goesOn.Open();
   held.join();
   EXPECT_TRUE(OfType("set").empty());
@@ -276,17 +303,46 @@ TEST_F(RecordingEnd, CountsWhatItDoesNotWaitFor) {
   EXPECT_EQ(Lines().back().Get("event"), "ended");
 }
 
+TEST_F(RecordingEnd, WaitsForAnEventThatIsBeingWritten) {
+  const TraceLog trace(2);  // Restores the mask and the sink.
+  HoldingSink sink;
+  set_util_trace_sink(&HoldingSink::Receive, &sink);
+  CallStore store(kEndingCall, CallStore::kEndsCall);
+  std::thread held;
+  const std::function sleep = [&](std::chrono::nanoseconds) {
+    if (!held.joinable()) return;
+    sink.goesOn.Open();
+    held.join();
+  };
+  {
+    const Recording recording(File());
+    held = std::thread([&] { store->SetKalConfig(kEndingGroup, "Held", 1, false, false); });
+    sink.isHeld.Wait();
+    SetFps(*store, 15);
+    g_sleep = &sleep;
+  }
+  g_sleep = nullptr;
+  EXPECT_EQ(OfType("set").size(), 2u);
+  EXPECT_TRUE(OfType("lost").empty());
+  sleep({});
+}
+
 // What a callback captured. It ends with its store, under the lock that the next picture needs.
 struct OwnerOfARecording {
   explicit OwnerOfARecording(const std::string& file)
-      : recording(std::make_unique<Recording>(file, RecordingOptions{.largestFile = 1, .files = 2})) {}
+      : recording(std::make_unique<Recording>(
+            file, RecordingOptions{.largestFile = 1, .files = 2, .filter = [used = used](auto, auto, auto) {
+                                     return RecordingShows::kAll;
+                                   }})) {}
   ~OwnerOfARecording() {
     SetFps(*other, 15);
     SetFps(*other, 30);
     recording.reset();
+    EXPECT_EQ(used.use_count(), 1) << "its filter has ended";
   }
 
   CallStore other{kEndingCall + 1, CallStore::kEndsCall};
+  std::shared_ptr<int> used = std::make_shared<int>(0);
   std::unique_ptr<Recording> recording;
 };
 

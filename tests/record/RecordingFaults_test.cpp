@@ -84,6 +84,20 @@ TEST_F(RecordingFaults, ARemovedFolderEndsIt) {
   EXPECT_FALSE(std::filesystem::exists(folder));
 }
 
+// Also where its folder is a link.
+TEST_F(RecordingFaults, AreTracedWithTheNameThatWasGiven) {
+  std::filesystem::create_directory(File("folder"));
+  std::filesystem::create_directory_symlink("folder", File("link"));
+  const TraceLog trace(0);
+  {
+    Recording recording(File("link/call.tessel"));
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    std::filesystem::remove(File("folder/call.tessel"));
+    SetUntilItEnds(recording);
+  }
+  EXPECT_EQ(trace.Count("ended, file=" + File("link/call.tessel") + ", reason=the file was removed"), 1u);
+}
+
 TEST_F(RecordingFaults, ARemovedFolderEndsARotatedSet) {
   const std::string folder = File("folder");
   std::filesystem::create_directory(folder);

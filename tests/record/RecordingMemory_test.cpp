@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <new>
 #include <optional>
 #include <thread>
 
@@ -82,6 +83,49 @@ TEST_F(RecordingMemory, ThatRunsOutLeavesWholeFilesAndCountsWhatIsMissing) {
   EXPECT_GT(failed, 20u);
   EXPECT_EQ(m_reason, "");
   EXPECT_EQ(trace.Count("reason=std::bad_alloc"), failed);
+}
+
+TEST_F(RecordingMemory, ThatRunsOutBeforeTheBeginningLeavesNothing) {
+  const CallStore store(7, CallStore::kEndsCall);
+  store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", 15, false, false);
+  std::size_t failed = 0;
+  for (bool hasFailed = true; hasFailed; failed += hasFailed ? 1 : 0) {
+    hasFailed = false;
+    try {
+      const FailAllocation nth(failed + 1);
+      // The journal keeps its memory: of this size, no other test has a journal.
+      const Recording recording(File(), {.journalCapacity = 4096});
+    } catch (const std::bad_alloc&) {
+      hasFailed = true;
+    }
+    EXPECT_FALSE(IsJournalOn()) << failed;
+    EXPECT_EQ(std::filesystem::exists(File()), !hasFailed) << failed;
+  }
+  EXPECT_GT(failed, 5u);
+}
+
+TEST_F(RecordingMemory, ThatRunsOutCountsWhatHappenedUntilThen) {
+  const TraceLog trace(0);
+  const CallStore store(7, CallStore::kEndsCall);
+  const auto set = [&](int fps) { store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", fps, false, false); };
+  {
+    Gate asked, goesOn;
+    std::optional<FailAllocation> first;  // Begins and fails on the recording's thread.
+    const Recording recording(File(), {.filter = [&](auto, auto, auto) {
+                                asked.Open();
+                                goesOn.Wait();
+                                first.emplace(1);
+                                return RecordingShows::kAll;
+                              }});
+    set(0);
+    asked.Wait();
+    for (int fps = 1; fps < kSetsOfMemory; ++fps) set(fps);
+    goesOn.Open();
+    while (recording.IsOn()) std::this_thread::yield();
+  }
+  const std::vector<RecordedLine> lost = OfType("lost");
+  ASSERT_EQ(lost.size(), 1u);
+  EXPECT_EQ(lost[0].Get("count"), std::to_string(kSetsOfMemory));
 }
 
 // The first line that is not whole is that of the large value.

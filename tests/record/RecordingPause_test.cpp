@@ -18,6 +18,7 @@ TEST(RecordingPause, IsWithinItsLimits) {
   EXPECT_EQ(PauseAfter(milliseconds(100), 100, 16384), kMostPause);
   EXPECT_EQ(PauseAfter(milliseconds(100), 100, 1), kLeastPause);
   EXPECT_EQ(PauseAfter(milliseconds(0), 100, 16384), kLeastPause);
+  EXPECT_EQ(PauseAfter(milliseconds(0), 0, 16384), kLeastPause);
 }
 
 }  // namespace

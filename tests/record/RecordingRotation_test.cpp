@@ -370,6 +370,23 @@ TEST_F(RecordingRotation, HasFilesOfThatSizeAlsoOfLongValues) {
     EXPECT_LE(Text(part == last ? File() : Part(part)).size(), kLargest) << "part " << part;
 }
 
+TEST_F(RecordingRotation, HasFilesOfThatSizeAlsoOfManyMembers) {
+  const StatsRef<AudioStats> statistics(7);
+  {
+    Recording recording(
+        File(), {.statisticsInterval = std::chrono::hours(1), .largestFile = kLargest, .files = 1000});
+    for (std::int32_t i = 1; i <= 60; ++i) {
+      for (std::int32_t stream = 0; stream < i % 20; ++stream)
+        statistics->updateRxBitRate(stream, static_cast<std::uint32_t>(i));
+      ASSERT_EQ(recording.Flush(), kResultOk);
+    }
+  }
+  const std::size_t last = std::stoul(Lines().front().Get("part"));
+  ASSERT_GT(last, 5u);
+  for (std::size_t part = 1; part <= last; ++part)
+    EXPECT_LE(Text(part == last ? File() : Part(part)).size(), kLargest) << "part " << part;
+}
+
 // A look that finds no room leaves what it found to the next file's picture, and the next lines go there.
 TEST_F(RecordingRotation, HasLinesBesideThePictureInEachFileOfStatistics) {
   CallStore store(8, CallStore::kEndsCall);

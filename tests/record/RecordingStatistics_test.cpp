@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <map>
 #include <thread>
 
 #include "RecordingTest.h"
@@ -53,6 +55,34 @@ TEST_F(RecordingStatistics, HasTheMembersThatChanged) {
                   R"(video {"call.capturedFrames":0})"));
 }
 
+// Those of each stream and of no other one.
+TEST_F(RecordingStatistics, HasTheMembersOfEachStream) {
+  std::map<std::string, std::string> expected;
+  {
+    const StatsRef<AudioStats> audio(7);
+    Recording recording(File(), {.statisticsInterval = hours(1)});
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    for (std::int32_t stream = 0; stream < 20; ++stream) {
+      const std::string number = std::to_string(stream);
+      audio->updateRxBitRate(stream, 24000);
+      expected["received" + number + ".bitrate"] = "24000";
+      audio->updateE2EDelayInfo(stream, 30, 40, 50);
+      for (const int i : {0, 1, 2})
+        expected["received" + number + ".e2eDelay[" + std::to_string(i) + "]"] = std::to_string(30 + 10 * i);
+      kal::_tagSyncStatistics sync{};
+      for (std::size_t i = 0; i < std::size(sync.value); ++i) {
+        sync.value[i] = static_cast<std::uint32_t>(100 + i);
+        expected["avSync" + number + ".value[" + std::to_string(i) + "]"] = std::to_string(100 + i);
+      }
+      audio->updateAVSyncStatistics(stream, sync);
+    }
+  }
+  const json::Value members = json::Deserialize(OfType("statistics").at(1).Get("members"));
+  std::map<std::string, std::string> shown;
+  for (const auto& [name, value] : members.ToObject()) shown[name] = json::SerializeValue(value);
+  EXPECT_EQ(shown, expected);
+}
+
 // Nobody asks for them: they come by themselves.
 TEST_F(RecordingStatistics, ComeAfterTheirInterval) {
   const StatsRef<VideoStats> video(7);
@@ -61,6 +91,33 @@ TEST_F(RecordingStatistics, ComeAfterTheirInterval) {
     video->UpdateVideoCapturedFrameCnt(frames);
     std::this_thread::sleep_for(milliseconds(1));
   }
+}
+
+// A look begins an interval after the one before, and its line is later than that: of three lines, the last
+// one comes an interval after the first one, however slow the machine is.
+TEST_F(RecordingStatistics, ComeNoMoreOftenThanTheirInterval) {
+  constexpr milliseconds kInterval(100);
+  const StatsRef<VideoStats> video(7);
+  const CallStore store(7, CallStore::kEndsCall);
+  {
+    // Of so few events, each one makes a look at the journal due.
+    const Recording recording(File(), {.journalCapacity = 4, .statisticsInterval = kInterval});
+    const auto end = std::chrono::steady_clock::now() + 5 * kInterval;
+    for (int i = 1; std::chrono::steady_clock::now() < end; ++i) {
+      video->UpdateVideoCapturedFrameCnt(static_cast<unsigned int>(i));
+      store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps", i, false, false);
+      std::this_thread::sleep_for(milliseconds(1));
+    }
+  }
+  std::vector<double> times;
+  for (const RecordedLine& line : OfType("statistics")) {
+    if (line.Has("members") && !line.Has("picture")) times.push_back(line.Number("t"));
+  }
+  ASSERT_FALSE(times.empty());
+  times.pop_back();  // The end asks for the last look.
+  constexpr double kError = 1e-9;
+  for (std::size_t i = 2; i < times.size(); ++i)
+    EXPECT_GE(times[i] - times[i - 2] + kError, std::chrono::duration<double>(kInterval).count());
 }
 
 TEST_F(RecordingStatistics, LeavesAReportersIntervalAlone) {

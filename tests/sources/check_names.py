@@ -16,7 +16,7 @@ from pathlib import Path
 FOLDERS = ("tests", "fuzz", "bench", "examples", "model")
 
 # Names that others call: the system, the standard library's containers and algorithms, and the libraries in use.
-FUNCTIONS = re.compile(r"main|pthread_\w+|sched_yield|nanosleep|clock_gettime|accept|recv|flock|link|poll")
+FUNCTIONS = re.compile(r"main|pthread_\w+|sched_yield|nanosleep|clock_gettime|accept|recv|flock|link|poll|write")
 METHODS = {"begin", "end", "data", "size", "equal", "hash"}
 
 
