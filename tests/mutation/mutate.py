@@ -31,6 +31,7 @@ FOLDERS = ("include", "libutil/include", "libutil/src", "src", "tools")
 MESSAGE = re.compile(r"^([^\s:][^:\n]*):(\d+):(\d+): +(\w+).*\n( +\d+ \|.*)?", re.M)
 TARGET_PERCENT = 95  # Of those that do not survive for a known reason.
 TARGET_OF_ALL_PERCENT = 85  # So that reasons alone do not meet it.
+LEAST_TOGETHER = 20  # Fewer are not worth another build of everything.
 
 
 def copy_tree(tree, written=()):
@@ -86,6 +87,14 @@ class Schemas:
         path = self.tree / file
         if path.read_text() != text:
             path.write_text(text)
+
+    def together(self, numbers):
+        """Of these mutants, those that are in no other's way and that a program can choose."""
+        left_out = set()
+        for file, code in self.code.items():
+            of_file = {number: self.mutants[number] for number in sorted(numbers) if self.mutants[number].file == file}
+            left_out.update(Schema("", code, of_file).left_out)
+        return set(numbers) - left_out
 
     def show(self, numbers):
         """Writes files that have these mutants to choose from."""
@@ -163,10 +172,11 @@ def folder_of(mutant):
     return mutant.file.split("/")[1 if mutant.file.startswith("src/") else 0]
 
 
-def try_together(schemas, check, suites):
-    """Yields (number, what killed it), "" when nothing did, of those that a program can choose and a test reaches."""
+def try_together(schemas, check, suites, numbers):
+    """Yields (number, what killed it), "" when nothing did, of those that a test reaches."""
     reached = set()
-    numbers = list(schemas.mutants)
+    schemas.chosen = set(numbers)
+    numbers = sorted(numbers)
     for suite in suites:
         schemas.compile(check, numbers)
         schemas.compile(lambda: suite.build(keep_going=True), numbers)  # pylint: disable=cell-var-from-loop
@@ -196,13 +206,26 @@ def try_alone(schemas, suites, number):
     return ""
 
 
+def turns(schemas):
+    """The mutants that are built together: in another turn those that are in the way of one, unless they are few."""
+    left = set(schemas.mutants)
+    turn = schemas.together(left)
+    while turn:
+        yield turn
+        left -= turn
+        turn = schemas.together(left)
+        if len(turn) < LEAST_TOGETHER:
+            return
+
+
 def outcomes(schemas, suites, is_alone_tried=True):
     """Yields (number, outcome) of every mutant, but for those that would be built alone where they are not."""
     tried = set()
     check = Check(schemas)
-    for number, outcome in try_together(schemas, check, suites):
-        tried.add(number)
-        yield number, outcome
+    for turn in turns(schemas):
+        for number, outcome in try_together(schemas, check, suites, turn):
+            tried.add(number)
+            yield number, outcome
     for number, mutant in schemas.mutants.items() if is_alone_tried else ():
         if number not in tried:
             schemas.show_alone(number)

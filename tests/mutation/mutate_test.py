@@ -130,6 +130,19 @@ class Together(unittest.TestCase):
         self.assertNotIn(6, dict(mutate.outcomes(schemas, [suite], is_alone_tried=False)))
         self.assertEqual(suite.alone, [])
 
+    def test_that_are_in_each_others_way_are_built_one_after_the_other(self):
+        code = "void F() {\n  F(1);\n  F(2);\n  F(3);\n}\n"
+        for root in (mutate.ROOT, self.tree):
+            (root / "src/a.cpp").write_text(code)
+        swaps = [mutant for mutant in places.mutants_of("src/a.cpp", code) if mutant.kind == "swap"]
+        self.mutants = dict(enumerate(swaps, 1))
+        self.addCleanup(setattr, mutate, "LEAST_TOGETHER", mutate.LEAST_TOGETHER)
+        for mutate.LEAST_TOGETHER, expected in ((1, {1: "found", 2: ""}), (2, {1: "found"})):
+            suite = Suite(self.tree, {1}, {1, 2})
+            schemas = mutate.Schemas(self.tree, self.mutants)
+            self.assertEqual(dict(mutate.outcomes(schemas, [suite], is_alone_tried=False)), expected)
+            self.assertEqual(["Is(2)" in text for text in suite.shown], [False, True][:len(expected)])
+
     def test_that_do_not_compile_have_no_outcome(self):
         self.assertIsNone(self.outcomes(Suite(self.tree, {}, {2, 3, 4, 5, 6}, refuses=(1,)))[1])
 
