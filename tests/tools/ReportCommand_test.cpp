@@ -129,7 +129,9 @@ TEST_F(ReportCommand, ReportsDamagedLinesAndLeavesThemOut) {
       program.File("a.tessel", Recording("damaged")).Run({"report", "a.tessel", "-o", "page.html"});
   EXPECT_NE(run.err.find("a.tessel:4: "), std::string::npos);
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(CountOf(program.Contents("page.html"), "garbage"), 0U);
+  const std::string page = program.Contents("page.html");
+  EXPECT_TRUE(page.ends_with(PageEnd()));
+  EXPECT_EQ(CountOf(page, "garbage"), 0U);
 }
 
 TEST_F(ReportCommand, ReadsStandardInput) {
