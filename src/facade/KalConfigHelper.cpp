@@ -32,7 +32,7 @@ KalConfigHelper::~KalConfigHelper() {
   // Callbacks that run to their end meanwhile still find the store here.
   IKalConfig* const pStore = m_pIKalConfig;
   try {
-    m_pObserverHelper->Clean();
+    if (pStore != nullptr) m_pObserverHelper->ForgetStore();
   } catch (...) {
     // The rest is released all the same.
   }

@@ -51,6 +51,7 @@ auto Find(Map& records, const Record& record) {
 
 KalConfigObserverHelper::~KalConfigObserverHelper() {
   try {
+    Clean();
     // What still waits for a store ends while every member lives: its callback may own a Subscription of this
     // facade.
     for (RecordsByName& records : m_records) {
@@ -58,7 +59,7 @@ KalConfigObserverHelper::~KalConfigObserverHelper() {
       RecordsByName::Locked(records)->swap(waiting);
     }
   } catch (...) {
-    // A destructor completes.
+    // A destructor completes; the first thing that Clean() does shuts the callbacks off.
   }
 }
 
@@ -66,6 +67,11 @@ void KalConfigObserverHelper::SetStore(IKalConfig& store) {
   // Before the first group is looked through: who records after that sees the store, see File().
   m_store.store(&store, std::memory_order_release);
   ReSubscribeConfig();
+}
+
+void KalConfigObserverHelper::ForgetStore() {
+  Clean();
+  m_store.store(nullptr, std::memory_order_relaxed);  // Who sees no store uses none.
 }
 
 SubscribeId_t KalConfigObserverHelper::BindConfig(KalConfigGroup group, const char* szConfigName,
@@ -150,7 +156,7 @@ std::optional<SubscribeId_t> KalConfigObserverHelper::File(const Record& record)
 void KalConfigObserverHelper::Remove(const Record& record) {
   record->m_callback->Close();
   RecordsByName::Map::node_type erased;  // Ends after the lock, like `replaced` in File().
-  SubscribeId_t id;
+  SubscribeId_t id = 0;
   {
     RecordsByName::Locked records(recordsOf(record->m_group));
     const auto found = Find(*records, record);
@@ -279,14 +285,15 @@ void KalConfigObserverHelper::ReSubscribeConfig() {
 }
 
 void KalConfigObserverHelper::Clean() {
-  std::atomic_ref(*m_alive).store(false);  // Pairs with wrap().
-  if (!waitForCallbacks()) {
+  // Pairs with wrap(). A clean that follows another has nothing to wait for that the first did not give up
+  // on.
+  if (std::atomic_ref(*m_alive).exchange(false) && !waitForCallbacks()) {
     TESSEL_TRACE(0, "kalStore::KalConfigObserverHelper::Clean",
                  "Clean() spin-wait exceeded ceiling, breaking to avoid hang" << This{this});
   }
 
   for (;;) {
-    SubscribeId_t id;
+    SubscribeId_t id = 0;
     {
       RecordsById::Locked records(m_recordsById);
       if (records->empty()) return;

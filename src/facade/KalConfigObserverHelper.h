@@ -55,12 +55,15 @@ class KalConfigObserverHelper {
   KalConfigObserverHelper() = default;
   KalConfigObserverHelper(const KalConfigObserverHelper&) = delete;
   KalConfigObserverHelper& operator=(const KalConfigObserverHelper&) = delete;
-  /// After Clean().
+  /// Cleans first.
   virtual ~KalConfigObserverHelper();
 
-  /// Gives the helper its store, once, and registers what was recorded so far. The store must outlive
-  /// Clean(). Throws what the first failing record threw, after all others were registered.
+  /// Gives the helper its store, once, and registers what was recorded so far. The store must outlive the
+  /// helper, or the next ForgetStore(). Throws what the first failing record threw, after all others were
+  /// registered.
   void SetStore(IKalConfig& store);
+  /// Cleans and forgets the store.
+  void ForgetStore();
 
   /// A subscription, to be filed. Null for bad arguments.
   Record MakeRecord(KalConfigGroup group, const char* szConfigName, fnConfigChangedCallBack&& cb,
@@ -87,7 +90,7 @@ class KalConfigObserverHelper {
   internal::LiveRecords& Live() { return m_live; }
 
   /// Keeps change callbacks from user code from now on, waits for those that run, at most 50000 yields, and
-  /// removes every subscription and binding from the store. Nothing is filed from then on.
+  /// removes every subscription and binding from the store.
   void Clean();
 
  private:

@@ -204,6 +204,8 @@ void RecordingRun::record() {
   appendLost(m_pending);
   appendEnd(m_pending, nullptr, sinceStart());
   write();
+  const Lock lock(m_mutex);
+  m_flushesDone = m_flushesAsked;
 }
 
 RecordingRun::Request RecordingRun::nextRequest() {

@@ -265,37 +265,57 @@ TEST_F(RecordingEnd, AnswersThoseWhoWaitForAFlush) {
   EXPECT_EQ(fine, 3);
 }
 
-// Holds up the thread that sets "Held", between the change and its event.
-struct HoldingSink {
-  static void Receive(void* context, int, const char*, const char* text, unsigned int) {
-    auto& self = *static_cast<HoldingSink*>(context);
-    if (std::string(text).find("fireEvents, Held") == std::string::npos) return;
-    self.isHeld.Open();
-    self.goesOn.Wait();
+// A thread that sets "Held", and is held up between the change and its event.
+class HeldSetter {
+ public:
+  HeldSetter() { set_util_trace_sink(&receive, this); }
+  HeldSetter(const HeldSetter&) = delete;
+  HeldSetter& operator=(const HeldSetter&) = delete;
+  ~HeldSetter() { GoOn(); }
+
+  IKalConfig& Store() { return *m_store; }
+  void Begin() {
+    m_thread = std::thread([this] { m_store->SetKalConfig(kEndingGroup, "Held", 1, false, false); });
+    m_isHeld.Wait();
+  }
+  void GoOn() {
+    if (!m_thread.joinable()) return;
+    m_goesOn.Open();
+    m_thread.join();
   }
 
-  Gate isHeld, goesOn;
+ private:
+  static void receive(void* context, int, const char*, const char* text, unsigned int) {
+    auto& self = *static_cast<HeldSetter*>(context);
+    if (std::string(text).find("fireEvents, Held") == std::string::npos) return;
+    self.m_isHeld.Open();
+    self.m_goesOn.Wait();
+  }
+
+  const TraceLog m_trace{2};  // Restores the mask and the sink.
+  CallStore m_store{kEndingCall, CallStore::kEndsCall};
+  Gate m_isHeld, m_goesOn;
+  std::thread m_thread;
 };
 
-TEST_F(RecordingEnd, CountsWhatItDoesNotWaitFor) {
-  const TraceLog trace(2);  // Restores the mask and the sink.
-  HoldingSink sink;
-  set_util_trace_sink(&HoldingSink::Receive, &sink);
-  CallStore store(kEndingCall, CallStore::kEndsCall);
-  std::thread held;
-  std::chrono::nanoseconds waited{0};
-  const std::function sleep = [&](std::chrono::nanoseconds time) { waited += time; };
+// Ends a recording beside an event that is being written, with `sleep` in place of the system's.
+void EndBeside(HeldSetter& setter, const std::string& file,
+               const std::function<void(std::chrono::nanoseconds)>& sleep) {
   {
-    const Recording recording(File());
-    held = std::thread([&] { store->SetKalConfig(kEndingGroup, "Held", 1, false, false); });
-    sink.isHeld.Wait();
-    SetFps(*store, 15);
+    const Recording recording(file);
+    setter.Begin();
+    SetFps(setter.Store(), 15);
     g_sleep = &sleep;
   }
   g_sleep = nullptr;
+}
+
+TEST_F(RecordingEnd, CountsWhatItDoesNotWaitFor) {
+  HeldSetter setter;
+  std::chrono::nanoseconds waited{0};
+  EndBeside(setter, File(), [&](std::chrono::nanoseconds time) { waited += time; });
   EXPECT_GE(waited, std::chrono::seconds(1));
-  sink.goesOn.Open();
-  held.join();
+  setter.GoOn();
   EXPECT_TRUE(OfType("set").empty());
   const auto lost = OfType("lost");
   ASSERT_EQ(lost.size(), 1u);
@@ -304,27 +324,10 @@ TEST_F(RecordingEnd, CountsWhatItDoesNotWaitFor) {
 }
 
 TEST_F(RecordingEnd, WaitsForAnEventThatIsBeingWritten) {
-  const TraceLog trace(2);  // Restores the mask and the sink.
-  HoldingSink sink;
-  set_util_trace_sink(&HoldingSink::Receive, &sink);
-  CallStore store(kEndingCall, CallStore::kEndsCall);
-  std::thread held;
-  const std::function sleep = [&](std::chrono::nanoseconds) {
-    if (!held.joinable()) return;
-    sink.goesOn.Open();
-    held.join();
-  };
-  {
-    const Recording recording(File());
-    held = std::thread([&] { store->SetKalConfig(kEndingGroup, "Held", 1, false, false); });
-    sink.isHeld.Wait();
-    SetFps(*store, 15);
-    g_sleep = &sleep;
-  }
-  g_sleep = nullptr;
+  HeldSetter setter;
+  EndBeside(setter, File(), [&](std::chrono::nanoseconds) { setter.GoOn(); });
   EXPECT_EQ(OfType("set").size(), 2u);
   EXPECT_TRUE(OfType("lost").empty());
-  sleep({});
 }
 
 // What a callback captured. It ends with its store, under the lock that the next picture needs.
