@@ -13,11 +13,10 @@ using namespace kalStore;
 
 namespace {
 
-constexpr unsigned int kNames = 12;
 // Callbacks write here, where nobody is handed a delivery: two delivery threads never wait for each other.
 constexpr KalConfigGroup kLeafGroup = KAL_CONFIG_GROUP_METRICS;
 constexpr KalConfigGroup kBoundGroup = KAL_CONFIG_GROUP_TRANSMISSION;
-constexpr KalConfigGroup kGroups[] = {KAL_CONFIG_GROUP_AUDIO, KAL_CONFIG_GROUP_VIDEO};
+constexpr KalConfigGroup kGroupOf[] = {KAL_CONFIG_GROUP_AUDIO, KAL_CONFIG_GROUP_VIDEO};
 
 // Counts the callbacks that hold it, wherever they are copied to.
 class Token {
@@ -51,22 +50,40 @@ void SoakComponent::Run() {
 }
 
 void SoakComponent::stay(std::uint32_t callId) {
-  KalConfigHelper facade;
+  {
+    KalConfigHelper facade;
+    stayIn(facade, callId);
+  }
+  for (auto& group : m_subscribed) {
+    for (Subscribed& subscribed : group) {
+      if (subscribed.endsWithFacade) *subscribed.isRemoved = true;
+      subscribed = {};
+    }
+  }
+}
+
+void SoakComponent::stayIn(KalConfigHelper& facade, std::uint32_t callId) {
   const bool isBoundFirst = pick(2) == 0;
   if (isBoundFirst) expect(facade.InitKalConfig(callId, kal::KAL_SESSION_AUDIO) == kResultOk);
-  subscribe(facade);
+  subscribe(facade, isBoundFirst);
   if (!isBoundFirst) expect(facade.InitKalConfig(callId, kal::KAL_SESSION_VIDEO) == kResultOk);
   const unsigned int operations = 20 + pick(60);
   for (unsigned int i = 0; i < operations; ++i) use(facade, callId);
   m_shared.operations += operations + 2;
 }
 
-void SoakComponent::subscribe(KalConfigHelper& facade) {
+void SoakComponent::subscribe(KalConfigHelper& facade, bool isBound) {
   for (unsigned int i = pick(6); i > 0; --i) {
     ACmThread* thread = m_shared.threads[pick(static_cast<unsigned int>(m_shared.threads.size()))].get();
     const unsigned int way = pick(3);  // Directly, posted, handed over.
-    facade.SubscribeConfig(NameOf(pick(kNames)).c_str(), makeCallback(way == 1 ? *m_shared.lasting : facade),
-                           kGroups[pick(2)], way == 0 ? nullptr : thread, way == 1);
+    const unsigned int name = pick(kNames);
+    const unsigned int group = pick(kGroups);
+    auto isRemoved = std::make_shared<std::atomic<bool>>(false);
+    const SubscribeId_t id = facade.SubscribeConfig(
+        NameOf(name).c_str(), makeCallback(way == 1 ? *m_shared.lasting : facade, isRemoved), kGroupOf[group],
+        way == 0 ? nullptr : thread, way == 1);
+    // Before the facade is bound, the last one of a name waits for the store.
+    if (id != 0 || !isBound) m_subscribed[group][name] = {std::move(isRemoved), way != 1};
   }
   const Token token(m_shared);
   facade.BindConfig(
@@ -78,8 +95,13 @@ void SoakComponent::subscribe(KalConfigHelper& facade) {
       kBoundGroup);
 }
 
-fnConfigChangedCallBack SoakComponent::makeCallback(KalConfigHelper& used) {
-  return [token = Token(m_shared), &used](const KalConfigEvent& event) {
+fnConfigChangedCallBack SoakComponent::makeCallback(KalConfigHelper& used,
+                                                    std::shared_ptr<const std::atomic<bool>> isRemoved) {
+  return [token = Token(m_shared), &used, isRemoved = std::move(isRemoved)](const KalConfigEvent& event) {
+    if (*isRemoved) {
+      ++token.Shared().late;
+      return;  // What it uses may be gone.
+    }
     const std::uint64_t count = token.Shared().deliveries.fetch_add(1, std::memory_order_relaxed);
     if (!event.m_newValue.IsValid()) ++token.Shared().faults;
     switch (count % 8) {
@@ -103,8 +125,10 @@ fnConfigChangedCallBack SoakComponent::makeCallback(KalConfigHelper& used) {
 }
 
 void SoakComponent::use(KalConfigHelper& facade, std::uint32_t callId) {
-  const std::string name = NameOf(pick(kNames));
-  const KalConfigGroup group = kGroups[pick(2)];
+  const unsigned int number = pick(kNames);
+  const std::string name = NameOf(number);
+  const unsigned int groupNumber = pick(kGroups);
+  const KalConfigGroup group = kGroupOf[groupNumber];
   const unsigned int kind = pick(100);
   if (kind < 40) {
     expect(IsResultOfSet(facade.SetKalConfig(name.c_str(), pick(8), group, pick(4) == 0, pick(16) == 0)));
@@ -124,9 +148,13 @@ void SoakComponent::use(KalConfigHelper& facade, std::uint32_t callId) {
                              R"(","value":"4"}]})";
     expect(facade.ApplyKalConfigs(text.c_str()) == kResultOk);
   } else if (kind < 80) {
-    subscribe(facade);
+    subscribe(facade, true);
   } else if (kind < 86) {
-    facade.UnsubscribeConfig(name.c_str(), group);
+    Subscribed& subscribed = m_subscribed[groupNumber][number];
+    const bool isSubscribed = subscribed.isRemoved != nullptr;
+    expect(facade.UnsubscribeConfig(name.c_str(), group) == (isSubscribed ? kResultOk : kResultNotFound));
+    if (isSubscribed) *subscribed.isRemoved = true;
+    subscribed = {};
   } else if (kind < 90) {
     expect(facade.RemoveKalConfig(name.c_str(), group) == kResultOk);
   } else if (kind < 91) {

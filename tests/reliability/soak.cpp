@@ -132,6 +132,7 @@ bool Soak(const Options& options) {
   Report("deliveries per second", perSecond(shared.deliveries), true);
   Report("trace lines", static_cast<long long>(SoakTrace::Lines()), true);
   bool isGood = Report("results that cannot be", static_cast<long long>(shared.faults), shared.faults == 0);
+  isGood &= Report("callbacks after their removal", static_cast<long long>(shared.late), shared.late == 0);
   isGood &= Report("left in ended calls", static_cast<long long>(shared.calls.Leftovers()),
                    shared.calls.Leftovers() == 0);
   isGood &= Report("callbacks left", shared.callbacks, shared.callbacks == 0);
