@@ -16,7 +16,7 @@ LiveRegistration::LiveRegistration(KalConfigGroup group, const char* name, LiveW
 
 void LiveRegistration::leave() noexcept {
   const detail::Lock lock(g_liveMutex);
-  if (m_list != nullptr) m_list->remove(this);
+  if (m_list != nullptr) m_list->erase(m_placeInList);
   if (m_store == nullptr) return;
   // A set or removal in progress ends before, and no later one finds the cell.
   const KalConfig::ConfigMap::Locked values(m_store->configsOf(m_group));
@@ -24,6 +24,7 @@ void LiveRegistration::leave() noexcept {
 }
 
 void LiveRegistration::WaitIn(List& list, List& entry) noexcept {
+  m_placeInList = entry.begin();
   list.splice(list.end(), entry);
   m_list = &list;
 }

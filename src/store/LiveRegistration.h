@@ -67,6 +67,7 @@ class LiveRegistration {
   // and from then on.
   LiveRegistrations::Names::iterator m_place TESSEL_LOCKING(guarded_by(g_liveMutex));
   List* m_list TESSEL_LOCKING(guarded_by(g_liveMutex)) = nullptr;
+  List::iterator m_placeInList TESSEL_LOCKING(guarded_by(g_liveMutex));  // While there is one.
   KalConfig* m_store TESSEL_LOCKING(guarded_by(g_liveMutex)) = nullptr;
 };
 
