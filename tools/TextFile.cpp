@@ -47,9 +47,9 @@ std::string ReadAll(const std::string& file, std::FILE* stream) {
   std::string text;
   std::array<char, 65536> chunk;
   for (std::size_t size = SizeOf(stream); size <= kMostBytes; size = text.size()) {
+    if (std::feof(stream) != 0) return text;  // A terminal would have to end it twice.
     const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), stream);
     if (std::ferror(stream) != 0) throw Unreadable(file);
-    if (count == 0) return text;
     text.append(chunk.data(), count);
   }
   throw Unreadable(file, "more than 1 GiB");

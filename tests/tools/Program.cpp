@@ -131,6 +131,11 @@ Program& Program::InputOnceShown(std::string text, std::string shown) {
   return Input(std::move(text));
 }
 
+Program& Program::InputFromTerminal() {
+  m_inputFromTerminal = true;
+  return *this;
+}
+
 Program& Program::Without(int descriptor) {
   m_closed.push_back(descriptor);
   return *this;
@@ -176,10 +181,10 @@ Finished Program::Run(std::vector<std::string> arguments) {
   std::ofstream(inName, std::ios::binary) << m_input;
   const bool isLate = m_delay.count() != 0 || !m_awaited.empty();
   Pipe late = OpenPipe();
-  const Descriptor in =
-      isLate ? std::move(late.from) : Descriptor(::open(inName.c_str(), O_RDONLY | O_CLOEXEC));
-
   const PseudoTerminal terminal;
+  Descriptor in = m_inputFromTerminal ? terminal.There()
+                  : isLate            ? std::move(late.from)
+                                      : Descriptor(::open(inName.c_str(), O_RDONLY | O_CLOEXEC));
   Descriptor err = m_errorsToTerminal ? terminal.There() : OpenNew(errName);
   Descriptor out = [&] {
     switch (m_output) {
@@ -206,6 +211,7 @@ Finished Program::Run(std::vector<std::string> arguments) {
     if (::chdir(m_folder.c_str()) == 0) ::execve(m_executable.c_str(), argv.data(), environment.data());
     ::_exit(127);
   }
+  if (m_inputFromTerminal) in.Close();  // A terminal ends once nobody has it.
   out.Close();
   err.Close();
   Finished finished;
@@ -213,7 +219,8 @@ Finished Program::Run(std::vector<std::string> arguments) {
   if (isLate) {
     std::this_thread::sleep_for(m_delay);
     if (!m_awaited.empty()) ReadTerminal(terminal.here.Number(), shown, m_awaited);
-    (void)!::write(late.to.Number(), m_input.data(), m_input.size());  // Small enough for the pipe.
+    const Descriptor& to = m_inputFromTerminal ? terminal.here : late.to;
+    (void)!::write(to.Number(), m_input.data(), m_input.size());  // Small enough for either.
   }
   late.to.Close();
   for (const std::string& file : m_interruptingFiles) {

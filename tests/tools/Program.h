@@ -37,8 +37,10 @@ class Program {
   Program& Input(std::string text);
   /// The same, but it arrives through a pipe, after a while.
   Program& LateInput(std::string text, std::chrono::milliseconds delay);
-  /// The same, once standard error, which must be a terminal, has shown a string.
+  /// The same, once the terminal that an output must be has shown a string.
   Program& InputOnceShown(std::string text, std::string shown);
+  /// Makes standard input a terminal, where either of these is typed: the same as that of an output.
+  Program& InputFromTerminal();
   Program& To(Output output);
   /// Starts the program with a descriptor closed: 0, 1 or 2.
   Program& Without(int descriptor);
@@ -64,6 +66,7 @@ class Program {
   std::string m_input;
   std::chrono::milliseconds m_delay{};
   std::string m_awaited;
+  bool m_inputFromTerminal = false;
   std::vector<int> m_closed;
   std::size_t m_memoryLimit = 0;
   Output m_output = Output::kFile;

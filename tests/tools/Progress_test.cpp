@@ -57,6 +57,17 @@ TEST(Progress, IsShownOnACapableTerminalOnly) {
       "");
 }
 
+TEST(Progress, IsNotShownWhileAUserTypes) {
+  const Finished run = Program()
+                           .InputFromTerminal()
+                           .LateInput(std::string(kSettings) + "\n\x04", kLong)
+                           .ErrorsToTerminal()
+                           .Run({"lint", "-"});
+  // What was typed, up to a Ctrl-D: checking it may take long.
+  EXPECT_TRUE(run.err.starts_with(std::string(kSettings) + "\r\n")) << run.err;
+  EXPECT_EQ(run.status, 0);
+}
+
 // Where it would be shown, applying takes long after reading did.
 TEST(Progress, IsNotShownBesideEventsOrTraceLines) {
   std::string settings = R"({"Audio":[{"key":"A0","value":"0"})";
