@@ -219,10 +219,12 @@ std::string CppHeader(const std::vector<SettingDeclaration>& settings,
                      ". Changes to this file are lost.\n#pragma once\n\n#include <tessel/ConfigEnum.h>\n"
                      "#include <tessel/ConfigKey.h>\n#include <tessel/KalConfigGroup.h>\n\n"
                      "#include <chrono>\n#include <cstdint>\n#include <limits>\n#include <string>\n";
-  const std::span all(settings);
-  for (std::size_t begin = 0, end = 0; begin < all.size(); begin = end) {
-    while (end < all.size() && all[end].nameSpace == all[begin].nameSpace) ++end;
-    text += Block(all.subspan(begin, end - begin));
+  for (auto begin = settings.begin(); begin != settings.end();) {
+    const auto end = std::find_if(begin, settings.end(), [&](const SettingDeclaration& setting) {
+      return setting.nameSpace != begin->nameSpace;
+    });
+    text += Block({begin, end});
+    begin = end;
   }
   return text;
 }

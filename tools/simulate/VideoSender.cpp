@@ -49,7 +49,6 @@ void VideoSender::report(std::uint32_t frames, double bitsPerFrame) {
     stream.stat304 = static_cast<std::int32_t>(bitsPerFrame / 8);
     m_statistics->UpdateOneVideoLayerInfo(m_streams, layer, false, m_streams[0].counter);
   }
-  m_statistics->UpdateStreamsInfo(m_streams, layers);
   m_call.recorder.framesSent += frames;
 
   m_statistics->UpdateEncodeParam(layers, kal::KAL_VIDEO_CODEC_CODE_100);
@@ -68,7 +67,7 @@ void VideoSender::report(std::uint32_t frames, double bitsPerFrame) {
   m_statistics->UpdateVideoEnableHWEnc(m_settings.Read(kHardwareEncode));
   m_statistics->UpdateVideoCapturedFrameCnt(m_streams[0].counter);
   m_statistics->UpdateVideoFeedToEncoderFramesCnt(m_streams[0].counter);
-  m_call.recorder.statisticsWrites += static_cast<std::uint64_t>(layers) + 8;
+  m_call.recorder.statisticsWrites += static_cast<std::uint64_t>(layers) + 7;
 }
 
 }  // namespace simulate
