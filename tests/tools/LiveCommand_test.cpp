@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -12,6 +18,7 @@
 #include "Program.h"
 #include "Recordings.h"
 #include "report/AppendedLines.h"
+#include "report/Page.h"
 
 namespace {
 
@@ -165,4 +172,30 @@ TEST(LiveCommand, RefusesStandardInputAndWhatCannotBeOpened) {
   EXPECT_NE(missing.err, "");
   EXPECT_EQ(missing.out, "");
   EXPECT_EQ(missing.status, 2);
+}
+
+TEST(LiveCommand, ChoosesAPortThatNobodyHas) {
+  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+  // Of the address that it prints before the user ends it.
+  const auto chosenPort = [] {
+    const Finished run = Program()
+                             .File("a.tessel", kRecordingBegin)
+                             .InputFromTerminal()
+                             .InputOnceShown("\x04", "\n")
+                             .To(Program::Output::kTerminal)
+                             .Run({"live", "a.tessel"});
+    const std::string begin = "http://127.0.0.1:";
+    EXPECT_TRUE(run.out.starts_with(begin)) << run.out << run.err;
+    EXPECT_EQ(run.status, 0);
+    return std::atoi(run.out.substr(std::min(begin.size(), run.out.size())).c_str());
+  };
+  sockaddr_in taken{};
+  taken.sin_family = AF_INET;
+  taken.sin_port = htons(static_cast<std::uint16_t>(chosenPort()));
+  taken.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+  // Where this fails, another program has taken it meanwhile.
+  (void)!::bind(socket, reinterpret_cast<sockaddr*>(&taken), sizeof taken);
+  EXPECT_NE(chosenPort(), ntohs(taken.sin_port));
+  ::close(socket);
 }

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 
@@ -32,8 +33,8 @@ struct DisturbedSimulation : testing::Test {
     EXPECT_FALSE(disturb);
   }
 
-  const std::atomic<bool> isInterrupted{false};
-  const simulate::SimulationPlan plan{.seconds = 0.2, .calls = 1, .listeners = 0, .documents = {}};
+  std::atomic<bool> isInterrupted{false};
+  simulate::SimulationPlan plan{.seconds = 0.2, .calls = 1, .listeners = 0, .documents = {}};
   simulate::Simulation simulation{plan};
 };
 
@@ -59,6 +60,21 @@ TEST_F(DisturbedSimulation, IsNotSoundWhereSomebodyIsNotifiedOfASetThatItDidNotM
   EXPECT_FALSE(simulation.IsSound());
 }
 
+// What a callback throws ends the import before the set that somebody would be notified of.
+TEST_F(DisturbedSimulation, IsNotSoundWhereADeliveryIsLost) {
+  plan.documents = {{"first", "{}"},
+                    {"later", R"({"Video":[{"key":"Codec","value":"AV1"},{"key":"MaxFps","value":"17"}]})"}};
+  kalStore::KalConfigHelper other(kFirstCall);
+  other.SubscribeConfig(
+      "Codec", [](const kalStore::KalConfigEvent&) { throw std::runtime_error("no such codec"); },
+      kalStore::KAL_CONFIG_GROUP_VIDEO);
+  Run([] {});
+  EXPECT_EQ(simulation.LostDeliveries(), 1U);
+  EXPECT_EQ(simulation.Records().unexpectedDeliveries, 0U);
+  EXPECT_EQ(simulation.Records().framesReported, simulation.Records().framesSent);
+  EXPECT_FALSE(simulation.IsSound());
+}
+
 TEST_F(DisturbedSimulation, IsNotSoundWhereTheStatisticsLackAFrame) {
   const kalStore::StatsRef<kalStore::VideoStats> statistics(kFirstCall);
   Run([&] {  // Takes one away.
@@ -71,4 +87,28 @@ TEST_F(DisturbedSimulation, IsNotSoundWhereTheStatisticsLackAFrame) {
   EXPECT_EQ(simulation.LostDeliveries(), 0U);
   EXPECT_EQ(simulation.Records().unexpectedDeliveries, 0U);
   EXPECT_FALSE(simulation.IsSound());
+}
+
+TEST_F(DisturbedSimulation, DelaysWhatItsFirstCallReceives) {
+  const kalStore::StatsRef<kalStore::AudioStats> statistics(kFirstCall);
+  Run([] {});
+  kalStore::st_KalAudioBlock block;
+  statistics->GetRxAudioInfo(&block, 0, false);
+  // By the path, and by what waits before it.
+  EXPECT_GE(block.e2eDelay[1], 18U);
+  EXPECT_LE(block.e2eDelay[1], 5000U);
+}
+
+// The second of so many comes soon, however long the run is.
+TEST_F(DisturbedSimulation, ReceivesADocumentOnceItsPartOfTheRunIsOver) {
+  plan.seconds = 100;
+  plan.documents.assign(1000, {"later", R"({"Video":[{"key":"MaxFps","value":"17"}]})"});
+  plan.documents.front() = {"first", "{}"};
+  kalStore::KalConfigHelper other(kFirstCall);
+  const auto& key = simulate::kVideoMaxFps;
+  other.SubscribeConfig(
+      key.Name(), [&](const kalStore::KalConfigEvent&) { isInterrupted = true; }, key.Group());
+  simulation.Run(isInterrupted);
+  EXPECT_TRUE(isInterrupted);
+  EXPECT_TRUE(simulation.IsSound());
 }
