@@ -8,7 +8,8 @@ a variable of the environment chooses the one that runs. A first run of every te
 each mutant is tried with the tests that reach it: quick ones first, those of its own folder before the others; then
 with the model checker, then under ThreadSanitizer. It is killed when a test fails, crashes or takes ten times as long
 as usual, and does not without the mutant. What a program cannot choose, such as a constant of the compiler's or a lock,
-is built alone. Mutants that do not compile are not tried. Survivors with their reasons are in survivors.json.
+is built alone, after Clang's analysis of thread safety. Mutants that do not compile are not tried. Survivors with their
+reasons are in survivors.json.
 """
 import argparse
 import collections
@@ -113,38 +114,41 @@ class Schemas:
         mutant = self.mutants[number]
         self.write(mutant.file, places.changed(mutant, self.code[mutant.file]))
 
-    def blamed(self, messages):
-        """The mutants that a compiler's messages are about: those at the errors, or else at what led to them, or else
-        where a name is declared that an error's line has."""
+    def blamed(self, messages, is_first_enough=False):
+        """The mutants that a compiler's messages are about: those at the errors, or at the first, or else at what led
+        to them, or else where a name is declared that an error's line has."""
         found = [(self.schemas[file], int(line), int(column), kind)
                  for file, line, column, kind, _ in MESSAGE.findall(messages) if file in self.schemas]
         errors = [one for one in found if one[3] == "error"]
+        errors = errors[:1] if is_first_enough else errors
         for named, look in ((errors, Schema.numbers_at), (found, Schema.numbers_at),
                             (errors, Schema.numbers_on), (found, Schema.numbers_on)):
             numbers = {number for schema, line, column, _ in named for number in look(schema, line, column)}
             if numbers:
                 return numbers
         shown = " ".join(code for *_, kind, code in MESSAGE.findall(messages) if kind == "error")
-        names = "|".join(set(re.findall(r"[A-Za-z_]\w*", shown)) or ["$"])
+        names = "|".join(set(re.findall(r"\b(?![A-Z_]+\b)[A-Za-z_]\w*", shown)) or ["$"])  # But for macros.
         declares = re.compile(rf"[\w>&*] ({names})(\[.*\])?( =.*|[{{(].*)?;")
         return {number for number in self.chosen
                 if declares.search(places.lines_of(self.mutants[number], self.code[self.mutants[number].file])[0])}
 
-    def compile(self, compiled, numbers):
-        """Leaves out of these mutants those with which it does not compile."""
+    def compile(self, compiled, numbers, is_first_enough=False):
+        """Those of these mutants with which it compiles."""
+        self.chosen = set(numbers)
         self.show(numbers)
         while messages := compiled():
-            bad = self.blamed(messages)
+            bad = self.blamed(messages, is_first_enough)
             if not bad:
                 sys.exit(messages)
             self.show(self.chosen - bad)
+        return set(self.chosen)
 
 
 class Check:
     """Whether what has mutants compiles: each folder as one source, in seconds, as nothing is made of it."""
 
     def __init__(self, schemas):
-        self.schemas, self.good = schemas, set()
+        self.schemas, self.good, self.alone = schemas, set(), {}
 
     def __call__(self):
         """"" or what the compiler says of the first folder that does not compile."""
@@ -160,43 +164,65 @@ class Check:
                 self.good.add(tuple(files))
         return ""
 
-    def messages(self, files):
+    def compile_alone(self, numbers):
+        """Those of these mutants that compile where there are no others."""
+        def is_good(number):
+            mutant = self.schemas.mutants[number]
+            file = self.schemas.tree / mutant.file
+            copy = file.with_name(f"{number}-{file.name}")
+            copy.write_text(places.changed(mutant, self.schemas.code[mutant.file]))
+            try:
+                return not self.messages([copy])
+            finally:
+                copy.unlink()
+
+        self.schemas.show([])
+        unknown = sorted(numbers - self.alone.keys())
+        self.alone.update(zip(unknown, at_once(is_good, unknown)))
+        return {number for number in numbers if self.alone[number]}
+
+    def messages(self, files, compiler=("g++",)):
         folders = [f"-I{self.schemas.tree / folder}" for folder in ("include", "libutil/include", "src", "tools")]
         includes = "".join(f'#include "{file}"\n' for file in files)
-        done = subprocess.run(["g++", "-std=c++20", "-fsyntax-only", '-DTESSEL_VERSION=""', *folders, "-x", "c++", "-"],
-                              input=includes, stderr=subprocess.PIPE, text=True, check=False)
+        done = subprocess.run([*compiler, "-std=c++20", "-fsyntax-only", '-DTESSEL_VERSION=""', *folders,
+                               "-x", "c++", "-"], input=includes, stderr=subprocess.PIPE, text=True, check=False)
         return done.stderr if done.returncode else ""
+
+    def refuses(self, number):
+        """Whether Clang's analysis of thread safety misses a lock in this mutant, which is shown alone."""
+        file = self.schemas.tree / self.schemas.mutants[number].file
+        return "-Wthread-safety" in self.messages([file], ("clang++", "-Wthread-safety", "-Werror=thread-safety"))
 
 
 def folder_of(mutant):
     return mutant.file.split("/")[1 if mutant.file.startswith("src/") else 0]
 
 
-def try_together(schemas, check, suites, numbers):
+def try_together(schemas, suites, numbers):
     """Yields (number, what killed it), "" when nothing did, of those that a test reaches."""
-    reached = set()
-    schemas.chosen = set(numbers)
-    numbers = sorted(numbers)
+    survivors = set()
     for suite in suites:
-        schemas.compile(check, numbers)
-        schemas.compile(lambda: suite.build(keep_going=True), numbers)  # pylint: disable=cell-var-from-loop
+        built = schemas.compile(lambda: suite.build(keep_going=True), numbers)  # pylint: disable=cell-var-from-loop
+        numbers = sorted(built)
         suite.measure(max(schemas.mutants))
-        built = [number for number in numbers if number in schemas.chosen]
-        tried = at_once(lambda number: suite.try_out(folder_of(schemas.mutants[number]), number), built,
+        tried = at_once(lambda number: suite.try_out(folder_of(schemas.mutants[number]), number), numbers,
                         suite.kind.trials)
-        for number, outcome in zip(built, tried):
+        for number, outcome in zip(list(numbers), tried):
             if outcome is not None:
-                reached.add(number)
+                survivors.add(number)
             if outcome:
+                survivors.remove(number)
                 numbers.remove(number)
                 yield number, outcome
-    for number in numbers:
-        if number in reached:
-            yield number, ""
+    for number in sorted(survivors):
+        yield number, ""
 
 
-def try_alone(schemas, suites, number):
+def try_alone(schemas, check, suites, number):
     """What killed the mutant, "" when nothing did, None when it does not compile."""
+    schemas.show_alone(number)
+    if check.refuses(number):
+        return "the analysis of thread safety"
     for suite in suites:
         if suite.build(keep_going=False):
             return None
@@ -206,31 +232,41 @@ def try_alone(schemas, suites, number):
     return ""
 
 
-def turns(schemas):
-    """The mutants that are built together: in another turn those that are in the way of one, unless they are few."""
+def turns(schemas, check):
+    """The mutants that are built together. Another turn, unless it has few, is of those that compile but were in the
+    way of one, or were left out with one that does not compile."""
     left = set(schemas.mutants)
-    turn = schemas.together(left)
+    turn = schemas.compile(check, schemas.together(left))
     while turn:
         yield turn
-        left -= turn
-        turn = schemas.together(left)
+        left = check.compile_alone(left - turn)
+        turn = schemas.compile(check, schemas.together(left), is_first_enough=True)
         if len(turn) < LEAST_TOGETHER:
             return
 
 
-def outcomes(schemas, suites, is_alone_tried=True):
-    """Yields (number, outcome) of every mutant, but for those that would be built alone where they are not."""
-    tried = set()
+def outcomes(schemas, suites, is_first_tried=True, is_alone_tried=True):
+    """Yields (number, outcome) of every mutant, but for those of the first turn, or that would be built alone, where
+    these are not tried."""
+    left = set(schemas.mutants)
     check = Check(schemas)
-    for turn in turns(schemas):
-        for number, outcome in try_together(schemas, check, suites, turn):
-            tried.add(number)
+    for turn in turns(schemas, check):
+        if not is_first_tried:
+            is_first_tried = True
+            left -= turn
+            continue
+        for number, outcome in try_together(schemas, suites, turn):
+            left.remove(number)
             yield number, outcome
-    for number, mutant in schemas.mutants.items() if is_alone_tried else ():
-        if number not in tried:
-            schemas.show_alone(number)
-            is_compiled = not check.messages([schemas.tree / mutant.file])
-            yield number, try_alone(schemas, suites, number) if is_compiled else None
+    if not is_alone_tried:
+        return
+    compiled = check.compile_alone(left)
+    for suite in suites:
+        if compiled and not suite.tests:
+            schemas.compile(lambda: suite.build(keep_going=True), [])  # pylint: disable=cell-var-from-loop
+            suite.measure(0)
+    for number in sorted(left):
+        yield number, try_alone(schemas, check, suites, number) if number in compiled else None
 
 
 def reason(mutant, code, survivors):
@@ -265,6 +301,8 @@ def main():
                         help="the K-th of N parts of all (1/1)")
     parser.add_argument("--together", action="store_true",
                         help="do not try those that have to be built alone, which takes minutes for each")
+    parser.add_argument("--later", action="store_true",
+                        help="try only those that the first build cannot have, for example as they overlap with others")
     parser.add_argument("--only", default="",
                         help="only files whose path begins with this pattern, for example src/json/")
     parser.add_argument("--kinds", type=some_of(places.KINDS), default=places.KINDS,
@@ -287,7 +325,7 @@ def main():
     survivors = json.loads((ROOT / SURVIVORS).read_text())
 
     killed = survived = known = 0
-    for number, outcome in outcomes(schemas, suites, not arguments.together):
+    for number, outcome in outcomes(schemas, suites, not arguments.later, not arguments.together):
         if outcome is None:
             continue
         mutant = schemas.mutants[number]

@@ -61,7 +61,7 @@ class Suite:
 
     def __init__(self, tree, finds, reaches, refuses=()):
         self.tree, self.finds, self.reaches, self.refuses = tree, finds, reaches, refuses
-        self.shown, self.alone = [], []
+        self.shown, self.alone, self.tests = [], [], []
 
     def build(self, keep_going):
         text = (self.tree / "src/a.cpp").read_text()
@@ -74,7 +74,7 @@ class Suite:
         return "no" if "-" in text and not keep_going else ""
 
     def measure(self, highest):
-        self.highest = highest
+        self.highest, self.tests = highest, ["a test"]
 
     def try_out(self, folder, number=0):
         assert folder == "a.cpp"
@@ -101,7 +101,7 @@ class Together(unittest.TestCase):
         mutate.Check.__call__ = lambda check: ""
         messages = mutate.Check.messages
         self.addCleanup(setattr, mutate.Check, "messages", messages)
-        mutate.Check.messages = lambda check, files: ""
+        mutate.Check.messages = lambda check, files, compiler="": ""
         self.messages = messages
         self.mutants = dict(enumerate(places.mutants_of("src/a.cpp", self.CODE), 1))
         self.assertEqual([mutant.kind for mutant in self.mutants.values()],
@@ -142,6 +142,45 @@ class Together(unittest.TestCase):
             schemas = mutate.Schemas(self.tree, self.mutants)
             self.assertEqual(dict(mutate.outcomes(schemas, [suite], is_alone_tried=False)), expected)
             self.assertEqual(["Is(2)" in text for text in suite.shown], [False, True][:len(expected)])
+            expected.pop(1)
+            schemas = mutate.Schemas(self.tree, self.mutants)
+            later = mutate.outcomes(schemas, [suite], is_first_tried=False, is_alone_tried=False)
+            self.assertEqual(dict(later), expected)
+
+    def test_that_were_left_out_with_one_that_does_not_compile_are_built_again(self):
+        self.addCleanup(setattr, mutate, "LEAST_TOGETHER", mutate.LEAST_TOGETHER)
+        mutate.LEAST_TOGETHER = 1
+
+        def compiled(check):
+            """It does not with 2 and 1, and says so with an error at each."""
+            text = (self.tree / "src/a.cpp").read_text()
+            return "".join(f"{self.tree}/src/a.cpp:{text[:text.index(one)].count(chr(10)) + 1}:"
+                           f"{text.index(one) - text.rfind(chr(10), 0, text.index(one))}: error: no\n"
+                           for one in ("Is(2)", "Is(1)") if "Is(2)" in text and one in text)
+
+        def messages(_, files, compiler=""):
+            return "no" if "a + 0" in files[0].read_text() else ""
+
+        mutate.Check.__call__, mutate.Check.messages = compiled, messages
+        suite = Suite(self.tree, {1, 3}, {1, 3, 4, 5, 6})
+        self.assertEqual(self.outcomes(suite), {1: "found", 2: None, 3: "found", 4: "", 5: "", 6: ""})
+        self.assertEqual(["Is(1)" in text for text in suite.shown], [False, True])
+
+    def test_that_are_built_alone_are_tried_with_the_analysis_first(self):
+        warning = "a.cpp:1:1: error: writing needs m_mutex [-Werror,-Wthread-safety-analysis]"
+        mutate.Check.messages = lambda check, files, compiler="": warning if "clang++" in compiler else ""
+        suite = Suite(self.tree, {}, {1, 3, 4, 5, 6})
+        self.assertEqual(self.outcomes(suite)[2], "the analysis of thread safety")
+        self.assertEqual(suite.alone, [])
+
+    def test_that_are_all_built_alone_are_tried_with_tests_that_pass_without_them(self):
+        code = "void F() {\n  const Lock lock(m);\n}\n"
+        for root in (mutate.ROOT, self.tree):
+            (root / "src/a.cpp").write_text(code)
+        self.mutants = dict(enumerate(places.mutants_of("src/a.cpp", code), 1))
+        suite = Suite(self.tree, {}, {})
+        self.assertEqual(self.outcomes(suite), {1: "alone"})
+        self.assertEqual((suite.shown[0], suite.tests), (code, ["a test"]))
 
     def test_that_do_not_compile_have_no_outcome(self):
         self.assertIsNone(self.outcomes(Suite(self.tree, {}, {2, 3, 4, 5, 6}, refuses=(1,)))[1])
@@ -153,17 +192,18 @@ class Together(unittest.TestCase):
         check = mutate.Check(schemas)
         messages = self.messages(check, [str(self.tree / "src/a.cpp")])
         self.assertRegex(messages, r"a\.cpp:\d+:\d+: error: .x. was not declared")
-        self.assertTrue(schemas.blamed(messages))
-
+        self.assertLess(schemas.blamed(messages, is_first_enough=True), schemas.blamed(messages))
+        self.assertTrue(schemas.blamed(messages, is_first_enough=True))
 
     def test_do_not_compile_where_what_they_declare_is_named(self):
-        code = "constexpr int kSize = 2;\nint other = 2;\n"
+        code = "constexpr int kSize = 2;\nint other GUARDED(m_mutex) = 2;\n"
         (mutate.ROOT / "src/a.cpp").write_text(code)
         schemas = mutate.Schemas(self.tree, dict(enumerate(places.mutants_of("src/a.cpp", code), 1)))
         schemas.show([1, 2])
         message = "b.h:9:3: error: not a constant\n    9 |   char bytes[kSize];\n      |  ^~~~\n"
         self.assertEqual(schemas.blamed(message), {1})
         self.assertEqual(schemas.blamed(message.replace("kSize", "8")), set())
+        self.assertEqual(schemas.blamed(message.replace("kSize", "8").replace("char", "GUARDED char")), set())
 
 
 class Mutants(unittest.TestCase):

@@ -39,6 +39,8 @@ PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|greater|string)(?:<[\w:]*>)?
                        r"|(?:\.|->)(?:size|Size|empty|data|get|Place|FaultPlace|FaultReason)|[^\w>])\(")
 WRITING = re.compile(r" [-+|&]?= |\+\+|--")
 LOCK = re.compile(r"(?:const )?[\w:]*(?:Lock|Guard) \w+[({].*[)}];$")
+CLASS = re.compile(r"(?:class|struct) (?:[A-Z_]+ )?(\w+)[^;()]*\{")
+CONSTRUCTOR = re.compile(r"(\w+)\([^()]*\)(?: noexcept)?;")
 NOT_CODE = re.compile(r"\s*(#|static_assert|using |namespace |template )")
 
 ATOMIC = re.compile(
@@ -133,6 +135,7 @@ def are_independent(first, second):
 
 def mutants_of(path, code):
     plain = masked(code)
+    classes = CLASS.findall(plain)
     at, before, neighbour = 0, ";", None
     for line in plain.splitlines(keepends=True):
         if not NOT_CODE.match(line):
@@ -153,7 +156,9 @@ def mutants_of(path, code):
         here = None
         if before in ";{}:" and indent >= 2:
             is_lock = LOCK.match(statement)
-            if is_lock or (STATEMENT.match(statement) and not NO_STATEMENT.match(statement)):
+            constructor = CONSTRUCTOR.fullmatch(statement)
+            is_declared = NO_STATEMENT.match(statement) or (constructor and constructor[1] in classes)
+            if is_lock or (STATEMENT.match(statement) and not is_declared):
                 here = (at + indent, at + indent + len(statement), indent)
                 yield Mutant(path, "lock" if is_lock else "statement", *here[:2], ";")
                 if neighbour and neighbour[2] == indent and not are_independent(

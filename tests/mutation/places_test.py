@@ -136,6 +136,12 @@ class Others(unittest.TestCase):
                            "alignas(A) static B b;")
         self.assertEqual(made("statement", code) + made("swap", code), [])
 
+    def test_constructors_stay(self):
+        code = "class EXPORT A : B {\n public:\n  A();\n  explicit A(int number) noexcept;\n};\n"
+        code += in_function("A(1).Do();")
+        self.assertEqual(made("statement", code), [";"])
+        self.assertEqual(made("swap", code), [])
+
     def test_every_mutant_differs_from_its_place(self):
         code = in_function("Same();", "Same();", "x.store(1 + 2, std::memory_order_release);", "if (true) --x;")
         for mutant in places.mutants_of("a.cpp", code):

@@ -12,6 +12,11 @@ PRECEDENCE = {"||": 1, "&&": 2, "|": 3, "^": 4, "&": 5, "==": 6, "!=": 6, "<": 7
               "<<": 8, ">>": 8, "+": 9, "-": 9, "*": 10, "/": 10, "%": 10, "+=": 0,
               "-=": 0}
 TEXT = re.compile(r"//[^\n]*|/\*.*?\*/|(\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])')", re.S)
+# Types in the angle brackets of a cast, or of numeric_limits, may have spaces.
+SPACED_TYPE = re.compile(r"(?<=_cast<)[\w:*& ]+(?=>\()|(?<=_limits<)[\w: ]+(?=>)")
+EXPONENT = re.compile(r"\b(?:0x)?[\d.a-fA-F]+[ep]-$")
+VARIABLE = re.compile(r"[\w>&*] +[\w:]+$")  # Not a type: before a value in braces.
+DIRECTIVE = re.compile(r"\s*#")
 OPENING, CLOSING = "([{", ")]}"
 CONSTANT = re.compile(r"\s*(?:inline )?(constexpr) (?!auto )[^(){};]* \w+ = ")
 
@@ -32,8 +37,17 @@ class Placed(NamedTuple):
 
 
 def plain_of(code):
-    """The code without comments, with strings and characters masked, every offset kept."""
-    return TEXT.sub(lambda found: re.sub(r"[^\n]", "\x01" if found[1] else " ", found[0]), code)
+    """The code without comments, with strings, characters and types of more than one word masked, every offset kept."""
+    plain = TEXT.sub(lambda found: re.sub(r"[^\n]", "\x01" if found[1] else " ", found[0]), code)
+    return SPACED_TYPE.sub(lambda found: "\x01" * len(found[0]), plain)
+
+
+def is_in_directive(code, at):
+    """Whether a directive of the preprocessor, such as a macro, has this place: no line can begin in it."""
+    begin = code.rfind("\n", 0, at) + 1
+    while code[:begin].endswith("\\\n"):
+        begin = code.rfind("\n", 0, begin - 1) + 1
+    return bool(DIRECTIVE.match(code, begin))
 
 
 def operand_before(plain, at):
@@ -103,6 +117,8 @@ def end_of_expression(plain, at):
 def region_of(mutant, code, plain):
     """What is there twice in the schema; None where no program can choose."""
     was = code[mutant.start:mutant.end]
+    if is_in_directive(code, mutant.start):
+        return None
     if mutant.kind in ("statement", "swap"):
         is_declared = re.search(r"(?:Lock|Guard) \w+[({]", was)
         return None if is_declared else Region(mutant.start, mutant.end, True)
@@ -123,6 +139,13 @@ def region_of(mutant, code, plain):
             return expression(plain, begin, after, PRECEDENCE[was.strip()])
         if was in ("++", "--"):
             return expression(plain, mutant.start, mutant.end, 99)
+    if mutant.kind == "number":
+        exponent = EXPONENT.search(plain[:mutant.start])
+        if exponent:
+            return Region(exponent.start(), mutant.end)
+        before = plain[:mutant.start - 1]
+        if plain[mutant.start - 1] + plain[mutant.end] == "{}" and not VARIABLE.search(before):
+            return Region(operand_before(plain, len(before)), mutant.end + 1)
     return None if mutant.kind == "lock" else Region(mutant.start, mutant.end)
 
 

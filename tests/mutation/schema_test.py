@@ -111,10 +111,22 @@ class Texts(unittest.TestCase):
                 ("f(a, sizeof b - c);", "f(a, (mutation::Is(1) ? (sizeof b + c) : (sizeof b - c)));"),
                 ("f(a - sizeof b, c);", "f((mutation::Is(1) ? (a + sizeof b) : (a - sizeof b)), c);"),
                 ("*at++ = {a};", "(mutation::Is(1) ? (*at--) : (*at++)) = {a};"),
+                ("f(static_cast<unsigned char>(a) < b);", "f((mutation::Is(1) ? (static_cast<unsigned char>(a) <= b) : "
+                 "(static_cast<unsigned char>(a) < b)));"),
                 ("x += a ? b : c;", "(mutation::Is(1) ? (x -= a ? b : c) : (x += a ? b : c));"),
                 ("y << a == b << c;", "(mutation::Is(1) ? (y << a != b << c) : (y << a == b << c));")):
             with self.subTest(line):
                 self.assertEqual(self.changes(line, "operator"), expected)
+
+    def test_contain_numbers_with_their_exponent_or_type(self):
+        for line, expected in (
+                ("x = a * 1e-9;", "x = a * (mutation::Is(1) ? (1e-10) : (1e-9));"),
+                ("x = 0x1p-32;", "x = (mutation::Is(1) ? (0x1p-33) : (0x1p-32));"),
+                ("x = a-9;", "x = a-(mutation::Is(1) ? (10) : (9));"),
+                ("f(std::size_t{1} << a);", "f((mutation::Is(1) ? (std::size_t{0}) : (std::size_t{1})) << a);"),
+                ("int x{2};", "int x{(mutation::Is(1) ? (3) : (2))};")):
+            with self.subTest(line):
+                self.assertEqual(self.changes(line, "number"), expected)
 
     def test_contain_operations_with_their_orders(self):
         self.assertEqual(self.changes("y = x.load(std::memory_order_acquire);", "order"),
@@ -125,6 +137,11 @@ class Texts(unittest.TestCase):
         self.assertEqual(len(schema_of(in_function("const Lock lock(m_mutex);", "x = 1;"), "lock").left_out), 1)
         self.assertEqual(len(schema_of(in_function("const Lock lock(m_mutex);", "x = 1;"), "swap").left_out), 1)
         self.assertEqual(len(schema_of(in_function("First();", "Second();", "Third();"), "swap").left_out), 1)
+
+    def test_leave_out_macros(self):
+        schema = schema_of("#define IS(a) \\\n  (a == b)\nbool is = a == b;\n", "operator")
+        self.assertEqual(schema.left_out, [1])
+        self.assertIn("bool is = (mutation::Is(2)", schema.text)
 
     def test_are_blamed_for_what_is_in_them(self):
         schema = schema_of(in_function("x = a + b;"))
