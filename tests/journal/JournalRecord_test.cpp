@@ -11,6 +11,10 @@
 namespace kalStore::internal {
 namespace {
 
+// Callers are compiled with the numbers.
+static_assert(kJournalLongestValue == 64 && kJournalLongestLabel == 32 && kJournalLongestDetail == 56 &&
+              kJournalLargestCapacity == 1'048'576);
+
 // What is read of an entry that was written over an older record.
 JournalEvent Recorded(const JournalEntry& entry) {
   JournalRing::PlaceWords place;

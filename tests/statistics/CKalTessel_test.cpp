@@ -35,6 +35,7 @@ constexpr auto kContentAudio = kalStore::KAL_TESSEL_CONTENT_AUDIO;
 constexpr auto kUnknown = static_cast<KalTesselEntityType>(4);
 
 static_assert(std::is_same_v<std::underlying_type_t<KalTesselEntityType>, std::int32_t>);
+static_assert(kalStore::kAudioStreamCount == 20);
 static_assert(kAudio == 0 && kVideo == 1 && kContentVideo == 2 && kContentAudio == 3);
 
 std::string Hex(const void* pointer) {
