@@ -294,6 +294,7 @@ TEST(CodePlaceOf, NothingIsEmpty) {
   const CodePlace place = FindCodePlace(&local);
   EXPECT_THAT(place.module, IsEmpty());
   EXPECT_THAT(place.symbol, IsEmpty());
+  EXPECT_EQ(place.offset, 0u);
 }
 
 TEST(CodePlaceOf, AReturnAddressAtTheEndOfAFunctionIsThatFunction) {

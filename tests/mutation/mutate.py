@@ -118,7 +118,8 @@ class Schemas:
         """The mutants that a compiler's messages are about: those at the errors, or at the first, or else at what led
         to them, or else where a name is declared that an error's line has."""
         found = [(self.schemas[file], int(line), int(column), kind)
-                 for file, line, column, kind, _ in MESSAGE.findall(messages) if file in self.schemas]
+                 for file, line, column, kind, _ in MESSAGE.findall(messages)
+                 if file in self.schemas and kind != "warning"]
         errors = [one for one in found if one[3] == "error"]
         errors = errors[:1] if is_first_enough else errors
         for named, look in ((errors, Schema.numbers_at), (found, Schema.numbers_at),

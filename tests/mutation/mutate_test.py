@@ -203,6 +203,9 @@ class Together(unittest.TestCase):
         message = "b.h:9:3: error: not a constant\n    9 |   char bytes[kSize];\n      |  ^~~~\n"
         self.assertEqual(schemas.blamed(message), {1})
         self.assertEqual(schemas.blamed(message.replace("kSize", "8")), set())
+        line = schemas.schemas[f"{self.tree}/src/a.cpp"].text.split(" other")[0].count("\n") + 1
+        warning = f"{self.tree}/src/a.cpp:{line}:1: warning: of something else\n"
+        self.assertEqual(schemas.blamed(warning + message), {1})
         self.assertEqual(schemas.blamed(message.replace("kSize", "8").replace("char", "GUARDED char")), set())
 
 

@@ -28,6 +28,7 @@ namespace {
 constexpr ConfigKey<int> kMaxFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 constexpr ConfigKey<bool> kDtx{KAL_CONFIG_GROUP_AUDIO, "Dtx", true};
 constexpr ConfigKey<double> kGain{KAL_CONFIG_GROUP_AUDIO, "Gain", -18.5};
+constexpr ConfigKey<double> kPastFloats{KAL_CONFIG_GROUP_AUDIO, "PastFloats", 1e300};
 constexpr ConfigKey<std::uint64_t> kBytes{KAL_CONFIG_GROUP_METRICS, "Bytes", 1};
 constexpr ConfigKey<std::string> kDevice{KAL_CONFIG_GROUP_AUDIO, "Device", "default"};
 constexpr ConfigKey<float> kRatio{KAL_CONFIG_GROUP_AUDIO, "Ratio", 0.1};
@@ -53,6 +54,7 @@ TEST_F(Key, GivesItsDefaultWhileNothingIsStored) {
     EXPECT_EQ(kMaxFps.Get(ref), 30);
     EXPECT_TRUE(kDtx.Get(ref));
     EXPECT_EQ(kGain.Get(ref), -18.5);
+    EXPECT_EQ(kPastFloats.Get(ref), 1e300);
     EXPECT_EQ(kBytes.Get(ref), 1U);
     EXPECT_EQ(kDevice.Get(ref), "default");
 
