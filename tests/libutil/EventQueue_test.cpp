@@ -19,6 +19,8 @@
 
 namespace {
 
+static_assert(ICmEventQueue::kDefaultPriority == 128);  // Callers are compiled with the number.
+
 class EventQueue : public testing::Test {
  protected:
   void SetUp() override {

@@ -7,6 +7,7 @@
 #include <new>
 #include <stdexcept>
 #include <thread>
+#include <type_traits>
 #include <utility>
 
 #include "TypedTest.h"
@@ -17,6 +18,8 @@ namespace {
 
 // Empty with static storage, before any constructor runs.
 [[maybe_unused]] constinit Subscription g_empty;
+// What the new one's callback throws at its initial delivery leaves the assignment.
+static_assert(!std::is_nothrow_move_assignable_v<Subscription>);
 
 class Subscriptions : public TypedTest {
  protected:
