@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -32,6 +33,9 @@ constexpr ConfigKey<double> kPastFloats{KAL_CONFIG_GROUP_AUDIO, "PastFloats", 1e
 constexpr ConfigKey<std::uint64_t> kBytes{KAL_CONFIG_GROUP_METRICS, "Bytes", 1};
 constexpr ConfigKey<std::string> kDevice{KAL_CONFIG_GROUP_AUDIO, "Device", "default"};
 constexpr ConfigKey<float> kRatio{KAL_CONFIG_GROUP_AUDIO, "Ratio", 0.1};
+constexpr double kGreatestFloat = std::numeric_limits<float>::max();
+constexpr ConfigKey<float> kGreatest{KAL_CONFIG_GROUP_AUDIO, "Greatest", kGreatestFloat};
+constexpr ConfigKey<float> kLowest{KAL_CONFIG_GROUP_AUDIO, "Lowest", -kGreatestFloat};
 constexpr ConfigKey<Codec> kCodec{KAL_CONFIG_GROUP_VIDEO, "Codec", Codec::kH264};
 constexpr ConfigKey<std::chrono::milliseconds> kTimeout{KAL_CONFIG_GROUP_COMMON, "Timeout",
                                                         std::chrono::seconds(3)};
@@ -55,6 +59,8 @@ TEST_F(Key, GivesItsDefaultWhileNothingIsStored) {
     EXPECT_TRUE(kDtx.Get(ref));
     EXPECT_EQ(kGain.Get(ref), -18.5);
     EXPECT_EQ(kPastFloats.Get(ref), 1e300);
+    EXPECT_EQ(kGreatest.Get(ref), kGreatestFloat);
+    EXPECT_EQ(kLowest.Get(ref), -kGreatestFloat);
     EXPECT_EQ(kBytes.Get(ref), 1U);
     EXPECT_EQ(kDevice.Get(ref), "default");
 
