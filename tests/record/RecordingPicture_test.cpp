@@ -131,6 +131,18 @@ TEST_F(RecordingPicture, LeavesAValueOfTheLongestSizeWhole) {
   EXPECT_FALSE(set.Has("cut"));
 }
 
+TEST_F(RecordingPicture, CutsANameThatIsLonger) {
+  constexpr std::size_t kLongest = std::size_t{32} << 10;
+  m_store->SetKalConfig(KAL_CONFIG_GROUP_VIDEO, std::string(kLongest + 1, 'n').c_str(), ConfigData(1), false,
+                        false);
+  {
+    const Recording recording(File());
+  }
+  const RecordedLine set = OfType("set").at(0);
+  EXPECT_EQ(set.Get("name").size(), kLongest);
+  EXPECT_TRUE(set.Has("cut"));
+}
+
 TEST_F(RecordingPicture, SaysWhoSetAValueLast) {
   ASSERT_EQ(StartJournal(64), kResultOk);
   {

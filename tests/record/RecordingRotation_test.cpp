@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <sys/stat.h>
+
 #include <atomic>
 #include <filesystem>
 #include <optional>
@@ -201,6 +203,25 @@ TEST_F(RecordingRotation, WritesThroughNoLink) {
     EXPECT_FALSE(std::filesystem::exists(File("call.tessel.next")));
     EXPECT_GT(std::stoul(Lines().front().Get("part")), 1u);
   }
+}
+
+// What has the name of the next file is not opened for what it leads to, nor waited for.
+TEST_F(RecordingRotation, ReplacesALinkToAnotherRecordingAndAPipe) {
+  Recording other(File("foreign"));
+  ASSERT_EQ(other.Flush(), kResultOk);
+  for (const bool isLink : {true, false}) {
+    Recording recording(File(), {.largestFile = kLargest, .files = 3});
+    ASSERT_EQ(recording.Flush(), kResultOk);
+    if (isLink) {
+      std::filesystem::create_symlink("foreign", File("call.tessel.next"));
+    } else {
+      ASSERT_EQ(::mkfifo(File("call.tessel.next").c_str(), S_IRUSR | S_IWUSR), 0);
+    }
+    SetOften(recording, 100);
+    EXPECT_TRUE(recording.IsOn());
+    EXPECT_GT(std::stoul(Lines().front().Get("part")), 1u);
+  }
+  EXPECT_TRUE(other.IsOn());
 }
 
 // Who looks meanwhile, or begins a recording of the name, finds the full file or the next one.
