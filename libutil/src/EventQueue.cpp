@@ -96,8 +96,8 @@ void EventQueue::release(Completion* sender, int result) {
 }
 
 void EventQueue::Close() {
-  m_inbox.fetch_or(kClosed, std::memory_order_relaxed);
-  wake();
+  // The loop's own thread takes no lock: in a forked child, another one of the parent may hold it for ever.
+  if ((m_inbox.fetch_or(kClosed, std::memory_order_relaxed) & kSleeping) != 0) wake();
 }
 
 bool EventQueue::IsOpen() const {

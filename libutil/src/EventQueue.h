@@ -26,12 +26,10 @@ class Completion;
 ///   word                push()          takeArrivals()   sleep()            Close()
 ///   0                   event           ^                kSleeping, waits   kClosed
 ///   event               event           0                ^                  event|kClosed
-///   kSleeping           event, wakes    -                -                  kSleeping|kClosed
+///   kSleeping           event, wakes    -                -                  kSleeping|kClosed, wakes
 ///   event|kClosed       ^, refused      kClosed          ^                  ^
 ///   kSleeping|kClosed   ^, refused      -                -                  ^
 ///   kClosed             ^, refused      ^                ^                  ^
-///
-/// Close() wakes the loop in any case; one that is awake takes no notice.
 ///
 /// push() and Close() run on any thread, the other two on the loop's. The loop ends in the last two states;
 /// only Open() leaves them, by storing 0, and ACmThread never runs Open() and Close() at the same time.

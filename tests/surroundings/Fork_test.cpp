@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <future>
@@ -134,6 +135,22 @@ TEST(Fork, LeavesAChildInWhichAThreadOfTheParentCanEndThatWaitsForEvents) {
   thread->GetEventQueue()->SendEvent(new CountedEvent(counts, [&] { id = gettid(); }), 0);
   while (StateOf(id) != 'S') std::this_thread::yield();
   EXPECT_EQ(ExitOfChild([&] { thread.reset(); }), kEnded);
+  EXPECT_EQ(thread->Stop(), 0);
+}
+
+TEST(Fork, LeavesAChildInWhichTheThreadThatForkedCanEnd) {
+  auto thread = std::make_unique<ACmThread>();
+  ASSERT_EQ(thread->Start(), 0);
+  EventCounts counts;
+  int status = -1;
+  const auto forks = [&] {
+    status = ExitOfChild([&] {
+      if (thread->Stop() != EDEADLK) std::abort();
+      thread.reset();
+    });
+  };
+  thread->GetEventQueue()->SendEvent(new CountedEvent(counts, forks), 0);
+  EXPECT_EQ(status, kEnded);
   EXPECT_EQ(thread->Stop(), 0);
 }
 
