@@ -18,6 +18,14 @@ class JournalStart : public JournalTest {
   JournalStart() { StopJournal(); }
 };
 
+TEST(JournalStartDeathTest, FindsAJournalOfWhichNothingIsThere) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // In a process in which none was started.
+  const auto isNothingThere = [] {
+    return JournalCapacity() == 0 && JournalStarts() == 0 && NextJournalNumber() == 1;
+  };
+  EXPECT_EXIT(std::_Exit(isNothingThere() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(JournalStart, TakesCapacitiesWithinItsLimits) {
   EXPECT_EQ(StartJournal(0), kResultBadArgument);
   EXPECT_EQ(StartJournal(kJournalLargestCapacity + 1), kResultBadArgument);

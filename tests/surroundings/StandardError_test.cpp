@@ -20,6 +20,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "tessel/KalConfigRegistry.h"
 #include "util/util_trace.h"
@@ -122,6 +123,17 @@ class LateReader {
   static inline long s_nowMs = 0;
 };
 
+/// The next wait for standard error ends by a signal.
+class InterruptedWait {
+ public:
+  InterruptedWait() { s_isNext = true; }
+
+  static bool IsThis() { return std::exchange(s_isNext, false); }
+
+ private:
+  static inline bool s_isNext = false;
+};
+
 bool IsPending(int signal) {
   sigset_t pending;
   sigpending(&pending);
@@ -147,6 +159,10 @@ extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t cl
 }
 
 extern "C" __attribute__((visibility("default"))) int poll(pollfd* files, nfds_t count, int timeout) {
+  if (InterruptedWait::IsThis()) {
+    errno = EINTR;
+    return -1;
+  }
   if (!LateReader::IsAwaited(timeout)) return 0;
   timespec limit{.tv_sec = timeout / 1000, .tv_nsec = timeout % 1000 * 1'000'000L};
   const auto ready =
@@ -277,6 +293,18 @@ TEST(StandardError, IsNotTakenForInterruptedByAnOldErrorNumber) {
   errno = EINTR;
   TraceText("somebody sees it");
   EXPECT_EQ(pipe.Read(), "[UTIL 0] somebody sees it\n");
+}
+
+TEST(StandardError, ThatNobodyReadsIsAwaitedNoLongerAfterASignal) {
+  const ErrorPipe pipe;
+  pipe.Fill();
+  [[maybe_unused]] const InterruptedWait signal;
+  TraceText("nobody sees it");
+  pipe.Read();
+  TraceText("somebody sees it");
+  EXPECT_EQ(pipe.Read(),
+            "[UTIL 0] 1 lines lost: nobody read standard error\n"
+            "[UTIL 0] somebody sees it\n");
 }
 
 // However little is left for the last piece.
