@@ -136,9 +136,9 @@ TEST(ReaderNumber, IsTheOneThatTheCLibraryReads) {
         "-999999999999999999", "0.1", "1e23"}) {
     ExpectAsStrtod(text);
   }
-  for (const std::string& text :
-       {"0." + zeros + "1e500", "0." + zeros + "1e800", "1" + zeros + "e-500", "1" + zeros + "e-800",
-        "0." + zeros + "1", "1" + zeros, "-1" + zeros + "e-100"}) {
+  for (const std::string& text : {"0." + zeros + "1e500", "0." + zeros + "1e800", "0." + zeros + "1e+10",
+                                  "1" + zeros + "e+10", "1" + zeros + "e-500", "1" + zeros + "e-800",
+                                  "0." + zeros + "1", "1" + zeros, "-1" + zeros + "e-100"}) {
     ExpectAsStrtod(text);
   }
 }

@@ -68,6 +68,20 @@ TEST_F(RecordingEnd, DoesNotComeForWantOfRoomInTheJournal) {
   EXPECT_EQ(recording.Flush(), kResultOk);
 }
 
+using RecordingEndDeathTest = RecordingEnd;
+
+TEST_F(RecordingEndDeathTest, LeavesTheFirstJournalOfTheProcessOn) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // In a process in which none was started.
+  const auto isLeftOn = [&] {
+    StartJournal(1024);
+    {
+      const Recording recording(File());
+    }
+    return JournalStarts() == 1 && IsJournalOn();
+  };
+  EXPECT_EXIT(std::_Exit(isLeftOn() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(RecordingEnd, LeavesAJournalOnThatWasOn) {
   ASSERT_EQ(StartJournal(1024), kResultOk);
   {
