@@ -94,7 +94,7 @@ TEST(LineText, WritesAByteThatIsNoUtf8AsAnEscape) {
 }
 
 TEST(LineText, TakesNothingBehindTheStringForTheEndOfACharacter) {
-  for (const std::string_view text : {"\u00E9", "\u0800", "\U0001F3A5"}) {
+  for (const std::string_view text : {"a", "\u00E9", "\u0800", "\U0001F3A5"}) {
     EXPECT_EQ(CharacterSize(text), text.size());
     for (std::size_t size = 0; size < text.size(); ++size) {
       EXPECT_EQ(CharacterSize(text.substr(0, size)), 0U) << text << ' ' << size;
