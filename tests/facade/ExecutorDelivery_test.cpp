@@ -30,7 +30,8 @@ constexpr ConfigKey<int> kValue{KAL_CONFIG_GROUP_AUDIO, "a", 0};
 // What it is made of can be copied, and called with a task. Overloads depend on that.
 using CallsOnce = decltype([owned = std::unique_ptr<int>()](const std::function<void()>& task) { task(); });
 static_assert(std::is_constructible_v<ConfigExecutor, void (*)(std::function<void()>)>);
-static_assert(!std::is_constructible_v<ConfigExecutor, int> && !std::is_constructible_v<ConfigExecutor, CallsOnce>);
+static_assert(!std::is_constructible_v<ConfigExecutor, int> &&
+              !std::is_constructible_v<ConfigExecutor, CallsOnce>);
 
 // An event loop that runs when the test says so, on the thread that says it.
 class Loop {

@@ -13,6 +13,8 @@ namespace {
 #define TESSEL_VERSION_MINOR 2
 #define TESSEL_VERSION_PATCH 3
 
-TEST(Version, HasANumberThatGrowsWithEachPart) { EXPECT_EQ(TESSEL_VERSION_NUMBER, 10203); }
+TEST(Version, HasANumberThatGrowsWithEachPart) {
+  EXPECT_EQ(TESSEL_VERSION_NUMBER, 10203);
+}
 
 }  // namespace
