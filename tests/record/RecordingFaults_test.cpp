@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstddef>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <thread>
 
@@ -16,6 +19,25 @@
 
 namespace kalStore {
 namespace {
+
+/// No thread can start as long as this lives: none has room for the stack that it would get.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_getattr_default_np(&m_before);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, std::numeric_limits<std::size_t>::max() / 4 * 3);
+    EXPECT_EQ(pthread_setattr_default_np(&attributes), 0);
+    pthread_attr_destroy(&attributes);
+  }
+  ~NoThreads() { pthread_setattr_default_np(&m_before); }
+  NoThreads(const NoThreads&) = delete;
+  NoThreads& operator=(const NoThreads&) = delete;
+
+ private:
+  pthread_attr_t m_before{};
+};
 
 class RecordingFaults : public RecordingTest {
  protected:
@@ -53,6 +75,11 @@ TEST_F(RecordingFaults, AFolderThatIsNotThereEndsIt) {
 TEST_F(RecordingFaults, AFolderInItsPlaceEndsIt) {
   std::filesystem::create_directory(File());
   ExpectEnd(File(), "Is a directory");
+}
+
+TEST_F(RecordingFaults, AThreadThatCannotStartEndsIt) {
+  const NoThreads none;
+  ExpectEnd(File(), "Resource temporarily unavailable");
 }
 
 TEST_F(RecordingFaults, AZeroByteInItsNameIsNotTheEndOfTheName) {
