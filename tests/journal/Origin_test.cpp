@@ -79,6 +79,16 @@ TEST_F(JournalOrigins, OfSubscriptionsAreWhoeverHoldsThem) {
   EXPECT_THAT(Callers(), Each(StartsWith("component::HoldBinding(")));
 }
 
+TEST_F(JournalOrigins, OfEveryWayToRegisterAndToLetGoAreWhoeverDoesIt) {
+  component::UseCaptures(m_facade, m_store, [] { return nullptr; });
+  EXPECT_THAT(Callers(), Each(StartsWith("component::UseCaptures(")));
+}
+
+TEST_F(JournalOrigins, OfTheOtherEntriesAreTheirCaller) {
+  component::UseOtherEntries(m_store, 9);
+  EXPECT_THAT(Callers(), Each(StartsWith("component::UseOtherEntries(")));
+}
+
 TEST_F(JournalOrigins, OfAFacadesWholeLifeAreItsOwner) {
   component::HoldFacade(8);
   EXPECT_THAT(Callers(), Each(StartsWith("component::HoldFacade(")));
@@ -118,6 +128,21 @@ TEST_F(JournalOrigins, OfWhatEndsWithItsStoreAreWhoeverEndedThat) {
   EXPECT_THAT(Callers(), ::testing::ElementsAre(
                              StartsWith("component::EndStore("), StartsWith("component::EndStore("),
                              StartsWith("component::EndStore("), StartsWith("component::SetInStore(")));
+}
+
+using JournalOriginsOfAllStores = JournalTest;
+
+TEST_F(JournalOriginsOfAllStores, AreWhoeverEndsThem) {
+  IKalConfig* store = nullptr;
+  CreateKalConfig(8, &store);
+  store->SubscribeConfig(kVideo, "MaxFps", [](const KalConfigEvent&) {}, nullptr, false);
+  Events();
+  component::EndAllStores();
+  const std::vector<JournalEvent> events = Events();
+  EXPECT_FALSE(events.empty());
+  for (const JournalEvent& event : events) {
+    EXPECT_THAT(FindCodePlace(event.caller).symbol, StartsWith("component::EndAllStores("));
+  }
 }
 
 TEST_F(JournalOrigins, OfWhatCapturesDoAsTheyEndAreTheirOwn) {

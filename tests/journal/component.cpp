@@ -122,10 +122,34 @@ int HoldBinding(IKalConfig& store) {
   return 0;
 }
 
+int UseOtherEntries(IKalConfig& store, unsigned int callId) {
+  ConfigData value;
+  int result = store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, nullptr, 1, false, false);
+  result += store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "", 1, false, false);
+  result += store.GetDynamicConfig(KAL_CONFIG_GROUP_VIDEO, "Asked", value, 1);
+  result += GetKalConfigValueEx(KAL_CONFIG_GROUP_VIDEO, "MaxFps", value, callId);
+  result += GetKalConfigValue(kal::KAL_SESSION_VIDEO, "MaxFps", value, callId);
+  {
+    KalConfigHelper late;
+    result += late.SetCallId(callId);
+  }
+  void* const entity = kalTesselInstant.createOrGetTesselEntity(KAL_TESSEL_VIDEO, callId);
+  result += kalTesselInstant.releaseTesselEntity(KAL_TESSEL_VIDEO, callId, entity);
+  result += CleanUpKalConfig(callId);
+  g_calls = g_calls + 1;
+  return result;
+}
+
 int EndStore(unsigned int callId) {
   const int result = CleanUpKalConfig(callId);
   g_calls = g_calls + 1;
   return result;
+}
+
+int EndAllStores() {
+  DestroyKalConfig();
+  g_calls = g_calls + 1;
+  return 0;
 }
 
 int SetInCallback(KalConfigHelper& facade) {
@@ -148,6 +172,8 @@ int UseCaptures(KalConfigHelper& facade, IKalConfig& store,
   };
   // Registered and removed,
   facade.UnsubscribeConfig(facade.SubscribeConfig("Changed", changed(), kVideo));
+  facade.SubscribeConfig("Changed", changed(), kVideo);
+  facade.UnsubscribeConfig("Changed", kVideo);
   facade.UnsubscribeConfig(facade.BindConfig("Asked", asked(), kVideo));
   facade.SubscribeFeatureToggle(KAL_FT_EnableMusicDetection, changed());
   facade.UnsubscribeFeatureToggle(KAL_FT_EnableMusicDetection);
