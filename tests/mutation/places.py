@@ -39,6 +39,9 @@ PURE_CALL = re.compile(r"(?:\bstd::(?:min|max|clamp|greater|string)(?:<[\w:]*>)?
                        r"|(?:\.|->)(?:size|Size|empty|data|get|Place|FaultPlace|FaultReason)|[^\w>])\(")
 WRITING = re.compile(r" [-+|&]?= |\+\+|--")
 LOCK = re.compile(r"(?:const )?[\w:]*(?:Lock|Guard) \w+[({].*[)}];$")
+# Comments, or strings and characters, which are the first group.
+TEXT = re.compile(
+    r"//[^\n]*|/\*.*?\*/|(R\"(\w*)\(.*?\)\2\"|\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])')", re.S)
 CLASS = re.compile(r"(?:class|struct) (?:[A-Z_]+ )?(\w+)[^;()]*\{")
 CONSTRUCTOR = re.compile(r"(\w+)\([^()]*\)(?: noexcept)?;")
 NOT_CODE = re.compile(r"\s*(#|static_assert|using |namespace |template )")
@@ -56,8 +59,7 @@ WEAKER = {"acquire": ["relaxed"], "release": ["relaxed"], "acq_rel": ["acquire",
 
 def masked(code):
     """The code with comments, strings and characters masked, every offset kept."""
-    pattern = re.compile(r"//[^\n]*|/\*.*?\*/|\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])'", re.S)
-    return pattern.sub(lambda match: re.sub(r"[^\n]", "\x01", match.group()), code)
+    return TEXT.sub(lambda match: re.sub(r"[^\n]", "\x01", match.group()), code)
 
 
 def closing(code, start):

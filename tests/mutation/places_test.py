@@ -136,6 +136,11 @@ class Others(unittest.TestCase):
                            "alignas(A) static B b;")
         self.assertEqual(made("statement", code) + made("swap", code), [])
 
+    def test_strings_stay(self):
+        for line in ('x = "a < 1";', 'x = R"(a < 1 " b\n  Do(1);\n)";', 'x = R"end(a )" < 1)end";', "x = '1';"):
+            code = in_function(line)
+            self.assertEqual(made("operator", code) + made("number", code), [], line)
+
     def test_constructors_stay(self):
         code = "class EXPORT A : B {\n public:\n  A();\n  explicit A(int number) noexcept;\n};\n"
         code += in_function("A(1).Do();")

@@ -4,14 +4,13 @@
 import re
 from typing import NamedTuple
 
-from places import ORDER, closing
+from places import ORDER, TEXT, closing
 
 HEADER = '#include "{}"\n'
 # What a change may be confined to: operands of operators that bind at least as closely as the changed one.
 PRECEDENCE = {"||": 1, "&&": 2, "|": 3, "^": 4, "&": 5, "==": 6, "!=": 6, "<": 7, ">": 7, "<=": 7, ">=": 7, "<=>": 7,
               "<<": 8, ">>": 8, "+": 9, "-": 9, "*": 10, "/": 10, "%": 10, "+=": 0,
               "-=": 0}
-TEXT = re.compile(r"//[^\n]*|/\*.*?\*/|(\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])')", re.S)
 # Types in the angle brackets of a cast, or of numeric_limits, may have spaces.
 SPACED_TYPE = re.compile(r"(?<=_cast<)[\w:*& ]+(?=>\()|(?<=_limits<)[\w: ]+(?=>)")
 EXPONENT = re.compile(r"\b(?:0x)?[\d.a-fA-F]+[ep]-$")
