@@ -132,10 +132,21 @@ int UseOtherEntries(IKalConfig& store, unsigned int callId) {
   {
     KalConfigHelper late;
     result += late.SetCallId(callId);
+    result += late.SetFeatureToggle(KAL_FT_EnableMusicDetection, true);
+    result += late.RemoveFeatureToggle(KAL_FT_EnableMusicDetection);
+    KalConfigHelper initialised;
+    result += initialised.InitKalConfig(callId + 1, kal::KAL_SESSION_VIDEO);
   }
+  IKalConfig* own = nullptr;
+  result += CreateKalConfig(callId, &own);
+  result += own->ApplyKalConfigs(R"({"Video":[{"key":"MaxFps","value":"15"}]})");
+  result += own->RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps");
+  result += own->RemoveKalConfigByGroup(KAL_CONFIG_GROUP_VIDEO);
+  own->BindConfig(KAL_CONFIG_GROUP_VIDEO, "Asked", [](const KalConfigEvent&) { return ConfigData(1); });
+  result += ReleaseKalConfig(own);
   void* const entity = kalTesselInstant.createOrGetTesselEntity(KAL_TESSEL_VIDEO, callId);
   result += kalTesselInstant.releaseTesselEntity(KAL_TESSEL_VIDEO, callId, entity);
-  result += CleanUpKalConfig(callId);
+  result += CleanUpKalConfig(callId) + CleanUpKalConfig(callId + 1);
   g_calls = g_calls + 1;
   return result;
 }
