@@ -143,10 +143,10 @@ int UseOtherEntries(IKalConfig& store, unsigned int callId) {
   result += own->RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps");
   result += own->RemoveKalConfigByGroup(KAL_CONFIG_GROUP_VIDEO);
   own->BindConfig(KAL_CONFIG_GROUP_VIDEO, "Asked", [](const KalConfigEvent&) { return ConfigData(1); });
-  result += ReleaseKalConfig(own);
   void* const entity = kalTesselInstant.createOrGetTesselEntity(KAL_TESSEL_VIDEO, callId);
   result += kalTesselInstant.releaseTesselEntity(KAL_TESSEL_VIDEO, callId, entity);
   result += CleanUpKalConfig(callId) + CleanUpKalConfig(callId + 1);
+  result += ReleaseKalConfig(own);  // The last reference.
   g_calls = g_calls + 1;
   return result;
 }
