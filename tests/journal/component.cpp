@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "component.h"
 
+#include <cstdint>
+
 // Each function uses what its last call returns, so that it is no jump out of the function.
 
 namespace component {
@@ -11,6 +13,10 @@ namespace {
 
 constexpr ConfigKey<int> kFps{KAL_CONFIG_GROUP_VIDEO, "MaxFps", 30};
 volatile int g_calls = 0;
+
+void Use(std::int32_t result) {
+  g_calls = g_calls + (result == kResultOk ? 1 : 0);
+}
 
 }  // namespace
 
@@ -124,31 +130,31 @@ int HoldBinding(IKalConfig& store) {
 
 int UseOtherEntries(IKalConfig& store, unsigned int callId) {
   ConfigData value;
-  int result = store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, nullptr, 1, false, false);
-  result += store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "", 1, false, false);
-  result += store.GetDynamicConfig(KAL_CONFIG_GROUP_VIDEO, "Asked", value, 1);
-  result += GetKalConfigValueEx(KAL_CONFIG_GROUP_VIDEO, "MaxFps", value, callId);
-  result += GetKalConfigValue(kal::KAL_SESSION_VIDEO, "MaxFps", value, callId);
+  Use(store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, nullptr, 1, false, false));
+  Use(store.SetKalConfig(KAL_CONFIG_GROUP_VIDEO, "", 1, false, false));
+  Use(store.GetDynamicConfig(KAL_CONFIG_GROUP_VIDEO, "Asked", value, 1));
+  Use(GetKalConfigValueEx(KAL_CONFIG_GROUP_VIDEO, "MaxFps", value, callId));
+  Use(GetKalConfigValue(kal::KAL_SESSION_VIDEO, "MaxFps", value, callId));
   {
     KalConfigHelper late;
-    result += late.SetCallId(callId);
-    result += late.SetFeatureToggle(KAL_FT_EnableMusicDetection, true);
-    result += late.RemoveFeatureToggle(KAL_FT_EnableMusicDetection);
+    Use(late.SetCallId(callId));
+    Use(late.SetFeatureToggle(KAL_FT_EnableMusicDetection, true));
+    Use(late.RemoveFeatureToggle(KAL_FT_EnableMusicDetection));
     KalConfigHelper initialised;
-    result += initialised.InitKalConfig(callId + 1, kal::KAL_SESSION_VIDEO);
+    Use(initialised.InitKalConfig(callId + 1, kal::KAL_SESSION_VIDEO));
   }
   IKalConfig* own = nullptr;
-  result += CreateKalConfig(callId, &own);
-  result += own->ApplyKalConfigs(R"({"Video":[{"key":"MaxFps","value":"15"}]})");
-  result += own->RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps");
-  result += own->RemoveKalConfigByGroup(KAL_CONFIG_GROUP_VIDEO);
+  Use(CreateKalConfig(callId, &own));
+  Use(own->ApplyKalConfigs(R"({"Video":[{"key":"MaxFps","value":"15"}]})"));
+  Use(own->RemoveKalConfig(KAL_CONFIG_GROUP_VIDEO, "MaxFps"));
+  Use(own->RemoveKalConfigByGroup(KAL_CONFIG_GROUP_VIDEO));
   own->BindConfig(KAL_CONFIG_GROUP_VIDEO, "Asked", [](const KalConfigEvent&) { return ConfigData(1); });
   void* const entity = kalTesselInstant.createOrGetTesselEntity(KAL_TESSEL_VIDEO, callId);
-  result += kalTesselInstant.releaseTesselEntity(KAL_TESSEL_VIDEO, callId, entity);
-  result += CleanUpKalConfig(callId) + CleanUpKalConfig(callId + 1);
-  result += ReleaseKalConfig(own);  // The last reference.
-  g_calls = g_calls + 1;
-  return result;
+  Use(kalTesselInstant.releaseTesselEntity(KAL_TESSEL_VIDEO, callId, entity));
+  Use(CleanUpKalConfig(callId));
+  Use(CleanUpKalConfig(callId + 1));
+  Use(ReleaseKalConfig(own));  // The last reference.
+  return 0;
 }
 
 int EndStore(unsigned int callId) {
