@@ -147,6 +147,15 @@ bool IsPending(int signal) {
   asm volatile("" : : "r"(stack.data()) : "memory");
 }
 
+/// Whoever reads again is shown that a line is missing.
+void ExpectALineLost(const ErrorPipe& pipe) {
+  pipe.Read();
+  TraceText("somebody sees it");
+  EXPECT_EQ(pipe.Read(),
+            "[UTIL 0] 1 lines lost: nobody read standard error\n"
+            "[UTIL 0] somebody sees it\n");
+}
+
 }  // namespace
 
 // The libraries call these, for the program comes first where they are looked up.
@@ -300,11 +309,7 @@ TEST(StandardError, ThatNobodyReadsIsAwaitedNoLongerAfterASignal) {
   pipe.Fill();
   [[maybe_unused]] const InterruptedWait signal;
   TraceText("nobody sees it");
-  pipe.Read();
-  TraceText("somebody sees it");
-  EXPECT_EQ(pipe.Read(),
-            "[UTIL 0] 1 lines lost: nobody read standard error\n"
-            "[UTIL 0] somebody sees it\n");
+  ExpectALineLost(pipe);
 }
 
 // However little is left for the last piece.
@@ -366,11 +371,7 @@ TEST(StandardError, WhoseRoomAnotherAlwaysTakesLosesTheLineAndSaysSo) {
     });
     TraceText("nobody sees it");
   }
-  pipe.Read();
-  TraceText("somebody sees it");
-  EXPECT_EQ(pipe.Read(),
-            "[UTIL 0] 1 lines lost: nobody read standard error\n"
-            "[UTIL 0] somebody sees it\n");
+  ExpectALineLost(pipe);
 }
 
 TEST(StandardError, ThatNobodyReadsDoesNotHoldTheRegistryForEver) {
