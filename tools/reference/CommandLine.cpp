@@ -4,25 +4,30 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
-#include "Commands.h"
 #include "ConfigPath.h"
 
 namespace {
+
+std::vector<std::string> NamesOf(const CLI::Option& option) {
+  std::vector<std::string> names;
+  if (option.get_positional()) names.push_back(option.get_name());
+  for (const std::string& name : option.get_snames()) names.push_back("-" + name);
+  for (const std::string& name : option.get_lnames()) names.push_back("--" + name);
+  return names;
+}
 
 std::vector<Parameter> ParametersOf(const CLI::App& command) {
   std::vector<Parameter> parameters;
   for (const CLI::Option* const option : command.get_options()) {
     if (option->get_group().empty()) continue;  // Hidden.
-    Parameter& parameter = parameters.emplace_back();
-    parameter.isArgument = option->get_positional();
-    parameter.isRequired = option->get_required();
-    parameter.isRepeatable = option->get_expected_max() > 1;
-    if (option->get_items_expected_max() != 0) parameter.value = option->get_type_name();
-    parameter.description = option->get_description();
-    if (parameter.isArgument) parameter.names.push_back(option->get_name());
-    for (const std::string& name : option->get_snames()) parameter.names.push_back("-" + name);
-    for (const std::string& name : option->get_lnames()) parameter.names.push_back("--" + name);
+    parameters.push_back({.names = NamesOf(*option),
+                          .value = option->get_items_expected_max() == 0 ? "" : option->get_type_name(),
+                          .description = option->get_description(),
+                          .isArgument = option->get_positional(),
+                          .isRequired = option->get_required(),
+                          .isRepeatable = option->get_expected_max() > 1});
   }
   return parameters;
 }
@@ -30,22 +35,18 @@ std::vector<Parameter> ParametersOf(const CLI::App& command) {
 std::vector<HelpSection> SectionsOf(const CLI::App& command) {
   std::vector<HelpSection> sections;
   std::istringstream footer(command.get_footer());
-  bool isBegun = false;
+  bool isAfterEmpty = true;
   for (std::string line; std::getline(footer, line);) {
-    if (line.empty()) {
-      isBegun = false;
-      continue;
-    }
-    if (!isBegun && line.front() != ' ') {
+    const bool isFirst = std::exchange(isAfterEmpty, line.empty());
+    if (line.empty()) continue;
+    if (isFirst && line.front() != ' ') {
       const bool isTitle = line.back() == ':';
       sections.push_back({isTitle ? line.substr(0, line.size() - 1) : "", {}});
-      isBegun = true;
       if (isTitle) continue;
     }
     if (sections.empty()) sections.emplace_back();
     std::vector<std::string>& lines = sections.back().lines;
-    if (!isBegun && !lines.empty()) lines.emplace_back();
-    isBegun = true;
+    if (isFirst && !lines.empty()) lines.emplace_back();
     lines.push_back(line.starts_with("  ") ? line.substr(2) : line);
   }
   return sections;
@@ -57,12 +58,9 @@ Command CommandOf(const CLI::App& app) {
 
 }  // namespace
 
-CommandLine ReadCommandLine() {
-  int exitStatus = 0;
-  CLI::App app;
-  AddCommands(app, exitStatus);
-  CommandLine line{CommandOf(app), app.version(), {}};
-  for (const CLI::App* const command : app.get_subcommands({})) {
+CommandLine CommandLineOf(const CLI::App& program) {
+  CommandLine line{CommandOf(program), program.version(), {}};
+  for (const CLI::App* const command : program.get_subcommands({})) {
     if (!command->get_group().empty()) line.commands.push_back(CommandOf(*command));  // Not a hidden one.
   }
   return line;

@@ -4,6 +4,10 @@
 #include <string>
 #include <vector>
 
+namespace CLI {
+class App;
+}
+
 /// An option or argument, as a reader knows it.
 struct Parameter {
   std::vector<std::string> names;  ///< -q, --quiet; of an argument, its placeholder.
@@ -35,8 +39,8 @@ struct CommandLine {
   std::vector<Command> commands;
 };
 
-/// The definitions that the program itself parses by.
-CommandLine ReadCommandLine();
+/// What the definitions say that a program parses by.
+CommandLine CommandLineOf(const CLI::App& program);
 
 /// What the value of a parameter may be, as far as it is known beforehand.
 struct Values {

@@ -2,8 +2,10 @@
 #include "ManPage.h"
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <vector>
+
 namespace {
 
 std::string Upper(std::string text) {
@@ -15,19 +17,13 @@ std::string Upper(std::string text) {
 
 // A string that troff prints as it is, wherever it is.
 std::string Literal(const std::string& text) {
-  std::string out;
+  static const std::map<char, std::string> kEscapes = {{'\\', "\\e"},  {'-', "\\-"},   {'\'', "\\(aq"},
+                                                       {'"', "\\(dq"}, {'`', "\\(ga"}, {'^', "\\(ha"},
+                                                       {'~', "\\(ti"}};
+  std::string out = text.starts_with('.') ? "\\&" : "";  // Otherwise a line could be a request.
   for (const char letter : text) {
-    if (letter == '\\') {
-      out += "\\e";
-    } else if (letter == '-') {
-      out += "\\-";
-    } else if (letter == '\'') {
-      out += "\\(aq";
-    } else if (letter == '.' && out.empty()) {
-      out += "\\&.";
-    } else {
-      out += letter;
-    }
+    const auto escape = kEscapes.find(letter);
+    out += escape == kEscapes.end() ? std::string(1, letter) : escape->second;
   }
   return out;
 }

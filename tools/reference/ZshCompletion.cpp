@@ -1,18 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <string>
+#include <string_view>
 
 #include "Completion.h"
 
 namespace {
 
-// A string inside an argument of _arguments, where colons and brackets part it.
-std::string Escaped(const std::string& text) {
+// With a backslash before each of these letters.
+std::string Escaped(const std::string& text, std::string_view letters) {
   std::string out;
   for (const char letter : text) {
-    if (letter == ':' || letter == '[' || letter == ']' || letter == '\\') out += '\\';
+    if (letters.find(letter) != std::string_view::npos) out += '\\';
     out += letter;
   }
   return out;
+}
+
+// What stands for the letters themselves in a description of _arguments and in what _describe takes.
+std::string Description(const std::string& text) {
+  return Escaped(text, ":[]\\");
+}
+
+// In what _arguments shows above the values, a backslash is one, but before a colon.
+std::string Message(const std::string& text) {
+  return Escaped(text, ":");
 }
 
 std::string Action(const Parameter& parameter) {
@@ -29,12 +40,12 @@ void WriteParameter(std::ostream& out, const Parameter& parameter) {
         << ShellQuoted((parameter.isRepeatable ? "*:"
                         : parameter.isRequired ? ":"
                                                : "::") +
-                       Escaped(parameter.names.front()) + ":" + Action(parameter));
+                       Message(parameter.names.front()) + ":" + Action(parameter));
     return;
   }
   const std::string prefix = parameter.isRepeatable ? "*" : "(" + Joined(parameter.names) + ")";
-  std::string rest = "[" + Escaped(parameter.description) + "]";
-  if (!parameter.value.empty()) rest += ":" + Escaped(parameter.value) + ":" + Action(parameter);
+  std::string rest = "[" + Description(parameter.description) + "]";
+  if (!parameter.value.empty()) rest += ":" + Message(parameter.value) + ":" + Action(parameter);
   for (const std::string& name : parameter.names) {
     const bool mayBeJoined = !parameter.value.empty() && name.starts_with("--");
     std::string argument = prefix + name;
@@ -52,7 +63,7 @@ void WriteZshCompletion(std::ostream& out, const CommandLine& line) {
       << "  local curcontext=\"$curcontext\" state line\n"
       << "  local -a commands=(\n";
   for (const Command& command : line.commands) {
-    out << "    " << ShellQuoted(Escaped(command.name) + ":" + command.description) << '\n';
+    out << "    " << ShellQuoted(Description(command.name) + ":" + Description(command.description)) << '\n';
   }
   out << "  )\n  _arguments -C";
   for (const Parameter& parameter : line.program.parameters) WriteParameter(out, parameter);

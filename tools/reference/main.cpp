@@ -2,6 +2,7 @@
 // Writes the manual pages and the completion of bash and zsh into a folder:
 // usage: tessel_reference FOLDER
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "CommandLine.h"
+#include "Commands.h"
 #include "Completion.h"
 #include "ManPage.h"
 
@@ -30,7 +32,10 @@ std::string Written(void (*write)(std::ostream&, const Parts&...), const Parts&.
 }
 
 void WriteAll(const std::filesystem::path& folder) {
-  const CommandLine line = ReadCommandLine();
+  int exitStatus = 0;  // Of a command: none runs.
+  CLI::App app;
+  AddCommands(app, exitStatus);
+  const CommandLine line = CommandLineOf(app);
   const std::string& name = line.program.name;
   WriteFile(folder / "man1" / (name + ".1"), Written<CommandLine>(WriteManPage, line));
   for (const Command& command : line.commands) {

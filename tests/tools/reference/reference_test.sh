@@ -17,7 +17,7 @@ options() { "$program" "$1" --help | sed -n '/^Options:/,/^$/s/^  [^ ]*\(--[a-z-
 
 manual() {
   local page command option text warnings overview
-  overview=$(dirname "$0")/../../docs/tessel.md
+  overview=$(dirname "$0")/../../../docs/tessel.md
   for page in "$files"/man1/*.1; do
     warnings=$(groff -man -ww -z -Tutf8 "$page" 2>&1)
     [ -z "$warnings" ] || fail "$page: $warnings"
