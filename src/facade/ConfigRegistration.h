@@ -43,7 +43,7 @@ class StoreSubscription final : public ConfigRegistration {
     const auto callback = std::make_shared<GuardedCallback>(std::move(fn), bAsync && pRunThread != nullptr);
     fnConfigChangedCallBack guarded;  // The store refuses an empty one itself.
     if (!callback->IsEmpty()) {
-      guarded = [callback](const KalConfigEvent& event) { callback->Run(event); };
+      guarded = RunsHandleCallback{callback};
       if (executor) {
         callback->DeliveredByExecutor();
         guarded = DeliverOn(*std::move(executor), callback, std::move(guarded));
@@ -61,9 +61,8 @@ class StoreSubscription final : public ConfigRegistration {
   ~StoreSubscription() override {
     const auto callback = Callback();
     if (callback == nullptr) return;
-    // Closed: the store has ended, and a delivery on its way to an executor is all that is left.
-    const bool isRegistered = !callback->IsClosed();
-    callback->Remove([&] { return isRegistered ? m_store.UnsubscribeConfig(m_id) : kResultOk; });
+    // Without the store, a delivery on its way to another thread is all that is left.
+    callback->Remove([&] { return callback->HasStore() ? m_store.UnsubscribeConfig(m_id) : kResultOk; });
   }
 
   std::int32_t Result() const override { return m_id != 0 ? kResultOk : kResultBadArgument; }

@@ -52,7 +52,7 @@ class Delivery {
 };
 
 // What the store alone has. It may end before the deliveries that are on their way.
-class Source {
+class Source final : public HandleCallback {
  public:
   Source(ConfigExecutor&& executor, std::shared_ptr<GuardedCallback> callback,
          fnConfigChangedCallBack deliver)
@@ -60,9 +60,14 @@ class Source {
         m_target(std::make_shared<const Target>(Target{std::move(callback), std::move(deliver)})) {}
   Source(const Source&) = delete;
   Source& operator=(const Source&) = delete;
-  ~Source() { m_target->callback->Close(); }
+  // Also of a store that is not the library's own.
+  ~Source() {
+    LoseStore();
+    m_target->callback->Close();
+  }
 
-  void Post(const KalConfigEvent& event) const {
+  void LoseStore() override { m_target->callback->LoseStore(); }
+  void Run(const KalConfigEvent& event) override {
     if (!m_target->callback->IsOpen()) return;
     const auto delivery = std::make_shared<Delivery>(m_target, event);
     try {
@@ -89,9 +94,8 @@ class Source {
 
 fnConfigChangedCallBack DeliverOn(ConfigExecutor&& executor, std::shared_ptr<GuardedCallback> callback,
                                   fnConfigChangedCallBack deliver) {
-  return
-      [source = std::make_shared<const Source>(std::move(executor), std::move(callback), std::move(deliver))](
-          const KalConfigEvent& event) { source->Post(event); };
+  return RunsHandleCallback{
+      std::make_shared<Source>(std::move(executor), std::move(callback), std::move(deliver))};
 }
 
 }  // namespace kalStore::internal

@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "store/HandleCallback.h"
 #include "store/OfComponent.h"
 #include "store/UnwaitedRemoval.h"
 #include "store/WaitClock.h"
@@ -24,7 +25,7 @@ namespace kalStore::internal {
 /// | closed  | closed  | closed   | closed  | does nothing       |
 ///
 /// Threads: any operation but DeliveredByExecutor(), from any thread.
-class GuardedCallback {
+class GuardedCallback final : public HandleCallback {
  public:
   /// `isPosted`: runs come from a queue, and a store's removal does not wait for them.
   GuardedCallback(fnConfigChangedCallBack&& fn, bool isPosted)
@@ -37,7 +38,7 @@ class GuardedCallback {
   void DeliveredByExecutor() { m_delivery = Delivery::kByExecutor; }
 
   bool IsEmpty() const { return !*m_fn; }
-  void Run(const KalConfigEvent& event);
+  void Run(const KalConfigEvent& event) override;
 
   void Pause() { change(State::kOpen, State::kPaused); }
   void Resume() { change(State::kPaused, State::kOpen); }
@@ -46,6 +47,11 @@ class GuardedCallback {
 
   /// How many runs from a queue or an executor are in progress on this thread.
   int RunsOnThisThread() const;
+
+  void LoseStore() override { m_hasStore.store(false, std::memory_order_relaxed); }
+  /// Whether there is still something to unsubscribe from. Relaxed: who asks while the store ends on another
+  /// thread uses it too late in any case.
+  bool HasStore() const { return m_hasStore.load(std::memory_order_relaxed); }
 
   void Close() { m_state.store(State::kClosed); }
   bool IsClosed() const { return m_state.load() == State::kClosed; }
@@ -76,6 +82,7 @@ class GuardedCallback {
   const OfComponent<fnConfigChangedCallBack> m_fn;
   Delivery m_delivery;
   std::atomic<State> m_state{State::kOpen};
+  std::atomic<bool> m_hasStore{true};
   std::atomic<int> m_postedRuns{0};  // In progress, on whatever thread.
 };
 

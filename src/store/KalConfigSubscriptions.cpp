@@ -3,6 +3,7 @@
 
 #include "store/DeliveryJournal.h"
 #include "store/DeliverySnapshot.h"
+#include "store/HandleCallback.h"
 #include "store/SessionGroup.h"
 #include "store/StoredHandler.h"
 #include "store/UnwaitedRemoval.h"
@@ -202,7 +203,10 @@ bool KalConfig::DropHandlers() {
     for (ObserverMgr& observers : m_observerMgrs) ObserverMgr::Locked(observers)->clear();
     if (ids.empty()) return hadHandlers;
     m_TotalObservers.fetch_sub(static_cast<std::uint32_t>(ids.size()), std::memory_order_relaxed);
-    for (const auto& [id, handler] : ids) handler->m_bRegistered.store(false, std::memory_order_relaxed);
+    for (const auto& [id, handler] : ids) {
+      handler->m_bRegistered.store(false, std::memory_order_relaxed);
+      if (auto* const fn = handler->m_fnNotify.target<RunsHandleCallback>()) fn->callback->LoseStore();
+    }
     if (JournalIsOn()) {
       for (const auto& [id, handler] : ids) {
         WriteRegistration(JournalKind::kEnded, nullptr, m_callId, *handler);

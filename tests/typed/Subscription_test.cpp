@@ -13,6 +13,7 @@
 #include "TypedTest.h"
 #include "support/AllocationCount.h"
 #include "support/TraceLog.h"
+#include "tessel/post.h"
 
 namespace {
 
@@ -418,6 +419,39 @@ TEST_F(Subscriptions, OwnedByTheirOwnCallbackEndWithTheStoreOrFacade) {
     }
     EXPECT_TRUE(subscription.expired()) << callId;
   }
+}
+
+TEST_F(Subscriptions, OwnedByTheirOwnCallbackCanBeRemovedInItOnceTheStoreHasEnded) {
+  ACmThread thread;
+  thread.Start();
+  std::promise<void> end;
+  Post(thread, [ended = end.get_future().share()] { ended.wait(); });
+  const auto subscribe = [this](ACmThread* runThread, std::unique_ptr<CallStore>& call) {
+    const auto owner = std::make_shared<Subscription>();
+    *owner = Subscription(
+        **call, KAL_CONFIG_GROUP_AUDIO, "A",
+        [this, owner, &call](const KalConfigEvent&) {
+          ++m_notified;
+          call.reset();
+          owner->Remove();
+        },
+        runThread, true);
+    return std::weak_ptr(owner);
+  };
+  auto posted = std::make_unique<CallStore>(kCall + 1, CallStore::kEndsCall);
+  auto direct = std::make_unique<CallStore>(kCall + 2, CallStore::kEndsCall);
+  const std::weak_ptr<Subscription> late = subscribe(&thread, posted), inside = subscribe(nullptr, direct);
+
+  (*posted)->SetKalConfig(KAL_CONFIG_GROUP_AUDIO, "A", 1, false, false);
+  posted.reset();
+  end.set_value();
+  thread.Stop();
+  EXPECT_EQ(m_notified, 1);
+  EXPECT_TRUE(late.expired());
+
+  (*direct)->SetKalConfig(KAL_CONFIG_GROUP_AUDIO, "A", 1, false, false);
+  EXPECT_EQ(m_notified, 2);
+  EXPECT_TRUE(inside.expired());
 }
 
 TEST_F(Subscriptions, OwnedByACallbackOfTheSameFacadeEndWithItWhetherOrNotItIsBound) {
