@@ -4,17 +4,20 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 
+#include "LocalServer.h"
 #include "Program.h"
 #include "Recordings.h"
 #include "report/AppendedLines.h"
@@ -24,6 +27,20 @@ namespace {
 
 void Append(const std::string& file, const std::string& text) {
   std::ofstream(file, std::ios::binary | std::ios::app) << text;
+}
+
+// How the page's server answers a request for the address that the program prints; "" when nobody does.
+std::string AnswerAt(const std::string& shown) {
+  const std::size_t path = shown.find('/', std::string_view("http://").size());
+  const std::string request = "GET " + shown.substr(path, shown.find('\r') - path) +
+                              " HTTP/1.1\r\nHost: localhost:" + std::to_string(PortOf(shown)) +
+                              "\r\nConnection: close\r\n\r\n";
+  const int socket = ConnectedTo(PortOf(shown));
+  std::array<char, 12> answer{};
+  (void)!::send(socket, request.data(), request.size(), MSG_NOSIGNAL);
+  (void)!::recv(socket, answer.data(), answer.size(), MSG_WAITALL);
+  ::close(socket);
+  return {answer.begin(), std::find(answer.begin(), answer.end(), '\0')};
 }
 
 }  // namespace
@@ -184,18 +201,48 @@ TEST(LiveCommand, ChoosesAPortThatNobodyHas) {
                              .InputOnceShown("\x04", "\n")
                              .To(Program::Output::kTerminal)
                              .Run({"live", "a.tessel"});
-    const std::string begin = "http://127.0.0.1:";
-    EXPECT_TRUE(run.out.starts_with(begin)) << run.out << run.err;
-    EXPECT_EQ(run.status, 0);
-    return std::atoi(run.out.substr(std::min(begin.size(), run.out.size())).c_str());
+    EXPECT_EQ(run.status, 0) << run.err;
+    return PortOf(run.out);
   };
-  sockaddr_in taken{};
-  taken.sin_family = AF_INET;
-  taken.sin_port = htons(static_cast<std::uint16_t>(chosenPort()));
-  taken.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const sockaddr_in taken = LocalAddress(chosenPort());
   const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
   // Where this fails, another program has taken it meanwhile.
-  (void)!::bind(socket, reinterpret_cast<sockaddr*>(&taken), sizeof taken);
+  (void)!::bind(socket, reinterpret_cast<const sockaddr*>(&taken), sizeof taken);
   EXPECT_NE(chosenPort(), ntohs(taken.sin_port));
   ::close(socket);
+}
+
+TEST(LiveCommand, ServesThePageUntilASignalEndsIt) {
+  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    std::string answer;
+    const Finished run = Program()
+                             .File("a.tessel", kRecordingBegin)
+                             .OnceALineIsShown([&](const std::string& shown, pid_t process) {
+                               answer = AnswerAt(shown);
+                               ::kill(process, signal);
+                               siginfo_t ended{};
+                               ::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOWAIT);
+                             })
+                             .Run({"live", "a.tessel"});
+    EXPECT_EQ(answer, "HTTP/1.1 200") << run.out;
+    EXPECT_EQ(run.status, 0) << signal;
+    EXPECT_EQ(run.err, "");
+  }
+}
+
+TEST(LiveCommand, ServesThePageWhileTheUserTypes) {
+  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+  std::string answer;
+  const Finished run = Program()
+                           .File("a.tessel", kRecordingBegin)
+                           .InputFromTerminal()
+                           .Input("\n\n")
+                           .OnceALineIsShown([&](const std::string& shown, pid_t process) {
+                             answer = AnswerAt(shown);
+                             ::kill(process, SIGTERM);
+                           })
+                           .Run({"live", "a.tessel"});
+  EXPECT_EQ(answer, "HTTP/1.1 200") << run.out;
+  EXPECT_EQ(run.status, 0);
 }

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "CommandError.h"
+#include "LocalServer.h"
 #include "Program.h"
 #include "report/LivePage.h"
 #include "report/Page.h"
@@ -28,20 +29,6 @@ namespace {
 std::atomic<int> acceptError{0};
 std::atomic<bool> acceptFailed{false};
 std::atomic<bool> received{false};
-
-int PortOf(const std::string& address) {
-  return std::stoi(address.substr(address.rfind(':') + 1));
-}
-
-int ConnectedTo(int port) {
-  sockaddr_in server{};
-  server.sin_family = AF_INET;
-  server.sin_port = htons(static_cast<std::uint16_t>(port));
-  server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const int descriptor = ::socket(AF_INET, SOCK_STREAM, 0);
-  EXPECT_EQ(::connect(descriptor, reinterpret_cast<sockaddr*>(&server), sizeof server), 0);
-  return descriptor;
-}
 
 }  // namespace
 
@@ -78,9 +65,7 @@ namespace {
 // One of the process that has nothing to do with a page.
 struct OtherConnection {
   OtherConnection() {
-    sockaddr_in own{};
-    own.sin_family = AF_INET;
-    own.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in own = LocalAddress(0);
     socklen_t size = sizeof own;
     EXPECT_EQ(::bind(listening, reinterpret_cast<sockaddr*>(&own), size), 0);
     EXPECT_EQ(::listen(listening, 1), 0);

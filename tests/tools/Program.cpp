@@ -131,6 +131,11 @@ Program& Program::InputOnceShown(std::string text, std::string shown) {
   return Input(std::move(text));
 }
 
+Program& Program::OnceALineIsShown(std::function<void(const std::string&, pid_t)> act) {
+  m_act = std::move(act);
+  return InputOnceShown(m_input, "\n").To(Output::kTerminal);
+}
+
 Program& Program::InputFromTerminal() {
   m_inputFromTerminal = true;
   return *this;
@@ -221,6 +226,7 @@ Finished Program::Run(std::vector<std::string> arguments) {
     if (!m_awaited.empty()) ReadTerminal(terminal.here.Number(), shown, m_awaited);
     const Descriptor& to = m_inputFromTerminal ? terminal.here : late.to;
     (void)!::write(to.Number(), m_input.data(), m_input.size());  // Small enough for either.
+    if (m_act) m_act(shown, child);
   }
   late.to.Close();
   for (const std::string& file : m_interruptingFiles) {

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,6 +42,9 @@ class Program {
   Program& LateInput(std::string text, std::chrono::milliseconds delay);
   /// The same, once the terminal that an output must be has shown a string.
   Program& InputOnceShown(std::string text, std::string shown);
+  /// Calls that, once the terminal that standard output must be has shown an end of line, with what it has shown
+  /// and the program's process, whose standard input stays open meanwhile.
+  Program& OnceALineIsShown(std::function<void(const std::string&, pid_t)> act);
   /// Makes standard input a terminal, where either of these is typed: the same as that of an output.
   Program& InputFromTerminal();
   Program& To(Output output);
@@ -66,6 +72,7 @@ class Program {
   std::string m_input;
   std::chrono::milliseconds m_delay{};
   std::string m_awaited;
+  std::function<void(const std::string&, pid_t)> m_act;
   bool m_inputFromTerminal = false;
   std::vector<int> m_closed;
   std::size_t m_memoryLimit = 0;
