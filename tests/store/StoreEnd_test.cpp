@@ -304,6 +304,20 @@ void HoldForEver(std::uint32_t callId, std::array<IKalConfig*, 2>& stores) {
   std::exit(0);
 }
 
+[[noreturn]] void ExitWithTwoCalls() {
+  for (const std::uint32_t callId : {5U, 7U}) {
+    IKalConfig* store = nullptr;
+    CreateKalConfig(callId, &store);
+  }
+  set_external_trace_mask(2);
+  std::exit(0);
+}
+
+TEST(StoreEndDeathTest, AtExitTracesTheEndOfEachStoreTheHighestFirst) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(ExitWithTwoCalls(), ::testing::ExitedWithCode(0), "~KalConfig .cid=7.*~KalConfig .cid=5");
+}
+
 TEST(StoreEndDeathTest, AtExitLeavesWhatSubscribesInAStoreThatHasEnded) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(ExitWithWhatSubscribesForEver(), ::testing::ExitedWithCode(0), "");

@@ -226,6 +226,7 @@ Finished Program::Run(std::vector<std::string> arguments) {
     if (!m_awaited.empty()) ReadTerminal(terminal.here.Number(), shown, m_awaited);
     const Descriptor& to = m_inputFromTerminal ? terminal.here : late.to;
     (void)!::write(to.Number(), m_input.data(), m_input.size());  // Small enough for either.
+    if (m_input.empty()) late.to.Close();
     if (m_act) m_act(shown, child);
   }
   late.to.Close();

@@ -42,8 +42,8 @@ class Program {
   Program& LateInput(std::string text, std::chrono::milliseconds delay);
   /// The same, once the terminal that an output must be has shown a string.
   Program& InputOnceShown(std::string text, std::string shown);
-  /// Makes standard output a terminal. Once it has shown an end of line, this is called with what it has shown
-  /// and the program's process, whose standard input stays open meanwhile.
+  /// Makes standard output a terminal. Once that has shown an end of line, this is called with what it showed
+  /// and the program's process, whose standard input has ended unless there is any.
   Program& OnceALineIsShown(std::function<void(const std::string&, pid_t)> act);
   /// Makes standard input a terminal, where either of these is typed: the same as that of an output.
   Program& InputFromTerminal();
