@@ -9,6 +9,7 @@
 #include "Recordings.h"
 #include "recording/BufferedFile.h"
 #include "recording/StatisticsTables.h"
+#include "tessel/json.h"
 
 namespace {
 
@@ -109,6 +110,17 @@ TEST(ExportCommand, TakesNoThreadForThreadZeroAndNoTimeForNone) {
 ,{"name":"Audio/*","cat":"deliver","ph":"X","ts":2000000,"dur":0,"pid":1,"tid":1,"args":{"call":7,"id":3,"way":"direct"}}
 ]}
 )");
+}
+
+TEST(ExportCommand, WritesJsonHoweverLargeATimeIs) {
+  Program program;
+  program.File("a.tessel", std::string(kRecordingBegin) +
+                               R"({"type":"set","t":1e308,"call":7,"group":"Audio","result":"nobody"})"
+                               "\n");
+  EXPECT_EQ(program.Run({"export", "a.tessel", "--perfetto", "a.json"}).status, 0);
+  json::ParseError error;
+  json::Deserialize(program.Contents("a.json"), error);
+  EXPECT_EQ(error.reason, nullptr);
 }
 
 TEST(ExportCommand, WritesWhatADamagedRecordingHasAndReportsItsLinesOnce) {

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "recording/PerfettoTrace.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <sstream>
 
 #include "JsonObject.h"
@@ -9,10 +11,11 @@
 
 namespace {
 
-// In microseconds, to the nanosecond.
+// In microseconds, to the nanosecond. A recording may say any time, and JSON has no infinity.
 std::string TraceTime(double seconds) {
   constexpr double kNanoseconds = 1e9, kPerMicrosecond = 1e3;
-  return ShortNumber(std::round(seconds * kNanoseconds) / kPerMicrosecond);
+  const double nanoseconds = std::min(seconds * kNanoseconds, std::numeric_limits<double>::max());
+  return ShortNumber(std::round(nanoseconds) / kPerMicrosecond);
 }
 
 void WriteArguments(JsonObject& arguments, const RecordingEvent& event) {
