@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -564,6 +565,29 @@ TEST(LogCommand, ReadsTheFileThatIsAboutToTakeTheNameOfItsSet) {
   const Finished foreign = program.Run({"log", "b.tessel"});
   EXPECT_EQ(foreign.err, "b.tessel: cannot be read: No such file or directory\n");
   EXPECT_EQ(foreign.status, 2);
+}
+
+// It would wait until somebody writes to it.
+TEST(LogCommand, OpensNoPipeThatIsNamedAsAFileOfItsSet) {
+  Program program;
+  program.File("a.tessel", RecordingPart(2));
+  for (const char* const name : {"a.tessel.1", "b.tessel.next"}) {
+    const std::string pipe = program.Path(name);
+    ASSERT_EQ(::mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
+    std::atomic<bool> isOver{false}, wasOpened{false};
+    std::thread writer([&] {
+      for (; !isOver; std::this_thread::yield()) {
+        const int opened = ::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        if (opened == -1) continue;
+        wasOpened = true;
+        ::close(opened);
+      }
+    });
+    program.Run({"log", std::string(name).substr(0, 8)});
+    isOver = true;
+    writer.join();
+    EXPECT_FALSE(wasOpened) << name;
+  }
 }
 
 // Files of a set are counted from 1.

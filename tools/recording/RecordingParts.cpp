@@ -72,8 +72,8 @@ void RecordingParts::openOldest() {
 bool RecordingParts::Has(const std::string& file) const {
   std::error_code none;
   if (std::filesystem::equivalent(file, m_name, none)) return true;
-  if (m_oldest == 0 || !std::filesystem::is_regular_file(file, none)) return false;
-  const Stream other = open(file);
+  if (m_oldest == 0) return false;
+  const Stream other = openRegular(file);
   return other != nullptr && BeginOf(other.get()).wall == m_wall;
 }
 
@@ -149,7 +149,7 @@ RecordingParts::Next RecordingParts::openBehind() {
 }
 
 RecordingParts::Stream RecordingParts::openPart(std::uint64_t part) const {
-  Stream stream = open(PartName(m_name, part));
+  Stream stream = openRegular(PartName(m_name, part));
   return stream != nullptr && IsPart(BeginOf(stream.get()), m_wall, part) ? std::move(stream) : nullptr;
 }
 
@@ -158,9 +158,15 @@ RecordingParts::Stream RecordingParts::openPart(std::uint64_t part) const {
 RecordingParts::Stream RecordingParts::openLast() const {
   Stream last = open(m_name);
   if (last != nullptr || errno != ENOENT) return last;
-  Stream next = open(m_name + ".next");
+  Stream next = openRegular(m_name + ".next");
   if (next != nullptr && BeginOf(next.get()).part) return next;
   return open(m_name);
+}
+
+// Nobody may be about to write to a pipe: to open it would wait for that.
+RecordingParts::Stream RecordingParts::openRegular(const std::string& name) {
+  std::error_code none;
+  return std::filesystem::is_regular_file(name, none) ? open(name) : nullptr;
 }
 
 RecordingParts::Stream RecordingParts::open(const std::string& name) {

@@ -57,6 +57,7 @@ class RecordingParts {
   using Stream = std::unique_ptr<std::FILE, Close>;
 
   static Stream open(const std::string& name);
+  static Stream openRegular(const std::string& name);
   Stream openLast() const;
   void openOldest();
   Next openBehind();
