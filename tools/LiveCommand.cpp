@@ -70,8 +70,8 @@ int ServeLive(const LiveOptions& options) {
   const EndSignals signals;
   LivePage page(options.file, static_cast<int>(options.port));
   page.Start();
-  std::cout << page.Address() << std::endl;
-  signals.Wait();
+  // An address that nobody sees is no use.
+  if (std::cout << page.Address() << std::endl) signals.Wait();
   return kExitFine;
 }
 

@@ -41,7 +41,7 @@ StandardOutput::int_type StandardOutput::overflow(int_type character) {
 
 int StandardOutput::sync() {
   writeOut();
-  return 0;
+  return m_error == 0 ? 0 : -1;
 }
 
 void StandardOutput::writeOut() {

@@ -244,3 +244,13 @@ TEST(LiveCommand, ServesThePageWhileTheUserTypes) {
   EXPECT_EQ(answers, "200200200200200200200200200200") << run.out;
   EXPECT_EQ(run.status, 0);
 }
+
+TEST(LiveCommand, EndsWhereNobodyCanSeeItsAddress) {
+  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+  Program program;
+  program.File("a.tessel", kRecordingBegin);
+  const Finished full = program.To(Program::Output::kFullDevice).Run({"live", "a.tessel"});
+  EXPECT_EQ(full.err, "tessel: standard output cannot be written: No space left on device\n");
+  EXPECT_EQ(full.status, 2);
+  EXPECT_EQ(program.To(Program::Output::kNoReader).Run({"live", "a.tessel"}).status, 0);
+}
