@@ -233,7 +233,8 @@ class ConfigKey {
     return Subscription(
         store, m_group, m_name,
         [key = *this, fn = std::move(fn)](const KalConfigEvent& event) mutable {
-          fn(key.reading(event.m_newValue));
+          const ConfigReading<T> change = key.reading(event.m_newValue);
+          fn(change);
         },
         pRunThread, bAsync);
   }
@@ -247,7 +248,8 @@ class ConfigKey {
     return Subscription(
         store, m_group, m_name,
         [key = *this, fn = std::move(fn)](const KalConfigEvent& event) mutable {
-          fn(key.reading(event.m_newValue));
+          const ConfigReading<T> change = key.reading(event.m_newValue);
+          fn(change);
         },
         std::move(executor));
   }

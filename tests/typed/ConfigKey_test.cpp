@@ -259,6 +259,15 @@ TEST_F(Key, NotifiesOfChangesInItsOwnType) {
   }
 }
 
+TEST_F(Key, NotifiesAFunctionOfAnyConstReading) {
+  int notified = 0;
+  const auto notify = [&](auto& reading) { notified += reading.value; };
+  const auto direct = kMaxFps.Subscribe(*m_call, notify);
+  const auto run = kMaxFps.Subscribe(m_facade, notify, [](const std::function<void()>& task) { task(); });
+  kMaxFps.Set(m_facade, 15);
+  EXPECT_EQ(notified, 30);
+}
+
 TEST_F(Key, HandsChangesOverUnlessSaidOtherwise) {
   ACmThread worker;
   worker.Start();
