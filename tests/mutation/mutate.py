@@ -310,8 +310,9 @@ def main():
                         help=f"only these: {','.join(places.KINDS)}")
     parser.add_argument("--suites", type=some_of(SUITES), default=list(SUITES),
                         help=f"try only with these: {','.join(SUITES)}")
-    parser.add_argument("--programs", default=r"\w+_test",
-                        help="only test programs of this pattern, for example json_test")
+    parser.add_argument("--programs", default=r"(?!model_)\w+_test",
+                        help="only test programs of this pattern, for example json_test; by default all but those of "
+                        "the model checker itself")
     parser.add_argument("--model-seconds", type=int, default=30, help="for each run of the model checker (30)")
     arguments = parser.parse_args()
 
