@@ -6,10 +6,10 @@ A mutant is one changed operator, constant or condition, one statement or lock l
 swapped, or the order of one atomic operation weakened. Many are built into the programs at once, in a copy of the tree;
 a variable of the environment chooses the one that runs. A first run of every test shows which mutants it reaches. Then
 each mutant is tried with the tests that reach it: quick ones first, those of its own folder before the others; then
-with the model checker, then under ThreadSanitizer. It is killed when a test fails, crashes or takes ten times as long
-as usual, and does not without the mutant. What a program cannot choose, such as a constant of the compiler's or a lock,
-is built alone, after Clang's analysis of thread safety. Mutants that do not compile are not tried. Survivors with their
-reasons are in survivors.json.
+with the journal on, with the model checker, and under ThreadSanitizer. It is killed when a test fails, crashes or takes
+ten times as long as usual, and does not without the mutant. What a program cannot choose, such as a constant of the
+compiler's or a lock, is built alone, after Clang's analysis of thread safety. Mutants that do not compile are not
+tried. Survivors with their reasons are in survivors.json.
 """
 import argparse
 import collections

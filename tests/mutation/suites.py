@@ -216,11 +216,24 @@ class Suite:
         return next(filter(None, (map if number else at_once)(tried, batches)), "")
 
 
+class InJournal(Suite):
+    """Those programs of a build that are tests with the journal on, too."""
+
+    def configure(self):
+        super().configure()
+        listed = command(["ctest", "--test-dir", self.objects, "-N"])
+        self.programs = [name for name in self.programs if f": journal.on.{name}\n" in listed]
+
+    def run(self, program, names, seconds, is_brief=False, **variables):
+        return super().run(program, names, seconds, is_brief, TESSEL_TEST_JOURNAL="1", **variables)
+
+
+TESTS = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG", "-DCMAKE_UNITY_BUILD=ON"]
 # By name, what makes a suite of a tree and a folder for its objects. The first to try is the first here.
 SUITES = {
-    "tests": lambda tree, objects, given: Suite(
-        "tests", tree, objects, ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG",
-                                 "-DCMAKE_UNITY_BUILD=ON"], given.programs, GoogleTest()),
+    "tests": lambda tree, objects, given: Suite("tests", tree, objects, TESTS, given.programs, GoogleTest()),
+    "journal": lambda tree, objects, given: InJournal(
+        "journal", tree, objects.with_name("tests"), TESTS, given.programs, GoogleTest()),
     "model": lambda tree, objects, given: Suite(
         "model", tree, objects, ["-DCMAKE_BUILD_TYPE=Release"], "tessel_model", Model(given.model_seconds),
         has_limit=False),

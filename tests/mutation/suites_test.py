@@ -17,9 +17,12 @@ import suites  # pylint: disable=wrong-import-position
 CMAKE = """cmake_minimum_required(VERSION 3.25)
 project(Fixture CXX)
 set(CMAKE_CXX_STANDARD 20)
+enable_testing()
 add_subdirectory(tests)
 """
 TESTS = """add_executable(add_test add_test.cpp)
+add_executable(addition_test add_test.cpp)
+add_test(NAME journal.on.add_test COMMAND add_test)
 add_executable(other add_test.cpp)
 """
 # A program of the tests and options that GoogleTest would have.
@@ -29,7 +32,7 @@ TEST = r"""#include "%s"
 #include <cstring>
 #include <string>
 int Add(int a, int b) { return mutation::Is(1) ? a - b : mutation::Is(3) ? std::abort(), 0 : a + b; }
-bool Adds() { return Add(1, 2) == 3; }
+bool Adds() { return Add(1, 2) == 3 && !(std::getenv("TESSEL_TEST_JOURNAL") && mutation::Is(2)); }
 bool IsTrue() { return !mutation::Is(4); }
 bool Fails() { return false; }
 int main(int, char** arguments) {
@@ -122,8 +125,10 @@ class TryOut(unittest.TestCase):
         (tree / "tests/CMakeLists.txt").write_text(TESTS)
         (tree / "tests/add_test.cpp").write_text(TEST % (tree / f"{suites.RUNTIME}.h"))
         cls.suite = suites.Suite("tests", tree, tree / "build/tests", [], r"(add)_test", suites.GoogleTest())
-        assert cls.suite.build(keep_going=False) == ""
-        cls.suite.measure(4)
+        cls.in_journal = suites.InJournal("journal", tree, tree / "build/tests", [], r"\w+_test", suites.GoogleTest())
+        for suite in (cls.suite, cls.in_journal):
+            assert suite.build(keep_going=False) == ""
+            suite.measure(4)
         cls.tree = tree
 
     def test_knows_the_tests_of_its_programs_and_which_mutants_each_reaches(self):
@@ -139,6 +144,10 @@ class TryOut(unittest.TestCase):
         self.assertEqual(self.suite.try_out("add", 3), "tests: add_test: Sums.Adds crashed")
         self.assertEqual(self.suite.try_out("add", 4), "tests: add_test: Sums.IsTrue failed")
         self.assertIsNone(self.suite.try_out("add", 2))
+
+    def test_finds_mutants_with_the_tests_that_run_with_the_journal_on(self):
+        self.assertEqual(self.in_journal.programs, ["add_test"])
+        self.assertEqual(self.in_journal.try_out("add", 2), "journal: add_test: Sums.Adds failed")
 
     def test_finds_nothing_in_what_is_unchanged(self):
         self.assertEqual(self.suite.try_out("add"), "")
