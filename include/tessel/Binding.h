@@ -18,7 +18,7 @@ class ConfigRegistration;
 /// A name has one binding in a call's store, and one subscription or binding in a facade; a second one is
 /// refused. Removal waits for reads in progress, at most 3000 ms; inside the callback itself that wait can
 /// only give up. A facade that is not bound records the binding and makes it when it binds; it may be refused
-/// then.
+/// then, and before that, a second one of the name is not refused but replaces it.
 ///
 /// @threads For one owner. The callback runs on each reader's thread, on several at once when several read.
 /// @lifetime The store or facade must outlive it.

@@ -38,7 +38,8 @@ class ConfigRegistration;
 /// the next run on, and remove elsewhere; or subscribe with `bAsync`, which removes at once there.
 ///
 /// A facade that is not bound records the subscription and makes it when it binds; it counts as subscribed.
-/// Removed before that, it leaves the name free.
+/// Removed before that, it leaves the name free. A second one of the name is not refused then: it replaces
+/// the first, whose callback is never called.
 ///
 /// @threads Pause(), Resume() and IsPaused() may be called from any thread, the callback's included, while
 /// nobody removes, moves, assigns or destroys the object; everything else is for one owner.
