@@ -37,7 +37,7 @@ class ConfigExecutor {
           if constexpr (std::same_as<std::invoke_result_t<Callable&, std::function<void()>>, bool>) {
             return callable(std::move(task));
           } else {
-            callable(std::move(task));
+            static_cast<void>(callable(std::move(task)));
             return true;
           }
         }) {}

@@ -234,7 +234,7 @@ class ConfigKey {
         store, m_group, m_name,
         [key = *this, fn = std::move(fn)](const KalConfigEvent& event) mutable {
           const ConfigReading<T> change = key.reading(event.m_newValue);
-          fn(change);
+          static_cast<void>(fn(change));
         },
         pRunThread, bAsync);
   }
@@ -249,7 +249,7 @@ class ConfigKey {
         store, m_group, m_name,
         [key = *this, fn = std::move(fn)](const KalConfigEvent& event) mutable {
           const ConfigReading<T> change = key.reading(event.m_newValue);
-          fn(change);
+          static_cast<void>(fn(change));
         },
         std::move(executor));
   }

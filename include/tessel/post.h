@@ -31,7 +31,7 @@ class FunctionEvent final : public ICmEvent {
  public:
   explicit FunctionEvent(Function function) : m_function(std::move(function)) {}
   int OnEventFire() override {
-    m_function();
+    static_cast<void>(m_function());
     return 0;
   }
 

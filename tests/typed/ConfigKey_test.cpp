@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
 #include <thread>
@@ -264,6 +265,23 @@ TEST_F(Key, NotifiesAFunctionOfAnyConstReading) {
   const auto notify = [&](auto& reading) { notified += reading.value; };
   const auto direct = kMaxFps.Subscribe(*m_call, notify);
   const auto run = kMaxFps.Subscribe(m_facade, notify, [](const std::function<void()>& task) { task(); });
+  kMaxFps.Set(m_facade, 15);
+  EXPECT_EQ(notified, 30);
+}
+
+TEST_F(Key, IgnoresWhatASubscriberOrAnExecutorReturns) {
+  enum class [[nodiscard]] Status { kFine };
+  int notified = 0;
+  const auto notify = [&](const ConfigReading<int>& reading) {
+    notified += reading.value;
+    return Status::kFine;
+  };
+  const auto run = [](const std::function<void()>& task) {
+    task();
+    return Status::kFine;
+  };
+  const auto direct = kMaxFps.Subscribe(*m_call, notify);
+  const auto executed = kMaxFps.Subscribe(m_facade, notify, run);
   kMaxFps.Set(m_facade, 15);
   EXPECT_EQ(notified, 30);
 }

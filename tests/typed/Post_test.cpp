@@ -43,6 +43,21 @@ TEST(Post, TakesAFunctionThatCannotBeCopied) {
   EXPECT_EQ(5, sum);
 }
 
+// Also where the compiler would warn of that.
+TEST(Post, IgnoresWhatTheFunctionReturns) {
+  enum class [[nodiscard]] Status { kFine };
+  ACmThread thread;
+  ASSERT_EQ(0, thread.Start());
+  int runs = 0;
+  const auto run = [&] {
+    ++runs;
+    return Status::kFine;
+  };
+  EXPECT_EQ(0, Post(thread, run));
+  EXPECT_EQ(0, Send(thread, run));
+  EXPECT_EQ(2, runs);
+}
+
 TEST(Post, IsRefusedWithoutAQueueAndLetsTheFunctionGo) {
   ACmThread stopped;
   ACmThread withoutQueue("quiet", false);
