@@ -343,14 +343,20 @@ TEST_F(JournalEvents, CutsLongStringsAndSaysSo) {
   const std::string umlauts = std::string(kJournalLongestValue - 1, 'c') + "\u00fc!";
   m_store.SetKalConfig(kVideo, longer.c_str(), whole, false, false);
   m_store.SetKalConfig(kVideo, longer.c_str(), umlauts, false, false);
+  ConfigData value;
+  for (const std::string& name : {whole, longer}) m_store.GetDynamicConfig(kVideo, name.c_str(), value, {});
   const auto events = Events();
-  ASSERT_THAT(events, SizeIs(2));
+  ASSERT_THAT(events, SizeIs(4));
   EXPECT_EQ(events[0].name.text, whole);
   EXPECT_TRUE(events[0].name.isCut);
   EXPECT_EQ(events[0].newValue->text, whole);
   EXPECT_FALSE(events[0].newValue->isCut);
   EXPECT_EQ(events[1].newValue->text, umlauts.substr(0, kJournalLongestValue - 1));
   EXPECT_TRUE(events[1].newValue->isCut);
+  EXPECT_EQ(events[2].name.text, whole);
+  EXPECT_FALSE(events[2].name.isCut);
+  EXPECT_EQ(events[3].name.text, whole);
+  EXPECT_TRUE(events[3].name.isCut);
 }
 
 TEST_F(JournalEvents, KeepsZeroBytesOfAValue) {

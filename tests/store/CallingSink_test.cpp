@@ -132,6 +132,16 @@ TEST_F(RegistryCallingSink, MayCreateTheStoreThatIsBeingConstructed) {
   EXPECT_EQ(0U, GetKalConfigSizeForUT());
 }
 
+TEST_F(RegistryCallingSink, MayWaitForAnotherCallFromTheLineOfACreation) {
+  {
+    const CallingSink sink("CreateKalConfig [cid=5]", [&] { std::thread([&] { Create(6); }).join(); });
+    Create(5);
+    EXPECT_EQ(1, sink.Calls());
+  }
+  EXPECT_EQ(2U, GetKalConfigSizeForUT());
+  DestroyKalConfig();
+}
+
 TEST_F(RegistryCallingSink, MayEndTheStoreThatWasSharedMeanwhile) {
   // The surplus store ends when the outer call has counted its reference: its line releases the inner one.
   IKalConfig* inner = nullptr;
