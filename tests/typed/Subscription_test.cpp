@@ -2,6 +2,7 @@
 #include "tessel/Subscription.h"
 
 #include <atomic>
+#include <functional>
 #include <future>
 #include <memory>
 #include <new>
@@ -10,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "ForeignStore.h"
 #include "TypedTest.h"
 #include "support/AllocationCount.h"
 #include "support/TraceLog.h"
@@ -452,6 +454,33 @@ TEST_F(Subscriptions, OwnedByTheirOwnCallbackCanBeRemovedInItOnceTheStoreHasEnde
   (*direct)->SetKalConfig(KAL_CONFIG_GROUP_AUDIO, "A", 1, false, false);
   EXPECT_EQ(m_notified, 2);
   EXPECT_TRUE(inside.expired());
+}
+
+// The store is not the library's own, and ends as any other: with what it was given.
+TEST_F(Subscriptions, LeaveAStoreAloneThatEndedBeforeADeliveryOnItsWay) {
+  struct Store : ForeignStore<true> {
+    explicit Store(int& removals) : m_removals(removals) {}
+    SubscribeId_t SubscribeConfig(KalConfigGroup, const char*, fnConfigChangedCallBack fn, ACmThread*,
+                                  bool) override {
+      m_fn = std::move(fn);
+      return 1;
+    }
+    std::int32_t UnsubscribeConfig(SubscribeId_t) override { return ++m_removals; }
+
+    int& m_removals;
+    fnConfigChangedCallBack m_fn;
+  };
+  int removals = 0;
+  std::function<void()> task;
+  auto store = std::make_unique<Store>(removals);
+  Subscription subscription(
+      *store, KAL_CONFIG_GROUP_AUDIO, "A", [](const KalConfigEvent&) {},
+      [&](std::function<void()> posted) { task = std::move(posted); });
+  store->m_fn(KalConfigEvent());
+  EXPECT_TRUE(task);
+  store.reset();
+  subscription.Remove();
+  EXPECT_EQ(removals, 0);
 }
 
 TEST_F(Subscriptions, OwnedByACallbackOfTheSameFacadeEndWithItWhetherOrNotItIsBound) {
