@@ -43,7 +43,8 @@ class ConfigRegistration;
 ///
 /// @threads Pause(), Resume() and IsPaused() may be called from any thread, the callback's included, while
 /// nobody removes, moves, assigns or destroys the object; everything else is for one owner.
-/// @lifetime The store or facade, and the run thread, must outlive it. Its callback may own it.
+/// @lifetime The store or facade, and the run thread, must outlive it. Its callback may own it: then it ends
+/// with the store or facade, and a delivery that was posted to a run thread before may still remove it.
 /// @par Example
 /// @code{.cpp}
 /// KalConfigHelper settings(7);
