@@ -308,6 +308,7 @@ constexpr Row kRows[] = {
     {"+1", no, no, no, no, no},
     {"1a", no, no, no, no, no},
     {"0x10", no, no, no, no, no},
+    {"0X10", no, no, no, no, no},
     {"1e", no, no, no, no, no},
     {"-", no, no, no, no, no},
     {"--1", no, no, no, no, no},

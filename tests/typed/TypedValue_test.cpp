@@ -163,8 +163,11 @@ TEST(ReadAs, NeitherThrowsNorAllocatesForAnyTypeButAString) {
 TEST(ReadAs, TakesAFloatWithinItsOwnRange) {
   EXPECT_EQ(ReadAs<float>("3.5"), 3.5F);
   EXPECT_EQ(ReadAs<float>("-3.4028235e38"), std::numeric_limits<float>::lowest());
+  // Just less than half of the last bit beyond the greatest float, and just that.
+  EXPECT_EQ(ReadAs<float>("3.402823567797336e38"), std::numeric_limits<float>::max());
+  EXPECT_EQ(ReadAs<float>("340282356779733661637539395458142568448"), std::nullopt);
   EXPECT_EQ(ReadAs<float>("1e-45"), std::numeric_limits<float>::denorm_min());
-  for (const char* text : {"3.5e38", "-1e39", "1e-50", "", "3.5f", " 3.5", "0x1p3", "fast"}) {
+  for (const char* text : {"3.4028236e38", "3.5e38", "-1e39", "1e-50", "", "3.5f", " 3.5", "0x1p3", "fast"}) {
     EXPECT_EQ(ReadAs<float>(text), std::nullopt) << text;
   }
 }
