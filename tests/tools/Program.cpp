@@ -81,6 +81,13 @@ void ReadTerminal(int terminal, std::string& text, const std::string& awaited = 
   }
 }
 
+// The process stays to be waited for, and a signal to it goes to nobody else.
+bool HasEnded(pid_t process) {
+  siginfo_t ended{};
+  ::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT);
+  return ended.si_pid != 0;
+}
+
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
   for (std::string& text : texts) pointers.push_back(text.data());
@@ -231,7 +238,7 @@ Finished Program::Run(std::vector<std::string> arguments) {
   }
   late.to.Close();
   for (const std::string& file : m_interruptingFiles) {
-    while (!std::filesystem::exists(Path(file)) && ::waitpid(child, nullptr, WNOHANG) == 0) {
+    while (!std::filesystem::exists(Path(file)) && !HasEnded(child)) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     ::kill(child, SIGINT);
