@@ -190,8 +190,14 @@ TEST(LiveCommand, RefusesStandardInputAndWhatCannotBeOpened) {
   EXPECT_EQ(missing.status, 2);
 }
 
-TEST(LiveCommand, ChoosesAPortThatNobodyHas) {
-  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+/// The command where the program has the page.
+struct LiveServer : testing::Test {
+  void SetUp() override {
+    if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+  }
+};
+
+TEST_F(LiveServer, ChoosesAPortThatNobodyHas) {
   // Of the address that it prints before the user ends it.
   const auto chosenPort = [] {
     const Finished run = Program()
@@ -211,8 +217,7 @@ TEST(LiveCommand, ChoosesAPortThatNobodyHas) {
   ::close(socket);
 }
 
-TEST(LiveCommand, ServesThePageUntilASignalEndsIt) {
-  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+TEST_F(LiveServer, ServesThePageUntilASignalEndsIt) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     std::string answer;
     const Finished run = Program()
@@ -228,25 +233,24 @@ TEST(LiveCommand, ServesThePageUntilASignalEndsIt) {
   }
 }
 
-TEST(LiveCommand, ServesThePageWhileTheUserTypes) {
-  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
-  std::string answers;
+TEST_F(LiveServer, ServesThePageWhileTheUserTypes) {
+  bool isServed = true;
   const Finished run = Program()
                            .File("a.tessel", kRecordingBegin)
                            .InputFromTerminal()
                            .Input("\n")
                            .OnceALineIsShown([&](const std::string& shown, pid_t process) {
                              // It may not have read the line when the first answer comes.
-                             for (int i = 0; i < 10; ++i) answers += AnswerAt(shown).substr(9);
+                             for (int i = 0; i < 10 && isServed; ++i)
+                               isServed = AnswerAt(shown) == "HTTP/1.1 200";
                              ::kill(process, SIGTERM);
                            })
                            .Run({"live", "a.tessel"});
-  EXPECT_EQ(answers, "200200200200200200200200200200") << run.out;
+  EXPECT_TRUE(isServed) << run.out;
   EXPECT_EQ(run.status, 0);
 }
 
-TEST(LiveCommand, EndsWhereNobodyCanSeeItsAddress) {
-  if (PageBegin().empty()) GTEST_SKIP() << "libjs-dygraphs is not installed";
+TEST_F(LiveServer, EndsWhereNobodyCanSeeItsAddress) {
   Program program;
   program.File("a.tessel", kRecordingBegin);
   const Finished full = program.To(Program::Output::kFullDevice).Run({"live", "a.tessel"});
