@@ -109,6 +109,10 @@ class Figure(NamedTuple):
 FIGURES = {
     "model": Figure(read_model, ("scenarios", "failed", "schedules in order", "at random",
                                  "all with up to so many preemptions"), model_cells, least_seconds=60),
+    "exhausted": Figure(
+        each(r"^(?P<scenario>\w+) +(?P<schedules>\d+) schedules, all with up to (?P<preemptions>\d+) preemptions"),
+        ("scenario", "schedules", "all with up to so many preemptions"),
+        lambda row: (f"`{row['scenario']}`", f"{row['schedules']:,}", row["preemptions"]), ("scenario",)),
     "simulations": Figure(
         each(r"^model: simulations (?P<first>\d+) to (?P<last>\d+), (?P<failed>none) failed"),
         ("numbers", "failed"), lambda row: (f"{row['first']:,} to {row['last']:,}", row["failed"]), ("first", "last")),

@@ -68,6 +68,9 @@ def sources(*folders):
     return [path.read_text() for folder in folders for path in (ROOT / folder).rglob("*.cpp")]
 
 
+SCENARIOS = set(re.findall(r"MODEL_SCENARIO\w*\((\w+)", "".join(sources("model/scenarios"))))
+
+
 class Pages(unittest.TestCase):
     def test_have_the_tables_of_what_is_kept(self):
         for page in figures.PAGES:
@@ -87,6 +90,10 @@ class Pages(unittest.TestCase):
         kept = {row["target"] for row in json.loads(text_of(figures.KEPT)) if row["figure"] == "fuzz"}
         targets = {path.name.removesuffix("_fuzz.cpp") for path in ROOT.glob("fuzz/*_fuzz.cpp")}
         self.assertEqual(kept, targets)
+
+    def test_have_a_row_of_each_scenario_and_no_other(self):
+        kept = {row["scenario"] for row in json.loads(text_of(figures.KEPT)) if row["figure"] == "exhausted"}
+        self.assertEqual(kept, SCENARIOS)
 
     def test_say_the_limits_that_the_tree_has(self):
         for page, claim, file, place in CLAIMS:
@@ -112,11 +119,10 @@ class Pages(unittest.TestCase):
         self.assertIn("The whole suite, three times", text_of(RELIABILITY))
 
     def test_name_scenarios_that_there_are(self):
-        scenarios = set(re.findall(r"MODEL_SCENARIO\((\w+)\)", "".join(sources("model/scenarios"))))
         table = text_of(RELIABILITY).partition("| operations | scenario |")[2].partition("\n\n")[0]
         named = {name for row in table.splitlines() for name in re.findall(r"`(\w+)`", row.rpartition(" | ")[2])}
         self.assertTrue(named)
-        self.assertEqual(named - scenarios, set())
+        self.assertEqual(named - SCENARIOS, set())
 
     def test_name_tests_that_there_are(self):
         tests = {f"{suite}.{name}" for text in sources("tests")
@@ -193,6 +199,14 @@ class Tree(unittest.TestCase):
     def test_shows_what_the_model_tried(self):
         self.record("model", MODEL)
         self.assertEqual(self.rows("model"), [["3", "none", "1,400", "122", "4 in 1, 1 in 2", "1234567", "`./dev it`"]])
+
+    def test_shows_all_schedules_of_each_scenario(self):
+        self.record("exhausted", MODEL, seconds=0)
+        self.record("exhausted", MODEL.partition("\n")[0].replace("1234", "12345"), seconds=0, command="./dev more")
+        self.assertEqual([[*row[:3], row[-1]] for row in self.rows("exhausted")],
+                         [["`AQueueIsUsed`", "66", "1", "`./dev it`"],
+                          ["`AnotherQueueIsUsed`", "100", "1", "`./dev it`"],
+                          ["`AStoreIsUsed`", "12,345", "4", "`./dev more`"]])
 
     def test_shows_the_scenarios_that_failed(self):
         self.record("model", "FAILED: A: a race\nmodel: 2 scenarios, 1 failed\n")
